@@ -1,0 +1,226 @@
+#include "Common/Fields.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr uint32_t kLocationHalf = 5;
+
+struct Digits {
+  uint64_t magnitude;  // held at the 64-bit end
+  bool negative;
+};
+
+Digits ParseDigits(std::string_view text) {
+  size_t i = 0;
+  while (i < text.size() && (text[i] == ' ' || (text[i] >= '\t' && text[i] <= '\r'))) ++i;
+  const bool negative = i < text.size() && text[i] == '-';
+  if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
+  uint64_t magnitude = 0;
+  for (; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
+    const CheckedSize next = CheckedSize(magnitude) * 10 + static_cast<uint64_t>(text[i] - '0');
+    magnitude = next.Within(UINT64_MAX - 1) ? next.Value() : UINT64_MAX - 1;
+  }
+  return {magnitude, negative};
+}
+
+// Decimal text of a value, "%d" as it were.
+std::string_view DecimalText(int64_t value, char (&buffer)[24]) {
+  char* p = buffer + sizeof buffer;
+  uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
+  do {
+    *--p = static_cast<char>('0' + magnitude % 10);
+    magnitude /= 10;
+  } while (magnitude != 0);
+  if (value < 0) *--p = '-';
+  return {p, static_cast<size_t>(buffer + sizeof buffer - p)};
+}
+
+// One half of a location: a leading minus is the sign, wherever the digits start.
+int32_t DecodeHalf(std::string_view half) {
+  const bool negative = !half.empty() && half[0] == '-';
+  const int32_t value = DecimalOf(negative ? half.substr(1) : half);
+  return negative ? -value : value;
+}
+
+bool FormatHalf(char* half, int32_t value, bool leadingSign) {
+  char buffer[24];
+  std::string_view text = DecimalText(value, buffer);
+  if (text.size() > kLocationHalf) return false;
+  if (leadingSign && value < 0) text.remove_prefix(1);
+  std::memset(half, '0', kLocationHalf);
+  text.copy(half + kLocationHalf - text.size(), text.size());
+  if (leadingSign && value < 0) half[0] = '-';
+  return true;
+}
+
+}  // namespace
+
+int32_t DecimalOf(std::string_view text) {
+  const Digits digits = ParseDigits(text);
+  if (digits.negative) {
+    return digits.magnitude > INT32_MAX ? INT32_MIN : -static_cast<int32_t>(digits.magnitude);
+  }
+  return digits.magnitude > INT32_MAX ? INT32_MAX : static_cast<int32_t>(digits.magnitude);
+}
+
+uint32_t LengthOf(std::string_view text) {
+  const Digits digits = ParseDigits(text);
+  return digits.negative ? 0 : Saturate32(digits.magnitude);
+}
+
+double RealOf(std::string_view text) {
+  const size_t point = std::min(text.find('.'), text.size());
+  double value = static_cast<double>(ParseDigits(text.substr(0, point)).magnitude);
+  double scale = 1.0;
+  for (size_t i = point + 1; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
+    scale /= 10.0;
+    value += scale * (text[i] - '0');
+  }
+  return !text.empty() && text[0] == '-' ? -value : value;
+}
+
+Status FormatNumberField(char* destination, uint32_t width, int64_t value) {
+  char buffer[24];
+  const std::string_view text = DecimalText(value, buffer);
+  if (text.size() > width) return Status::InvalidParameter;
+  std::memset(destination, '0', width);
+  destination[width] = 0;
+  text.copy(destination + width - text.size(), text.size());
+  return Status::Success;
+}
+
+Status CopyTextField(char* destination, uint32_t width, const char* text) {
+  if (destination == nullptr || text == nullptr) return Status::InvalidParameter;
+  const size_t length = std::strlen(text);
+  if (length > width) return Status::InvalidParameter;
+  // The text may be the field itself.
+  std::memmove(destination, text, length);
+  std::memset(destination + length, ' ', width - length);
+  destination[width] = 0;
+  return Status::Success;
+}
+
+uint32_t CountTaggedRecords(std::string_view bytes) {
+  constexpr size_t kTag = 6, kLength = 5;
+  uint32_t count = 0;
+  for (uint64_t position = 0; position < bytes.size(); ++count) {
+    const size_t at = std::min<size_t>(static_cast<size_t>(position) + kTag, bytes.size());
+    position += uint64_t{LengthOf(bytes.substr(at, kLength))} + kTag + kLength;
+  }
+  return count;
+}
+
+Status WritePaddedField(int32_t file, std::string_view text, uint32_t width, char pad) {
+  text = text.substr(0, width);
+  const auto padding = static_cast<uint32_t>(width - text.size());
+  const auto writePadding = [&] {
+    for (uint32_t i = 0; i < padding; ++i) {
+      if (Status s = WriteExactly(file, &pad, 1); !Ok(s)) return s;
+    }
+    return Status::Success;
+  };
+  if (pad != ' ') {
+    if (Status s = writePadding(); !Ok(s)) return s;
+  }
+  if (Status s = WriteExactly(file, text.data(), static_cast<uint32_t>(text.size())); !Ok(s)) return s;
+  return pad == ' ' ? writePadding() : Status::Success;
+}
+
+Status SetText(FieldView field, const char* text) {
+  return CopyTextField(field.text, field.capacity, text);
+}
+
+Status SetLocation(Location& location, int32_t row, int32_t column, bool leadingSign) {
+  char text[2 * kLocationHalf];
+  if (!FormatHalf(text, row, leadingSign) || !FormatHalf(text + kLocationHalf, column, leadingSign)) {
+    return Status::InvalidParameter;
+  }
+  std::memcpy(location.text, text, sizeof text);
+  location.row = row;
+  location.column = column;
+  return Status::Success;
+}
+
+void DecodeLocation(Location& location) {
+  const std::string_view text(location.text);
+  location.row = DecodeHalf(text.substr(0, kLocationHalf));
+  location.column = DecodeHalf(text.size() > kLocationHalf ? text.substr(kLocationHalf) : "");
+}
+
+Status SetDate(char* field, std::span<const char* const> pieces) {
+  for (const char* piece : pieces) {
+    if (piece == nullptr) return Status::InvalidParameter;
+  }
+  for (const char* piece : pieces) {
+    *field++ = piece[0];
+    *field++ = piece[1];
+  }
+  *field = 0;
+  return Status::Success;
+}
+
+const CodeRow* CodeTable::Find(std::string_view text) const {
+  for (const CodeRow& row : rows) {
+    const std::string_view wanted(row.text);
+    if (byPrefix ? text.substr(0, wanted.size()) == wanted : text == wanted) return &row;
+  }
+  return nullptr;
+}
+
+const char* CodeTable::WrittenFor(uint32_t code, const char* otherwise) const {
+  for (const CodeRow& row : rows) {
+    if (row.code == code) return row.written;
+  }
+  return otherwise;
+}
+
+Status FieldReader::Take(void* to, uint32_t bytes) {
+  if (mode_ == ReadMode::Replacement && (bytes > limit_ || taken_ > limit_ - bytes)) {
+    return Status::ReplacementEnd;
+  }
+  if (Status s = ReadExactly(file_, to, bytes); !Ok(s)) return s;
+  taken_ += bytes;
+  return Status::Success;
+}
+
+Status FieldReader::TakeText(char* text, uint32_t width, bool hasPlaceholder) {
+  if (Status s = Take(text, width); !Ok(s)) return s;
+  text[width] = 0;
+  if (hasPlaceholder && std::string_view(text, width).find_first_not_of('9') == std::string_view::npos) {
+    sawPlaceholder_ = true;
+  }
+  return Status::Success;
+}
+
+Status FieldReader::Require(CheckedSize bytes) const {
+  if (!bytes.Within(INT32_MAX)) return Status::ShortRead;
+  return RequireRemaining(file_, bytes.Value());
+}
+
+Status FieldWriter::PutText(std::string_view text, uint32_t width, char pad) {
+  if (Status s = WritePaddedField(file_, text, width, pad); !Ok(s)) return s;
+  written_ += width;
+  return Status::Success;
+}
+
+Status FieldWriter::PutNumber(int64_t value, uint32_t width) {
+  char buffer[24];
+  return PutText(DecimalText(value, buffer), width, '0');
+}
+
+Status FieldWriter::PutBytes(const void* bytes, uint32_t count) {
+  if (Status s = WriteExactly(file_, bytes, count); !Ok(s)) return s;
+  written_ += count;
+  return Status::Success;
+}
+
+void DecodeField(FieldView field, const CodeTable* codes) {
+  if (field.location != nullptr) {
+    DecodeLocation(*field.location);
+  } else if (codes != nullptr) {
+    if (const CodeRow* row = codes->Find(field.text)) *field.value = row->code;
+  } else if (field.value != nullptr) {
+    *field.value = static_cast<uint32_t>(DecimalOf(field.text));
+  }
+}

@@ -1,0 +1,76 @@
+// Graphic subheader (MIL-STD-2500C, table A-5).
+#pragma once
+
+#include "Common/SharedFields.h"
+#include "host/vector.h"
+
+struct NitfFile;
+struct StreamingFileHeader;
+
+/// A vector drawing, freed with its owner.
+class OwnedDrawing {
+ public:
+  OwnedDrawing() { Initialise(); }
+  ~OwnedDrawing() { Free(); }
+  OwnedDrawing(const OwnedDrawing&) = delete;
+  OwnedDrawing& operator=(const OwnedDrawing&) = delete;
+
+  void Free() {
+    if (VectorIsEmpty(&handle) == 0) (void)VectorFree(&handle);
+  }
+  /// Frees what is held and starts an empty drawing.
+  void Restart() {
+    Free();
+    Initialise();
+  }
+
+  VectorHandle handle{};
+
+ private:
+  void Initialise() {
+    handle.flags = kVectorHandleFlags;
+    (void)VectorInitialise(&handle);
+    handle.flags2 = kVectorHandleFlags2;
+  }
+};
+
+struct GraphicSubheader {
+  GraphicSubheader();
+
+  void SetOwner(NitfFile& document, uint32_t position) {
+    owner = &document;
+    index = position;
+  }
+  /// Parses the subheader at the file's position, which is put back on success. 1, -7, -9 or -1.
+  Status ReadSubheader(NitfFile& document, StreamingFileHeader& streaming, ReadMode mode);
+  /// Keeps a copy of the CGM bytes of an appended or replaced drawing; -1.
+  Status SetGraphicData(const void* bytes, uint32_t count);
+
+  /// Whether SFMT names a form ("C", "O", "B").
+  bool HasForm(char form) const { return SFMT.text[0] == form; }
+
+  NitfFile* owner = nullptr;
+  uint32_t index = 0;
+  OwnedDrawing drawing;
+  KernelBuffer<uint8_t> graphicData;  ///< appended CGM bytes
+  bool hasGraphicData = false;
+
+  Text<2> SY;
+  Text<10> SID;
+  Text<20> SNAME;
+  Security security;
+  Text<1> ENCRYP;
+  Text<1> SFMT;
+  Text<13> SSTRUCT;
+  Number<3> SDLVL;
+  Number<3> SALVL;
+  Location SLOC;
+  Location SBND1;
+  Text<1> SCOLOR;
+  Location SBND2;
+  Text<2> SRES1;
+  ExtendedData extended;  ///< SXSHDL, SXSOFL, SXSHD
+
+  /// Every field in file order.
+  static FieldTable<GraphicSubheader> Table();
+};

@@ -1,0 +1,212 @@
+#include "Common/HandlImg.h"
+
+#include <algorithm>
+
+#include "host/display.h"
+
+namespace {
+
+constexpr char16_t kSourceFile[] = u"HandlImg";
+
+using Reader = Status (*)(KernelBitmap& segment, const ImageSource& source);
+
+// The reader of each compression, in the order of the codes.
+constexpr Reader kReaders[] = {
+    ReadUncompressedImage,     // NC
+    ReadUncompressedImage,     // NM
+    nullptr,                   // C0
+    ReadFacsimileImage,        // C1
+    nullptr,                   // C2
+    ReadJpegImage,             // C3
+    ReadVectorQuantisedImage,  // C4
+    ReadJpegImage,             // C5
+    ReadJpegImage,             // C6
+    ReadJpegImage,             // C8
+    ReadJpegImage,             // I1
+    nullptr,                   // M0
+    ReadFacsimileImage,        // M1
+    nullptr,                   // M2
+    ReadJpegImage,             // M3
+    ReadVectorQuantisedImage,  // M4
+    ReadJpegImage,             // M5
+    ReadJpegImage,             // M6
+    ReadJpegImage,             // M8
+    nullptr,                   // no code of the table
+};
+static_assert(std::size(kReaders) == static_cast<size_t>(Compression::Unknown) + 1);
+
+bool IsVectorQuantised(const ImageSubheader& header) {
+  return header.CompressionCode() == Compression::C4 || header.CompressionCode() == Compression::M4;
+}
+
+KernelColourOrder SegmentColourOrder(const ImageSubheader& header, uint32_t bitsPerPixel) {
+  if (bitsPerPixel == 1 || bitsPerPixel == 8) return kOrderRgb;
+  return header.RepresentationCode() == Representation::Mono ? kOrderGrey : kOrderBgr;
+}
+
+Status PutSegmentColours(KernelBitmap& bitmap, const ImageSubheader& header) {
+  if (header.palette.size() != 0 && bitmap.bitsPerPixel <= 16) {
+    PutDisplayPalette(bitmap, header);
+    return Status::Success;
+  }
+  const uint32_t nbpp = header.NBPP.value;
+  if (nbpp <= 8) return PutDefaultColours(bitmap, nbpp);
+  return nbpp == 32 || nbpp == 64 ? PutDefaultColours(bitmap, 8) : Status::Success;
+}
+
+Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header) {
+  const CheckedSize width = header.FullWidth(), height = header.FullHeight();
+  if (!width.Within(kMaxSide) || !height.Within(kMaxSide)) return Status::OutOfMemory;
+  if (Status s = bitmap.Allocate(static_cast<uint32_t>(width.Value()),
+                                 static_cast<uint32_t>(height.Value()), SegmentBitsPerPixel(header),
+                                 kOrderBgr, kViewTopLeft);
+      !Ok(s)) {
+    return s;
+  }
+  bitmap.record.colourOrder = SegmentColourOrder(header, bitmap.record.bitsPerPixel);
+  return PutSegmentColours(bitmap.record, header);
+}
+
+void PutOneColour(KernelBitmap& bitmap, uint32_t entry, KernelColour colour) {
+  KernelColour both[2] = {};
+  (void)KernelGetColours(&bitmap, 0, 2, both);
+  both[entry] = {colour.blue, colour.green, colour.red, 0};
+  (void)KernelPutColours(&bitmap, 0, 2, both);
+}
+
+// Facsimile decoders give white as 1, the reverse of the file's sample values.
+Status AdjustBiLevel(KernelBitmap& bitmap, ImageSubheader& header) {
+  if (header.palette.size() >= 2) {
+    PutOneColour(bitmap, 1, header.palette[0]);
+    PutOneColour(bitmap, 0, header.palette[1]);
+  }
+  if (header.mask.TPXCD.size() == 0) return Status::Success;
+  const uint8_t code = header.mask.TPXCD[0] == 0 ? 1 : 0;
+  TrackedArray<uint8_t> single;
+  if (Status s = single.Make(1, ORB_HERE); !Ok(s)) return s;
+  single[0] = code;
+  header.mask.TPXCD.Swap(single);
+  return Status::Success;
+}
+
+Status FillSegmentBitmap(HostLoadRecord* record, NitfFile& document, uint32_t index,
+                         OwnedBitmap& bitmap) {
+  const ImageSource source = ImageSource::Of(document, index, record);
+  ImageSubheader& header = source.header;
+  const Reader reader = kReaders[std::min<uint32_t>(header.IC.code, std::size(kReaders) - 1)];
+  if (Status s = source.Require(0, LeastDataBytes(header)); !Ok(s)) return s;
+  if (Status s = CreateSegmentBitmap(bitmap, header); !Ok(s)) return s;
+  if (reader == nullptr) return Status::Unsupported;
+  if (Status s = reader(bitmap.record, source); !Ok(s)) return s;
+  return reader == ReadFacsimileImage ? AdjustBiLevel(bitmap.record, header) : Status::Success;
+}
+
+int32_t Clamp(int64_t coordinate) {
+  return static_cast<int32_t>(std::clamp<int64_t>(coordinate, INT32_MIN, INT32_MAX));
+}
+
+RECT PlaceOf(const ImageSubheader& header, const KernelBitmap& bitmap, int32_t rowOffset,
+             int32_t columnOffset) {
+  const bool ownSize = IsVectorQuantised(header);
+  const auto width = static_cast<int64_t>(ownSize ? bitmap.width : header.FullWidth().Value());
+  const auto height = static_cast<int64_t>(ownSize ? bitmap.height : header.FullHeight().Value());
+  const int64_t left = int64_t{header.ILOC.column} + columnOffset;
+  const int64_t top = int64_t{header.ILOC.row} + rowOffset;
+  RECT place;
+  (void)SetRect(&place, Clamp(left), Clamp(top), Clamp(left + width), Clamp(top + height));
+  return place;
+}
+
+// The colour of the palette entry that the pad pixel code names; black without a palette.
+Status PadColour(const KernelBitmap& bitmap, uint8_t code, COLORREF& colour) {
+  colour = 0;
+  const uint32_t count = bitmap.colourCount;
+  if (count == 0) return Status::Success;
+  KernelBuffer<KernelColour> colours;
+  if (Status s = colours.Allocate(count, ORB_HERE); !Ok(s)) return s;
+  (void)KernelGetColours(&bitmap, 0, count, colours.data());
+  if (code < count) {
+    const KernelColour entry = colours[code];
+    colour = entry.red | entry.green << 8 | static_cast<COLORREF>(entry.blue) << 16;
+  }
+  return Status::Success;
+}
+
+Status PaintPixels(HDC dc, KernelBitmap& bitmap, const ImageSubheader& header, const RECT& place) {
+  if (header.mask.TPXCD.size() == 0) {
+    return FromHost(DisplayPaintBitmap(dc, &bitmap, nullptr, nullptr, &place, nullptr, SRCCOPY));
+  }
+  COLORREF pad = 0;
+  if (Status s = PadColour(bitmap, header.mask.TPXCD[0], pad); !Ok(s)) return s;
+  return FromHost(EffectsPaintTransparent(dc, &bitmap, nullptr, nullptr, &place, nullptr, 1000, 1, 1, 1,
+                                          1, 1, 1, 1, pad, 0, 0, SRCCOPY));
+}
+
+Status PaintSegment(HDC dc, KernelBitmap& bitmap, const ImageSubheader& header, int32_t rowOffset,
+                    int32_t columnOffset) {
+  const RECT place = PlaceOf(header, bitmap, rowOffset, columnOffset);
+  const OwnedPalette palette(DisplayCreatePalette(dc, &bitmap), ORB_HERE);
+  HPALETTE previous = nullptr;
+  if (palette.get() != nullptr) {
+    previous = SelectPalette(dc, palette.get(), 0);
+    (void)RealizePalette(dc);
+  }
+  const Status status = PaintPixels(dc, bitmap, header, place);
+  if (palette.get() != nullptr) (void)SelectPalette(dc, previous, 0);
+  return status;
+}
+
+// Brightens a bitmap whose luminances all lie below 20 of 255.
+Status LiftDarkImage(KernelBitmap& bitmap) {
+  constexpr uint32_t kLevels = 256, kDarkLevels = 20;
+  constexpr int32_t kLift = 350;
+  uint32_t counters[kLevels] = {};
+  const Status status = FromHost(ColourHistogram(&bitmap, counters, kLevels, 0));
+  const auto used = [](uint32_t count) { return count != 0; };
+  const bool dark = std::any_of(counters, counters + kDarkLevels, used);
+  const bool bright = std::any_of(counters + kDarkLevels, counters + kLevels, used);
+  return dark && !bright ? FromHost(ColourAdjust(&bitmap, kLift)) : status;
+}
+
+}  // namespace
+
+Status PutDefaultColours(KernelBitmap& bitmap, uint32_t bits) {
+  constexpr uint32_t kEntries = 255;
+  KernelColour* colours = KernelMakePaletteTable(bits, __LINE__, kSourceFile);
+  if (colours == nullptr) return Status::OutOfMemory;
+  (void)KernelPutColours(&bitmap, 0, kEntries, colours);
+  KernelFree(colours, __LINE__, kSourceFile);
+  return Status::Success;
+}
+
+void PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header) {
+  const auto entries = static_cast<uint32_t>(header.palette.size());
+  const uint32_t count = std::min(header.bands.size() != 0 ? header.bands[0].NELUT.value : 0, entries);
+  const OwnedPalette palette(KernelCreatePalette(header.palette.data(), count), ORB_HERE);
+  if (palette.get() != nullptr) (void)KernelSetPalette(&bitmap, palette.get());
+}
+
+Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index,
+                        OwnedBitmap& bitmap) {
+  const Status status = FillSegmentBitmap(record, document, index, bitmap);
+  if (!Ok(status)) bitmap.Free();
+  return status;
+}
+
+Status DrawImageSegment(HostLoadRecord* record, HDC dc, NitfFile& document, uint32_t index,
+                        int32_t rowOffset, int32_t columnOffset) {
+  OwnedBitmap bitmap;
+  const ImageSubheader& header = *document.images.At(index);
+  if (Status s = LoadImageSegment(record, document, index, bitmap); !Ok(s)) return s;
+  if (document.liftDarkImages) (void)LiftDarkImage(bitmap.record);
+  return PaintSegment(dc, bitmap.record, header, rowOffset, columnOffset);
+}
+
+Status RequireImageData(NitfFile& document) {
+  uint32_t index = 0;
+  for (const ImageSubheader& header : document.images) {
+    const ImageSource source = ImageSource::Of(document, index++, nullptr);
+    if (Status s = source.Require(0, LeastDataBytes(header)); !Ok(s)) return s;
+  }
+  return Status::Success;
+}

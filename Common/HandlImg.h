@@ -1,0 +1,31 @@
+// Image segments: reading one into a bitmap and painting it at its place.
+#pragma once
+
+#include "Common/ImgModes.h"
+
+/// Reads image segment `index` into a bitmap and paints it. The offsets are those of its attachment. 1,
+/// or the first failure.
+Status DrawImageSegment(HostLoadRecord* record, HDC dc, NitfFile& document, uint32_t index,
+                        int32_t rowOffset, int32_t columnOffset);
+
+/// Creates the segment's bitmap and fills it through the reader of its compression; -16 when there is
+/// none. After a failure the bitmap holds no pixels.
+Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index, OwnedBitmap& bitmap);
+
+/// -7 when the file is too short for what some image's reader needs of it: found before memory is taken
+/// for a canvas.
+Status RequireImageData(NitfFile& document);
+
+/// Gives a bitmap the colours of depth `bits`, entries 0 to 254.
+Status PutDefaultColours(KernelBitmap& bitmap, uint32_t bits);
+/// Gives a bitmap the segment's display palette.
+void PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header);
+
+// Readers of compressed data.
+
+/// Facsimile ("C1", "M1").
+Status ReadFacsimileImage(KernelBitmap& segment, const ImageSource& source);
+/// JPEG and JPEG 2000 ("C3", "C5", "C6", "C8", "I1" and the masked forms).
+Status ReadJpegImage(KernelBitmap& segment, const ImageSource& source);
+/// Vector quantisation ("C4", "M4").
+Status ReadVectorQuantisedImage(KernelBitmap& segment, const ImageSource& source);

@@ -1,0 +1,357 @@
+// Compressed image data that the host's file-format library decodes: facsimile and the JPEG family.
+#include <algorithm>
+
+#include "Common/HandlImg.h"
+#include "host/display.h"
+
+namespace {
+
+constexpr char16_t kSourceFile[] = u"ImgCodec";
+
+// The file-format library's calls: the host's own entry points while a load record is at hand.
+class Codec {
+ public:
+  explicit Codec(const HostLoadRecord* record)
+      : load_(record != nullptr ? record->loadMemory : &FileFormatLoadMemory),
+        setCallback_(record != nullptr ? record->setLoadCallback : &FileFormatSetLoadInfoCallback) {}
+
+  Status Load(std::span<const uint8_t> bytes, KernelBitmap& bitmap, uint32_t bitsPerPixel,
+              KernelColourOrder order, const HostLoadOptions* options) const {
+    return FromHost(load_(bytes.data(), &bitmap, kBitmapRecordSize, bitsPerPixel, order,
+                          static_cast<uint32_t>(bytes.size()), options, nullptr));
+  }
+  HostLoadInfoCallback SetCallback(HostLoadInfoCallback callback, void* userData) const {
+    return setCallback_(callback, userData);
+  }
+
+ private:
+  HostLoadMemory load_;
+  HostSetLoadInfoCallback setCallback_;
+};
+
+bool Recognise(std::span<const uint8_t> stream, HostFileInfo& info) {
+  info = {};
+  return FileFormatInfoMemory(stream.data(), &info, kFileInfoSize, static_cast<uint32_t>(stream.size()),
+                              0, nullptr) == 1;
+}
+
+// A decoded image may exceed its place a little and is clipped; one of twice its size is no part of the
+// file.
+bool FitsPlace(const HostFileInfo& info, uint64_t width, uint64_t height) {
+  return info.width <= 2 * width && info.height <= 2 * height;
+}
+
+// Reads `bytes` of the data into a fresh buffer; -7 before memory is taken for what the file does not have.
+Status ReadStream(const ImageSource& source, int64_t offset, int64_t bytes, KernelBuffer<uint8_t>& stream,
+                  uint32_t spaceInFront = 0) {
+  if (offset < 0 || bytes < 0 || bytes > INT32_MAX) return Status::ShortRead;
+  if (Status s = source.Require(offset, static_cast<uint64_t>(bytes)); !Ok(s)) return s;
+  if (Status s = stream.Allocate(static_cast<size_t>(bytes) + spaceInFront, ORB_HERE); !Ok(s)) return s;
+  return source.ReadAt(offset, stream.data() + spaceInFront, static_cast<uint32_t>(bytes));
+}
+
+// ---------------------------------------------------------------- facsimile
+
+struct FacsimileDescription {
+  uint32_t format, width, height;
+};
+
+int32_t ORB_CALL DescribeFacsimile(HostRawDataInfo* info, void* userData) {
+  const auto* description = static_cast<const FacsimileDescription*>(userData);
+  info->format = description->format;
+  info->width = description->width;
+  info->height = description->height;
+  info->bitsPerPixel = 1;
+  info->photometric = 0;
+  info->bitOrder = 1;
+  return 1;
+}
+
+// ---------------------------------------------------------------- stream boundaries
+
+constexpr uint8_t kStartOfImage[] = {0xFF, 0xD8, 0xFF};
+constexpr uint32_t kMarkerBytes = sizeof kStartOfImage;
+constexpr uint32_t kScanChunk = 1024;
+
+struct StreamPlace {
+  int64_t offset;  // in the segment's data
+  int64_t length;
+};
+
+// Finds the block streams of a segment one after the other.
+class StreamFinder {
+ public:
+  explicit StreamFinder(const ImageSource& source) : source_(source), remaining_(source.length) {}
+
+  /// The stream from the position to the next start of an image; -7 when there is none.
+  Status FindNext(StreamPlace& place) {
+    uint8_t chunk[kScanChunk];
+    const int64_t start = position_ + source_.header.mask.IMDATOFF;
+    for (int64_t scanned = 0; scanned < remaining_; scanned += kScanChunk - kMarkerBytes) {
+      if (Status s = source_.ReadAt(start + scanned, chunk, kScanChunk); !Ok(s)) return s;
+      const uint8_t* found =
+          std::search(chunk + 1, std::end(chunk), kStartOfImage, std::end(kStartOfImage));
+      if (found == std::end(chunk)) continue;
+      place = {start, scanned + (found - chunk)};
+      return place.length < remaining_ ? Status::Success : Status::ShortRead;
+    }
+    return Status::ShortRead;
+  }
+  /// The stream from the last start of an image to the end of the data; -7 when there is none.
+  Status FindLast(StreamPlace& place) const {
+    uint8_t chunk[kScanChunk];
+    for (int64_t end = source_.length; end > 0; end -= kScanChunk) {
+      const int64_t start = std::max<int64_t>(0, end - kScanChunk);
+      const auto bytes = static_cast<uint32_t>(end - start);
+      if (Status s = source_.ReadAt(start, chunk, bytes); !Ok(s)) return s;
+      const uint8_t* found =
+          std::find_end(chunk, chunk + bytes, kStartOfImage, std::end(kStartOfImage));
+      if (found == chunk + bytes) continue;
+      place.offset = start + (found - chunk);
+      place.length = source_.length - place.offset;
+      return Status::Success;
+    }
+    return Status::ShortRead;
+  }
+  /// The stream that block record n points to; false when the block is not stored.
+  bool IsStored(uint64_t n) const { return source_.header.mask.BlockRecord(n) != MaskTable::kNoBlock; }
+  Status FindRecorded(uint64_t n, uint64_t recordCount, StreamPlace& place) const {
+    const MaskTable& mask = source_.header.mask;
+    for (uint64_t next = n + 1; next < recordCount; ++next) {
+      if (mask.BlockRecord(next) == MaskTable::kNoBlock) continue;
+      place.offset = int64_t{mask.BlockRecord(n)} + mask.IMDATOFF;
+      place.length = int64_t{mask.BlockRecord(next)} - mask.BlockRecord(n);
+      return Status::Success;
+    }
+    return FindLast(place);
+  }
+  /// Moves on behind a stream that was found without a record.
+  void Pass(const StreamPlace& place) {
+    position_ += place.length;
+    remaining_ -= place.length;
+  }
+
+ private:
+  const ImageSource& source_;
+  int64_t position_ = 0;
+  int64_t remaining_;
+};
+
+// ---------------------------------------------------------------- JPEG family
+
+// Tells the decoder of a later block what the first block's own NITF segment said: its length takes in
+// the start-of-image marker of the stream behind it.
+constexpr uint8_t kNitfSegment[] = {0xFF, 0xD8, 0xFF, 0xE6, 0x00, 0x19, 'N',  'I',  'T',
+                                    'F',  0x00, 0x02, 0x00, 'B',  0x00, 0x02, 0x00, 0x02,
+                                    0x03, 0x08, 0x00, 0x01, 0x00, 0x03, 0x08, 0x01, 0x01};
+static_assert(sizeof kNitfSegment == 27);
+
+Status FillLoadOptions(ImageSubheader& header, HostLoadOptions& options) {
+  options = {};
+  if (Status s = FromHost(FileFormatDefaultLoadOptions(&options, kLoadOptionsSize)); !Ok(s)) return s;
+  if (header.RepresentationCode() == Representation::Rgb) options.flags |= kLoadComponentsAreRgb;
+  if (header.RepresentationCode() == Representation::Multi) {
+    const BandSelection bands = SelectBands(header, {0, 0, 0});
+    options.flags |= kLoadSelectedBands;
+    options.bands[0] = bands.red;
+    options.bands[1] = bands.green;
+    options.bands[2] = bands.blue;
+  }
+  return Status::Success;
+}
+
+Status ReadSingleStream(KernelBitmap& segment, const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  const uint32_t offset = header.mask.IMDATOFF;
+  KernelBuffer<uint8_t> stream;
+  if (Status s = ReadStream(source, offset, int64_t{source.length} - offset, stream); !Ok(s)) return s;
+  HostFileInfo info;
+  if (Recognise(stream.Span(), info) &&
+      !FitsPlace(info, header.FullWidth().Value(), header.FullHeight().Value())) {
+    return Status::BadStructure;
+  }
+  HostLoadOptions options;
+  if (Status s = FillLoadOptions(source.header, options); !Ok(s)) return s;
+  (void)KernelFreeBitmap(&segment);
+  return Codec(source.record).Load(stream.Span(), segment, 0, kOrderAsDecoded, &options);
+}
+
+Status PlaceBlock(KernelBitmap& segment, KernelBitmap& block, BlockPlace place) {
+  block.colourOrder = segment.colourOrder;
+  return FromHost(ImageEffectsCombine(&segment, place.column, place.row, block.width, block.height,
+                                      &block, 0, 0, kCombineCopy));
+}
+
+// Reads the stream of one block with room for the NITF segment in front of it.
+class BlockStream {
+ public:
+  Status Read(const ImageSource& source, const StreamPlace& place) {
+    return ReadStream(source, place.offset, place.length, buffer_, sizeof kNitfSegment);
+  }
+  std::span<const uint8_t> Plain() const { return buffer_.Span().subspan(sizeof kNitfSegment); }
+  std::span<const uint8_t> WithNitfSegment() const {
+    KernelCopyMemory(buffer_.data(), kNitfSegment, sizeof kNitfSegment);
+    return buffer_.Span();
+  }
+  /// Whether the stream is an image that its block has room for.
+  bool IsUsable(const ImageSubheader& header) const {
+    HostFileInfo info;
+    return Recognise(Plain(), info) && FitsPlace(info, header.NPPBH.value, header.NPPBV.value);
+  }
+
+ private:
+  KernelBuffer<uint8_t> buffer_;
+};
+
+Status ReadBlocks(KernelBitmap& segment, const ImageSource& source) {
+  ImageSubheader& header = source.header;
+  const Codec codec(source.record);
+  const bool multi = header.RepresentationCode() == Representation::Multi;
+  const uint64_t count = source.BlockCount();
+  StreamFinder finder(source);
+  bool decodedOne = false;
+  for (uint64_t n = 0; n < count; ++n) {
+    StreamPlace place{};
+    if (header.mask.HasBlockRecords()) {
+      if (!finder.IsStored(n)) continue;
+      if (Status s = finder.FindRecorded(n, count * header.BandCount(), place); !Ok(s)) return s;
+    } else {
+      if (Status s = n + 1 == count ? finder.FindLast(place) : finder.FindNext(place); !Ok(s)) return s;
+      finder.Pass(place);
+    }
+    BlockStream stream;
+    if (Status s = stream.Read(source, place); !Ok(s)) return s;
+    if (!stream.IsUsable(header)) continue;
+    HostLoadOptions options;
+    if (Status s = FillLoadOptions(header, options); !Ok(s)) return s;
+    const auto bytes = multi && decodedOne ? stream.WithNitfSegment() : stream.Plain();
+    OwnedBitmap block;
+    if (Status s = codec.Load(bytes, block.record, 0, kOrderAsDecoded, &options); !Ok(s)) return s;
+    decodedOne = true;
+    if (Status s = PlaceBlock(segment, block.record, PlaceOfBlock(header, n)); !Ok(s)) return s;
+  }
+  return Status::Success;
+}
+
+// One stream per band and block, all blocks of a band before the next band's. Streams without records
+// are found once, in file order.
+class BandSequentialReader {
+ public:
+  BandSequentialReader(KernelBitmap& segment, const ImageSource& source)
+      : segment_(segment), source_(source), header_(source.header), codec_(source.record) {}
+
+  Status Read() {
+    bandCount_ = header_.BandCount();
+    blockCount_ = source_.BlockCount();
+    if (!header_.mask.HasBlockRecords()) {
+      if (Status s = FindStreams(); !Ok(s)) return s;
+    }
+    // Three bands are merged, so two-band images have an empty one in front.
+    if (Status s = bands_.Make(std::max(3u, bandCount_), ORB_HERE); !Ok(s)) return s;
+    for (uint64_t n = 0; n < blockCount_; ++n) {
+      if (Status s = ReadBlock(n); !Ok(s)) return s;
+    }
+    return Status::Success;
+  }
+
+ private:
+  Status FindStreams() {
+    const CheckedSize count = CheckedSize(bandCount_) * blockCount_;
+    // Each stream takes more bytes than a marker, which bounds the table by the data.
+    if (!(count * kMarkerBytes).Within(source_.length)) return Status::ShortRead;
+    if (Status s = streams_.Allocate(static_cast<size_t>(count.Value()), ORB_HERE); !Ok(s)) return s;
+    StreamFinder finder(source_);
+    for (StreamPlace& place : streams_) {
+      if (!Ok(finder.FindNext(place))) {
+        if (Status s = finder.FindLast(place); !Ok(s)) return s;
+      }
+      finder.Pass(place);
+    }
+    return Status::Success;
+  }
+
+  Status ReadBlock(uint64_t n) {
+    for (uint32_t band = 0; band < bandCount_; ++band) {
+      if (Status s = ReadBand(n, band); !Ok(s)) return s;
+    }
+    OwnedBitmap block;
+    const size_t front = bands_.size() - 3;
+    bool any = false;
+    KernelBitmap three[3];
+    for (size_t i = 0; i < 3; ++i) {
+      three[i] = bands_[front + i].record;
+      any = any || (three[i].flags & kBitmapAllocated) != 0;
+    }
+    if (any) {
+      if (Status s = FromHost(ColourMerge(&block.record, three, kBitmapRecordSize, 0)); !Ok(s)) return s;
+    }
+    for (OwnedBitmap& band : bands_) band.Free();
+    return any ? PlaceBlock(segment_, block.record, PlaceOfBlock(header_, n)) : Status::Success;
+  }
+
+  Status ReadBand(uint64_t n, uint32_t band) {
+    const uint64_t number = band * blockCount_ + n;
+    StreamPlace place{};
+    if (header_.mask.HasBlockRecords()) {
+      StreamFinder finder(source_);
+      if (!finder.IsStored(number)) return Status::Success;
+      if (Status s = finder.FindRecorded(number, bandCount_ * blockCount_, place); !Ok(s)) return s;
+    } else {
+      place = streams_[static_cast<size_t>(number)];
+    }
+    BlockStream stream;
+    if (Status s = stream.Read(source_, place); !Ok(s)) return s;
+    if (!stream.IsUsable(header_)) return Status::Success;
+    HostLoadOptions options = {};
+    if (Status s = FromHost(FileFormatDefaultLoadOptions(&options, kLoadOptionsSize)); !Ok(s)) return s;
+    const Representation representation = header_.RepresentationCode();
+    if (representation == Representation::Rgb || representation == Representation::Multi) {
+      options.flags |= kLoadComponentsAreRgb;
+    }
+    KernelBitmap& target = bands_[bandCount_ - 1 - band + (bands_.size() - bandCount_)].record;
+    return codec_.Load(stream.Plain(), target, 0, kOrderAsDecoded, &options);
+  }
+
+  KernelBitmap& segment_;
+  const ImageSource& source_;
+  ImageSubheader& header_;
+  Codec codec_;
+  uint32_t bandCount_ = 0;
+  uint64_t blockCount_ = 0;
+  KernelBuffer<StreamPlace> streams_;
+  TrackedArray<OwnedBitmap> bands_;
+};
+
+}  // namespace
+
+Status ReadFacsimileImage(KernelBitmap& segment, const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  if (header.mask.IMDATOFF > source.length) return Status::ShortRead;
+  KernelBuffer<uint8_t> data;
+  if (Status s = ReadStream(source, 0, source.length, data); !Ok(s)) return s;
+  const BiLevelOption option = header.FacsimileOption();
+  const bool twoDimensional = option == BiLevelOption::TwoDS || option == BiLevelOption::TwoDH;
+  FacsimileDescription description = {twoDimensional ? kFormatFacsimile2D : kFormatFacsimile1D,
+                                      segment.width, segment.height};
+  const Codec codec(source.record);
+  const uint32_t depth = segment.bitsPerPixel;
+  (void)KernelFreeBitmap(&segment);
+  const HostLoadInfoCallback previous = codec.SetCallback(&DescribeFacsimile, &description);
+  const Status status =
+      codec.Load(data.Span().subspan(header.mask.IMDATOFF), segment, depth, kOrderBgr, nullptr);
+  (void)codec.SetCallback(previous, nullptr);
+  return status;
+}
+
+Status ReadJpegImage(KernelBitmap& segment, const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  const Compression code = header.CompressionCode();
+  if ((header.NBPR.value < 2 && header.NBPC.value < 2) || code == Compression::C8 ||
+      code == Compression::M8) {
+    return ReadSingleStream(segment, source);
+  }
+  if (header.BandCount() > 1 && header.Mode() == ImageMode::S) {
+    return BandSequentialReader(segment, source).Read();
+  }
+  return ReadBlocks(segment, source);
+}

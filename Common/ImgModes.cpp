@@ -1,0 +1,383 @@
+#include "Common/ImgModes.h"
+
+#include <algorithm>
+
+#include "host/display.h"
+
+namespace {
+
+constexpr char16_t kSourceFile[] = u"ImgModes";
+
+// A block of the segment while it is read, and the way it gets to its place.
+class ScratchBlock {
+ public:
+  Status Allocate(const ImageSubheader& header, uint32_t bitsPerPixel, KernelColourOrder order) {
+    return bitmap_.Allocate(header.NPPBH.value, header.NPPBV.value, bitsPerPixel, order, kViewTopLeft);
+  }
+  void Prepare() { (void)KernelPrepareScratchBitmap(&bitmap_.record); }
+  void PutRow(const void* row, uint32_t y) {
+    (void)KernelPutRow(&bitmap_.record, row, y, bitmap_.record.bytesPerLine);
+  }
+  Status Place(KernelBitmap& segment, BlockPlace place) {
+    KernelBitmap& scratch = bitmap_.record;
+    scratch.colourOrder = segment.colourOrder;
+    return FromHost(ImageEffectsCombine(&segment, place.column, place.row, scratch.width, scratch.height,
+                                        &scratch, 0, 0, kCombineCopy));
+  }
+  uint32_t BytesPerLine() const { return bitmap_.record.bytesPerLine; }
+  uint32_t BytesPerPixel() const { return std::max(1u, bitmap_.record.bitsPerPixel / 8); }
+
+ private:
+  OwnedBitmap bitmap_;
+};
+
+// Whether a block of a masked image is stored.
+bool IsStored(const ImageSource& source, uint32_t blockRecord) {
+  return blockRecord != MaskTable::kNoBlock && blockRecord <= source.length;
+}
+
+// ---------------------------------------------------------------- bi-level
+
+// Reads bits of a block, most significant first, across rows without realigning.
+class BitRows {
+ public:
+  explicit BitRows(std::span<const uint8_t> data) : data_(data) {}
+
+  /// -9 when the bits run beyond the data or the row.
+  Status Take(std::span<uint8_t> row, uint32_t bits) {
+    if (bits > 8 * static_cast<uint64_t>(row.size()) || bit_ + bits > 8 * uint64_t{data_.size()}) {
+      return Status::BadStructure;
+    }
+    const auto shift = static_cast<uint32_t>(bit_ % 8);
+    const uint8_t* in = data_.data() + bit_ / 8;
+    const uint32_t bytes = (bits + 7) / 8;
+    for (uint32_t i = 0; i < bytes; ++i) {
+      const bool more = shift != 0 && 8 * uint64_t{i} + 8 - shift < bits;
+      row[i] = static_cast<uint8_t>(in[i] << shift | (more ? in[i + 1] >> (8 - shift) : 0));
+    }
+    if (bits % 8 != 0) row[bytes - 1] &= static_cast<uint8_t>(0xFF << (8 - bits % 8));
+    bit_ += bits;
+    return Status::Success;
+  }
+  uint64_t BytesUsed() const { return (bit_ + 7) / 8; }
+
+ private:
+  std::span<const uint8_t> data_;
+  uint64_t bit_ = 0;
+};
+
+Status UnpackBiLevelBlock(const ImageSubheader& header, BitRows& bits, std::span<uint8_t> row,
+                          ScratchBlock& scratch) {
+  for (uint32_t y = 0; y < header.NPPBV.value; ++y) {
+    std::fill(row.begin(), row.end(), uint8_t{0});
+    if (Status s = bits.Take(row, header.NPPBH.value); !Ok(s)) return s;
+    scratch.PutRow(row.data(), y);
+  }
+  return Status::Success;
+}
+
+Status ReadBiLevel(KernelBitmap& segment, const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  const MaskTable& mask = header.mask;
+  if (mask.IMDATOFF > source.length) return Status::ShortRead;
+  const uint32_t stored = source.length - mask.IMDATOFF;
+  if (Status s = source.Require(mask.IMDATOFF, stored); !Ok(s)) return s;
+  KernelBuffer<uint8_t> data, row;
+  if (Status s = data.Allocate(source.length, ORB_HERE); !Ok(s)) return s;
+  if (Status s = source.ReadAt(mask.IMDATOFF, data.data(), stored); !Ok(s)) return s;
+  if (Status s = row.Allocate(segment.bytesPerLine, ORB_HERE); !Ok(s)) return s;
+  ScratchBlock scratch;
+  if (Status s = scratch.Allocate(header, segment.bitsPerPixel, kOrderBgr); !Ok(s)) return s;
+  uint64_t behindPrevious = 0;
+  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
+    uint64_t start = behindPrevious;
+    if (mask.HasBlockRecords()) {
+      if (!IsStored(source, mask.BlockRecord(n))) continue;
+      start = mask.BlockRecord(n);
+    } else if (mask.PadRecord(n) != MaskTable::kNoBlock) {
+      start = mask.PadRecord(n);
+    }
+    if (start > data.size()) return Status::BadStructure;
+    scratch.Prepare();
+    BitRows bits(data.Span().subspan(static_cast<size_t>(start)));
+    if (Status s = UnpackBiLevelBlock(header, bits, row.Span(), scratch); !Ok(s)) return s;
+    behindPrevious = start + bits.BytesUsed();
+    if (Status s = scratch.Place(segment, PlaceOfBlock(header, n)); !Ok(s)) return s;
+  }
+  return Status::Success;
+}
+
+// ---------------------------------------------------------------- one and two bands
+
+bool IsMono(const ImageSubheader& header) {
+  return header.RepresentationCode() == Representation::Mono;
+}
+
+// 32- and 64-bit samples of a "MONO" image are shown through an 8-bit bitmap.
+bool IsNarrowed(const ImageSubheader& header) {
+  return IsMono(header) && (header.NBPP.value == 32 || header.NBPP.value == 64);
+}
+
+uint32_t SingleBlockRowLength(const ImageSubheader& header, uint32_t width, uint32_t bytesPerLine) {
+  const uint32_t bytesPerSample = IsMono(header) ? std::max(1u, header.NBPP.value / 8) : 1;
+  return std::min(bytesPerLine, width) * bytesPerSample;
+}
+
+Status ReadSingleBlock(KernelBitmap& segment, const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  const uint32_t nbpp = header.NBPP.value, abpp = header.ABPP.value;
+  SampleRange range;
+  if (ScalesByRange(nbpp, abpp)) (void)FindSampleRange(source, range);
+  const uint32_t length = SingleBlockRowLength(header, segment.width, segment.bytesPerLine);
+  KernelBuffer<uint8_t> row;
+  if (Status s = row.Allocate(std::max(length, segment.bytesPerLine), ORB_HERE); !Ok(s)) return s;
+  const bool convert = nbpp != abpp || nbpp == 16;
+  for (uint32_t y = 0; y < segment.height; ++y) {
+    const int64_t offset = int64_t{header.mask.IMDATOFF} + int64_t{y} * length;
+    if (Status s = source.ReadAt(offset, row.data(), length); !Ok(s)) return s;
+    if (convert) ConvertSamples(row.Span().first(length), nbpp, abpp, range);
+    (void)KernelPutRow(&segment, row.data(), y, segment.bytesPerLine);
+  }
+  return Status::Success;
+}
+
+CheckedSize MultiBlockRowLength(const ImageSubheader& header) {
+  const uint32_t bits = IsNarrowed(header) ? header.NBPP.value : SegmentBitsPerPixel(header);
+  return CheckedSize((uint64_t{bits} * header.NPPBH.value + 7) / 8);
+}
+
+Status ReadMultiBlock(KernelBitmap& segment, const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  const MaskTable& mask = header.mask;
+  ScratchBlock scratch;
+  if (Status s = scratch.Allocate(header, segment.bitsPerPixel, IsMono(header) ? kOrderGrey : kOrderBgr);
+      !Ok(s)) {
+    return s;
+  }
+  const auto length = static_cast<uint32_t>(MultiBlockRowLength(header).Value());
+  KernelBuffer<uint8_t> row;
+  if (Status s = row.Allocate(std::max(length, scratch.BytesPerLine()), ORB_HERE); !Ok(s)) return s;
+  int64_t next = mask.IMDATOFF;
+  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
+    if (mask.HasBlockRecords() && !IsStored(source, mask.BlockRecord(n))) continue;
+    scratch.Prepare();
+    for (uint32_t y = 0; y < header.NPPBV.value; ++y, next += length) {
+      if (Status s = source.ReadAt(next, row.data(), length); !Ok(s)) return s;
+      ConvertSamples(row.Span().first(length), header.NBPP.value, header.ABPP.value, {});
+      scratch.PutRow(row.data(), y);
+    }
+    if (Status s = scratch.Place(segment, PlaceOfBlock(header, n)); !Ok(s)) return s;
+  }
+  return Status::Success;
+}
+
+// ---------------------------------------------------------------- three and more bands
+
+// Where the samples of a block lie, in bytes from its offset, and how its mode is read.
+struct ModeLayout {
+  int64_t blockLength;  // from one block's offset to the next one's
+  int64_t bandStride;
+  int64_t rowStride;
+  uint32_t pixelStride;
+  bool segmentDepth;      // the scratch has the segment bitmap's depth, else 24 bits
+  bool usesMask;          // masked blocks are left out and records give offsets
+  bool repeatsLastRow;    // the last row of a block shows the row above it
+  bool marksInterleaved;  // the segment bitmap's hint is set
+  uint8_t readOrder[3];   // of blue (0), green (1) and red (2)
+};
+
+// Bytes between the bands of a masked band-sequential image: the extent of its stored blocks.
+int64_t MaskedPlane(const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  const int64_t inner = header.NBPC.value;
+  int64_t first = -1, last = -1;
+  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
+    if (header.mask.BlockRecord(n) == MaskTable::kNoBlock) continue;
+    if (first < 0) first = static_cast<int64_t>(n);
+    last = static_cast<int64_t>(n);
+  }
+  if (first < 0) return 0;
+  const int64_t columns = last % inner - first % inner + 1;
+  const int64_t rows = last / inner - first / inner + 1;
+  return columns * rows * header.NPPBH.value * header.NPPBV.value;
+}
+
+ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  const int64_t width = header.NPPBH.value;
+  const int64_t block = width * header.NPPBV.value;
+  const int64_t bands = header.BandCount();
+  const bool multi = header.RepresentationCode() == Representation::Multi;
+  switch (header.Mode()) {
+    case ImageMode::B:
+      return {.blockLength = block * (multi ? bands : segment.bitsPerPixel / 8),
+              .bandStride = block,
+              .rowStride = width,
+              .pixelStride = 1,
+              .segmentDepth = true,
+              .usesMask = true,
+              .repeatsLastRow = false,
+              .marksInterleaved = false,
+              .readOrder = {2, 0, 1}};
+    case ImageMode::P:
+      return {.blockLength = block * bands,
+              .bandStride = 1,
+              .rowStride = width * bands,
+              .pixelStride = static_cast<uint32_t>(bands),
+              .segmentDepth = true,
+              .usesMask = true,
+              .repeatsLastRow = true,
+              .marksInterleaved = true,
+              .readOrder = {0, 1, 2}};
+    case ImageMode::R:
+      return {.blockLength = block * (multi ? bands : 3),
+              .bandStride = width,
+              .rowStride = width * bands,
+              .pixelStride = 1,
+              .segmentDepth = false,
+              .usesMask = false,
+              .repeatsLastRow = false,
+              .marksInterleaved = false,
+              .readOrder = {2, 1, 0}};
+    case ImageMode::S:
+      break;
+  }
+  const bool masked = header.mask.HasBlockRecords();
+  return {.blockLength = block,
+          .bandStride = masked ? MaskedPlane(source) : block * static_cast<int64_t>(source.BlockCount()),
+          .rowStride = width,
+          .pixelStride = 1,
+          .segmentDepth = false,
+          .usesMask = true,
+          .repeatsLastRow = false,
+          .marksInterleaved = true,
+          .readOrder = {2, 1, 0}};
+}
+
+// Offset of block n from the start of the data; false when it is not stored.
+bool OffsetOfBlock(const ImageSource& source, const ModeLayout& layout, uint64_t n, int64_t& offset) {
+  const MaskTable& mask = source.header.mask;
+  offset = static_cast<int64_t>(n) * layout.blockLength;
+  if (layout.usesMask && mask.HasBlockRecords()) {
+    if (!IsStored(source, mask.BlockRecord(n))) return false;
+    offset = mask.BlockRecord(n);
+  } else if (layout.usesMask && mask.PadRecord(n) != MaskTable::kNoBlock) {
+    offset = mask.PadRecord(n);
+  }
+  offset += mask.IMDATOFF;
+  return true;
+}
+
+// Reads the rows of blocks into blue, green, red pixels.
+class BandRows {
+ public:
+  BandRows(const ImageSource& source, const ModeLayout& layout, BandSelection bands)
+      : source_(source), layout_(layout), bands_{bands.blue, bands.green, bands.red} {}
+
+  Status Allocate(const ScratchBlock& scratch) {
+    width_ = source_.header.NPPBH.value;
+    step_ = scratch.BytesPerPixel();
+    if (Status s = pixels_.Allocate(size_t{scratch.BytesPerLine()} + 3, ORB_HERE); !Ok(s)) return s;
+    if (Status s = samples_.Allocate(size_t{width_} * layout_.pixelStride, ORB_HERE); !Ok(s)) return s;
+    return Status::Success;
+  }
+  void Clear() { std::fill(pixels_.begin(), pixels_.end(), uint8_t{0}); }
+  /// Reads a row whose first sample of band 0 lies at `offset` of the data.
+  Status Read(int64_t offset) {
+    for (uint8_t colour : layout_.readOrder) {
+      const int64_t at = offset + bands_[colour] * layout_.bandStride;
+      const auto bytes = static_cast<uint32_t>(samples_.size());
+      if (Status s = source_.ReadAt(at, samples_.data(), bytes); !Ok(s)) return s;
+      if (colour < step_) Spread(colour);
+    }
+    return Status::Success;
+  }
+  const uint8_t* Pixels() const { return pixels_.data(); }
+
+ private:
+  void Spread(uint8_t colour) {
+    const auto fits = static_cast<uint32_t>((pixels_.size() - colour + step_ - 1) / step_);
+    const uint8_t* in = samples_.data();
+    uint8_t* out = pixels_.data() + colour;
+    const uint32_t count = std::min(width_, fits);
+    for (uint32_t i = 0; i < count; ++i, in += layout_.pixelStride, out += step_) *out = *in;
+  }
+
+  const ImageSource& source_;
+  const ModeLayout& layout_;
+  int32_t bands_[3];
+  uint32_t width_ = 0;
+  uint32_t step_ = 0;
+  KernelBuffer<uint8_t> pixels_;
+  KernelBuffer<uint8_t> samples_;
+};
+
+Status ReadBandBlock(const ImageSubheader& header, const ModeLayout& layout, int64_t offset,
+                     BandRows& rows, ScratchBlock& scratch) {
+  const uint32_t height = header.NPPBV.value;
+  rows.Clear();
+  for (uint32_t y = 0; y < height; ++y) {
+    const bool repeated = layout.repeatsLastRow && y + 1 == height;
+    if (!repeated) {
+      if (Status s = rows.Read(offset + y * layout.rowStride); !Ok(s)) return s;
+    }
+    scratch.PutRow(rows.Pixels(), y);
+  }
+  return Status::Success;
+}
+
+Status ReadBands(KernelBitmap& segment, const ImageSource& source) {
+  ImageSubheader& header = source.header;
+  const ModeLayout layout = LayoutOf(segment, source);
+  const bool startsAtZero = header.Mode() == ImageMode::B;
+  const BandSelection bands =
+      SelectBands(header, startsAtZero ? BandSelection{0, 0, 0} : BandSelection{0, 1, 2});
+  if (layout.marksInterleaved) segment.interleaved = 1;
+  ScratchBlock scratch;
+  if (Status s = scratch.Allocate(header, layout.segmentDepth ? segment.bitsPerPixel : 24, kOrderBgr);
+      !Ok(s)) {
+    return s;
+  }
+  BandRows rows(source, layout, bands);
+  if (Status s = rows.Allocate(scratch); !Ok(s)) return s;
+  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
+    int64_t offset = 0;
+    if (!OffsetOfBlock(source, layout, n, offset)) continue;
+    scratch.Prepare();
+    if (Status s = ReadBandBlock(header, layout, offset, rows, scratch); !Ok(s)) return s;
+    if (Status s = scratch.Place(segment, PlaceOfBlock(header, n)); !Ok(s)) return s;
+  }
+  return Status::Success;
+}
+
+bool IsSingleBlock(const ImageSubheader& header) {
+  return header.NBPR.value < 2 && header.NBPC.value < 2;
+}
+
+}  // namespace
+
+uint32_t SegmentBitsPerPixel(const ImageSubheader& header) {
+  const uint32_t bits = header.BandCount() > 1 ? header.NBPP.value * 3 : header.NBPP.value;
+  return IsMono(header) && (bits == 32 || bits == 64) ? 8 : bits;
+}
+
+CheckedSize LeastDataBytes(const ImageSubheader& header) {
+  if (header.CompressionCode() != Compression::NC || header.Pixel() == PixelType::BiLevel) return 0;
+  const CheckedSize blocks = CheckedSize(header.NBPR.value) * header.NBPC.value;
+  if (header.BandCount() >= 3) {
+    const uint32_t rows = header.NPPBV.value == 0 ? 0 : header.NPPBV.value - 1;
+    return blocks * header.NPPBH.value * rows;
+  }
+  if (!IsSingleBlock(header)) return blocks * MultiBlockRowLength(header) * header.NPPBV.value;
+  const CheckedSize lineBits = header.FullWidth() * SegmentBitsPerPixel(header);
+  if (!lineBits.Within(INT64_MAX) || !header.FullWidth().Within(INT32_MAX)) return UINT64_MAX;
+  const auto bytesPerLine = static_cast<uint32_t>(lineBits.Value() / 8);
+  return header.FullHeight() * SingleBlockRowLength(header, header.NPPBH.value, bytesPerLine);
+}
+
+Status ReadUncompressedImage(KernelBitmap& segment, const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  if (header.Pixel() == PixelType::BiLevel) return ReadBiLevel(segment, source);
+  if (header.BandCount() >= 3) return ReadBands(segment, source);
+  return IsSingleBlock(header) ? ReadSingleBlock(segment, source) : ReadMultiBlock(segment, source);
+}

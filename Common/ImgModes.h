@@ -1,0 +1,25 @@
+// Readers of uncompressed blocked image data (MIL-STD-2500C, 5.4.3: IC "NC" and "NM").
+#pragma once
+
+#include "Common/ImgPixel.h"
+
+/// Position of a block's top-left pixel in the segment bitmap.
+struct BlockPlace {
+  uint32_t column, row;
+};
+/// Place of block n; blocks are numbered row by row.
+inline BlockPlace PlaceOfBlock(const ImageSubheader& header, uint64_t n) {
+  return {static_cast<uint32_t>(n % header.NBPR.value) * header.NPPBH.value,
+          static_cast<uint32_t>(n / header.NBPR.value) * header.NPPBV.value};
+}
+
+/// Fills a segment bitmap from uncompressed data. 1, -1, -7, -9 (bi-level data runs out), or the status
+/// of a kernel or image-effects operation; the blocks placed before a failure stay.
+Status ReadUncompressedImage(KernelBitmap& segment, const ImageSource& source);
+
+/// Bytes that the readers need at the least; what a file that is too short is recognised by before any
+/// memory is taken for its pixels.
+CheckedSize LeastDataBytes(const ImageSubheader& header);
+
+/// Depth of the bitmap that a segment is read into.
+uint32_t SegmentBitsPerPixel(const ImageSubheader& header);

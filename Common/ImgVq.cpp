@@ -1,0 +1,292 @@
+#include "Common/ImgVq.h"
+
+#include <algorithm>
+
+#include "Common/HandlImg.h"
+#include "host/display.h"
+
+namespace {
+
+constexpr char16_t kSourceFile[] = u"ImgVq";
+
+uint16_t Big16(const uint8_t* bytes) { return static_cast<uint16_t>(bytes[0] << 8 | bytes[1]); }
+uint32_t Big32(const uint8_t* bytes) {
+  return static_cast<uint32_t>(Big16(bytes)) << 16 | Big16(bytes + 2);
+}
+
+// Codes of a fixed number of bits, most significant first, one after the other from the file. Bits left
+// over at the end of a row or block belong to the next code.
+class CodeReader {
+ public:
+  CodeReader(int32_t file, uint32_t bits) : file_(file), bits_(bits) {}
+
+  /// The next code, or -7.
+  Status Next(uint32_t& code) {
+    while (held_ < bits_) {
+      if (next_ == filled_) {
+        filled_ = KernelRead(file_, buffer_, sizeof buffer_);
+        next_ = 0;
+        if (filled_ == 0) return Status::ShortRead;
+      }
+      accumulator_ = accumulator_ << 8 | buffer_[next_++];
+      held_ += 8;
+    }
+    held_ -= bits_;
+    code = static_cast<uint32_t>(accumulator_ >> held_ & ((uint64_t{1} << bits_) - 1));
+    return Status::Success;
+  }
+
+ private:
+  int32_t file_;
+  uint32_t bits_;
+  uint64_t accumulator_ = 0;
+  uint32_t held_ = 0;
+  uint32_t next_ = 0, filled_ = 0;
+  uint8_t buffer_[4096];
+};
+
+// The vectors that codes stand for.
+struct Codebook {
+  uint32_t vectorHeight = 0;
+  uint32_t vectorWidth = 0;
+  uint32_t bytesPerPixel = 1;  // of a codebook value: 1, 2 (big-endian) or 3 (red, green, blue)
+  uint32_t entries = 0;
+  uint32_t entryBytes = 0;
+  KernelBuffer<uint8_t> values;
+
+  Status SetGeometry(const ImageSubheader& header, const VqHeader& vq, uint32_t bitsPerPixel);
+  /// Reads the lookup offset records and the tables behind them.
+  Status Read(int32_t file, const VqHeader& vq);
+  const uint8_t* Entry(uint32_t code) const { return values.data() + size_t{code} * entryBytes; }
+
+ private:
+  Status ReadTable(int32_t file, uint32_t table);
+};
+
+Status Codebook::SetGeometry(const ImageSubheader& header, const VqHeader& vq, uint32_t bitsPerPixel) {
+  if (vq.codeRows == 0 || vq.codesPerRow == 0 || vq.codeRows > header.NPPBV.value ||
+      vq.codesPerRow > header.NPPBH.value || vq.codeBits == 0 || vq.codeBits > 32) {
+    return Status::BadStructure;
+  }
+  vectorHeight = header.NPPBV.value / vq.codeRows;
+  vectorWidth = header.NPPBH.value / vq.codesPerRow;
+  bytesPerPixel = bitsPerPixel == 8 ? 1 : bitsPerPixel == 12 || bitsPerPixel == 16 ? 2 : 3;
+  const CheckedSize bytes = CheckedSize(vectorHeight) * vectorWidth * bytesPerPixel;
+  if (!bytes.Within(INT32_MAX)) return Status::BadStructure;
+  entryBytes = static_cast<uint32_t>(bytes.Value());
+  // The tables of an entry stand side by side in it.
+  const bool fit = vq.lookupRecordCount != 0 && vq.lookupRecordCount <= vectorWidth;
+  return fit ? Status::Success : Status::BadStructure;
+}
+
+Status Codebook::Read(int32_t file, const VqHeader& vq) {
+  for (uint32_t table = 0; table < vq.lookupRecordCount; ++table) {
+    VqLookupRecord record;
+    uint8_t raw[VqLookupRecord::kBytes];
+    if (Status s = record.Read(file, raw); !Ok(s)) return s;
+    if (table == 0) entries = record.recordCount;
+  }
+  if (entries == 0) return Status::BadStructure;
+  const CheckedSize stored =
+      CheckedSize(entries) * vectorHeight * bytesPerPixel * vq.lookupRecordCount;
+  const CheckedSize held = CheckedSize(entries) * entryBytes;
+  if (!stored.Within(INT32_MAX) || !held.Within(INT32_MAX)) return Status::ShortRead;
+  if (Status s = RequireRemaining(file, stored.Value()); !Ok(s)) return s;
+  if (Status s = values.Allocate(static_cast<size_t>(held.Value()), ORB_HERE); !Ok(s)) return s;
+  for (uint32_t table = 0; table < vq.lookupRecordCount; ++table) {
+    if (Status s = ReadTable(file, table); !Ok(s)) return s;
+  }
+  return Status::Success;
+}
+
+Status Codebook::ReadTable(int32_t file, uint32_t table) {
+  const uint32_t bytes = vectorHeight * bytesPerPixel;
+  uint8_t* to = values.data() + size_t{table} * bytes;
+  for (uint32_t entry = 0; entry < entries; ++entry, to += entryBytes) {
+    if (Status s = ReadExactly(file, to, bytes); !Ok(s)) return s;
+  }
+  return Status::Success;
+}
+
+// Puts one codebook pixel at column x of a bitmap row.
+void PutPixel(uint8_t* row, uint32_t x, const uint8_t* value, uint32_t bitsPerPixel) {
+  const auto word = static_cast<uint16_t>(value[0] << 8 | value[1]);
+  switch (bitsPerPixel) {
+    case 12: {
+      uint8_t* at = row + x / 2 * 3 + x % 2;
+      const uint32_t bits = word & 0xFFFu;
+      if (x % 2 == 0) {
+        at[0] = static_cast<uint8_t>(bits);
+        at[1] = static_cast<uint8_t>((at[1] & 0xF0) | bits >> 8);
+      } else {
+        at[0] = static_cast<uint8_t>((at[0] & 0x0F) | (bits & 15) << 4);
+        at[1] = static_cast<uint8_t>(bits >> 4);
+      }
+      break;
+    }
+    case 16:
+      std::memcpy(row + 2 * size_t{x}, &word, 2);
+      break;
+    default: {
+      uint8_t* at = row + 3 * size_t{x};
+      at[0] = value[2];
+      at[1] = value[1];
+      at[2] = value[0];
+    }
+  }
+}
+
+// Decodes the blocks of one image.
+class VqDecoder {
+ public:
+  VqDecoder(KernelBitmap& segment, const ImageSource& source, const Codebook& book, const VqHeader& vq)
+      : segment_(segment),
+        header_(source.header),
+        book_(book),
+        vq_(vq),
+        codes_(source.document.FileHandle(), vq.codeBits) {}
+
+  Status Decode(const ImageSource& source) {
+    if (Status s = PrepareBlock(); !Ok(s)) return s;
+    for (uint64_t n = 0; n < source.BlockCount(); ++n) {
+      const MaskTable& mask = header_.mask;
+      if (mask.HasBlockRecords() && mask.BlockRecord(n) == MaskTable::kNoBlock) continue;
+      if (Status s = DecodeBlock(); !Ok(s)) return s;
+      const BlockPlace place = PlaceOfBlock(header_, n);
+      KernelBitmap& block = block_.record;
+      (void)KernelSetBitmapData(&block, pixels_.data(), block.height * block.bytesPerLine);
+      if (Status s = FromHost(ImageEffectsCombine(&segment_, place.column, place.row, block.width,
+                                                  block.height, &block, 0, 0, kCombineCopy));
+          !Ok(s)) {
+        return s;
+      }
+      (void)KernelPrepareScratchBitmap(&block);
+    }
+    return Status::Success;
+  }
+
+ private:
+  Status PrepareBlock() {
+    KernelBitmap& block = block_.record;
+    if (Status s = FromHost(KernelAllocateBitmap(&block, kBitmapRecordSize, 2, header_.NPPBH.value,
+                                                 header_.NPPBV.value, segment_.bitsPerPixel, kOrderBgr,
+                                                 nullptr, kViewTopLeft, nullptr, 0));
+        !Ok(s)) {
+      return s;
+    }
+    for (KernelBitmap* bitmap : {&segment_, &block}) {
+      if (header_.palette.size() != 0) {
+        PutDisplayPalette(*bitmap, header_);
+      } else if (bitmap->bitsPerPixel == 8) {
+        if (Status s = PutDefaultColours(*bitmap, 8); !Ok(s)) return s;
+      }
+    }
+    return pixels_.Allocate(static_cast<size_t>(block.byteCount), ORB_HERE);
+  }
+
+  Status DecodeBlock() {
+    for (uint32_t y = 0; y < header_.NPPBV.value; y += book_.vectorHeight) {
+      for (uint32_t k = 0; k < vq_.codesPerRow; ++k) {
+        uint32_t code = 0;
+        if (Status s = codes_.Next(code); !Ok(s)) return s;
+        if (code >= book_.entries) return Status::BadStructure;
+        PlaceVector(book_.Entry(code), k * book_.vectorHeight, y);
+      }
+    }
+    return Status::Success;
+  }
+
+  // A square of the vector's width, clipped to the block and to the vector's values.
+  void PlaceVector(const uint8_t* vector, uint32_t x, uint32_t y) {
+    const uint32_t side = book_.vectorWidth;
+    if (x >= header_.NPPBH.value) return;
+    const uint32_t width = std::min(side, header_.NPPBH.value - x);
+    const uint32_t height = std::min({side, header_.NPPBV.value - y, book_.vectorHeight});
+    const uint32_t stride = block_.record.bytesPerLine;
+    for (uint32_t j = 0; j < height; ++j) {
+      uint8_t* row = pixels_.data() + size_t{y + j} * stride;
+      const uint8_t* in = vector + size_t{j} * side * book_.bytesPerPixel;
+      if (book_.bytesPerPixel == 1) {
+        std::memcpy(row + x, in, width);
+        continue;
+      }
+      for (uint32_t i = 0; i < width; ++i, in += book_.bytesPerPixel) {
+        PutPixel(row, x + i, in, segment_.bitsPerPixel);
+      }
+    }
+  }
+
+  KernelBitmap& segment_;
+  const ImageSubheader& header_;
+  const Codebook& book_;
+  const VqHeader& vq_;
+  CodeReader codes_;
+  OwnedBitmap block_;
+  KernelBuffer<uint8_t> pixels_;
+};
+
+// Makes the segment bitmap just large enough for the blocks that are stored.
+Status ShrinkToStoredBlocks(KernelBitmap& segment, const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  BlockPlace last = {0, 0};
+  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
+    if (header.mask.HasBlockRecords() && header.mask.BlockRecord(n) == MaskTable::kNoBlock) continue;
+    const BlockPlace place = PlaceOfBlock(header, n);
+    last = {std::max(last.column, place.column), std::max(last.row, place.row)};
+  }
+  const uint32_t bits = segment.bitsPerPixel, order = segment.colourOrder;
+  (void)KernelFreeBitmap(&segment);
+  return FromHost(KernelAllocateBitmap(&segment, kBitmapRecordSize, 1, last.column + header.NPPBH.value,
+                                       last.row + header.NPPBV.value, bits, order, nullptr, kViewTopLeft,
+                                       nullptr, 0));
+}
+
+}  // namespace
+
+Status VqHeader::Read(int32_t file, uint8_t (&raw)[kBytes]) {
+  if (Status s = ReadExactly(file, raw, kBytes); !Ok(s)) return s;
+  codeRows = Big32(raw);
+  codesPerRow = Big32(raw + 4);
+  codeBits = raw[8];
+  algorithm = Big16(raw + 9);
+  lookupRecordCount = Big16(raw + 11);
+  parameterRecordCount = Big16(raw + 13);
+  lookupTableOffset = Big32(raw + 15);
+  lookupRecordLength = Big16(raw + 19);
+  return Status::Success;
+}
+
+Status VqLookupRecord::Read(int32_t file, uint8_t (&raw)[kBytes]) {
+  if (Status s = ReadExactly(file, raw, kBytes); !Ok(s)) return s;
+  table = Big16(raw);
+  recordCount = Big32(raw + 2);
+  valuesPerRecord = Big16(raw + 6);
+  valueBits = Big16(raw + 8);
+  tableOffset = Big32(raw + 10);
+  return Status::Success;
+}
+
+void SeekPastMaskTable(const ImageSource& source) {
+  const ImageSubheader& header = source.header;
+  const MaskTable& mask = header.mask;
+  constexpr int64_t kFixedBytes = 10;
+  const int64_t records = static_cast<int64_t>(source.BlockCount() * header.NBANDS.value) * 4;
+  int64_t bytes = kFixedBytes + mask.PadCodeBytes();
+  if (mask.BMRLNTH != 0) bytes += records;
+  if (mask.TMRLNTH != 0) bytes += records;
+  (void)KernelSeek(source.document.FileHandle(), source.dataStart + bytes, kSeekStart);
+}
+
+Status ReadVectorQuantisedImage(KernelBitmap& segment, const ImageSource& source) {
+  const int32_t file = source.document.FileHandle();
+  (void)KernelSeek(file, source.dataStart, kSeekStart);
+  if (source.header.CompressionCode() == Compression::M4) SeekPastMaskTable(source);
+  if (Status s = ShrinkToStoredBlocks(segment, source); !Ok(s)) return s;
+  VqHeader vq;
+  uint8_t raw[VqHeader::kBytes];
+  if (Status s = vq.Read(file, raw); !Ok(s)) return s;
+  Codebook book;
+  if (Status s = book.SetGeometry(source.header, vq, segment.bitsPerPixel); !Ok(s)) return s;
+  if (Status s = book.Read(file, vq); !Ok(s)) return s;
+  return VqDecoder(segment, source, book, vq).Decode(source);
+}

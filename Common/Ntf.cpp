@@ -1,0 +1,134 @@
+// Filter entry points and drawing exports.
+#include <algorithm>
+
+#include "Common/HandlGfx.h"
+#include "Common/HandlImg.h"
+#include "Common/Utility.h"
+
+namespace {
+
+constexpr char16_t kSourceFile[] = u"Ntf";
+
+constexpr uint32_t kCanvasBitsPerPixel = 24;
+
+void TakeOptions(NitfFile& document, HostLoadOptions* options) {
+  if (options == nullptr) return;
+  options->flags |= kLoadFlagsAlways;
+  document.TakeOptions(options->flags);
+}
+
+Status Measure(NitfFile& document, uint32_t& width, uint32_t& height) {
+  return FromHost(GetActual_Width_Height(&document, &width, &height));
+}
+
+void FillFileInfo(HostFileInfo& info, uint32_t width, uint32_t height) {
+  const uint64_t bytesPerLine = ((uint64_t{width} * kCanvasBitsPerPixel + 31) >> 3) & ~uint64_t{3};
+  info.format = kFormatNitf;
+  info.width = width;
+  info.height = height;
+  info.bitsPerPixel = kCanvasBitsPerPixel;
+  info.pageNumber = 1;
+  info.pageCount = 1;
+  info.imageBytes = Saturate32(bytesPerLine * height);
+}
+
+Status ReportSize(HostInformationRecord& record) {
+  NitfFile document;
+  (void)KernelSeek(record.file, 0, kSeekStart);
+  TakeOptions(document, record.options);
+  if (Status s = document.ReadDocument(record.fileName); !Ok(s)) return s;
+  uint32_t width = 0, height = 0;
+  if (Status s = Measure(document, width, height); !Ok(s)) return s;
+  if (record.info != nullptr) FillFileInfo(*record.info, width, height);
+  return Status::Success;
+}
+
+// Draws the composite into a fresh canvas.
+Status RenderCanvas(HostLoadRecord* record, NitfFile& document, uint32_t bitsPerPixel,
+                    OwnedBitmap& canvas) {
+  uint32_t width = 0, height = 0;
+  if (Status s = Measure(document, width, height); !Ok(s)) return s;
+  if (Status s = RequireImageData(document); !Ok(s)) return s;
+  if (Status s = canvas.Allocate(width, height, bitsPerPixel, kOrderBgr, kViewBottomLeft); !Ok(s)) return s;
+  if (Status s = FromHost(KernelFillBitmap(&canvas.record, document.background)); !Ok(s)) return s;
+  const BitmapDc dc(canvas.record);
+  if (dc.get() == nullptr) return Status::OutOfMemory;
+  return FromHost(Orb_NitfDrawObjects(record, dc.get(), &canvas.record, &document));
+}
+
+Status DeliverBitmap(void* context, KernelBitmap* hostBitmap, KernelBitmap& canvas,
+                     HostRowCallback callback, void* userData) {
+  KernelBuffer<uint8_t> row;
+  if (Status s = row.Allocate(canvas.bytesPerLine, ORB_HERE); !Ok(s)) return s;
+  (void)KernelAccessBitmap(&canvas);
+  Status status = Status::Success;
+  for (uint32_t r = 0; r < canvas.height && Ok(status); ++r) {
+    (void)KernelGetRow(&canvas, row.data(), canvas.height - 1 - r, canvas.bytesPerLine);
+    const uint32_t flags =
+        kRowAlways | (r == 0 ? kRowFirst : 0) | (r + 1 == canvas.height ? kRowLast : 0);
+    status = FromHost(
+        callback(context, hostBitmap, row.data(), flags, static_cast<int32_t>(r), 1, userData));
+  }
+  (void)KernelReleaseBitmap(&canvas);
+  return status;
+}
+
+Status LoadComposite(HostLoadRecord& record) {
+  NitfFile document;
+  if (record.loadMemory == nullptr || record.setLoadCallback == nullptr || record.required2224 == 0) {
+    return Status::BadStructure;
+  }
+  TakeOptions(document, record.options);
+  if (Status s = document.ReadDocument(record.fileName); !Ok(s)) return s;
+  OwnedBitmap canvas;
+  const uint32_t depth = record.bitmap != nullptr ? record.bitmap->bitsPerPixel : kCanvasBitsPerPixel;
+  if (Status s = RenderCanvas(&record, document, depth, canvas); !Ok(s)) return s;
+  return DeliverBitmap(record.callbackContext, record.bitmap, canvas.record, record.rowCallback,
+                       record.userData);
+}
+
+Status DrawItem(HostLoadRecord* record, HDC dc, NitfFile& document, DisplayList& list,
+                const DisplayItem& item) {
+  int32_t rowOffset = 0, columnOffset = 0;
+  list.AttachmentOffset(item, rowOffset, columnOffset);
+  if (item.kind == SegmentKind::Image) {
+    return DrawImageSegment(record, dc, document, item.index, rowOffset, columnOffset);
+  }
+  return DrawGraphicSegment(record, dc, document, item.index, rowOffset, columnOffset);
+}
+
+Status DrawObjects(HostLoadRecord* record, HDC dc, NitfFile& document) {
+  DisplayList list;
+  if (Status s = list.Build(document); !Ok(s)) return s;
+  for (const DisplayItem& item : list.Items()) {
+    if (Status s = DrawItem(record, dc, document, list, item); !Ok(s)) return s;
+  }
+  return Status::Success;
+}
+
+}  // namespace
+
+int32_t ORB_CALL fltInfo(HostInformationRecord* record) {
+  return ToCaller(record != nullptr ? ReportSize(*record) : Status::InvalidParameter);
+}
+
+int32_t ORB_CALL fltLoad(HostLoadRecord* record) {
+  return ToCaller(record != nullptr ? LoadComposite(*record) : Status::InvalidParameter);
+}
+
+int32_t ORB_CALL fltSave(void*) { return ToCaller(Status::Unsupported); }
+
+int32_t ORB_CALL Orb_NtfRenderBitmap(KernelBitmap* bitmap, NitfHandle document) {
+  if (bitmap == nullptr || document == nullptr) return ToCaller(Status::InvalidParameter);
+  if ((bitmap->flags & kBitmapAllocated) != 0) (void)KernelFreeBitmap(bitmap);
+  OwnedBitmap canvas;
+  const Status status = RenderCanvas(nullptr, *document, kCanvasBitsPerPixel, canvas);
+  if (Ok(status)) canvas.MoveTo(*bitmap);
+  return ToCaller(status);
+}
+
+int32_t ORB_CALL Orb_NitfDrawObjects(HostLoadRecord* record, HDC dc, KernelBitmap*,
+                                     NitfHandle document) {
+  if (document == nullptr) return ToCaller(Status::InvalidParameter);
+  return ToCaller(DrawObjects(record, dc, *document));
+}

@@ -1,0 +1,110 @@
+// The file header (MIL-STD-2500C, table A-1).
+#pragma once
+
+#include "Common/SharedFields.h"
+
+struct NitfFile;
+struct StreamingFileHeader;
+
+/// Segment kinds: the codes of the seek helpers and of the display list.
+enum class SegmentKind : uint32_t { Image = 0, Text = 1, Graphic = 2, DataExtension = 4 };
+
+/// Lengths of one segment.
+struct SegmentLengths {
+  uint32_t subheader = 0;
+  uint32_t data = 0;
+};
+
+/// The lengths of all segments of a kind: as the file gave them, by which its segments are found, and as
+/// a save writes them, which appends and setters keep current.
+struct LengthTable {
+  KernelBuffer<SegmentLengths> inFile;
+  KernelBuffer<SegmentLengths> current;
+
+  uint32_t Count() const { return static_cast<uint32_t>(current.size()); }
+  SegmentLengths InFile(uint32_t index) const {
+    return index < inFile.size() ? inFile[index] : SegmentLengths{};
+  }
+  SegmentLengths Current(uint32_t index) const {
+    return index < current.size() ? current[index] : SegmentLengths{};
+  }
+  /// Makes both tables `count` long, keeping entries.
+  Status Resize(uint32_t count);
+  /// Adds a segment to both.
+  Status Append(SegmentLengths lengths);
+  void RemoveLast();
+};
+
+/// How the file header lists the segments of a kind.
+struct LengthFields {
+  const char* countName;
+  const char* subheaderName;
+  uint16_t subheaderWidth;
+  bool subheaderPlaceholder;
+  const char* dataName;
+  uint16_t dataWidth;
+  bool dataPlaceholder;
+};
+inline constexpr LengthFields kImageLengths = {"NUMI", "LISH", 6, true, "LI", 10, true};
+inline constexpr LengthFields kGraphicLengths = {"NUMS", "LSSH", 4, true, "LS", 6, false};
+inline constexpr LengthFields kTextLengths = {"NUMT", "LTSH", 4, true, "LT", 5, false};
+inline constexpr LengthFields kDataExtensionLengths = {"NUMDES", "LDSH", 4, true, "LD", 9, true};
+inline constexpr LengthFields kReservedLengths = {"NUMRES", "LRESH", 4, false, "LRE", 7, false};
+
+/// Most segments of a kind that a file can list.
+inline constexpr uint32_t kMaxSegments = 999;
+/// Length of a file header that lists no segments and carries no extended data.
+inline constexpr uint32_t kBareHeaderLength = 388;
+
+struct FileHeader {
+  FileHeader();
+
+  /// Parses the header at the file's position. In normal mode the replacement data of a streamed file
+  /// is consulted at the end. 1, -7, -9, -13, -78, -700001 (after a message box) or -1.
+  Status ReadHeader(NitfFile& document, StreamingFileHeader& streaming, ReadMode mode);
+  /// Frees every table and buffer.
+  void FreeTables();
+
+  LengthTable& Lengths(SegmentKind kind);
+  const LengthTable& Lengths(SegmentKind kind) const;
+  /// Stores the file length: text and value.
+  Status SetFileLength(uint64_t length);
+  /// Stores a background colour and the field's three bytes.
+  void SetBackground(COLORREF colour);
+
+  bool loaded = false;  ///< FHDR was accepted
+  uint32_t fileLength = 0;
+  uint32_t headerLength = 0;         ///< as read; the segments start here
+  uint32_t currentHeaderLength = 0;  ///< as a save writes it
+  COLORREF background = 0;
+
+  LengthTable images, graphics, texts, dataExtensions, reservedExtensions;
+
+  Text<4> FHDR;
+  Text<5> FVER;
+  Number<2> CLEVEL;
+  Text<4> STYPE;
+  Text<10> OSTAID;
+  Text<14> FDT;
+  Text<80> FTITLE;
+  Security security;
+  Text<5> FSCOP;
+  Text<5> FSCPYS;
+  Text<1> ENCRYP;
+  Text<3> FBKGC;  ///< raw bytes: red, green, blue
+  Text<27> ONAME;
+  Text<18> OPHONE;
+  Text<12> FL;
+  Text<6> HL;
+  Number<3> NUMI;
+  Number<3> NUMS;
+  Text<3> NUMX;
+  Number<3> NUMT;
+  Number<3> NUMDES;
+  Number<3> NUMRES;
+  ExtendedData userDefined;  ///< UDHDL, UDHOFL, UDHD
+  ExtendedData extended;     ///< XHDL, XHDLOFL, XHD
+
+  /// Every field in file order.
+  static FieldTable<FileHeader> Table();
+};

@@ -1,0 +1,87 @@
+// The singly linked list of one kind's subheader records, in segment order.
+#pragma once
+
+#include "Common/Owning.h"
+
+struct NitfFile;
+
+template <class R>
+class SegmentList {
+ public:
+  /// One segment: its record and the next one.
+  struct Node {
+    TrackedObject<R> record;
+    Node* next = nullptr;
+  };
+  /// Walks the records in segment order.
+  class Iterator {
+   public:
+    explicit Iterator(Node* node) : node_(node) {}
+    R& operator*() const { return *node_->record; }
+    Iterator& operator++() {
+      node_ = node_->next;
+      return *this;
+    }
+    bool operator!=(const Iterator& other) const { return node_ != other.node_; }
+
+   private:
+    Node* node_;
+  };
+
+  SegmentList() = default;
+  ~SegmentList() { Clear(); }
+  SegmentList(const SegmentList&) = delete;
+  SegmentList& operator=(const SegmentList&) = delete;
+
+  /// Adds a fresh record at the end, told its document and index. -1, nothing changed.
+  Status Append(NitfFile& document, SourceTag where) {
+    TrackedObject<Node> node;
+    if (Status s = node.Make(where); !Ok(s)) return s;
+    if (Status s = node->record.Make(where); !Ok(s)) return s;
+    node->record->SetOwner(document, count_);
+    Node* added = node.Release();
+    (tail_ != nullptr ? tail_->next : head_) = added;
+    tail_ = added;
+    ++count_;
+    return Status::Success;
+  }
+  /// Frees the last record.
+  void RemoveLast() {
+    if (head_ == nullptr) return;
+    Node** last = &head_;
+    Node* before = nullptr;
+    while ((*last)->next != nullptr) {
+      before = *last;
+      last = &before->next;
+    }
+    Free(std::exchange(*last, nullptr));
+    tail_ = before;
+    --count_;
+  }
+  void Clear() {
+    while (head_ != nullptr) Free(std::exchange(head_, head_->next));
+    tail_ = nullptr;
+    count_ = 0;
+  }
+
+  uint32_t Count() const { return count_; }
+  /// The record of an index, null at or beyond the count.
+  R* At(uint32_t index) const {
+    Node* node = index < count_ ? head_ : nullptr;
+    for (; node != nullptr && index > 0; --index) node = node->next;
+    return node != nullptr ? node->record.get() : nullptr;
+  }
+  R* Last() const { return tail_ != nullptr ? tail_->record.get() : nullptr; }
+  Iterator begin() const { return Iterator(head_); }
+  Iterator end() const { return Iterator(nullptr); }
+
+ private:
+  static void Free(Node* node) {
+    TrackedObject<Node> owner;
+    owner.Adopt(node);
+  }
+
+  Node* head_ = nullptr;
+  Node* tail_ = nullptr;
+  uint32_t count_ = 0;
+};

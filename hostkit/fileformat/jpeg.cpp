@@ -1,0 +1,220 @@
+// JPEG: the marker scan, 8-bit decoding and encoding through libjpeg.
+#include <csetjmp>
+#include <cstdio>
+#include <vector>
+
+#include <jpeglib.h>
+
+#include "hostkit/fileformat/codec.h"
+
+namespace hostkit {
+namespace {
+
+constexpr uint64_t kMaxPixelsPerByte = 4096;  // no JPEG stream packs more pixels into a byte
+
+uint32_t Big16(const uint8_t* p) { return static_cast<uint32_t>(p[0] << 8 | p[1]); }
+
+bool IsFrameMarker(uint8_t marker) {
+  return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
+}
+
+bool Describe(Bytes bytes, HostFileInfo& info) {
+  JpegFrame frame;
+  if (!FindJpegFrame(bytes, frame)) return false;
+  info.format = kFormatJpegYcc;
+  info.width = frame.width;
+  info.height = frame.height;
+  info.bitsPerPixel = frame.components >= 3 ? 24 : frame.precision <= 8 ? 8 : 16;
+  info.pageNumber = info.pageCount = 1;
+  return true;
+}
+
+// ---------------------------------------------------------------- decoding
+
+// Errors of libjpeg come back by a jump into the operation that called it; nothing with a destructor
+// lives between the two.
+struct ErrorReturn {
+  jpeg_error_mgr manager;
+  std::jmp_buf jump;
+};
+[[noreturn]] void ReturnError(j_common_ptr codec) {
+  std::longjmp(reinterpret_cast<ErrorReturn*>(codec->err)->jump, 1);
+}
+void DropMessage(j_common_ptr) {}
+void DropWarning(j_common_ptr, int) {}
+
+jpeg_error_mgr* Silent(ErrorReturn& errors) {
+  jpeg_std_error(&errors.manager);
+  errors.manager.error_exit = ReturnError;
+  errors.manager.output_message = DropMessage;
+  errors.manager.emit_message = DropWarning;
+  return &errors.manager;
+}
+
+void ChooseColourSpace(jpeg_decompress_struct& codec, const JpegFrame& frame,
+                       const HostLoadOptions& options) {
+  const bool selected = (options.flags & kLoadSelectedBands) != 0;
+  if (codec.num_components == 1) {
+    codec.jpeg_color_space = codec.out_color_space = JCS_GRAYSCALE;
+  } else if (codec.num_components != 3 || selected) {
+    codec.jpeg_color_space = codec.out_color_space = JCS_UNKNOWN;
+  } else {
+    const bool rgb = (options.flags & kLoadComponentsAreRgb) != 0 && !frame.declaresColour;
+    if (rgb) codec.jpeg_color_space = JCS_RGB;
+    if (!rgb && !frame.declaresColour) codec.jpeg_color_space = JCS_YCbCr;
+    codec.out_color_space = JCS_EXT_BGR;
+  }
+}
+
+// Keeps three components of interleaved samples as blue, green and red.
+void PickComponents(const uint8_t* in, uint32_t count, uint32_t width, const HostLoadOptions& options,
+                    uint8_t* bgr) {
+  const uint32_t shown[3] = {ShownComponent(options, 0, count), ShownComponent(options, 1, count),
+                             ShownComponent(options, 2, count)};
+  for (uint32_t x = 0; x < width; ++x, in += count, bgr += 3) {
+    for (int c = 0; c < 3; ++c) bgr[c] = in[shown[c]];
+  }
+}
+
+// Runs the decoder; `samples` is a row buffer where components have to be picked, else null.
+bool RunDecoder(jpeg_decompress_struct& codec, ErrorReturn& errors, Bytes bytes, const JpegFrame& frame,
+                const HostLoadOptions& options, KernelBitmap& bitmap, uint8_t* samples) {
+  if (setjmp(errors.jump) != 0) return false;
+  jpeg_create_decompress(&codec);
+  jpeg_mem_src(&codec, bytes.data(), static_cast<unsigned long>(bytes.size()));
+  jpeg_read_header(&codec, TRUE);
+  ChooseColourSpace(codec, frame, options);
+  jpeg_start_decompress(&codec);
+  while (codec.output_scanline < codec.output_height) {
+    uint8_t* row = Row(bitmap, codec.output_scanline);
+    JSAMPROW target = samples != nullptr ? samples : row;
+    jpeg_read_scanlines(&codec, &target, 1);
+    if (samples != nullptr) {
+      PickComponents(samples, static_cast<uint32_t>(codec.output_components), bitmap.width, options, row);
+    }
+  }
+  jpeg_finish_decompress(&codec);
+  return true;
+}
+
+int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) {
+  JpegFrame frame;
+  if (!FindJpegFrame(bytes, frame)) return kHostNotRecognised;
+  if (uint64_t{frame.width} * frame.height / kMaxPixelsPerByte > bytes.size()) return kHostBadData;
+  if (frame.precision != 8 || frame.IsLossless()) {
+#if defined(HOSTKIT_WIDE_JPEG)
+    return LoadWideJpeg(bytes, frame, options, bitmap);
+#else
+    return kHostUnsupported;
+#endif
+  }
+  const bool grey = frame.components == 1;
+  const int32_t status = KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, frame.width, frame.height,
+                                              grey ? 8 : 24, grey ? kOrderRgb : kOrderBgr, nullptr,
+                                              kViewTopLeft, nullptr, 0);
+  if (status != kHostOk) return status;
+  const bool pick = !grey && (frame.components != 3 || (options.flags & kLoadSelectedBands) != 0);
+  std::vector<uint8_t> samples(pick ? size_t{frame.width} * frame.components : 0);
+  jpeg_decompress_struct codec{};
+  ErrorReturn errors;
+  codec.err = Silent(errors);
+  const bool decoded =
+      RunDecoder(codec, errors, bytes, frame, options, bitmap, pick ? samples.data() : nullptr);
+  jpeg_destroy_decompress(&codec);
+  return decoded ? kHostOk : kHostBadData;
+}
+
+// ---------------------------------------------------------------- encoding
+
+struct EncodedBytes {
+  unsigned char* data = nullptr;
+  unsigned long size = 0;
+};
+
+// A quality factor of 2 keeps the most, 255 the least.
+int LibraryQuality(int32_t factor) { return 100 - (factor - 2) * 99 / 253; }
+
+bool RunEncoder(jpeg_compress_struct& codec, ErrorReturn& errors, const KernelBitmap& bitmap,
+                uint32_t format, bool grey, int quality, EncodedBytes& out, const uint8_t* rows) {
+  if (setjmp(errors.jump) != 0) return false;
+  jpeg_create_compress(&codec);
+  jpeg_mem_dest(&codec, &out.data, &out.size);
+  codec.image_width = bitmap.width;
+  codec.image_height = bitmap.height;
+  codec.input_components = grey ? 1 : 3;
+  codec.in_color_space = grey ? JCS_GRAYSCALE : JCS_EXT_BGR;
+  jpeg_set_defaults(&codec);
+  if (!grey) jpeg_set_colorspace(&codec, format == kFormatJpegRgb ? JCS_RGB : JCS_YCbCr);
+  jpeg_set_quality(&codec, quality, TRUE);
+  jpeg_start_compress(&codec, TRUE);
+  const size_t stride = size_t{bitmap.width} * static_cast<uint32_t>(codec.input_components);
+  while (codec.next_scanline < codec.image_height) {
+    JSAMPROW row = const_cast<JSAMPROW>(rows + codec.next_scanline * stride);
+    jpeg_write_scanlines(&codec, &row, 1);
+  }
+  jpeg_finish_compress(&codec);
+  return true;
+}
+
+}  // namespace
+
+const Codec kJpegCodec = {&Describe, &Load};
+
+bool FindJpegFrame(Bytes bytes, JpegFrame& frame) {
+  if (bytes.size() < 4 || bytes[0] != 0xFF || bytes[1] != 0xD8 || bytes[2] != 0xFF) return false;
+  frame = {};
+  size_t at = 2;
+  while (at + 4 <= bytes.size()) {
+    if (bytes[at] != 0xFF) return false;
+    const uint8_t marker = bytes[at + 1];
+    if (marker == 0xFF || marker == 0xD8 || marker == 0x01) {
+      at += marker == 0xFF ? 1 : 2;
+      continue;
+    }
+    const uint8_t* segment = &bytes[at + 4];
+    const uint32_t length = Big16(&bytes[at + 2]);
+    const size_t left = bytes.size() - at - 4;
+    if (length < 2 || length - 2 > left || marker == 0xDA || marker == 0xD9) return false;
+    if (marker == 0xE0 && length >= 7 && std::memcmp(segment, "JFIF", 5) == 0) frame.declaresColour = true;
+    if (marker == 0xEE && length >= 14 && std::memcmp(segment, "Adobe", 5) == 0) frame.declaresColour = true;
+    if (IsFrameMarker(marker) && length >= 8) {
+      frame.marker = marker;
+      frame.precision = segment[0];
+      frame.height = Big16(segment + 1);
+      frame.width = Big16(segment + 3);
+      frame.components = segment[5];
+      return frame.width != 0 && frame.height != 0 && frame.components != 0;
+    }
+    at += 2 + length;
+  }
+  return false;
+}
+
+int32_t EncodeJpeg(const KernelBitmap& bitmap, uint32_t format, uint32_t bitsPerPixel,
+                   int32_t qualityFactor, std::string& bytes) {
+  if (bitmap.width > JPEG_MAX_DIMENSION || bitmap.height > JPEG_MAX_DIMENSION) return kHostUnsupported;
+  const bool grey = bitsPerPixel == 8;
+  const size_t stride = size_t{bitmap.width} * (grey ? 1 : 3);
+  std::vector<uint8_t> rows(stride * bitmap.height), bgr(3 * size_t{bitmap.width});
+  for (uint32_t y = 0; y < bitmap.height; ++y) {
+    RowToBgr(bitmap, PictureRow(bitmap, y), 0, bitmap.width, bgr.data());
+    uint8_t* out = rows.data() + y * stride;
+    if (!grey) std::memcpy(out, bgr.data(), stride);
+    for (uint32_t x = 0; grey && x < bitmap.width; ++x) {
+      const uint8_t* p = &bgr[3 * size_t{x}];
+      out[x] = static_cast<uint8_t>((114u * p[0] + 587u * p[1] + 299u * p[2]) / 1000);
+    }
+  }
+  jpeg_compress_struct codec{};
+  ErrorReturn errors;
+  codec.err = Silent(errors);
+  EncodedBytes encoded;
+  const bool done = RunEncoder(codec, errors, bitmap, format, grey, LibraryQuality(qualityFactor), encoded,
+                               rows.data());
+  jpeg_destroy_compress(&codec);
+  if (done) bytes.assign(reinterpret_cast<char*>(encoded.data), encoded.size);
+  std::free(encoded.data);
+  return done ? kHostOk : kHostBadData;
+}
+
+}  // namespace hostkit

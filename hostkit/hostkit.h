@@ -1,0 +1,62 @@
+// Controls of the stand-in toolkit for programs that run on it: limits, message handlers, the leak
+// tracker's findings and fault injection. The module knows nothing of these.
+#pragma once
+
+#include "host/kernel.h"
+
+// ---------------------------------------------------------------- statuses of the stand-in libraries
+
+inline constexpr int32_t kHostOk = 1;
+inline constexpr int32_t kHostNoMemory = -1;
+inline constexpr int32_t kHostCloseFailed = -5;
+inline constexpr int32_t kHostBadData = -9;         ///< bytes that are not what they should be
+inline constexpr int32_t kHostInvalid = -13;        ///< an argument that makes no sense
+inline constexpr int32_t kHostUnsupported = -16;    ///< a form that the stand-in does not handle
+inline constexpr int32_t kHostNotRecognised = -20;  ///< no known image format
+
+// ---------------------------------------------------------------- limits and messages
+
+/// Refuses bitmaps of more pixels than this; 0 lifts the limit.
+ORB_HOST_API void ORB_CALL HostkitSetMaxPixels(uint64_t pixels);
+
+/// Receives message boxes; null restores the default, which prints `caption: text` on standard error.
+using HostkitMessageHandler = void (*)(const char* text, const char* caption);
+ORB_HOST_API void ORB_CALL HostkitSetMessageHandler(HostkitMessageHandler handler);
+/// Receives debugger output; null (the default) drops it.
+using HostkitDebugHandler = void (*)(const char* text);
+ORB_HOST_API void ORB_CALL HostkitSetDebugHandler(HostkitDebugHandler handler);
+
+// ---------------------------------------------------------------- leak tracker
+
+/// One outstanding resource. `kind` is a KernelResourceKind, 0 for kernel memory, 1 for an open file,
+/// 2 for a bitmap's pixels or a device context.
+struct HostkitLeak {
+  int32_t kind;
+  uint32_t line;
+  const char16_t* file;
+  uint64_t bytes;
+};
+/// Number of outstanding resources; fills up to `capacity` of `leaks`, which may be null.
+ORB_HOST_API uint32_t ORB_CALL HostkitOutstanding(HostkitLeak* leaks, uint32_t capacity);
+/// Bytes of kernel memory and bitmaps now held, and the most held since the last reset.
+ORB_HOST_API uint64_t ORB_CALL HostkitBytesHeld();
+ORB_HOST_API uint64_t ORB_CALL HostkitPeakBytes(int32_t reset);
+
+// ---------------------------------------------------------------- fault injection
+
+enum HostkitFault : int32_t {
+  kFaultAllocation,
+  kFaultOpen,
+  kFaultRead,
+  kFaultWrite,
+  kFaultClose,
+  kFaultCodec,
+  kFaultKinds
+};
+/// Makes the n-th call of a kind from now on fail, once; 0 disarms. Restarts the kind's call counter.
+ORB_HOST_API void ORB_CALL HostkitArmFault(int32_t kind, uint64_t n);
+/// Counts a call and tells whether it is the one to fail. The test support calls it for allocations
+/// that do not pass through the kernel.
+ORB_HOST_API int32_t ORB_CALL HostkitShouldFail(int32_t kind);
+/// Calls of a kind since it was last armed.
+ORB_HOST_API uint64_t ORB_CALL HostkitFaultCalls(int32_t kind);

@@ -1,0 +1,240 @@
+// Files: 64-bit, buffered, positions kept by arithmetic so that a seek costs no system call.
+#include <fcntl.h>
+#include <sys/stat.h>
+#if defined(_WIN32)
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <vector>
+
+#include "hostkit/kernel/internal.h"
+
+namespace {
+
+constexpr size_t kReadWindow = 64 * 1024;
+constexpr size_t kWriteBuffer = 256 * 1024;
+
+#if defined(_WIN32)
+int OpenPath(const char16_t* path, bool create) {
+  const int flags = create ? _O_RDWR | _O_CREAT | _O_TRUNC | _O_BINARY : _O_RDONLY | _O_BINARY;
+  return _wopen(reinterpret_cast<const wchar_t*>(path), flags, _S_IREAD | _S_IWRITE);
+}
+int64_t FileSize(int fd) { return _filelengthi64(fd); }
+int64_t ReadAt(int fd, void* buffer, size_t count, int64_t offset) {
+  if (_lseeki64(fd, offset, SEEK_SET) != offset) return -1;
+  return _read(fd, buffer, static_cast<unsigned>(std::min<size_t>(count, 1 << 30)));
+}
+int64_t WriteAt(int fd, const void* buffer, size_t count, int64_t offset) {
+  if (_lseeki64(fd, offset, SEEK_SET) != offset) return -1;
+  return _write(fd, buffer, static_cast<unsigned>(std::min<size_t>(count, 1 << 30)));
+}
+bool CloseFile(int fd) { return _close(fd) == 0; }
+#else
+int OpenPath(const char16_t* path, bool create) {
+  const int flags = create ? O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC : O_RDONLY | O_CLOEXEC;
+  return open(hostkit::ToUtf8(path).c_str(), flags, 0666);
+}
+int64_t FileSize(int fd) {
+  struct stat status;
+  return fstat(fd, &status) == 0 ? static_cast<int64_t>(status.st_size) : -1;
+}
+int64_t ReadAt(int fd, void* buffer, size_t count, int64_t offset) {
+  return pread(fd, buffer, count, offset);
+}
+int64_t WriteAt(int fd, const void* buffer, size_t count, int64_t offset) {
+  return pwrite(fd, buffer, count, offset);
+}
+bool CloseFile(int fd) { return close(fd) == 0; }
+#endif
+
+class File {
+ public:
+  File(int fd, int64_t size) : fd_(fd), size_(size) {}
+
+  uint32_t Read(uint8_t* buffer, uint32_t count) {
+    if (!Flush()) return 0;
+    uint32_t moved = 0;
+    while (moved < count) {
+      const uint32_t wanted = count - moved;
+      if (const size_t held = TakeFromWindow(buffer + moved, wanted)) {
+        moved += static_cast<uint32_t>(held);
+        continue;
+      }
+      if (wanted >= kReadWindow) {
+        const int64_t got = RetryRead(buffer + moved, wanted, position_);
+        if (got <= 0) break;
+        moved += static_cast<uint32_t>(got);
+        position_ += got;
+        continue;
+      }
+      if (!FillWindow(wanted)) break;
+    }
+    return moved;
+  }
+
+  uint32_t Write(const uint8_t* bytes, uint32_t count) {
+    window_.clear();
+    if (failed_) return 0;
+    if (position_ != pendingStart_ + static_cast<int64_t>(pending_.size()) && !Flush()) return 0;
+    if (pending_.empty()) pendingStart_ = position_;
+    pending_.insert(pending_.end(), bytes, bytes + count);
+    position_ += count;
+    size_ = std::max(size_, position_);
+    return pending_.size() < kWriteBuffer || Flush() ? count : 0;
+  }
+
+  int64_t Seek(int64_t offset, int32_t origin) {
+    const int64_t base = origin == kSeekStart ? 0 : origin == kSeekCurrent ? position_ : size_;
+    int64_t target = 0;
+    if (origin < kSeekStart || origin > kSeekEnd || __builtin_add_overflow(base, offset, &target) ||
+        target < 0) {
+      return -1;
+    }
+    position_ = target;
+    return target;
+  }
+
+  bool Close() {
+    const bool flushed = Flush();
+    return CloseFile(fd_) && flushed;
+  }
+
+ private:
+  int64_t RetryRead(void* buffer, size_t count, int64_t offset) {
+    int64_t got = 0;
+    do {
+      got = ReadAt(fd_, buffer, count, offset);
+    } while (got < 0 && errno == EINTR);
+    return got;
+  }
+
+  size_t TakeFromWindow(uint8_t* buffer, size_t wanted) {
+    const int64_t into = position_ - windowStart_;
+    if (into < 0 || into >= static_cast<int64_t>(window_.size())) return 0;
+    const size_t held = std::min(wanted, window_.size() - static_cast<size_t>(into));
+    std::memcpy(buffer, window_.data() + into, held);
+    position_ += static_cast<int64_t>(held);
+    return held;
+  }
+
+  // Fills the window around the position. A step backwards fills it with what lies in front, so that a
+  // scan from the end of a file costs no more than one from its start.
+  bool FillWindow(uint32_t wanted) {
+    const bool backwards = position_ < windowStart_;
+    const int64_t ahead = static_cast<int64_t>(kReadWindow) - wanted;
+    windowStart_ = backwards ? std::max<int64_t>(0, position_ - ahead) : position_;
+    window_.resize(kReadWindow);
+    const int64_t got = RetryRead(window_.data(), kReadWindow, windowStart_);
+    window_.resize(got > 0 ? static_cast<size_t>(got) : 0);
+    return windowStart_ + static_cast<int64_t>(window_.size()) > position_;
+  }
+
+  bool Flush() {
+    size_t done = 0;
+    while (!failed_ && done < pending_.size()) {
+      const int64_t wrote = WriteAt(fd_, pending_.data() + done, pending_.size() - done,
+                                    pendingStart_ + static_cast<int64_t>(done));
+      if (wrote < 0 && errno == EINTR) continue;
+      if (wrote <= 0) failed_ = true;  // a lost byte is never forgotten: the close fails too
+      done += wrote > 0 ? static_cast<size_t>(wrote) : 0;
+    }
+    pending_.clear();
+    return !failed_;
+  }
+
+  int fd_;
+  int64_t size_;
+  int64_t position_ = 0;
+  std::vector<uint8_t> window_;
+  int64_t windowStart_ = 0;
+  std::vector<uint8_t> pending_;
+  int64_t pendingStart_ = 0;
+  bool failed_ = false;
+};
+
+std::mutex filesMutex;
+std::vector<std::unique_ptr<File>>& Files() {
+  static auto* files = new std::vector<std::unique_ptr<File>>;
+  return *files;
+}
+
+File* Find(int32_t handle) {
+  std::lock_guard<std::mutex> lock(filesMutex);
+  auto& files = Files();
+  return handle >= 0 && static_cast<size_t>(handle) < files.size() ? files[handle].get() : nullptr;
+}
+
+int32_t Enter(std::unique_ptr<File> file) {
+  std::lock_guard<std::mutex> lock(filesMutex);
+  auto& files = Files();
+  auto slot = std::find(files.begin(), files.end(), nullptr);
+  if (slot == files.end()) slot = files.insert(files.end(), nullptr);
+  *slot = std::move(file);
+  hostkit::Track(hostkit::kKindFile, slot->get(), 0, 0, u"file");
+  return static_cast<int32_t>(slot - files.begin());
+}
+
+}  // namespace
+
+int32_t ORB_CALL KernelOpen(const char16_t* path, int32_t flags, int32_t) {
+  if (path == nullptr || HostkitShouldFail(kFaultOpen)) return kNoFile;
+  try {
+    const bool create = flags == kOpenCreate;
+    const int fd = OpenPath(path, create);
+    if (fd < 0) return kNoFile;
+    const int64_t size = FileSize(fd);
+    if (size < 0) {
+      CloseFile(fd);
+      return kNoFile;
+    }
+    return Enter(std::make_unique<File>(fd, size));
+  } catch (const std::bad_alloc&) {
+    return kNoFile;
+  }
+}
+
+uint32_t ORB_CALL KernelRead(int32_t handle, void* buffer, uint32_t count) {
+  File* file = Find(handle);
+  if (file == nullptr || HostkitShouldFail(kFaultRead)) return 0;
+  try {
+    return file->Read(static_cast<uint8_t*>(buffer), count);
+  } catch (const std::bad_alloc&) {
+    return 0;
+  }
+}
+
+uint32_t ORB_CALL KernelWrite(int32_t handle, const void* buffer, uint32_t count) {
+  File* file = Find(handle);
+  if (file == nullptr || HostkitShouldFail(kFaultWrite)) return 0;
+  try {
+    return file->Write(static_cast<const uint8_t*>(buffer), count);
+  } catch (const std::bad_alloc&) {
+    return 0;
+  }
+}
+
+int64_t ORB_CALL KernelSeek(int32_t handle, int64_t offset, int32_t origin) {
+  File* file = Find(handle);
+  return file == nullptr ? -1 : file->Seek(offset, origin);
+}
+
+int32_t ORB_CALL KernelClose(int32_t handle) {
+  std::unique_ptr<File> file;
+  {
+    std::lock_guard<std::mutex> lock(filesMutex);
+    auto& files = Files();
+    if (handle < 0 || static_cast<size_t>(handle) >= files.size()) return kHostInvalid;
+    file = std::move(files[handle]);
+  }
+  if (file == nullptr) return kHostInvalid;
+  hostkit::Untrack(hostkit::kKindFile, file.get());
+  const bool closed = file->Close();
+  return closed && !HostkitShouldFail(kFaultClose) ? kHostOk : kHostCloseFailed;
+}

@@ -1,0 +1,78 @@
+// What the stand-in kernel's files share with each other and with the other stand-in libraries.
+#pragma once
+
+#include <cstring>
+#include <string>
+
+#include "host/kernel.h"
+#include "hostkit/hostkit.h"
+
+namespace hostkit {
+
+/// Leak tracker kinds beyond KernelResourceKind.
+inline constexpr int32_t kKindMemory = 0;
+inline constexpr int32_t kKindFile = 1;
+inline constexpr int32_t kKindBitmap = 2;
+
+void Track(int32_t kind, const void* resource, uint64_t bytes, uint32_t line, const char16_t* file);
+void Untrack(int32_t kind, const void* resource);
+
+/// Global memory blocks, the handles that GlobalLock opens. Null when memory is out.
+HGLOBAL CopyToGlobal(const std::string& bytes);
+
+#if !defined(_WIN32)
+std::string ToUtf8(const char16_t* text);
+#endif
+
+inline uint8_t* Pixels(const KernelBitmap& bitmap) {
+  return reinterpret_cast<uint8_t*>(static_cast<uintptr_t>(bitmap.pixels));
+}
+inline KernelColour* Palette(const KernelBitmap& bitmap) {
+  return reinterpret_cast<KernelColour*>(static_cast<uintptr_t>(bitmap.palette));
+}
+inline uint8_t* Row(const KernelBitmap& bitmap, uint32_t row) {
+  return Pixels(bitmap) + static_cast<size_t>(row) * bitmap.bytesPerLine;
+}
+/// Row `y` counted from the top of the picture, whatever the bitmap's row order.
+inline uint8_t* PictureRow(const KernelBitmap& bitmap, uint32_t y) {
+  return Row(bitmap, bitmap.viewPerspective == kViewBottomLeft ? bitmap.height - 1 - y : y);
+}
+inline bool IsAllocated(const KernelBitmap* bitmap) {
+  return bitmap != nullptr && (bitmap->flags & kBitmapAllocated) != 0;
+}
+
+/// Pixels of any depth to and from blue, green, red triples; `first` and `count` are pixels of the row.
+void RowToBgr(const KernelBitmap& bitmap, const uint8_t* row, uint32_t first, uint32_t count,
+              uint8_t* bgr);
+/// Finds nearest palette entries; remembers the last colour, so runs cost nothing.
+class NearestColour {
+ public:
+  explicit NearestColour(const KernelBitmap& bitmap) : bitmap_(bitmap) {}
+  uint8_t Find(uint8_t blue, uint8_t green, uint8_t red);
+
+ private:
+  const KernelBitmap& bitmap_;
+  uint32_t lastColour_ = UINT32_MAX;
+  uint8_t lastIndex_ = 0;
+};
+void BgrToRow(const KernelBitmap& bitmap, NearestColour& nearest, const uint8_t* bgr, uint32_t first,
+              uint32_t count, uint8_t* row);
+/// Copies pixels between rows of one depth, at any bit position.
+void CopyPixels(uint32_t bitsPerPixel, const uint8_t* source, uint32_t sourceFirst, uint8_t* destination,
+                uint32_t destinationFirst, uint32_t count);
+
+#if !defined(_WIN32)
+/// What a palette handle points to.
+struct PaletteObject {
+  uint32_t count;
+  KernelColour entries[256];
+};
+/// What a device context points to.
+struct DeviceContext {
+  KernelBitmap* bitmap;
+  HPALETTE palette;
+};
+inline DeviceContext* Context(HDC dc) { return reinterpret_cast<DeviceContext*>(dc); }
+#endif
+
+}  // namespace hostkit

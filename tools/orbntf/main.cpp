@@ -1,0 +1,20 @@
+// orbntf: shows, renders and edits NITF files.
+#include "hostkit/hostkit.h"
+#include "tools/orbntf/tool.h"
+
+int main(int argc, char** argv) {
+  CLI::App app("Shows, renders and edits NITF 2.1 files");
+  app.require_subcommand(1);
+  uint64_t maxPixels = 0;
+  app.add_option("--max-pixels", maxPixels, "refuse bitmaps of more pixels than this");
+  tool::Work work;
+  tool::AddInfo(app, work);
+  tool::AddRender(app, work);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? tool::kExitOk : tool::kExitUsage;
+  }
+  HostkitSetMaxPixels(maxPixels);
+  return work();
+}

@@ -1,0 +1,113 @@
+#include "tools/orbntf/picture.h"
+
+#include <algorithm>
+#include <csetjmp>
+
+#include <png.h>
+
+namespace tool {
+namespace {
+
+class PpmWriter : public PictureWriter {
+ public:
+  PpmWriter(std::FILE* file, uint32_t width, uint32_t height) : file_(file), bytes_(size_t{width} * 3) {
+    good_ = std::fprintf(file, "P6\n%u %u\n255\n", width, height) > 0;
+  }
+  bool PutRow(const uint8_t* rgb) override {
+    good_ = good_ && std::fwrite(rgb, 1, bytes_, file_) == bytes_;
+    return good_;
+  }
+  bool Finish() override { return good_ && std::fflush(file_) == 0; }
+
+ private:
+  std::FILE* file_;
+  size_t bytes_;
+  bool good_;
+};
+
+// libpng's errors jump back into the call that met them; nothing with a destructor lives in between.
+class PngWriter : public PictureWriter {
+ public:
+  PngWriter(std::FILE* file, uint32_t width, uint32_t height) : file_(file) {
+    png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, &Silent, &Silent);
+    info_ = png_ != nullptr ? png_create_info_struct(png_) : nullptr;
+    good_ = info_ != nullptr && Begin(width, height);
+  }
+  ~PngWriter() override { png_destroy_write_struct(&png_, &info_); }
+
+  bool PutRow(const uint8_t* rgb) override {
+    if (!good_ || setjmp(png_jmpbuf(png_)) != 0) return good_ = false;
+    png_write_row(png_, rgb);
+    return true;
+  }
+  bool Finish() override {
+    if (!good_ || setjmp(png_jmpbuf(png_)) != 0) return false;
+    png_write_end(png_, nullptr);
+    return std::fflush(file_) == 0;
+  }
+
+ private:
+  static void Silent(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+
+  bool Begin(uint32_t width, uint32_t height) {
+    if (setjmp(png_jmpbuf(png_)) != 0) return false;
+    png_init_io(png_, file_);
+    png_set_user_limits(png_, 0x7FFFFFFF, 0x7FFFFFFF);
+    png_set_compression_level(png_, 4);
+    png_set_IHDR(png_, info_, width, height, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_write_info(png_, info_);
+    return true;
+  }
+
+  std::FILE* file_;
+  png_structp png_ = nullptr;
+  png_infop info_ = nullptr;
+  bool good_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<PictureWriter> PictureWriter::Start(PictureForm form, std::FILE* file, uint32_t width,
+                                                    uint32_t height) {
+  if (form == PictureForm::Ppm) return std::make_unique<PpmWriter>(file, width, height);
+  return std::make_unique<PngWriter>(file, width, height);
+}
+
+BoxScaler::BoxScaler(uint32_t width, uint32_t height, uint32_t factor)
+    : width_(width), height_(height), factor_(factor), rgb_(3 * size_t{Width()}) {
+  if (factor > 1) sums_.resize(rgb_.size());
+}
+
+const uint8_t* BoxScaler::Take(const uint8_t* bgr) {
+  ++rowsTaken_;
+  if (factor_ == 1) {
+    for (uint32_t x = 0; x < width_; ++x) {
+      for (int c = 0; c < 3; ++c) rgb_[3 * size_t{x} + c] = bgr[3 * size_t{x} + 2 - c];
+    }
+    return rgb_.data();
+  }
+  Accumulate(bgr);
+  if (++rowsHeld_ < factor_ && rowsTaken_ < height_) return nullptr;
+  for (uint32_t x = 0; x < Width(); ++x) {
+    const uint64_t pixels = uint64_t{std::min(factor_, width_ - x * factor_)} * rowsHeld_;
+    for (int c = 0; c < 3; ++c) {
+      uint64_t& sum = sums_[3 * size_t{x} + c];
+      rgb_[3 * size_t{x} + c] = static_cast<uint8_t>((sum + pixels / 2) / pixels);
+      sum = 0;
+    }
+  }
+  rowsHeld_ = 0;
+  return rgb_.data();
+}
+
+void BoxScaler::Accumulate(const uint8_t* bgr) {
+  for (uint32_t x = 0; x < width_; ++x, bgr += 3) {
+    uint64_t* sum = &sums_[3 * size_t{x / factor_}];
+    sum[0] += bgr[2];
+    sum[1] += bgr[1];
+    sum[2] += bgr[0];
+  }
+}
+
+}  // namespace tool

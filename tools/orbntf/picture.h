@@ -1,0 +1,44 @@
+// Picture files written row by row.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+enum class PictureForm { Png, Ppm };
+
+/// Writes 24-bit RGB rows, top row first, into an open file.
+class PictureWriter {
+ public:
+  virtual ~PictureWriter() = default;
+  /// False when the file does not take it; nothing further is written.
+  virtual bool PutRow(const uint8_t* rgb) = 0;
+  /// False when the picture is incomplete.
+  virtual bool Finish() = 0;
+
+  static std::unique_ptr<PictureWriter> Start(PictureForm form, std::FILE* file, uint32_t width,
+                                              uint32_t height);
+};
+
+/// Averages squares of N x N pixels; squares cut by an edge average what there is.
+class BoxScaler {
+ public:
+  BoxScaler(uint32_t width, uint32_t height, uint32_t factor);
+  uint32_t Width() const { return (width_ + factor_ - 1) / factor_; }
+  uint32_t Height() const { return (height_ + factor_ - 1) / factor_; }
+  /// Takes a row of blue, green, red pixels; returns the finished RGB row or null.
+  const uint8_t* Take(const uint8_t* bgr);
+
+ private:
+  void Accumulate(const uint8_t* bgr);
+  uint32_t width_, height_, factor_;
+  uint32_t rowsTaken_ = 0, rowsHeld_ = 0;
+  std::vector<uint64_t> sums_;
+  std::vector<uint8_t> rgb_;
+};
+
+}  // namespace tool

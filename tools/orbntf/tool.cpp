@@ -1,0 +1,100 @@
+#include "tools/orbntf/tool.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "host/kernel.h"
+#include "orbntf/orbntf.h"
+
+namespace tool {
+namespace {
+
+struct Meaning {
+  int32_t status;
+  const char* text;
+};
+constexpr Meaning kMeanings[] = {
+    {ORB_SUCCESS, "success"},
+    {ORB_LIMIT_REACHED, "limit of 999 segments of one kind reached"},
+    {ORB_NO_SUCH_RECORD, "no such segment"},
+    {ORB_OUT_OF_MEMORY, "out of memory, or an image too large"},
+    {ORB_NO_BITMAP, "no usable bitmap"},
+    {ORB_SHORT_WRITE, "the output could not be written"},
+    {ORB_SHORT_READ, "the file ends too early, or cannot be read"},
+    {ORB_BAD_STRUCTURE, "not the expected NITF structure"},
+    {ORB_FILE_NOT_FOUND, "no such file"},
+    {ORB_INVALID_PARAMETER, "invalid value"},
+    {ORB_TEXT_NOT_OPENED, "the text file cannot be opened"},
+    {ORB_UNSUPPORTED, "not supported"},
+    {-20, "not a known image format"},
+    {ORB_BAD_QUALITY, "quality factor out of range"},
+    {ORB_BAD_BITMAP_DEPTH, "bits per pixel neither 24 nor 8"},
+    {ORB_BAD_VERSION, "version is not 02.10"},
+    {ORB_NULL_HANDLE, "no document"},
+    {ORB_EMPTY_DRAWING, "empty drawing"},
+    {ORB_NO_DATA, "no data"},
+    {ORB_BAD_PIXEL_TYPE, "unsupported pixel value type"},
+    {ORB_BAD_COMPLEXITY, "unsupported complexity level"},
+    {ORB_BAD_SAMPLE_DEPTH, "more than one band of 16 bits"},
+};
+
+}  // namespace
+
+const char* MeaningOf(int32_t status) {
+  for (const Meaning& meaning : kMeanings) {
+    if (meaning.status == status) return meaning.text;
+  }
+  return "failure of a host library";
+}
+
+int Report(const std::string& command, const std::string& file, int32_t status) {
+  if (status == ORB_SUCCESS) return kExitOk;
+  std::fprintf(stderr, "orbntf: %s: %s: status %d: %s\n", command.c_str(), file.c_str(), status,
+               MeaningOf(status));
+  return kExitStatus;
+}
+
+int Refuse(const std::string& command, const std::string& message) {
+  std::fprintf(stderr, "orbntf: %s: %s\n", command.c_str(), message.c_str());
+  return kExitUsage;
+}
+
+std::u16string Widen(const std::string& path) {
+  Orb_A2W wide;
+  return wide.Convert(path.c_str()) != 0 ? std::u16string(wide.Value()) : std::u16string();
+}
+
+OutputFile::OutputFile(std::string path) : path_(std::move(path)), temporary_(path_ + ".XXXXXX") {
+  const int fd = mkstemp(temporary_.data());
+  if (fd < 0) {
+    temporary_.clear();
+    return;
+  }
+  // mkstemp makes a private file; the output has the permissions of any new one.
+  const mode_t mask = umask(0);
+  umask(mask);
+  fchmod(fd, 0666 & ~mask);
+  close(fd);
+}
+
+OutputFile::~OutputFile() {
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+}
+
+bool OutputFile::Commit() {
+  if (temporary_.empty() || rename(temporary_.c_str(), path_.c_str()) != 0) return false;
+  temporary_.clear();
+  return true;
+}
+
+bool IsSameFile(const std::string& a, const std::string& b) {
+  struct stat first, second;
+  return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+}  // namespace tool
