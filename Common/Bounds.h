@@ -13,14 +13,14 @@ class CheckedSize {
 
   constexpr CheckedSize operator*(CheckedSize other) const {
     CheckedSize result(0);
-    result.overflowed_ = __builtin_mul_overflow(value_, other.value_, &result.value_) ||
-                         overflowed_ || other.overflowed_;
+    result.overflowed_ =
+        __builtin_mul_overflow(value_, other.value_, &result.value_) || overflowed_ || other.overflowed_;
     return result;
   }
   constexpr CheckedSize operator+(CheckedSize other) const {
     CheckedSize result(0);
-    result.overflowed_ = __builtin_add_overflow(value_, other.value_, &result.value_) ||
-                         overflowed_ || other.overflowed_;
+    result.overflowed_ =
+        __builtin_add_overflow(value_, other.value_, &result.value_) || overflowed_ || other.overflowed_;
     return result;
   }
   constexpr bool Within(uint64_t limit) const { return !overflowed_ && value_ <= limit; }

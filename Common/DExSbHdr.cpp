@@ -45,11 +45,8 @@ constexpr auto kTable = [] {
           Field<&H::DESID>("DESID", 25),
           Field<&H::DESVER>("DESVER", 2).Accept(&AcceptVersion),
       },
-      SecurityRows<H, &H::security>({.prefix = "DES",
-                                     .classPrefix = "DE",
-                                     .fill = '0',
-                                     .classFill = '0',
-                                     .blank = false}),
+      SecurityRows<H, &H::security>(
+          {.prefix = "DES", .classPrefix = "DE", .fill = '0', .classFill = '0', .blank = false}),
       std::array{
           Field<&H::DESOFLW>("DESOFLW", 6).When(&HasOverflow),
           Field<&H::DESITEM>("DESITEM", 3).When(&HasOverflow),
@@ -63,9 +60,7 @@ constexpr auto kTable = [] {
 
 FieldTable<DataExtensionSubheader> DataExtensionSubheader::Table() { return kTable; }
 
-DataExtensionSubheader::DataExtensionSubheader() {
-  ApplyDefaults<DataExtensionSubheader>(kTable, *this);
-}
+DataExtensionSubheader::DataExtensionSubheader() { ApplyDefaults<DataExtensionSubheader>(kTable, *this); }
 
 Status DataExtensionSubheader::ReadSubheader(NitfFile& document, StreamingFileHeader& streaming,
                                              ReadMode mode) {

@@ -167,11 +167,11 @@ class FieldWriter {
 
 /// What the writer writes for a field.
 enum class WriteFrom : uint8_t {
-  Text,     ///< the stored text
-  Value,    ///< the decoded value as "%d"
-  TextValue,///< the stored text's number as "%d"
-  Code,     ///< the code table's text
-  Custom,   ///< FieldRow::custom formats it
+  Text,       ///< the stored text
+  Value,      ///< the decoded value as "%d"
+  TextValue,  ///< the stored text's number as "%d"
+  Code,       ///< the code table's text
+  Custom,     ///< FieldRow::custom formats it
 };
 /// How callers set a field.
 enum class SetAs : uint8_t { Text, Number, Date, Location, Code, Bytes };
@@ -192,12 +192,14 @@ struct FieldRow {
   bool blank = false;        ///< starts as spaces to its capacity
   const char* initial = "";  ///< starts as this text
   const CodeTable* codes = nullptr;
-  const char* otherwise = "";                          ///< written for a code outside the table
-  bool (*present)(const R&) = nullptr;                 ///< whether the file has the field
-  Status (*accept)(R&) = nullptr;                      ///< judges the field after it was read
-  Status (*readMore)(R&, FieldReader&) = nullptr;      ///< reads what the file has behind it
+  const char* otherwise = "";                      ///< written for a code outside the table
+  bool (*present)(const R&) = nullptr;             ///< whether the file has the field
+  Status (*accept)(R&) = nullptr;                  ///< judges the field after it was read
+  Status (*readMore)(R&, FieldReader&) = nullptr;  ///< reads what the file has behind it
   Status (*writeMore)(const R&, FieldWriter&) = nullptr;
   void (*custom)(const R&, char (&text)[16]) = nullptr;
+  // Which hooks are there, for constant expressions.
+  bool hasPresent = false, hasAccept = false, hasMore = false;
 
   constexpr FieldRow Blank() const {
     FieldRow row = *this;
@@ -257,11 +259,13 @@ struct FieldRow {
   constexpr FieldRow When(bool (*test)(const R&)) const {
     FieldRow row = *this;
     row.present = test;
+    row.hasPresent = true;
     return row;
   }
   constexpr FieldRow Accept(Status (*test)(R&)) const {
     FieldRow row = *this;
     row.accept = test;
+    row.hasAccept = true;
     return row;
   }
   constexpr FieldRow Then(Status (*read)(R&, FieldReader&),
@@ -269,6 +273,7 @@ struct FieldRow {
     FieldRow row = *this;
     row.readMore = read;
     row.writeMore = write;
+    row.hasMore = true;
     return row;
   }
 
@@ -313,13 +318,13 @@ constexpr FieldRow<R> LiftRow() {
   lifted.setsValue = row.setsValue;
   lifted.blank = row.blank;
   lifted.initial = row.initial;
-  if constexpr (row.present != nullptr) {
+  if constexpr (row.hasPresent) {
     lifted.present = [](const R& record) { return kRows[I].present(record.*Part); };
   }
-  if constexpr (row.accept != nullptr) {
+  if constexpr (row.hasAccept) {
     lifted.accept = [](R& record) { return kRows[I].accept(record.*Part); };
   }
-  if constexpr (row.readMore != nullptr) {
+  if constexpr (row.hasMore) {
     lifted.readMore = [](R& record, FieldReader& reader) {
       return kRows[I].readMore(record.*Part, reader);
     };

@@ -26,8 +26,8 @@ Status PaintDrawing(HDC dc, NitfFile& document, GraphicSubheader& graphic, int32
   VectorHandle& drawing = graphic.drawing.handle;
   (void)VectorSetPaintMode(&drawing, 1);
   (void)VectorSetBackground(&drawing, document.background);
-  return FromHost(VectorPaint(dc, &drawing, place.right - place.left,
-                              std::abs(place.bottom - place.top), 0, 0, &place, nullptr, 0));
+  return FromHost(VectorPaint(dc, &drawing, place.right - place.left, std::abs(place.bottom - place.top),
+                              0, 0, &place, nullptr, 0));
 }
 
 }  // namespace

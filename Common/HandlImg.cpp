@@ -46,8 +46,7 @@ KernelColourOrder SegmentColourOrder(const ImageSubheader& header, uint32_t bits
 
 Status PutSegmentColours(KernelBitmap& bitmap, const ImageSubheader& header) {
   if (header.palette.size() != 0 && bitmap.bitsPerPixel <= 16) {
-    PutDisplayPalette(bitmap, header);
-    return Status::Success;
+    return PutDisplayPalette(bitmap, header);
   }
   const uint32_t nbpp = header.NBPP.value;
   if (nbpp <= 8) return PutDefaultColours(bitmap, nbpp);
@@ -57,9 +56,9 @@ Status PutSegmentColours(KernelBitmap& bitmap, const ImageSubheader& header) {
 Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header) {
   const CheckedSize width = header.FullWidth(), height = header.FullHeight();
   if (!width.Within(kMaxSide) || !height.Within(kMaxSide)) return Status::OutOfMemory;
-  if (Status s = bitmap.Allocate(static_cast<uint32_t>(width.Value()),
-                                 static_cast<uint32_t>(height.Value()), SegmentBitsPerPixel(header),
-                                 kOrderBgr, kViewTopLeft);
+  if (Status s =
+          bitmap.Allocate(static_cast<uint32_t>(width.Value()), static_cast<uint32_t>(height.Value()),
+                          SegmentBitsPerPixel(header), kOrderBgr, kViewTopLeft);
       !Ok(s)) {
     return s;
   }
@@ -179,15 +178,16 @@ Status PutDefaultColours(KernelBitmap& bitmap, uint32_t bits) {
   return Status::Success;
 }
 
-void PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header) {
+Status PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header) {
   const auto entries = static_cast<uint32_t>(header.palette.size());
   const uint32_t count = std::min(header.bands.size() != 0 ? header.bands[0].NELUT.value : 0, entries);
+  if (count == 0) return Status::Success;
   const OwnedPalette palette(KernelCreatePalette(header.palette.data(), count), ORB_HERE);
-  if (palette.get() != nullptr) (void)KernelSetPalette(&bitmap, palette.get());
+  if (palette.get() == nullptr) return Status::OutOfMemory;
+  return FromHost(KernelSetPalette(&bitmap, palette.get()));
 }
 
-Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index,
-                        OwnedBitmap& bitmap) {
+Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index, OwnedBitmap& bitmap) {
   const Status status = FillSegmentBitmap(record, document, index, bitmap);
   if (!Ok(status)) bitmap.Free();
   return status;

@@ -18,8 +18,8 @@ Status RequireImageData(NitfFile& document);
 
 /// Gives a bitmap the colours of depth `bits`, entries 0 to 254.
 Status PutDefaultColours(KernelBitmap& bitmap, uint32_t bits);
-/// Gives a bitmap the segment's display palette.
-void PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header);
+/// Gives a bitmap the segment's display palette; -1.
+Status PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header);
 
 // Readers of compressed data.
 

@@ -17,9 +17,9 @@ constexpr uint32_t kBandWidth = 13;
 
 constexpr CodeRow kPixelTypeRows[] = {{"I", 0, "INT"}, {"B", 1, "B"}};
 constexpr CodeRow kRepresentationRows[] = {
-    {"MONO", 0, "MONO"},         {"RGB/LUT", 2, "RGB/LUT"}, {"RGB", 1, "RGB"},
-    {"MULTI", 3, "MULTI"},       {"NODISPLY", 4, "NODISPLY"}, {"NVECTOR", 5, "NVECTOR"},
-    {"POLAR", 6, "POLAR"},       {"VPH", 7, "VPH"},         {"YCbCr601", 8, "YCbCr601"}};
+    {"MONO", 0, "MONO"},   {"RGB/LUT", 2, "RGB/LUT"},   {"RGB", 1, "RGB"},
+    {"MULTI", 3, "MULTI"}, {"NODISPLY", 4, "NODISPLY"}, {"NVECTOR", 5, "NVECTOR"},
+    {"POLAR", 6, "POLAR"}, {"VPH", 7, "VPH"},           {"YCbCr601", 8, "YCbCr601"}};
 constexpr CodeRow kJustificationRows[] = {{"L", 0, "L"}, {"R", 1, "R"}};
 constexpr CodeRow kCompressionRows[] = {
     {"NC", 0, "NC"},  {"NM", 1, "NM"},  {"C0", 2, "C0"},  {"C1", 3, "C1"},  {"C2", 4, "C2"},
@@ -28,8 +28,8 @@ constexpr CodeRow kCompressionRows[] = {
     {"M4", 15, "M4"}, {"M5", 16, "M5"}, {"M6", 17, "M6"}, {"M8", 18, "M8"}};
 constexpr CodeRow kImageModeRows[] = {{"B", 0, "B"}, {"P", 1, "P"}, {"R", 2, "R"}, {"S", 3, "S"}};
 constexpr CodeRow kBiLevelRows[] = {{"1D", 0, "1D"}, {"2DS", 1, "2DS"}, {"2DH", 2, "2DH"}};
-constexpr CodeRow kBandRows[] = {{"LU", 1, "LU"}, {"R", 2, "R"},   {"G", 3, "G"},   {"B", 4, "B"},
-                                 {"M", 5, "M"},   {"Y", 6, "Y"},   {"Cb", 7, "Cb"}, {"Cr", 8, "Cr"}};
+constexpr CodeRow kBandRows[] = {{"LU", 1, "LU"}, {"R", 2, "R"}, {"G", 3, "G"},   {"B", 4, "B"},
+                                 {"M", 5, "M"},   {"Y", 6, "Y"}, {"Cb", 7, "Cb"}, {"Cr", 8, "Cr"}};
 
 constexpr CodeTable kPixelTypes = {kPixelTypeRows, true};
 constexpr CodeTable kRepresentations = {kRepresentationRows, true};
@@ -203,8 +203,8 @@ void FormatCompressionRate(const H& header, char (&text)[16]) {
 
 // The magnification as "%f", cut to three characters; done by hand because a host may have set a locale.
 void FormatMagnification(const H& header, char (&text)[16]) {
-  const auto millionths = static_cast<uint64_t>(
-      std::clamp(header.magnification, 0.0, 99999.0) * 1000000.0 + 0.5);
+  const auto millionths =
+      static_cast<uint64_t>(std::clamp(header.magnification, 0.0, 99999.0) * 1000000.0 + 0.5);
   char digits[16];
   uint32_t width = 1;
   for (uint64_t whole = millionths / 1000000; whole >= 10; whole /= 10) ++width;
@@ -259,10 +259,7 @@ constexpr auto kTable = JoinRows<H>(
         Field<&H::NBPC>("NBPC", 4).SetNumber().Placeholder().Write(WriteFrom::TextValue),
         Field<&H::NPPBH>("NPPBH", 4).SetNumber().Placeholder().Write(WriteFrom::TextValue),
         Field<&H::NPPBV>("NPPBV", 4).SetNumber().Placeholder().Write(WriteFrom::TextValue),
-        Field<&H::NBPP>("NBPP", 2)
-            .SetNumber()
-            .Write(WriteFrom::TextValue)
-            .Accept(&AcceptSampleDepth),
+        Field<&H::NBPP>("NBPP", 2).SetNumber().Write(WriteFrom::TextValue).Accept(&AcceptSampleDepth),
         Field<&H::IDLVL>("IDLVL", 3).SetNumber().Write(WriteFrom::TextValue),
         Field<&H::IALVL>("IALVL", 3).SetNumber().Write(WriteFrom::TextValue),
         Field<&H::ILOC>("ILOC", 10).Fill('0').Set(SetAs::Location),
@@ -360,12 +357,11 @@ Status MaskTable::Read(FieldReader& reader, CheckedSize records) {
 }
 
 Status MaskTable::Write(FieldWriter& writer) const {
-  const uint8_t head[10] = {
-      static_cast<uint8_t>(IMDATOFF >> 24), static_cast<uint8_t>(IMDATOFF >> 16),
-      static_cast<uint8_t>(IMDATOFF >> 8),  static_cast<uint8_t>(IMDATOFF),
-      static_cast<uint8_t>(BMRLNTH >> 8),   static_cast<uint8_t>(BMRLNTH),
-      static_cast<uint8_t>(TMRLNTH >> 8),   static_cast<uint8_t>(TMRLNTH),
-      static_cast<uint8_t>(TPXCDLNTH >> 8), static_cast<uint8_t>(TPXCDLNTH)};
+  const uint8_t head[10] = {static_cast<uint8_t>(IMDATOFF >> 24), static_cast<uint8_t>(IMDATOFF >> 16),
+                            static_cast<uint8_t>(IMDATOFF >> 8),  static_cast<uint8_t>(IMDATOFF),
+                            static_cast<uint8_t>(BMRLNTH >> 8),   static_cast<uint8_t>(BMRLNTH),
+                            static_cast<uint8_t>(TMRLNTH >> 8),   static_cast<uint8_t>(TMRLNTH),
+                            static_cast<uint8_t>(TPXCDLNTH >> 8), static_cast<uint8_t>(TPXCDLNTH)};
   if (Status s = writer.PutBytes(head, sizeof head); !Ok(s)) return s;
   const std::string_view code(reinterpret_cast<const char*>(TPXCD.data()), TPXCD.size());
   if (Status s = writer.PutText(code, PadCodeBytes(), ' '); !Ok(s)) return s;
@@ -374,11 +370,11 @@ Status MaskTable::Write(FieldWriter& writer) const {
 }
 
 uint32_t MaskTable::BlockRecord(uint64_t n) const {
-  return n < blockRecords.size() ? BigEndian32(blockRecords[n]) : kNoBlock;
+  return n + 1 < blockRecords.size() ? BigEndian32(blockRecords[n]) : kNoBlock;
 }
 
 uint32_t MaskTable::PadRecord(uint64_t n) const {
-  return n < padRecords.size() ? BigEndian32(padRecords[n]) : kNoBlock;
+  return n + 1 < padRecords.size() ? BigEndian32(padRecords[n]) : kNoBlock;
 }
 
 // ---------------------------------------------------------------- setters

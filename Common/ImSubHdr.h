@@ -9,11 +9,37 @@ struct StreamingFileHeader;
 
 /// Compression codes, in the order of their table.
 enum class Compression : uint32_t {
-  NC, NM, C0, C1, C2, C3, C4, C5, C6, C8, I1, M0, M1, M2, M3, M4, M5, M6, M8,
+  NC,
+  NM,
+  C0,
+  C1,
+  C2,
+  C3,
+  C4,
+  C5,
+  C6,
+  C8,
+  I1,
+  M0,
+  M1,
+  M2,
+  M3,
+  M4,
+  M5,
+  M6,
+  M8,
   Unknown,  ///< no code of the table; no reader accepts it
 };
 enum class Representation : uint32_t {
-  Mono, Rgb, RgbLut, Multi, NoDisplay, NVector, Polar, Vph, YCbCr601
+  Mono,
+  Rgb,
+  RgbLut,
+  Multi,
+  NoDisplay,
+  NVector,
+  Polar,
+  Vph,
+  YCbCr601
 };
 enum class BandRepresentation : uint32_t {
   BANDREPRESENTATION_NON,
@@ -57,7 +83,7 @@ struct MaskTable {
   uint32_t IMDATOFF = 0;
   uint16_t BMRLNTH = 0;
   uint16_t TMRLNTH = 0;
-  uint16_t TPXCDLNTH = 0;      ///< in bits
+  uint16_t TPXCDLNTH = 0;       ///< in bits
   TrackedArray<uint8_t> TPXCD;  ///< pad pixel code
   TrackedArray<uint32_t> blockRecords;
   TrackedArray<uint32_t> padRecords;

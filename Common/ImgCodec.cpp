@@ -41,7 +41,8 @@ bool FitsPlace(const HostFileInfo& info, uint64_t width, uint64_t height) {
   return info.width <= 2 * width && info.height <= 2 * height;
 }
 
-// Reads `bytes` of the data into a fresh buffer; -7 before memory is taken for what the file does not have.
+// Reads `bytes` of the data into a fresh buffer; -7 before memory is taken for what the file does not
+// have.
 Status ReadStream(const ImageSource& source, int64_t offset, int64_t bytes, KernelBuffer<uint8_t>& stream,
                   uint32_t spaceInFront = 0) {
   if (offset < 0 || bytes < 0 || bytes > INT32_MAX) return Status::ShortRead;
@@ -104,8 +105,7 @@ class StreamFinder {
       const int64_t start = std::max<int64_t>(0, end - kScanChunk);
       const auto bytes = static_cast<uint32_t>(end - start);
       if (Status s = source_.ReadAt(start, chunk, bytes); !Ok(s)) return s;
-      const uint8_t* found =
-          std::find_end(chunk, chunk + bytes, kStartOfImage, std::end(kStartOfImage));
+      const uint8_t* found = std::find_end(chunk, chunk + bytes, kStartOfImage, std::end(kStartOfImage));
       if (found == chunk + bytes) continue;
       place.offset = start + (found - chunk);
       place.length = source_.length - place.offset;

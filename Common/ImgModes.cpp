@@ -109,9 +109,7 @@ Status ReadBiLevel(KernelBitmap& segment, const ImageSource& source) {
 
 // ---------------------------------------------------------------- one and two bands
 
-bool IsMono(const ImageSubheader& header) {
-  return header.RepresentationCode() == Representation::Mono;
-}
+bool IsMono(const ImageSubheader& header) { return header.RepresentationCode() == Representation::Mono; }
 
 // 32- and 64-bit samples of a "MONO" image are shown through an 8-bit bitmap.
 bool IsNarrowed(const ImageSubheader& header) {

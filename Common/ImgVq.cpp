@@ -87,8 +87,7 @@ Status Codebook::Read(int32_t file, const VqHeader& vq) {
     if (table == 0) entries = record.recordCount;
   }
   if (entries == 0) return Status::BadStructure;
-  const CheckedSize stored =
-      CheckedSize(entries) * vectorHeight * bytesPerPixel * vq.lookupRecordCount;
+  const CheckedSize stored = CheckedSize(entries) * vectorHeight * bytesPerPixel * vq.lookupRecordCount;
   const CheckedSize held = CheckedSize(entries) * entryBytes;
   if (!stored.Within(INT32_MAX) || !held.Within(INT32_MAX)) return Status::ShortRead;
   if (Status s = RequireRemaining(file, stored.Value()); !Ok(s)) return s;
@@ -176,7 +175,7 @@ class VqDecoder {
     }
     for (KernelBitmap* bitmap : {&segment_, &block}) {
       if (header_.palette.size() != 0) {
-        PutDisplayPalette(*bitmap, header_);
+        if (Status s = PutDisplayPalette(*bitmap, header_); !Ok(s)) return s;
       } else if (bitmap->bitsPerPixel == 8) {
         if (Status s = PutDefaultColours(*bitmap, 8); !Ok(s)) return s;
       }

@@ -7,11 +7,11 @@
 struct VqHeader {
   static constexpr uint32_t kBytes = 21;
 
-  uint32_t codeRows;             ///< image rows of codes in a block
+  uint32_t codeRows;  ///< image rows of codes in a block
   uint32_t codesPerRow;
   uint8_t codeBits;
   uint16_t algorithm;
-  uint16_t lookupRecordCount;    ///< one lookup offset record per table
+  uint16_t lookupRecordCount;  ///< one lookup offset record per table
   uint16_t parameterRecordCount;
   uint32_t lookupTableOffset;
   uint16_t lookupRecordLength;

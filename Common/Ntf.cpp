@@ -49,7 +49,8 @@ Status RenderCanvas(HostLoadRecord* record, NitfFile& document, uint32_t bitsPer
   uint32_t width = 0, height = 0;
   if (Status s = Measure(document, width, height); !Ok(s)) return s;
   if (Status s = RequireImageData(document); !Ok(s)) return s;
-  if (Status s = canvas.Allocate(width, height, bitsPerPixel, kOrderBgr, kViewBottomLeft); !Ok(s)) return s;
+  if (Status s = canvas.Allocate(width, height, bitsPerPixel, kOrderBgr, kViewBottomLeft); !Ok(s))
+    return s;
   if (Status s = FromHost(KernelFillBitmap(&canvas.record, document.background)); !Ok(s)) return s;
   const BitmapDc dc(canvas.record);
   if (dc.get() == nullptr) return Status::OutOfMemory;
@@ -66,8 +67,8 @@ Status DeliverBitmap(void* context, KernelBitmap* hostBitmap, KernelBitmap& canv
     (void)KernelGetRow(&canvas, row.data(), canvas.height - 1 - r, canvas.bytesPerLine);
     const uint32_t flags =
         kRowAlways | (r == 0 ? kRowFirst : 0) | (r + 1 == canvas.height ? kRowLast : 0);
-    status = FromHost(
-        callback(context, hostBitmap, row.data(), flags, static_cast<int32_t>(r), 1, userData));
+    status =
+        FromHost(callback(context, hostBitmap, row.data(), flags, static_cast<int32_t>(r), 1, userData));
   }
   (void)KernelReleaseBitmap(&canvas);
   return status;
@@ -127,8 +128,7 @@ int32_t ORB_CALL Orb_NtfRenderBitmap(KernelBitmap* bitmap, NitfHandle document) 
   return ToCaller(status);
 }
 
-int32_t ORB_CALL Orb_NitfDrawObjects(HostLoadRecord* record, HDC dc, KernelBitmap*,
-                                     NitfHandle document) {
+int32_t ORB_CALL Orb_NitfDrawObjects(HostLoadRecord* record, HDC dc, KernelBitmap*, NitfHandle document) {
   if (document == nullptr) return ToCaller(Status::InvalidParameter);
   return ToCaller(DrawObjects(record, dc, *document));
 }

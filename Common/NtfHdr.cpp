@@ -69,8 +69,8 @@ Status ReadLengths(FileHeader& header, FieldReader& reader) {
         !Ok(s)) {
       return s;
     }
-    if (Status s = ReadLength(reader, kFields.dataWidth, kFields.dataPlaceholder, inFile.data,
-                              current.data);
+    if (Status s =
+            ReadLength(reader, kFields.dataWidth, kFields.dataPlaceholder, inFile.data, current.data);
         !Ok(s)) {
       return s;
     }
@@ -126,10 +126,16 @@ constexpr auto kTable = [] {
           Field<&H::FBKGC>("FBKGC", 3).Raw().Set(SetAs::Bytes).Accept(&TakeBackground),
           Field<&H::ONAME>("ONAME", 24).Blank(),
           Field<&H::OPHONE>("OPHONE", 18).Blank(),
-          Field<&H::FL>("FL", 12).SetNumber().Placeholder().Accept(&TakeFileLength).WriteWith(
-              &FormatFileLength),
-          Field<&H::HL>("HL", 6).SetNumber().Placeholder().Accept(&TakeHeaderLength).WriteWith(
-              &FormatHeaderLength),
+          Field<&H::FL>("FL", 12)
+              .SetNumber()
+              .Placeholder()
+              .Accept(&TakeFileLength)
+              .WriteWith(&FormatFileLength),
+          Field<&H::HL>("HL", 6)
+              .SetNumber()
+              .Placeholder()
+              .Accept(&TakeHeaderLength)
+              .WriteWith(&FormatHeaderLength),
           CountField<&H::NUMI, &H::images, kImageLengths>().WriteWith(&FormatCount<&H::images>),
           CountField<&H::NUMS, &H::graphics, kGraphicLengths>().WriteWith(&FormatCount<&H::graphics>),
           Field<&H::NUMX>("NUMX", 3).SetNumber().Accept(&AcceptReserved),

@@ -53,12 +53,12 @@ inline constexpr std::array<FieldRow<Security>, 16> kSecurityRows = {
 
 /// How a record's security fields differ from the others'.
 struct SecurityForm {
-  const char* prefix;          ///< front of the mnemonics
-  const char* classPrefix;     ///< front of the classification's mnemonic
-  char fill;                   ///< what the writer pads with
-  char classFill;              ///< the same for the classification
-  bool validated = true;       ///< whether the parse judges the classification
-  bool blank = true;           ///< whether a fresh record has "U" and spaces, or nothing
+  const char* prefix;       ///< front of the mnemonics
+  const char* classPrefix;  ///< front of the classification's mnemonic
+  char fill;                ///< what the writer pads with
+  char classFill;           ///< the same for the classification
+  bool validated = true;    ///< whether the parse judges the classification
+  bool blank = true;        ///< whether a fresh record has "U" and spaces, or nothing
 };
 
 /// A record's security rows.

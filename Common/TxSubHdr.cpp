@@ -23,11 +23,8 @@ constexpr auto kTable = [] {
           Field<&H::TXTDT>("TXTDT", 14).Blank().Set(SetAs::Date),
           Field<&H::TXTITL>("TXTITL", 80).Blank(),
       },
-      SecurityRows<H, &H::security>({.prefix = "TS",
-                                     .classPrefix = "TS",
-                                     .fill = '0',
-                                     .classFill = '0',
-                                     .validated = false}),
+      SecurityRows<H, &H::security>(
+          {.prefix = "TS", .classPrefix = "TS", .fill = '0', .classFill = '0', .validated = false}),
       std::array{
           Field<&H::ENCRYP>("ENCRYP", 1).SetNumber(),
           Field<&H::TXTFMT>("TXTFMT", 3).Starts("STA"),

@@ -123,8 +123,9 @@ Status DisplayList::IndexLevels() {
 }
 
 DisplayList::Segment* DisplayList::FirstOfLevel(std::span<const LevelEntry> levels, uint32_t level) {
-  const auto found = std::lower_bound(levels.begin(), levels.end(), level,
-                                      [](const LevelEntry& entry, uint32_t l) { return entry.level < l; });
+  const auto found =
+      std::lower_bound(levels.begin(), levels.end(), level,
+                       [](const LevelEntry& entry, uint32_t l) { return entry.level < l; });
   return found != levels.end() && found->level == level ? &segments_[found->segment] : nullptr;
 }
 

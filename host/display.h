@@ -38,5 +38,4 @@ inline constexpr uint32_t kCombineCopy = 800;
 /// clipped to both. Equal depths copy bits; others convert colours.
 ORB_HOST_API int32_t ORB_CALL ImageEffectsCombine(KernelBitmap* destination, uint32_t x, uint32_t y,
                                                   uint32_t width, uint32_t height, KernelBitmap* source,
-                                                  uint32_t sourceX, uint32_t sourceY,
-                                                  uint32_t operation);
+                                                  uint32_t sourceX, uint32_t sourceY, uint32_t operation);

@@ -20,11 +20,11 @@ inline constexpr uint32_t kLoadGraphicOption = 0x100000;
 
 /// Load options; the flags are the fourth 32-bit word.
 struct HostLoadOptions {
-  uint32_t size;          ///< +0, 44
-  uint32_t reserved4[2];  ///< +4
-  uint32_t flags;         ///< +12
-  int32_t bands[3];       ///< +16, red, green and blue band with kLoadSelectedBands
-  uint32_t reserved28[4]; ///< +28
+  uint32_t size;           ///< +0, 44
+  uint32_t reserved4[2];   ///< +4
+  uint32_t flags;          ///< +12
+  int32_t bands[3];        ///< +16, red, green and blue band with kLoadSelectedBands
+  uint32_t reserved28[4];  ///< +28
 };
 static_assert(sizeof(HostLoadOptions) == kLoadOptionsSize && offsetof(HostLoadOptions, flags) == 12);
 
@@ -70,11 +70,11 @@ static_assert(sizeof(HostFileInfo) == kFileInfoSize && offsetof(HostFileInfo, wi
 /// Answer of a load-information callback to a decoder of raw data.
 struct HostRawDataInfo {
   uint32_t size;
-  uint32_t format;        ///< a raw format code
+  uint32_t format;  ///< a raw format code
   uint32_t width, height;
   uint32_t bitsPerPixel;
-  uint32_t photometric;   ///< 0: a set pixel is white
-  uint32_t bitOrder;      ///< 1: most significant bit first
+  uint32_t photometric;  ///< 0: a set pixel is white
+  uint32_t bitOrder;     ///< 1: most significant bit first
 };
 /// Describes raw data; returns 1.
 using HostLoadInfoCallback = int32_t(ORB_CALL*)(HostRawDataInfo* info, void* userData);
@@ -101,12 +101,12 @@ inline constexpr uint32_t kRowLast = 8;
 
 /// Argument of fltInfo. Offsets are those of 32-bit pointers.
 struct HostInformationRecord {
-  const char16_t* fileName;   ///< +0
-  uint32_t reserved4;         ///< +4
-  int32_t file;               ///< +8, the host's open handle
-  HostFileInfo* info;         ///< +12, filled on success
-  uint32_t reserved16[5];     ///< +16
-  HostLoadOptions* options;   ///< +36
+  const char16_t* fileName;  ///< +0
+  uint32_t reserved4;        ///< +4
+  int32_t file;              ///< +8, the host's open handle
+  HostFileInfo* info;        ///< +12, filled on success
+  uint32_t reserved16[5];    ///< +16
+  HostLoadOptions* options;  ///< +36
 };
 
 /// Argument of fltLoad. Offsets are those of 32-bit pointers.
@@ -134,7 +134,8 @@ static_assert(sizeof(void*) != 4 ||
               (offsetof(HostLoadRecord, bitmap) == 4 && offsetof(HostLoadRecord, rowCallback) == 12 &&
                offsetof(HostLoadRecord, userData) == 16 &&
                offsetof(HostLoadRecord, callbackContext) == 56 &&
-               offsetof(HostLoadRecord, options) == 2160 && offsetof(HostLoadRecord, loadMemory) == 2192 &&
+               offsetof(HostLoadRecord, options) == 2160 &&
+               offsetof(HostLoadRecord, loadMemory) == 2192 &&
                offsetof(HostLoadRecord, setLoadCallback) == 2196 &&
                offsetof(HostLoadRecord, required2224) == 2224));
 
@@ -163,8 +164,7 @@ ORB_HOST_API int32_t ORB_CALL FileFormatSaveBitmapMemory(HGLOBAL* memory, const 
 /// Decodes a drawing (CGM) from memory into an initialised handle.
 ORB_HOST_API int32_t ORB_CALL FileFormatLoadDrawingMemory(const void* bytes, VectorHandle* handle,
                                                           uint32_t byteCount,
-                                                          const HostLoadOptions* options,
-                                                          uint32_t flags);
+                                                          const HostLoadOptions* options, uint32_t flags);
 /// Encodes a drawing (format kFormatCgm) into a fresh global memory handle.
 ORB_HOST_API int32_t ORB_CALL FileFormatSaveDrawingMemory(HGLOBAL* memory, const VectorHandle* handle,
                                                           uint32_t format, uint32_t* byteCount,

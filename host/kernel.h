@@ -43,8 +43,8 @@ ORB_HOST_API int32_t ORB_CALL KernelDeleteObject(HPALETTE object, uint32_t line,
 // ---------------------------------------------------------------- files
 
 inline constexpr int32_t kNoFile = -1;
-inline constexpr int32_t kOpenRead = 0x8000;     ///< read only, binary
-inline constexpr int32_t kOpenCreate = 0x8302;   ///< read and write, create, truncate, binary
+inline constexpr int32_t kOpenRead = 0x8000;    ///< read only, binary
+inline constexpr int32_t kOpenCreate = 0x8302;  ///< read and write, create, truncate, binary
 inline constexpr int32_t kPermissionRead = 0x100;
 inline constexpr int32_t kPermissionWrite = 0x80;
 enum KernelSeekOrigin : int32_t { kSeekStart = 0, kSeekCurrent = 1, kSeekEnd = 2 };

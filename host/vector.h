@@ -71,8 +71,7 @@ ORB_HOST_API int32_t ORB_CALL VectorResetTranslation(VectorHandle* handle, const
 /// saved afterwards has it as its virtual device extent.
 ORB_HOST_API int32_t ORB_CALL VectorSetViewRectangle(VectorHandle* handle, const RECT* rectangle);
 /// Resets the origin of the view to the rectangle's corner.
-ORB_HOST_API int32_t ORB_CALL VectorResetOrigin(VectorHandle* handle, const void* origin,
-                                                uint32_t flags);
+ORB_HOST_API int32_t ORB_CALL VectorResetOrigin(VectorHandle* handle, const void* origin, uint32_t flags);
 /// Resets rotation and scale of the view.
 ORB_HOST_API int32_t ORB_CALL VectorResetRotation(VectorHandle* handle, uint32_t flags);
 ORB_HOST_API int32_t ORB_CALL VectorResetScale(VectorHandle* handle, uint32_t flags);

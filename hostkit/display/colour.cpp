@@ -52,9 +52,8 @@ int32_t Merge(KernelBitmap* destination, const KernelBitmap* bands, uint32_t rec
     width = std::max(width, bands[band].width);
     height = std::max(height, bands[band].height);
   }
-  const int32_t status =
-      KernelAllocateBitmap(destination, recordSize, 1, width, height, 24, kOrderBgr, nullptr,
-                           kViewTopLeft, nullptr, 0);
+  const int32_t status = KernelAllocateBitmap(destination, recordSize, 1, width, height, 24, kOrderBgr,
+                                              nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;
   try {
     std::vector<uint8_t> bgr(3 * static_cast<size_t>(width));
@@ -130,6 +129,5 @@ int32_t ORB_CALL ImageEffectsCombine(KernelBitmap* destination, uint32_t x, uint
                                      uint32_t sourceY, uint32_t operation) {
   if (!IsAllocated(destination) || !IsAllocated(source)) return kHostInvalid;
   if (operation != kCombineCopy) return kHostUnsupported;
-  return Guarded(
-      [&] { return Combine(*destination, x, y, width, height, *source, sourceX, sourceY); });
+  return Guarded([&] { return Combine(*destination, x, y, width, height, *source, sourceX, sourceY); });
 }

@@ -31,14 +31,13 @@ Placement Place(const KernelBitmap& canvas, const KernelBitmap& bitmap, const RE
                 const RECT& destination, const RECT* destinationClip) {
   const RECT whole = {0, 0, static_cast<LONG>(bitmap.width), static_cast<LONG>(bitmap.height)};
   const RECT from = source != nullptr ? *source : whole;
-  Placement place = {destination.left,
-                     destination.top,
-                     from.left,
-                     from.top,
-                     std::min<int64_t>(int64_t{from.right} - from.left,
-                                       int64_t{destination.right} - destination.left),
-                     std::min<int64_t>(int64_t{from.bottom} - from.top,
-                                       int64_t{destination.bottom} - destination.top)};
+  Placement place = {
+      destination.left,
+      destination.top,
+      from.left,
+      from.top,
+      std::min<int64_t>(int64_t{from.right} - from.left, int64_t{destination.right} - destination.left),
+      std::min<int64_t>(int64_t{from.bottom} - from.top, int64_t{destination.bottom} - destination.top)};
   ClipAxis(place.sourceX, place.left, place.width, 0, bitmap.width);
   ClipAxis(place.sourceY, place.top, place.height, 0, bitmap.height);
   Clip(place, {0, 0, static_cast<LONG>(canvas.width), static_cast<LONG>(canvas.height)});

@@ -109,9 +109,9 @@ int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) 
 #endif
   }
   const bool grey = frame.components == 1;
-  const int32_t status = KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, frame.width, frame.height,
-                                              grey ? 8 : 24, grey ? kOrderRgb : kOrderBgr, nullptr,
-                                              kViewTopLeft, nullptr, 0);
+  const int32_t status =
+      KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, frame.width, frame.height, grey ? 8 : 24,
+                           grey ? kOrderRgb : kOrderBgr, nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;
   const bool pick = !grey && (frame.components != 3 || (options.flags & kLoadSelectedBands) != 0);
   std::vector<uint8_t> samples(pick ? size_t{frame.width} * frame.components : 0);
@@ -175,8 +175,10 @@ bool FindJpegFrame(Bytes bytes, JpegFrame& frame) {
     const uint32_t length = Big16(&bytes[at + 2]);
     const size_t left = bytes.size() - at - 4;
     if (length < 2 || length - 2 > left || marker == 0xDA || marker == 0xD9) return false;
-    if (marker == 0xE0 && length >= 7 && std::memcmp(segment, "JFIF", 5) == 0) frame.declaresColour = true;
-    if (marker == 0xEE && length >= 14 && std::memcmp(segment, "Adobe", 5) == 0) frame.declaresColour = true;
+    if (marker == 0xE0 && length >= 7 && std::memcmp(segment, "JFIF", 5) == 0)
+      frame.declaresColour = true;
+    if (marker == 0xEE && length >= 14 && std::memcmp(segment, "Adobe", 5) == 0)
+      frame.declaresColour = true;
     if (IsFrameMarker(marker) && length >= 8) {
       frame.marker = marker;
       frame.precision = segment[0];
@@ -209,8 +211,8 @@ int32_t EncodeJpeg(const KernelBitmap& bitmap, uint32_t format, uint32_t bitsPer
   ErrorReturn errors;
   codec.err = Silent(errors);
   EncodedBytes encoded;
-  const bool done = RunEncoder(codec, errors, bitmap, format, grey, LibraryQuality(qualityFactor), encoded,
-                               rows.data());
+  const bool done = RunEncoder(codec, errors, bitmap, format, grey, LibraryQuality(qualityFactor),
+                               encoded, rows.data());
   jpeg_destroy_compress(&codec);
   if (done) bytes.assign(reinterpret_cast<char*>(encoded.data), encoded.size);
   std::free(encoded.data);

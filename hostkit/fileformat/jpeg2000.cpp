@@ -48,8 +48,8 @@ uint32_t StepsBetween(uint32_t low, uint32_t high, uint32_t step) {
 }
 
 bool FindSize(Bytes stream, SizeSegment& size) {
-  const auto start = std::search(stream.begin(), stream.end(), std::begin(kCodestreamStart),
-                                 std::end(kCodestreamStart));
+  const auto start =
+      std::search(stream.begin(), stream.end(), std::begin(kCodestreamStart), std::end(kCodestreamStart));
   const size_t at = static_cast<size_t>(start - stream.begin());
   if (stream.size() - at < 43) return false;
   const uint8_t* p = stream.data() + at + 8;  // behind marker, length and capabilities
@@ -63,8 +63,12 @@ bool FindSize(Bytes stream, SizeSegment& size) {
     stepY = std::min<uint32_t>(stepY, p[36 + 3 * size_t{c}]);
   }
   if (stepX == 0 || stepY == 0) return false;
-  size = {StepsBetween(left, right, stepX), StepsBetween(top, bottom, stepY), components,
-          (p[34] & 0x7Fu) + 1, stepX, stepY};
+  size = {StepsBetween(left, right, stepX),
+          StepsBetween(top, bottom, stepY),
+          components,
+          (p[34] & 0x7Fu) + 1,
+          stepX,
+          stepY};
   return size.width != 0 && size.height != 0;
 }
 
@@ -99,7 +103,8 @@ OPJ_SIZE_T ReadMemory(void* buffer, OPJ_SIZE_T count, void* user) {
 OPJ_OFF_T SkipMemory(OPJ_OFF_T count, void* user) {
   auto& memory = *static_cast<MemoryStream*>(user);
   if (count < 0) return -1;
-  const size_t moved = std::min<size_t>(static_cast<size_t>(count), memory.bytes.size() - memory.position);
+  const size_t moved =
+      std::min<size_t>(static_cast<size_t>(count), memory.bytes.size() - memory.position);
   memory.position += moved;
   return static_cast<OPJ_OFF_T>(moved);
 }
@@ -168,8 +173,8 @@ class Component {
   }
   uint32_t At(const OPJ_INT32* line, uint32_t x) const {
     const uint32_t column = stepX_ == 1 ? x : x / stepX_;
-    const int64_t value = std::clamp<int64_t>(
-        int64_t{line[std::min(column, component_.w - 1)]} + offset_, 0, from_);
+    const int64_t value =
+        std::clamp<int64_t>(int64_t{line[std::min(column, component_.w - 1)]} + offset_, 0, from_);
     return static_cast<uint32_t>(from_ == to_ ? value : value * to_ / from_);
   }
 
@@ -241,8 +246,7 @@ int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) 
   const uint32_t depth = !grey ? 24 : image.comps[0].prec <= 8 ? 8 : 16;
   const KernelColourOrder order = !grey ? kOrderBgr : depth == 8 ? kOrderRgb : kOrderGrey;
   const int32_t status = KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, size.width, size.height,
-                                              depth, order, nullptr, kViewTopLeft,
-                                              nullptr, 0);
+                                              depth, order, nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;
   grey ? PutGrey(image, size, bitmap) : PutColour(image, size, options, bitmap);
   return kHostOk;

@@ -37,14 +37,14 @@ int32_t LoadWideJpeg(Bytes bytes, const JpegFrame& frame, const HostLoadOptions&
   SilenceOnce();
   const DJCodecParameter parameters(ECC_lossyYCbCr, EDC_never, EUC_default, EPC_default);
   const std::unique_ptr<DJDecoder> decoder = MakeDecoder(frame.precision, parameters);
-  const uint64_t size = uint64_t{frame.width} * frame.height * frame.components *
-                        (frame.precision <= 8 ? 1 : 2);
+  const uint64_t size =
+      uint64_t{frame.width} * frame.height * frame.components * (frame.precision <= 8 ? 1 : 2);
   if (size > INT32_MAX) return kHostNoMemory;
   std::vector<uint8_t> decoded(static_cast<size_t>(size));
   if (decoder->init().bad()) return kHostBadData;
-  const OFCondition result = decoder->decode(const_cast<Uint8*>(bytes.data()),
-                                             static_cast<Uint32>(bytes.size()), decoded.data(),
-                                             static_cast<Uint32>(decoded.size()), OFFalse);
+  const OFCondition result =
+      decoder->decode(const_cast<Uint8*>(bytes.data()), static_cast<Uint32>(bytes.size()), decoded.data(),
+                      static_cast<Uint32>(decoded.size()), OFFalse);
   if (result.bad()) return kHostBadData;
   const bool isYcc = frame.components == 3 && !frame.IsLossless() &&
                      (options.flags & (kLoadComponentsAreRgb | kLoadSelectedBands)) == 0;

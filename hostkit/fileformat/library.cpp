@@ -106,8 +106,9 @@ int32_t ORB_CALL FileFormatLoadMemory(const void* bytes, KernelBitmap* bitmap, u
   return Guarded(bitmap, [&] {
     HostFileInfo ownInfo = {};
     const HostLoadOptions ownOptions = {};
-    return Load({static_cast<const uint8_t*>(bytes), byteCount}, options != nullptr ? *options : ownOptions,
-                bitsPerPixel, *bitmap, info != nullptr ? *info : ownInfo);
+    return Load({static_cast<const uint8_t*>(bytes), byteCount},
+                options != nullptr ? *options : ownOptions, bitsPerPixel, *bitmap,
+                info != nullptr ? *info : ownInfo);
   });
 }
 

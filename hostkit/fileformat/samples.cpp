@@ -67,9 +67,9 @@ int32_t SamplesToBitmap(const DecodedSamples& samples, const HostLoadOptions& op
   const bool grey = samples.components == 1;
   const uint32_t depth = !grey ? 24 : samples.precision <= 8 ? 8 : 16;
   const KernelColourOrder order = !grey ? kOrderBgr : depth == 8 ? kOrderRgb : kOrderGrey;
-  const int32_t status = KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, samples.width,
-                                              samples.height, depth, order, nullptr, kViewTopLeft,
-                                              nullptr, 0);
+  const int32_t status =
+      KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, samples.width, samples.height, depth, order,
+                           nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;
   const uint32_t shown[3] = {ShownComponent(options, 0, samples.components),
                              ShownComponent(options, 1, samples.components),

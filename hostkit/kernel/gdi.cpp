@@ -16,7 +16,8 @@ struct GlobalBlock {
 // A handle is a block with its size in front, which GlobalLock skips.
 HGLOBAL hostkit::CopyToGlobal(const std::string& bytes) {
   if (HostkitShouldFail(kFaultAllocation)) return nullptr;
-  auto* block = static_cast<GlobalBlock*>(::operator new(sizeof(GlobalBlock) + bytes.size(), std::nothrow));
+  auto* block =
+      static_cast<GlobalBlock*>(::operator new(sizeof(GlobalBlock) + bytes.size(), std::nothrow));
   if (block == nullptr) return nullptr;
   block->bytes = bytes.size();
   std::memcpy(block + 1, bytes.data(), bytes.size());

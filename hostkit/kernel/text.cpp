@@ -26,8 +26,8 @@ int32_t NextCodePoint(const uint8_t*& p) {
 char16_t* ORB_CALL KernelWiden(const char* narrow) {
   if (narrow == nullptr) return nullptr;
   constexpr const char16_t* kFile = u"text";
-  auto* wide = static_cast<char16_t*>(
-      KernelAllocate(std::strlen(narrow) + 1, sizeof(char16_t), __LINE__, kFile));
+  auto* wide =
+      static_cast<char16_t*>(KernelAllocate(std::strlen(narrow) + 1, sizeof(char16_t), __LINE__, kFile));
   if (wide == nullptr) return nullptr;
   char16_t* out = wide;
   const auto* p = reinterpret_cast<const uint8_t*>(narrow);

@@ -12,26 +12,26 @@
 /** Statuses of the exports. Codes of the host toolkit pass through unchanged. */
 enum OrbStatus {
   ORB_SUCCESS = 1,
-  ORB_LIMIT_REACHED = 0,             /**< 999 segments of the kind; null handle in header Get and Set */
-  ORB_NO_SUCH_RECORD = 87,           /**< null public record, or an index without a segment */
-  ORB_OUT_OF_MEMORY = -1,            /**< out of memory; no device context; text not convertible */
-  ORB_NO_BITMAP = -2,                /**< no usable bitmap to append */
-  ORB_SHORT_WRITE = -5,              /**< a write moved fewer bytes than asked */
-  ORB_SHORT_READ = -7,               /**< a read moved fewer bytes than asked */
-  ORB_BAD_STRUCTURE = -9,            /**< not the expected NITF structure; unknown format code */
-  ORB_FILE_NOT_FOUND = -10,          /**< the file to open does not exist */
-  ORB_INVALID_PARAMETER = -13,       /**< null pointer, text too long, value outside its table */
-  ORB_TEXT_NOT_OPENED = -14,         /**< a text file to append does not open */
-  ORB_UNSUPPORTED = -16,             /**< not supported */
-  ORB_BAD_QUALITY = -21,             /**< quality factor out of range */
-  ORB_BAD_BITMAP_DEPTH = -27,        /**< appended bitmap neither 24 nor 8 bits per pixel */
-  ORB_BAD_VERSION = -78,             /**< FVER is not "02.10" */
-  ORB_NULL_HANDLE = -261,            /**< a null document handle */
-  ORB_EMPTY_DRAWING = -501,          /**< an empty vector drawing */
-  ORB_NO_DATA = -814,                /**< no data given */
-  ORB_BAD_PIXEL_TYPE = -700000,      /**< unsupported PVTYPE */
-  ORB_BAD_COMPLEXITY = -700001,      /**< unsupported CLEVEL */
-  ORB_BAD_SAMPLE_DEPTH = -700002     /**< more than one band of 16 bits */
+  ORB_LIMIT_REACHED = 0,         /**< 999 segments of the kind; null handle in header Get and Set */
+  ORB_NO_SUCH_RECORD = 87,       /**< null public record, or an index without a segment */
+  ORB_OUT_OF_MEMORY = -1,        /**< out of memory; no device context; text not convertible */
+  ORB_NO_BITMAP = -2,            /**< no usable bitmap to append */
+  ORB_SHORT_WRITE = -5,          /**< a write moved fewer bytes than asked */
+  ORB_SHORT_READ = -7,           /**< a read moved fewer bytes than asked */
+  ORB_BAD_STRUCTURE = -9,        /**< not the expected NITF structure; unknown format code */
+  ORB_FILE_NOT_FOUND = -10,      /**< the file to open does not exist */
+  ORB_INVALID_PARAMETER = -13,   /**< null pointer, text too long, value outside its table */
+  ORB_TEXT_NOT_OPENED = -14,     /**< a text file to append does not open */
+  ORB_UNSUPPORTED = -16,         /**< not supported */
+  ORB_BAD_QUALITY = -21,         /**< quality factor out of range */
+  ORB_BAD_BITMAP_DEPTH = -27,    /**< appended bitmap neither 24 nor 8 bits per pixel */
+  ORB_BAD_VERSION = -78,         /**< FVER is not "02.10" */
+  ORB_NULL_HANDLE = -261,        /**< a null document handle */
+  ORB_EMPTY_DRAWING = -501,      /**< an empty vector drawing */
+  ORB_NO_DATA = -814,            /**< no data given */
+  ORB_BAD_PIXEL_TYPE = -700000,  /**< unsupported PVTYPE */
+  ORB_BAD_COMPLEXITY = -700001,  /**< unsupported CLEVEL */
+  ORB_BAD_SAMPLE_DEPTH = -700002 /**< more than one band of 16 bits */
 };
 
 /* ------------------------------------------------------------------ records of the host toolkit */
@@ -87,7 +87,6 @@ ORB_API int32_t ORB_CALL Orb_NitfDrawObjects(struct HostLoadRecord* record, ORB_
 
 /** Size of the composite display, in pixels.
  * @return 1; -1 when it exceeds 2147483647; otherwise the failure of loading a graphic. */
-ORB_API int32_t ORB_CALL GetActual_Width_Height(NitfHandle document, uint32_t* width,
-                                                uint32_t* height);
+ORB_API int32_t ORB_CALL GetActual_Width_Height(NitfHandle document, uint32_t* width, uint32_t* height);
 
 #endif

@@ -105,7 +105,8 @@ Json ToJson(const TextSubheader& header) {
 
 Json ToJson(const DataExtensionSubheader& header) {
   Json fields = FieldsOf(header);
-  if (header.DESSHF.size() != 0) fields["DESSHF"] = ToUtf8({header.DESSHF.data(), header.DESSHF.size() - 1});
+  if (header.DESSHF.size() != 0)
+    fields["DESSHF"] = ToUtf8({header.DESSHF.data(), header.DESSHF.size() - 1});
   return fields;
 }
 
@@ -156,17 +157,18 @@ void PrintForPeople(const std::string& path, const Inspection& file) {
               document.background & 255, document.background >> 8 & 255, document.background >> 16);
   std::printf("  composite %u x %u\n", file.width, file.height);
   for (const ImageSubheader& image : document.images) {
-    std::printf("  image %u: \"%s\" %s %s, %u x %u in %u x %u blocks, %u band(s) of %u bits, mode %s, "
-                "level %u on %u, at row %d, column %d\n",
-                image.index, Trimmed(image.IID1.text).c_str(), Trimmed(image.IREP.text).c_str(),
-                image.IC.text, image.NCOLS.value, image.NROWS.value, image.NBPR.value, image.NBPC.value,
-                image.BandCount(), image.NBPP.value, image.IMODE.text, image.IDLVL.value,
-                image.IALVL.value, image.ILOC.row, image.ILOC.column);
+    std::printf(
+        "  image %u: \"%s\" %s %s, %u x %u in %u x %u blocks, %u band(s) of %u bits, mode %s, "
+        "level %u on %u, at row %d, column %d\n",
+        image.index, Trimmed(image.IID1.text).c_str(), Trimmed(image.IREP.text).c_str(), image.IC.text,
+        image.NCOLS.value, image.NROWS.value, image.NBPR.value, image.NBPC.value, image.BandCount(),
+        image.NBPP.value, image.IMODE.text, image.IDLVL.value, image.IALVL.value, image.ILOC.row,
+        image.ILOC.column);
   }
   for (const GraphicSubheader& graphic : document.graphics) {
-    std::printf("  graphic %u: \"%s\" %s, level %u on %u, at row %d, column %d, %u bytes\n", graphic.index,
-                Trimmed(graphic.SNAME.text).c_str(), graphic.SFMT.text, graphic.SDLVL.value,
-                graphic.SALVL.value, graphic.SLOC.row, graphic.SLOC.column,
+    std::printf("  graphic %u: \"%s\" %s, level %u on %u, at row %d, column %d, %u bytes\n",
+                graphic.index, Trimmed(graphic.SNAME.text).c_str(), graphic.SFMT.text,
+                graphic.SDLVL.value, graphic.SALVL.value, graphic.SLOC.row, graphic.SLOC.column,
                 document.DataLength(SegmentKind::Graphic, graphic.index));
   }
   for (const TextSubheader& text : document.texts) {
@@ -209,10 +211,12 @@ void AddInfo(CLI::App& app, Work& work) {
     bool json = false;
   };
   auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("info", "Show the file header, the segments and the composite size");
+  CLI::App* command =
+      app.add_subcommand("info", "Show the file header, the segments and the composite size");
   command->add_flag("--json", options->json, "print JSON");
   command->add_option("FILE", options->files, "files to show")->required();
-  command->callback([&work, options] { work = [options] { return RunInfo(options->files, options->json); }; });
+  command->callback(
+      [&work, options] { work = [options] { return RunInfo(options->files, options->json); }; });
 }
 
 }  // namespace tool

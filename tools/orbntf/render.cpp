@@ -40,13 +40,14 @@ struct RowSink {
   uint32_t height;
   bool showProgress;
 
-  static int32_t ORB_CALL Take(void*, KernelBitmap*, uint8_t* row, uint32_t flags, int32_t number, int32_t,
-                               void* userData) {
+  static int32_t ORB_CALL Take(void*, KernelBitmap*, uint8_t* row, uint32_t flags, int32_t number,
+                               int32_t, void* userData) {
     auto& sink = *static_cast<RowSink*>(userData);
     const uint8_t* rgb = sink.scaler.Take(row);
     if (rgb != nullptr && !sink.writer.PutRow(rgb)) return ORB_SHORT_WRITE;
     if (sink.showProgress && (number % 256 == 0 || (flags & kRowLast) != 0)) {
-      std::fprintf(stderr, "\rrow %d of %u%s", number + 1, sink.height, (flags & kRowLast) != 0 ? "\n" : "");
+      std::fprintf(stderr, "\rrow %d of %u%s", number + 1, sink.height,
+                   (flags & kRowLast) != 0 ? "\n" : "");
     }
     return ORB_SUCCESS;
   }
@@ -105,7 +106,8 @@ int RunRender(const RenderOptions& options) {
   if (IsSameFile(options.file, options.output)) return Refuse("render", "the output is the input");
   const PictureForm form = EndsWith(options.output, ".png") ? PictureForm::Png : PictureForm::Ppm;
   OutputFile output(options.output);
-  std::FILE* file = output.TemporaryPath().empty() ? nullptr : std::fopen(output.TemporaryPath().c_str(), "wb");
+  std::FILE* file =
+      output.TemporaryPath().empty() ? nullptr : std::fopen(output.TemporaryPath().c_str(), "wb");
   if (file == nullptr) return Report("render", options.output, ORB_SHORT_WRITE);
   int32_t status = RenderInto(options, file, form);
   if (std::fclose(file) != 0 && status == ORB_SUCCESS) status = ORB_SHORT_WRITE;

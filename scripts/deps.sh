@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that building and testing take. Works as root and as a user with sudo.
+set -euo pipefail
+
+packages=(
+  g++ cmake ninja-build pkg-config ca-certificates
+  libjpeg62-turbo-dev libopenjp2-7-dev libtiff-dev libcairo2-dev libpng-dev libfontconfig-dev
+  libdcmtk-dev libcli11-dev nlohmann-json3-dev fonts-liberation2
+)
+for group in "$@"; do
+  case "$group" in
+    test) packages+=(libgtest-dev) ;;
+    check) packages+=(clang clang-tidy clang-format libclang-rt-14-dev) ;;
+    bench) packages+=(libbenchmark-dev) ;;
+    windows) packages+=(g++-mingw-w64-i686 googletest debootstrap) ;;
+    *) echo "deps.sh: unknown group $group" >&2; exit 2 ;;
+  esac
+done
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+done
+[ "${#missing[@]}" -eq 0 ] && exit 0
+
+root=()
+[ "$(id -u)" -eq 0 ] || root=(sudo)
+"${root[@]}" apt-get update -qq
+"${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"

@@ -1,0 +1,155 @@
+// Filter entry points: the host's records and the row callback.
+#include "Common/NitfFile.h"
+#include "tests/support/support.h"
+
+namespace {
+
+using test::ImageForm;
+using test::NitfBuilder;
+
+std::string Ramp(int width, int height) {
+  std::string data;
+  for (int i = 0; i < width * height; ++i) data += static_cast<char>(i);
+  return data;
+}
+
+NitfBuilder RampFile(int width, int height) {
+  ImageForm form;
+  form.width = width;
+  form.height = height;
+  return NitfBuilder().Image(form, Ramp(width, height));
+}
+
+using FilterTest = test::ModuleTest;
+
+TEST_F(FilterTest, InfoFillsTheHostsRecord) {
+  for (const auto& [width, lineBytes] : {std::pair{100, 300}, std::pair{101, 304}}) {
+    const test::TempFile file(RampFile(width, 50).Bytes());
+    HostFileInfo info = {};
+    HostLoadOptions options = {};
+    options.flags = 2;
+    HostInformationRecord record = {};
+    record.fileName = file.Wide();
+    record.file = kNoFile;
+    record.info = &info;
+    record.options = &options;
+    EXPECT_EQ(fltInfo(&record), 1);
+    EXPECT_EQ(info.width, static_cast<uint32_t>(width));
+    EXPECT_EQ(info.height, 50u);
+    EXPECT_EQ(info.bitsPerPixel, 24u);
+    EXPECT_EQ(info.format, 248u);
+    EXPECT_EQ(info.imageBytes, static_cast<uint32_t>(lineBytes) * 50);
+    EXPECT_EQ(info.pageNumber, 1u);
+    EXPECT_EQ(info.pageCount, 1u);
+    EXPECT_EQ(options.flags, 0x80000003u);
+  }
+}
+
+TEST_F(FilterTest, SaveAndIncompleteRecordsAreRefused) {
+  EXPECT_EQ(fltSave(nullptr), -16);
+  EXPECT_EQ(fltLoad(nullptr), -13);
+  HostLoadRecord record = {};
+  record.fileName = u"/no/such/file";
+  record.loadMemory = &FileFormatLoadMemory;
+  record.setLoadCallback = &FileFormatSetLoadInfoCallback;
+  EXPECT_EQ(fltLoad(&record), -9);
+  record.required2224 = 1;
+  EXPECT_EQ(fltLoad(&record), -7);
+  record.loadMemory = nullptr;
+  EXPECT_EQ(fltLoad(&record), -9);
+}
+
+TEST_F(FilterTest, RowsArriveFromTheTopWithTheirFlags) {
+  const auto picture = test::RenderBytes(RampFile(5, 4).Bytes());
+  ASSERT_EQ(picture.status, 1);
+  EXPECT_EQ(picture.rowFlags, (std::vector<uint32_t>{7, 3, 3, 11}));
+  for (uint32_t y = 0; y < 4; ++y) {
+    for (uint32_t x = 0; x < 5; ++x) EXPECT_EQ(picture.At(x, y), test::Grey(static_cast<int>(5 * y + x)));
+  }
+  EXPECT_EQ(test::RenderBytes(RampFile(5, 1).Bytes()).rowFlags, std::vector<uint32_t>{15});
+}
+
+TEST_F(FilterTest, ACallbackMayStopTheDelivery) {
+  for (const int32_t result : {0, 2, -42}) {
+    const auto picture =
+        test::RenderBytes(RampFile(5, 8).Bytes(), {.stopAtRow = 3, .stopResult = result});
+    EXPECT_EQ(picture.status, result);
+    EXPECT_EQ(picture.rowFlags.size(), 4u);
+  }
+}
+
+TEST_F(FilterTest, FixedCanvasShowsTheBackgroundAround) {
+  NitfBuilder file = RampFile(5, 4);
+  file.header.SetRaw("FBKGC", "\x10\x20\x30");
+  const auto picture = test::RenderBytes(file.Bytes(), {.flags = kLoadFixedCanvas});
+  ASSERT_EQ(picture.status, 1);
+  EXPECT_EQ(picture.width, 2048u);
+  EXPECT_EQ(picture.height, 2048u);
+  EXPECT_EQ(picture.At(4, 3), test::Grey(19));
+  EXPECT_EQ(picture.At(5, 3), (test::Rgb{0x10, 0x20, 0x30}));
+  EXPECT_EQ(picture.At(2047, 2047), (test::Rgb{0x10, 0x20, 0x30}));
+}
+
+TEST_F(FilterTest, CanvasesOfOtherDepthsAreDrawn) {
+  const std::string bytes = RampFile(9, 4).Bytes();
+  for (uint32_t depth : {1u, 4u, 8u, 16u, 32u}) {
+    const auto picture = test::RenderBytes(bytes, {.bitsPerPixel = depth});
+    EXPECT_EQ(picture.status, 1) << depth;
+    EXPECT_EQ(picture.rowFlags.size(), 4u);
+  }
+  EXPECT_EQ(test::RenderBytes(bytes, {.bitsPerPixel = 0}).status, -1);
+}
+
+TEST_F(FilterTest, RenderExportOwnsAndReplacesItsCanvas) {
+  const test::TempFile file(RampFile(5, 4).Bytes());
+  NitfFile document;
+  ASSERT_EQ(document.ReadDocument(file.Wide()), Status::Success);
+  EXPECT_EQ(Orb_NtfRenderBitmap(nullptr, &document), -13);
+  KernelBitmap bitmap;
+  KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 0);
+  EXPECT_EQ(Orb_NtfRenderBitmap(&bitmap, &document), 1);
+  EXPECT_EQ(Orb_NtfRenderBitmap(&bitmap, &document), 1);
+  EXPECT_EQ(bitmap.bitsPerPixel, 24u);
+  uint8_t row[16];
+  EXPECT_EQ(KernelGetRow(&bitmap, row, 3, 15), 1) << "the last kernel row is the top of the picture";
+  EXPECT_EQ(row[3], 1);
+  KernelFreeBitmap(&bitmap);
+}
+
+TEST_F(FilterTest, DarkImagesAreLiftedOnRequest) {
+  ImageForm form;
+  const auto render = [&](char grey, uint32_t flags) {
+    return test::RenderBytes(NitfBuilder().Image(form, std::string(64, grey)).Bytes(), {.flags = flags})
+        .At(0, 0);
+  };
+  EXPECT_EQ(render(19, 0), test::Grey(19));
+  EXPECT_EQ(render(19, kLoadLiftDarkImages), test::Grey(19 + 89));
+  EXPECT_EQ(render(20, kLoadLiftDarkImages), test::Grey(20)) << "one level brighter is not dark";
+}
+
+TEST_F(FilterTest, DrawingStopsAtTheFirstFailure) {
+  NitfBuilder file = RampFile(5, 4);
+  ImageForm broken;
+  broken.compression = "M0";
+  test::Record record = test::ImageRecord(broken);
+  record.Set("IDLVL", 2);
+  file.Image(record, test::MaskBytes({}));
+  const auto picture = test::RenderBytes(file.Bytes());
+  EXPECT_EQ(picture.status, -16);
+  EXPECT_TRUE(picture.rowFlags.empty());
+}
+
+TEST_F(FilterTest, LoadingSurvivesEveryFault) {
+  NitfBuilder file = RampFile(6, 5);
+  ImageForm colour;
+  colour.bands = 3;
+  colour.representation = "RGB";
+  file.Image(colour, std::string(192, 'x')).Text("text");
+  const test::TempFile onDisk(file.Bytes());
+  const auto render = [&] { return test::Render(onDisk).status; };
+  // A palette for the device context is optional: painting goes on without.
+  EXPECT_GT(test::ForEachFault(kFaultAllocation, {-1, 1}, render), 20);
+  EXPECT_GT(test::ForEachFault(kFaultRead, {-7}, render), 100);
+}
+
+}  // namespace

@@ -1,0 +1,122 @@
+// Composite size, display order and attachment.
+#include "Common/NitfFile.h"
+#include "Common/Utility.h"
+#include "tests/support/support.h"
+
+namespace {
+
+using test::ImageForm;
+using test::NitfBuilder;
+
+struct Placed {
+  int level, attachment;
+  const char* location;
+  int width, height;
+  int grey = 0;
+};
+
+NitfBuilder Compose(const std::vector<Placed>& images) {
+  NitfBuilder file;
+  for (const Placed& placed : images) {
+    ImageForm form;
+    form.width = placed.width;
+    form.height = placed.height;
+    test::Record record = test::ImageRecord(form);
+    record.Set("IDLVL", placed.level).Set("IALVL", placed.attachment).Set("ILOC", placed.location);
+    file.Image(record, std::string(static_cast<size_t>(placed.width) * placed.height,
+                                   static_cast<char>(placed.grey)));
+  }
+  return file;
+}
+
+struct Size {
+  int32_t status;
+  uint32_t width, height;
+  bool operator==(const Size&) const = default;
+};
+std::ostream& operator<<(std::ostream& out, const Size& size) {
+  return out << size.status << ": " << size.width << " x " << size.height;
+}
+Size SizeOf(const NitfBuilder& file) {
+  const test::TempFile onDisk(file.Bytes());
+  NitfFile document;
+  Size size{ToCaller(document.ReadDocument(onDisk.Wide())), 0, 0};
+  if (size.status == 1) size.status = GetActual_Width_Height(&document, &size.width, &size.height);
+  return size;
+}
+
+using GeometryTest = test::ModuleTest;
+
+TEST_F(GeometryTest, CompositeReachesTheFarthestSegment) {
+  ImageForm blocks;
+  blocks.width = 512;
+  blocks.height = 300;
+  blocks.blocksAcross = 2;
+  EXPECT_EQ(SizeOf(NitfBuilder().Image(blocks, "")), (Size{1, 1024, 300}));
+  EXPECT_EQ(SizeOf(Compose({{1, 0, "0001000020", 400, 300}, {2, 1, "0010000050", 200, 100}})),
+            (Size{1, 420, 310}));
+  EXPECT_EQ(SizeOf(NitfBuilder().Text("only text")), (Size{1, 2, 2}));
+  EXPECT_EQ(SizeOf(NitfBuilder()), (Size{1, 2048, 2048}));
+}
+
+TEST_F(GeometryTest, GraphicsReachTheirBounds) {
+  test::Record graphic = test::GraphicRecord();
+  graphic.Set("SFMT", "B")
+      .Set("SLOC", "0001000020")
+      .Set("SBND1", "0000000000")
+      .Set("SBND2", "0005000100");
+  EXPECT_EQ(SizeOf(NitfBuilder().Graphic(graphic, "")), (Size{1, 100, 50}));
+}
+
+TEST_F(GeometryTest, SegmentsWhollyOffTheCanvasAddNothing) {
+  EXPECT_EQ(SizeOf(Compose({{1, 0, "0000000000", 30, 20}, {2, 0, "-0100-0100", 50, 60}})),
+            (Size{1, 30, 20}));
+}
+
+TEST_F(GeometryTest, LoopingAttachmentsStop) {
+  // Each segment counts once: 1 is attached to 2 and 2 to 1; 3 to itself.
+  EXPECT_EQ(SizeOf(Compose({{1, 2, "0000100001", 10, 10}, {2, 1, "0000200002", 10, 10}})),
+            (Size{1, 13, 13}));
+  EXPECT_EQ(SizeOf(Compose({{3, 3, "0000500005", 10, 10}})), (Size{1, 15, 15}));
+}
+
+TEST_F(GeometryTest, AbsurdSizesAreRefused) {
+  test::Record record = test::ImageRecord({});
+  record.Set("NBPR", "-001");
+  EXPECT_EQ(SizeOf(NitfBuilder().Image(record, "")).status, -1);
+}
+
+TEST_F(GeometryTest, EqualLevelsFollowTheExchangeSort) {
+  const test::TempFile onDisk(
+      Compose({{2, 0, "0000000000", 1, 1}, {2, 0, "0000000000", 1, 1}, {1, 0, "0000000000", 1, 1}})
+          .Bytes());
+  NitfFile document;
+  ASSERT_EQ(document.ReadDocument(onDisk.Wide()), Status::Success);
+  DisplayList list;
+  ASSERT_EQ(list.Build(document), Status::Success);
+  std::vector<uint32_t> order;
+  for (const DisplayItem& item : list.Items()) order.push_back(item.index);
+  EXPECT_EQ(order, (std::vector<uint32_t>{2, 1, 0}));
+  EXPECT_EQ(NextDisplayLevel(document), 3u);
+  EXPECT_EQ(NextDisplayLevel(NitfFile()), 1u);
+}
+
+TEST_F(GeometryTest, HigherLevelsCoverLowerOnes) {
+  const auto picture = test::RenderBytes(Compose({{3, 0, "0000000000", 4, 4, 30},
+                                                  {1, 0, "0000000000", 8, 8, 10},
+                                                  {2, 3, "0000200002", 4, 4, 20}})
+                                             .Bytes());
+  ASSERT_EQ(picture.status, 1);
+  EXPECT_EQ(picture.At(0, 0), test::Grey(30));
+  EXPECT_EQ(picture.At(3, 3), test::Grey(30));
+  EXPECT_EQ(picture.At(4, 4), test::Grey(20));
+  EXPECT_EQ(picture.At(7, 7), test::Grey(10));
+}
+
+TEST_F(GeometryTest, LongAttachmentChainsAreFollowedQuickly) {
+  std::vector<Placed> chain;
+  for (int i = 1; i <= 999; ++i) chain.push_back({i, i - 1, "0000100001", 1, 1});
+  EXPECT_EQ(SizeOf(Compose(chain)), (Size{1, 1000, 1000}));
+}
+
+}  // namespace

@@ -1,0 +1,221 @@
+// Parsing of the file header and every subheader: one fault each.
+#include "Common/NitfFile.h"
+#include "tests/support/support.h"
+
+namespace {
+
+using test::ImageForm;
+using test::NitfBuilder;
+
+int32_t ReadBytes(const std::string& bytes, NitfFile& document) {
+  const test::TempFile file(bytes);
+  return ToCaller(document.ReadDocument(file.Wide()));
+}
+int32_t ReadBytes(const std::string& bytes) {
+  NitfFile document;
+  return ReadBytes(bytes, document);
+}
+
+// A file with one segment of each kind.
+NitfBuilder FullFile() {
+  NitfBuilder file;
+  file.Image(ImageForm{}, std::string(64, 'i')).Graphic(test::GraphicRecord(), "").Text("Some text");
+  file.extensions.push_back({test::DataExtensionRecord("TRE_OVERFLOW"), "data"});
+  return file;
+}
+
+struct Fault {
+  const char* segment;  // "header", "image", "graphic", "text", "extension"
+  const char* field;
+  const char* text;
+  int32_t status;
+  const char* message;
+};
+std::ostream& operator<<(std::ostream& out, const Fault& fault) {
+  return out << fault.segment << ' ' << fault.field << '=' << fault.text;
+}
+
+class HeaderFaults : public test::ModuleTest, public testing::WithParamInterface<Fault> {};
+
+TEST_P(HeaderFaults, GiveTheirStatus) {
+  NitfBuilder file = FullFile();
+  const Fault& fault = GetParam();
+  const std::string segment = fault.segment;
+  test::Record& record = segment == "header"    ? file.header
+                         : segment == "image"   ? file.images[0].subheader
+                         : segment == "graphic" ? file.graphics[0].subheader
+                         : segment == "text"    ? file.texts[0].subheader
+                                                : file.extensions[0].subheader;
+  record.Set(fault.field, fault.text);
+  EXPECT_EQ(ReadBytes(file.Bytes()), fault.status);
+  const std::vector<std::string> expected =
+      *fault.message != 0 ? std::vector<std::string>{std::string("Error: ") + fault.message}
+                          : std::vector<std::string>{};
+  EXPECT_EQ(Messages(), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, HeaderFaults,
+    testing::Values(Fault{"header", "FHDR", "NSIF", 1, ""}, Fault{"header", "FHDR", "nitf", -9, ""},
+                    Fault{"header", "FVER", "02.00", -78, ""},
+                    Fault{"header", "CLEVEL", "05", -700001, "Unsupported CLEVEL"},
+                    Fault{"header", "FSCLAS", "X", -9, ""}, Fault{"header", "FSCLAS", "T", 1, ""},
+                    Fault{"header", "NUMX", "001", -9, ""}, Fault{"header", "UDHDL", "00002", -9, ""},
+                    Fault{"header", "XHDL", "00001", -9, ""}, Fault{"header", "XHDL", "99999", -7, ""},
+                    Fault{"image", "IM", "IN", -9, ""}, Fault{"image", "ISCLAS", "A", -9, ""},
+                    Fault{"image", "PVTYPE", "R", -700000, "Unsupported PVTYPE"},
+                    Fault{"image", "PVTYPE", "SI", -700000, "Unsupported PVTYPE"},
+                    Fault{"image", "IMODE", "X", -9, ""}, Fault{"image", "UDIDL", "00001", -9, ""},
+                    Fault{"image", "NICOM", "9", -9, ""}, Fault{"image", "NBANDS", "9", -9, ""},
+                    Fault{"graphic", "SY", "sy", -9, ""}, Fault{"graphic", "SSCLAS", "X", -9, ""},
+                    Fault{"graphic", "SFMT", "D", -9, ""}, Fault{"graphic", "SFMT", "B", 1, ""},
+                    Fault{"graphic", "SFMT", "O", 1, ""}, Fault{"graphic", "SXSHDL", "00002", -9, ""},
+                    Fault{"text", "TE", "TX", -9, ""}, Fault{"text", "TSCLAS", "X", 1, ""},
+                    Fault{"text", "TXSHDL", "00002", 1, ""}, Fault{"extension", "DE", "DX", -9, ""},
+                    Fault{"extension", "DESVER", "-1", -9, ""}, Fault{"extension", "DECLAS", "Z", -9, ""},
+                    Fault{"extension", "DESSHL", "0050", -7, ""}));
+
+using HeadersTest = test::ModuleTest;
+
+TEST_F(HeadersTest, EveryTruncationOfAFileIsRefused) {
+  const std::string whole = FullFile().Bytes();
+  // The last bytes are segment data, which the parse does not read.
+  const size_t parsed = whole.size() - 4;
+  for (size_t length = 0; length < parsed; length += length < 420 ? 1 : 7) {
+    EXPECT_EQ(ReadBytes(whole.substr(0, length)), -7) << length;
+  }
+  EXPECT_EQ(ReadBytes(whole.substr(0, parsed)), 1);
+  NitfFile document;
+  EXPECT_EQ(document.ReadDocument(u"/no/such/file"), Status::ShortRead);
+}
+
+TEST_F(HeadersTest, FileHeaderIsDecoded) {
+  NitfBuilder file = FullFile();
+  file.header.SetRaw("FBKGC", "\x10\x20\x30")
+      .Set("UDHDL", 25)
+      .InsertAfter("UDHDL", "UDH", "000TAGONE00011eleven byte");
+  NitfFile document;
+  ASSERT_EQ(ReadBytes(file.Bytes(), document), 1);
+  const FileHeader& header = document.header;
+  EXPECT_EQ(document.background, 0x302010u);
+  EXPECT_EQ(header.userDefined.Data(), "TAGONE00011eleven byte");
+  EXPECT_EQ(header.userDefined.recordCount, 1u);
+  EXPECT_EQ(header.images.InFile(0).data, 64u);
+  EXPECT_EQ(header.images.InFile(1).data, 0u);
+  EXPECT_EQ(header.headerLength, header.currentHeaderLength);
+  EXPECT_EQ(document.DataLength(SegmentKind::Text, 0), 9u);
+  EXPECT_EQ(document.DataLength(SegmentKind::Text, 1), 0u);
+  EXPECT_EQ(document.texts.At(1), nullptr);
+  EXPECT_STREQ(document.dataExtensions.At(0)->DESOFLW.text, "UDHD  ");
+}
+
+TEST_F(HeadersTest, SegmentsAreFoundByTheLengthTables) {
+  NitfBuilder file;
+  file.Image(ImageForm{}, std::string(1000, 'a')).Image(ImageForm{}, std::string(2000, 'b'));
+  file.Graphic(test::GraphicRecord(), "").Text("0123456789");
+  NitfFile document;
+  const test::TempFile onDisk(file.Bytes());
+  ASSERT_EQ(document.ReadDocument(onDisk.Wide()), Status::Success);
+  const int64_t header = document.header.headerLength;
+  const auto image = static_cast<int64_t>(test::ImageRecord({}).Bytes().size());
+  EXPECT_EQ(document.SeekToSubheader(SegmentKind::Image, 1), header + image + 1000);
+  EXPECT_EQ(document.SeekToData(SegmentKind::Image, 1), header + 2 * image + 1000);
+  EXPECT_EQ(document.SeekToSubheader(SegmentKind::Graphic, 0), header + 2 * image + 3000);
+  EXPECT_EQ(document.SeekToData(SegmentKind::Text, 0), header + 2 * image + 3000 + 258 + 282);
+}
+
+TEST_F(HeadersTest, ImageSubheaderIsDecoded) {
+  ImageForm form;
+  form.bands = 10;
+  form.compression = "C1";
+  form.rate = "2DS";
+  form.bandCodes = {"LU", "R", "G", "B", "M", "Y", "Cb", "Cr", "??"};
+  form.lookup = std::string("\x01\x02\x03\x04", 4) + std::string("\x11\x12\x13\x14", 4) +
+                std::string("\x21\x22\x23\x24", 4);
+  form.lookupTables = 3;
+  test::Record record = test::ImageRecord(form);
+  record.Set("ICORDS", "G").InsertAfter("ICORDS", "IGEOLO", std::string(60, 'g'));
+  record.Set("NICOM", "2").InsertAfter("NICOM", "ICOM", std::string(80, 'c') + std::string(80, 'd'));
+  record.Set("ILOC", "-001000020").Set("IMAG", "/2  ").Set("IREP", "RGB/LUT").Set("PJUST", "L");
+  record.Set("UDIDL", 14).InsertAfter("UDIDL", "UDID", "000TAGONE00000");
+  record.Set("IXSHDL", 3).InsertAfter("IXSHDL", "IXSOFL", "001");
+  NitfBuilder file;
+  file.Image(record, "");
+  NitfFile document;
+  ASSERT_EQ(ReadBytes(file.Bytes(), document), 1);
+  const ImageSubheader& image = *document.images.At(0);
+  EXPECT_EQ(image.BandCount(), 10u);
+  EXPECT_EQ(image.RepresentationCode(), Representation::RgbLut);
+  EXPECT_EQ(image.FacsimileOption(), BiLevelOption::TwoDS);
+  EXPECT_EQ(image.BandCode(7), BandRepresentation::BANDREPRESENTATION_Cr);
+  EXPECT_EQ(image.BandCode(8), BandRepresentation::BANDREPRESENTATION_NON);
+  EXPECT_EQ(image.BandCode(10), BandRepresentation::BANDREPRESENTATION_NON);
+  ASSERT_EQ(image.palette.size(), 4u);
+  EXPECT_EQ(image.palette[1].red, 0x02);
+  EXPECT_EQ(image.palette[1].green, 0x12);
+  EXPECT_EQ(image.palette[1].blue, 0x22);
+  EXPECT_EQ(std::string(image.IGEOLO.text), std::string(60, 'g'));
+  ASSERT_EQ(image.comments.size(), 2u);
+  EXPECT_EQ(std::string(image.comments[1].text), std::string(80, 'd'));
+  EXPECT_EQ(image.ILOC.row, -10);
+  EXPECT_EQ(image.ILOC.column, 20);
+  EXPECT_DOUBLE_EQ(image.magnification, 0.5);
+  EXPECT_EQ(image.PJUST.code, 0u);
+  EXPECT_EQ(image.userDefined.recordCount, 1u);
+  EXPECT_EQ(image.extended.Data(), "");
+}
+
+TEST_F(HeadersTest, DeepSamplesAreAcceptedInOneBandOnly) {
+  ImageForm form;
+  form.bits = 16;
+  EXPECT_EQ(ReadBytes(NitfBuilder().Image(form, "").Bytes()), 1);
+  form.bands = 3;
+  EXPECT_EQ(ReadBytes(NitfBuilder().Image(form, "").Bytes()), -700002);
+  EXPECT_EQ(Messages(), std::vector<std::string>{"Error: Unsupported BPP"});
+}
+
+TEST_F(HeadersTest, LookupTablesOfAnyCountAreConsumed) {
+  for (int tables : {1, 2, 4}) {
+    ImageForm form;
+    form.lookupTables = tables;
+    for (int i = 0; i < 3 * tables; ++i) form.lookup += static_cast<char>(i);
+    NitfFile document;
+    ASSERT_EQ(ReadBytes(NitfBuilder().Image(form, "").Bytes(), document), 1) << tables;
+    const ImageSubheader& image = *document.images.At(0);
+    EXPECT_EQ(image.palette[2].red, 2);
+    EXPECT_EQ(image.palette[2].green, tables < 3 ? 2 : 5);
+    EXPECT_STREQ(image.IMODE.text, "B") << "fields behind the tables keep their places";
+  }
+}
+
+TEST_F(HeadersTest, MaskTableFollowsTheSubheader) {
+  ImageForm form;
+  form.compression = "NM";
+  form.blocksAcross = form.blocksDown = 2;
+  const test::MaskForm mask{{0, 0xFFFFFFFF, 64, 128}, {0, 0xFFFFFFFF, 64, 0xFFFFFFFF}, 7};
+  NitfFile document;
+  ASSERT_EQ(ReadBytes(NitfBuilder().Image(form, test::MaskBytes(mask)).Bytes(), document), 1);
+  const MaskTable& table = document.images.At(0)->mask;
+  EXPECT_EQ(table.IMDATOFF, 43u);
+  EXPECT_EQ(table.BlockRecord(3), 128u);
+  EXPECT_EQ(table.BlockRecord(1), MaskTable::kNoBlock);
+  EXPECT_EQ(table.BlockRecord(4), MaskTable::kNoBlock) << "beyond the table";
+  EXPECT_EQ(table.PadRecord(2), 64u);
+  ASSERT_EQ(table.TPXCD.size(), 1u);
+  EXPECT_EQ(table.TPXCD[0], 7);
+  const std::string cut = NitfBuilder().Image(form, test::MaskBytes(mask).substr(0, 30)).Bytes();
+  EXPECT_EQ(ReadBytes(cut), -7);
+}
+
+TEST_F(HeadersTest, ReadingSurvivesEveryFault) {
+  const test::TempFile file(FullFile().Bytes());
+  const auto read = [&] {
+    NitfFile document;
+    return ToCaller(document.ReadDocument(file.Wide()));
+  };
+  EXPECT_GT(test::ForEachFault(kFaultAllocation, {-1}, read), 10);
+  EXPECT_GT(test::ForEachFault(kFaultRead, {-7}, read), 100);
+  EXPECT_EQ(test::ForEachFault(kFaultOpen, {-7}, read), 1);
+}
+
+}  // namespace

@@ -1,0 +1,108 @@
+// Files whose lengths were still open when they were written.
+#include "Common/NitfFile.h"
+#include "tests/support/support.h"
+
+namespace {
+
+using test::Digits;
+using test::NitfBuilder;
+
+const std::string kDelimiter1 = "\x0A\x6E\x1D\x97";
+const std::string kDelimiter2 = "\x0E\xCA\x14\xBF";
+
+std::string StreamingData(const std::string& replacement, int64_t secondLength = -1) {
+  const auto length = static_cast<int64_t>(replacement.size());
+  return Digits(length, 7) + kDelimiter1 + replacement + kDelimiter2 +
+         Digits(secondLength < 0 ? length : secondLength, 7);
+}
+
+NitfBuilder OneImage() {
+  NitfBuilder file;
+  test::ImageForm form;
+  form.width = form.height = 4;
+  file.Image(form, std::string(16, '\x40'));
+  file.extensions.push_back({test::DataExtensionRecord("STREAMING_FILE_HEADER"), ""});
+  return file;
+}
+
+// The true header of a file whose extension data has `size` bytes.
+std::string TrueHeader(NitfBuilder file, size_t size) {
+  file.extensions[0].data = std::string(size, ' ');
+  const std::string bytes = file.Bytes();
+  return bytes.substr(0, bytes.find("IMTest"));
+}
+
+int32_t ReadBytes(const std::string& bytes, NitfFile& document) {
+  const test::TempFile file(bytes);
+  return ToCaller(document.ReadDocument(file.Wide()));
+}
+
+using StreamingTest = test::ModuleTest;
+
+TEST_F(StreamingTest, LengthsComeFromTheReplacementData) {
+  NitfBuilder file = OneImage();
+  const std::string header = TrueHeader(file, StreamingData(TrueHeader(file, 0)).size());
+  for (size_t trailing : {0u, 200u, 231u, 232u, 233u, 234u, 235u, 255u, 3000u}) {
+    NitfBuilder streamed = OneImage();
+    streamed.extensions[0].data = StreamingData(header) + std::string(trailing, '.');
+    streamed.Patch("FL", "999999999999").Patch("LI0", "9999999999").Patch("LISH0", "999999");
+    NitfFile document;
+    ASSERT_EQ(ReadBytes(streamed.Bytes(), document), 1) << trailing;
+    EXPECT_EQ(document.header.images.InFile(0).data, 16u);
+    EXPECT_EQ(document.header.fileLength, OneImage().Bytes().size() + StreamingData(header).size());
+    EXPECT_EQ(document.replacementConsumed, header.size());
+  }
+}
+
+TEST_F(StreamingTest, ImageSizesComeFromTheReplacementDataBehindTheHeaders) {
+  NitfBuilder file = OneImage();
+  const std::string image = file.images[0].subheader.Bytes();
+  const size_t size = StreamingData(TrueHeader(file, 0) + image).size();
+  const std::string replacement = TrueHeader(file, size) + image;
+  file.images[0].subheader.Set("NROWS", "99999999").Set("NPPBV", "9999");
+  file.extensions[0].data = StreamingData(replacement);
+  file.Patch("FL", "999999999999");
+  NitfFile document;
+  ASSERT_EQ(ReadBytes(file.Bytes(), document), 1);
+  EXPECT_EQ(document.images.At(0)->NROWS.value, 4u);
+  EXPECT_EQ(document.images.At(0)->NPPBV.value, 4u);
+  EXPECT_EQ(test::RenderBytes(file.Bytes()).status, 1);
+}
+
+TEST_F(StreamingTest, ShortReplacementDataKeepsWhatWasRead) {
+  NitfBuilder file = OneImage();
+  file.header.Set("OSTAID", "Before");
+  const std::string front = "NITF02.1003BF01After     ";
+  file.extensions[0].data = StreamingData(front);
+  file.Patch("FL", "999999999999");
+  NitfFile document;
+  ASSERT_EQ(ReadBytes(file.Bytes(), document), 1);
+  EXPECT_STREQ(document.header.OSTAID.text, "After     ");
+  EXPECT_EQ(document.header.images.InFile(0).data, 16u);
+  EXPECT_EQ(document.replacementConsumed, 0u) << "a parse that stops early moves nothing on";
+}
+
+TEST_F(StreamingTest, FaultyStreamingHeadersAreRefused) {
+  const auto statusOf = [](const std::string& data) {
+    NitfBuilder file = OneImage();
+    file.extensions[0].data = data;
+    file.Patch("FL", "999999999999");
+    NitfFile document;
+    return ReadBytes(file.Bytes(), document);
+  };
+  EXPECT_EQ(statusOf(""), -13);
+  EXPECT_EQ(statusOf(StreamingData("NITF", 5)), -9);
+  std::string wrongEnd = StreamingData("NITF");
+  wrongEnd[wrongEnd.size() - 8] ^= 1;
+  EXPECT_EQ(statusOf(wrongEnd), -9);
+  EXPECT_EQ(statusOf("9999999" + kDelimiter1 + "NITF"), -7) << "length beyond the file";
+  // Replacement data that holds placeholders again is parsed once.
+  NitfBuilder file = OneImage();
+  file.Patch("FL", "999999999999");
+  const std::string bytes = file.Bytes();
+  file.extensions[0].data = StreamingData(bytes.substr(0, bytes.find("IMTest")));
+  NitfFile document;
+  EXPECT_EQ(ReadBytes(file.Bytes(), document), 1);
+}
+
+}  // namespace

@@ -1,0 +1,167 @@
+#include "tests/support/support.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <new>
+#include <sstream>
+
+// Allocations of the module that do not pass through the kernel fail on demand as well.
+void* operator new(size_t bytes, const std::nothrow_t&) noexcept {
+  if (HostkitShouldFail(kFaultAllocation)) return nullptr;
+  try {
+    return ::operator new(bytes);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+void* operator new[](size_t bytes, const std::nothrow_t&) noexcept {
+  if (HostkitShouldFail(kFaultAllocation)) return nullptr;
+  try {
+    return ::operator new[](bytes);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+namespace test {
+namespace {
+
+std::vector<std::string> messages;
+
+void KeepMessage(const char* text, const char* caption) {
+  messages.push_back(std::string(caption) + ": " + text);
+}
+
+struct Sink {
+  Picture& picture;
+  const RenderRequest& request;
+};
+
+int32_t ORB_CALL TakeRow(void* context, KernelBitmap*, uint8_t* row, uint32_t flags, int32_t number,
+                         int32_t count, void* userData) {
+  EXPECT_EQ(context, userData);
+  EXPECT_EQ(count, 1);
+  auto& sink = *static_cast<Sink*>(userData);
+  sink.picture.rowFlags.push_back(flags);
+  if (number == sink.request.stopAtRow) return sink.request.stopResult;
+  for (uint32_t x = 0; sink.request.bitsPerPixel == 24 && x < sink.picture.width; ++x, row += 3) {
+    sink.picture.pixels.push_back({row[2], row[1], row[0]});
+  }
+  return 1;
+}
+
+int32_t LoadRows(const char16_t* path, const RenderRequest& request, Picture& picture) {
+  Sink sink{picture, request};
+  HostLoadOptions options = {};
+  options.flags = request.flags;
+  KernelBitmap bitmap;
+  KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, request.bitsPerPixel);
+  HostLoadRecord record = {};
+  record.fileName = path;
+  record.bitmap = &bitmap;
+  record.rowCallback = &TakeRow;
+  record.userData = record.callbackContext = &sink;
+  record.options = &options;
+  record.loadMemory = &FileFormatLoadMemory;
+  record.setLoadCallback = &FileFormatSetLoadInfoCallback;
+  record.required2224 = 1;
+  return fltLoad(&record);
+}
+
+}  // namespace
+
+TempFile::TempFile(const std::string& bytes, const std::string& suffix)
+    : path_(testing::TempDir() + "orbntf-XXXXXX" + suffix) {
+  const int fd = mkstemps(path_.data(), static_cast<int>(suffix.size()));
+  EXPECT_GE(fd, 0);
+  close(fd);
+  std::ofstream(path_, std::ios::binary) << bytes;
+  wide_ = Widen(path_);
+}
+TempFile::~TempFile() { unlink(path_.c_str()); }
+std::string TempFile::Contents() const { return ReadFile(path_); }
+
+std::u16string Widen(const std::string& path) {
+  Orb_A2W wide;
+  return wide.Convert(path.c_str()) != 0 ? wide.Value() : u"";
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ostringstream bytes;
+  bytes << std::ifstream(path, std::ios::binary).rdbuf();
+  return bytes.str();
+}
+
+std::ostream& operator<<(std::ostream& out, Rgb colour) {
+  return out << '(' << int{colour.red} << ',' << int{colour.green} << ',' << int{colour.blue} << ')';
+}
+
+Picture Render(const char16_t* path, const RenderRequest& request) {
+  Picture picture;
+  HostLoadOptions options = {};
+  options.flags = request.flags;
+  HostFileInfo info = {};
+  HostInformationRecord record = {};
+  record.fileName = path;
+  record.file = kNoFile;
+  record.info = &info;
+  record.options = &options;
+  picture.status = fltInfo(&record);
+  if (picture.status != 1) return picture;
+  picture.width = info.width;
+  picture.height = info.height;
+  picture.status = LoadRows(path, request, picture);
+  return picture;
+}
+
+Picture RenderBytes(const std::string& bytes, const RenderRequest& request) {
+  return Render(TempFile(bytes), request);
+}
+
+std::vector<std::string>& ModuleTest::Messages() { return messages; }
+
+void ModuleTest::SetUp() {
+  messages.clear();
+  HostkitSetMessageHandler(&KeepMessage);
+}
+
+void ModuleTest::TearDown() {
+  for (int kind = 0; kind < kFaultKinds; ++kind) HostkitArmFault(kind, 0);
+  HostkitSetMessageHandler(nullptr);
+  HostkitSetMaxPixels(0);
+  ExpectNoLeaks();
+}
+
+void ExpectNoLeaks() {
+  HostkitLeak leaks[8];
+  const uint32_t count = HostkitOutstanding(leaks, 8);
+  for (uint32_t i = 0; i < std::min(count, 8u); ++i) {
+    const std::u16string file(leaks[i].file);
+    ADD_FAILURE() << "leak of kind " << leaks[i].kind << " from " << std::string(file.begin(), file.end())
+                  << ':' << leaks[i].line << ", " << leaks[i].bytes << " bytes";
+  }
+  EXPECT_EQ(count, 0u);
+}
+
+int ForEachFault(HostkitFault kind, const std::vector<int32_t>& allowed,
+                 const std::function<int32_t()>& work) {
+  for (uint64_t n = 1;; ++n) {
+    HostkitArmFault(kind, n);
+    const int32_t status = work();
+    const bool met = HostkitFaultCalls(kind) >= n;
+    HostkitArmFault(kind, 0);
+    ExpectNoLeaks();
+    if (!met) {
+      EXPECT_EQ(status, 1);
+      return static_cast<int>(n - 1);
+    }
+    EXPECT_NE(std::find(allowed.begin(), allowed.end(), status), allowed.end())
+        << "fault " << n << " gave status " << status;
+    if (testing::Test::HasFailure() || n > 100000) return static_cast<int>(n);
+  }
+}
+
+}  // namespace test
