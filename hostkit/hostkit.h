@@ -60,3 +60,12 @@ ORB_HOST_API void ORB_CALL HostkitArmFault(int32_t kind, uint64_t n);
 ORB_HOST_API int32_t ORB_CALL HostkitShouldFail(int32_t kind);
 /// Calls of a kind since it was last armed.
 ORB_HOST_API uint64_t ORB_CALL HostkitFaultCalls(int32_t kind);
+
+// ---------------------------------------------------------------- drawings as pictures
+
+struct VectorHandle;
+inline constexpr int32_t kDrawingSvg = 0;
+inline constexpr int32_t kDrawingPng = 1;
+/// Paints a drawing, its extent filling `width` x `height` pixels, into a file (narrow path).
+ORB_HOST_API int32_t ORB_CALL HostkitSaveDrawing(const VectorHandle* handle, const char* path,
+                                                 int32_t form, int32_t width, int32_t height);

@@ -1,7 +1,37 @@
-#include "host/fileformat.h"
-#include "hostkit/hostkit.h"
+// The file-format library's calls on drawings.
+#include <new>
 
-int32_t ORB_CALL FileFormatLoadDrawingMemory(const void*, VectorHandle*, uint32_t, const HostLoadOptions*,
-                                             uint32_t) {
-  return kHostOk;
+#include "host/fileformat.h"
+#include "hostkit/kernel/internal.h"
+#include "hostkit/vector/drawing.h"
+
+int32_t ORB_CALL FileFormatLoadDrawingMemory(const void* bytes, VectorHandle* handle, uint32_t byteCount,
+                                             const HostLoadOptions*, uint32_t) {
+  if (handle == nullptr || (bytes == nullptr && byteCount != 0)) return kHostInvalid;
+  if (HostkitShouldFail(kFaultCodec)) return kHostBadData;
+  try {
+    hostkit::Drawing drawing;
+    const int32_t status = hostkit::DecodeCgm(static_cast<const uint8_t*>(bytes), byteCount, drawing);
+    if (status != kHostOk) return status;
+    VectorHandle decoded{0, 0, &drawing};
+    return VectorCopy(handle, &decoded, 0);
+  } catch (const std::bad_alloc&) {
+    return kHostNoMemory;
+  }
+}
+
+int32_t ORB_CALL FileFormatSaveDrawingMemory(HGLOBAL* memory, const VectorHandle* handle, uint32_t format,
+                                             uint32_t* byteCount, const HostSaveOptions*) {
+  const hostkit::Drawing* drawing = hostkit::DrawingOf(handle);
+  if (memory == nullptr || byteCount == nullptr || drawing == nullptr) return kHostInvalid;
+  if (format != kFormatCgm) return kHostUnsupported;
+  if (HostkitShouldFail(kFaultCodec)) return kHostUnsupported;
+  try {
+    const std::string encoded = hostkit::EncodeCgm(*drawing);
+    *memory = hostkit::CopyToGlobal(encoded);
+    *byteCount = static_cast<uint32_t>(encoded.size());
+    return *memory != nullptr ? kHostOk : kHostNoMemory;
+  } catch (const std::bad_alloc&) {
+    return kHostNoMemory;
+  }
 }

@@ -1,17 +1,164 @@
-#include "host/vector.h"
+// The vector library's calls.
+#include <algorithm>
+#include <cmath>
+#include <new>
 
-#include "hostkit/hostkit.h"
+#include "hostkit/kernel/internal.h"
+#include "hostkit/vector/drawing.h"
+
+using hostkit::Drawing;
+using hostkit::DrawingOf;
+
+namespace {
+
+constexpr const char16_t* kFile = u"vector";
+
+// A drawing moves into a handle that holds none.
+int32_t Give(VectorHandle* handle, Drawing drawing) {
+  auto* owned = new Drawing(std::move(drawing));
+  hostkit::Track(hostkit::kKindMemory, owned, sizeof *owned, __LINE__, kFile);
+  handle->drawing = owned;
+  return kHostOk;
+}
+
+int32_t Guarded(auto work) {
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    return kHostNoMemory;
+  }
+}
+
+void Translate(Drawing& drawing, double dx, double dy) {
+  using hostkit::ObjectKind;
+  for (hostkit::Layer& layer : drawing.layers) {
+    for (hostkit::Object& object : layer.objects) {
+      const bool arc = object.kind == ObjectKind::ArcCentre || object.kind == ObjectKind::ArcCentreClose;
+      const bool elliptical =
+          object.kind == ObjectKind::EllipticalArc || object.kind == ObjectKind::EllipticalArcClose;
+      const size_t moved = arc ? 1 : elliptical ? 3 : object.points.size();
+      for (size_t i = 0; i < std::min(moved, object.points.size()); ++i) {
+        object.points[i] = {object.points[i].x + dx, object.points[i].y + dy};
+      }
+      hostkit::Attributes attributes = *object.attributes;
+      for (hostkit::Point* p : {&attributes.clipBox.first, &attributes.clipBox.second})
+        *p = {p->x + dx, p->y + dy};
+      object.attributes = std::make_shared<const hostkit::Attributes>(attributes);
+    }
+  }
+}
+
+}  // namespace
 
 int32_t ORB_CALL VectorInitialise(VectorHandle* handle) {
+  if (handle == nullptr) return kHostInvalid;
   handle->drawing = nullptr;
   return kHostOk;
 }
-int32_t ORB_CALL VectorIsEmpty(const VectorHandle* handle) { return handle->drawing == nullptr; }
-int32_t ORB_CALL VectorFree(VectorHandle*) { return kHostOk; }
-int32_t ORB_CALL VectorSetBackground(VectorHandle*, COLORREF) { return kHostOk; }
-int32_t ORB_CALL VectorSetPaintMode(VectorHandle*, uint32_t) { return kHostOk; }
-int32_t ORB_CALL VectorPaint(HDC, const VectorHandle*, int32_t, int32_t, int32_t, int32_t, const RECT*,
-                             const RECT*, uint32_t) {
+
+int32_t ORB_CALL VectorIsEmpty(const VectorHandle* handle) { return DrawingOf(handle) == nullptr; }
+
+int32_t ORB_CALL VectorFree(VectorHandle* handle) {
+  Drawing* drawing = DrawingOf(handle);
+  if (drawing == nullptr) return kHostOk;
+  hostkit::Untrack(hostkit::kKindMemory, drawing);
+  delete drawing;
+  handle->drawing = nullptr;
   return kHostOk;
 }
-int32_t ORB_CALL VectorAddLayer(VectorHandle*, const VectorLayer*) { return kHostOk; }
+
+int32_t ORB_CALL VectorCopy(VectorHandle* destination, const VectorHandle* source, uint32_t) {
+  const Drawing* drawing = DrawingOf(source);
+  if (destination == nullptr || drawing == nullptr) return kHostInvalid;
+  if (HostkitShouldFail(kFaultAllocation)) return kHostNoMemory;
+  return Guarded([&] {
+    Drawing copy = *drawing;
+    VectorFree(destination);
+    return Give(destination, std::move(copy));
+  });
+}
+
+int32_t ORB_CALL VectorSetBackground(VectorHandle* handle, COLORREF colour) {
+  if (Drawing* drawing = DrawingOf(handle)) drawing->behind = colour;
+  return kHostOk;
+}
+
+int32_t ORB_CALL VectorSetPaintMode(VectorHandle*, uint32_t) { return kHostOk; }
+
+int32_t ORB_CALL VectorGetExtent(const VectorHandle* handle, VectorPoint* least, VectorPoint* greatest) {
+  const Drawing* drawing = DrawingOf(handle);
+  if (drawing == nullptr || least == nullptr || greatest == nullptr) return kHostInvalid;
+  return Guarded([&] {
+    hostkit::Point low, high;
+    hostkit::FindExtent(*drawing, hostkit::TextBox::Full, low, high);
+    *least = {low.x, low.y, 0};
+    *greatest = {high.x, high.y, 0};
+    return kHostOk;
+  });
+}
+
+int32_t ORB_CALL VectorAddLayer(VectorHandle* handle, const VectorLayer* layer) {
+  if (handle == nullptr || layer == nullptr) return kHostInvalid;
+  if (HostkitShouldFail(kFaultAllocation)) return kHostNoMemory;
+  return Guarded([&] {
+    size_t length = 0;
+    while (length < kVectorLayerNameLength && layer->name[length] != 0) ++length;
+    if (DrawingOf(handle) == nullptr) Give(handle, {});
+    DrawingOf(handle)->layers.push_back({std::u16string(layer->name, length), {}});
+    return kHostOk;
+  });
+}
+
+int32_t ORB_CALL VectorSetTranslation(VectorHandle* handle, const VectorTranslation* translation,
+                                      const void*, uint32_t) {
+  Drawing* drawing = DrawingOf(handle);
+  if (drawing == nullptr || translation == nullptr) return kHostInvalid;
+  drawing->translation = *translation;
+  return kHostOk;
+}
+
+int32_t ORB_CALL VectorApplyTranslation(VectorHandle* handle) {
+  Drawing* drawing = DrawingOf(handle);
+  if (drawing == nullptr) return kHostInvalid;
+  return Guarded([&] {
+    Translate(*drawing, drawing->translation.x, drawing->translation.y);
+    drawing->translation = {};
+    return kHostOk;
+  });
+}
+
+int32_t ORB_CALL VectorResetTranslation(VectorHandle* handle, const void*, uint32_t) {
+  Drawing* drawing = DrawingOf(handle);
+  if (drawing == nullptr) return kHostInvalid;
+  drawing->translation = {};
+  return kHostOk;
+}
+
+int32_t ORB_CALL VectorSetViewRectangle(VectorHandle* handle, const RECT* rectangle) {
+  Drawing* drawing = DrawingOf(handle);
+  if (drawing == nullptr || rectangle == nullptr) return kHostInvalid;
+  return Guarded([&] {
+    const double top = rectangle->top, bottom = rectangle->bottom;
+    drawing->extent = {{static_cast<double>(rectangle->left), -bottom},
+                       {static_cast<double>(rectangle->right), -top}};
+    // What is clipped to the old extent is clipped to the new one.
+    for (hostkit::Layer& layer : drawing->layers) {
+      for (hostkit::Object& object : layer.objects) {
+        hostkit::Attributes attributes = *object.attributes;
+        attributes.clipBox = drawing->extent;
+        object.attributes = std::make_shared<const hostkit::Attributes>(attributes);
+      }
+    }
+    return kHostOk;
+  });
+}
+
+int32_t ORB_CALL VectorResetOrigin(VectorHandle* handle, const void*, uint32_t) {
+  return DrawingOf(handle) != nullptr ? kHostOk : kHostInvalid;
+}
+int32_t ORB_CALL VectorResetRotation(VectorHandle* handle, uint32_t) {
+  return DrawingOf(handle) != nullptr ? kHostOk : kHostInvalid;
+}
+int32_t ORB_CALL VectorResetScale(VectorHandle* handle, uint32_t) {
+  return DrawingOf(handle) != nullptr ? kHostOk : kHostInvalid;
+}

@@ -1,0 +1,125 @@
+// Painting a drawing into a device context's bitmap, and into picture files of its own.
+#include <cairo-svg.h>
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <new>
+
+#include "hostkit/kernel/internal.h"
+#include "hostkit/vector/paint.h"
+
+namespace hostkit {
+namespace {
+
+using SurfacePtr = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
+using ContextPtr = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
+
+bool Usable(cairo_surface_t* surface) { return cairo_surface_status(surface) == CAIRO_STATUS_SUCCESS; }
+
+// Lays a painted surface over the canvas: untouched pixels stay as they are.
+void Blend(const SurfacePtr& surface, KernelBitmap& canvas, uint32_t left, uint32_t top) {
+  const auto width = static_cast<uint32_t>(cairo_image_surface_get_width(surface.get()));
+  const auto height = static_cast<uint32_t>(cairo_image_surface_get_height(surface.get()));
+  const auto stride = static_cast<size_t>(cairo_image_surface_get_stride(surface.get()));
+  const uint8_t* bytes = cairo_image_surface_get_data(surface.get());
+  NearestColour nearest(canvas);
+  for (uint32_t y = 0; y < height; ++y) {
+    uint8_t* row = PictureRow(canvas, top + y);
+    for (uint32_t x = 0; x < width; ++x) {
+      uint32_t pixel;
+      std::memcpy(&pixel, bytes + y * stride + 4 * size_t{x}, 4);
+      const uint32_t alpha = pixel >> 24;
+      if (alpha == 0) continue;
+      uint8_t bgr[3];
+      RowToBgr(canvas, row, left + x, 1, bgr);
+      for (uint32_t c = 0; c < 3; ++c) {
+        const uint32_t painted = pixel >> (8 * c) & 255;
+        bgr[c] = static_cast<uint8_t>(std::min(255u, painted + (bgr[c] * (255 - alpha) + 127) / 255));
+      }
+      BgrToRow(canvas, nearest, bgr, left + x, 1, row);
+    }
+  }
+}
+
+// The device pixels that a drawing may touch: the extent's rectangle, or its objects' where it has no
+// frame. Lines are wider than their points, so there is a margin.
+Box Reach(const Drawing& drawing, const DeviceMap& map) {
+  constexpr double kMargin = 256;
+  Point least, greatest;
+  if (!FindExtent(drawing, TextBox::Full, least, greatest)) return {};
+  const Point a = map.ToDevice(least), b = map.ToDevice(greatest);
+  return {{std::min(a.x, b.x) - kMargin, std::min(a.y, b.y) - kMargin},
+          {std::max(a.x, b.x) + kMargin, std::max(a.y, b.y) + kMargin}};
+}
+
+int32_t PaintOnto(KernelBitmap& canvas, const Drawing& drawing, const RECT& place, double width,
+                  double height) {
+  const double placeLeft = std::min(place.left, place.right),
+               placeTop = std::min(place.top, place.bottom);
+  const DeviceMap whole = DeviceMap::ForDrawing(drawing, placeLeft, placeTop, width, height);
+  if (!whole.IsUsable()) return kHostOk;
+  const Box reach = Reach(drawing, whole);
+  const auto left = static_cast<int64_t>(std::max(0.0, std::floor(reach.first.x)));
+  const auto top = static_cast<int64_t>(std::max(0.0, std::floor(reach.first.y)));
+  const auto right = static_cast<int64_t>(std::min<double>(canvas.width, std::ceil(reach.second.x)));
+  const auto bottom = static_cast<int64_t>(std::min<double>(canvas.height, std::ceil(reach.second.y)));
+  // Cairo's surfaces reach 32767 pixels; a larger piece is painted in tiles.
+  constexpr int64_t kTile = 8192;
+  for (int64_t y = top; y < bottom; y += kTile) {
+    for (int64_t x = left; x < right; x += kTile) {
+      const SurfacePtr surface(
+          cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(std::min(kTile, right - x)),
+                                     static_cast<int>(std::min(kTile, bottom - y))),
+          &cairo_surface_destroy);
+      if (!Usable(surface.get())) return kHostNoMemory;
+      const ContextPtr cairo(cairo_create(surface.get()), &cairo_destroy);
+      const double mapLeft = placeLeft - static_cast<double>(x),
+                   mapTop = placeTop - static_cast<double>(y);
+      PaintDrawing(cairo.get(), drawing, DeviceMap::ForDrawing(drawing, mapLeft, mapTop, width, height));
+      cairo_surface_flush(surface.get());
+      Blend(surface, canvas, static_cast<uint32_t>(x), static_cast<uint32_t>(y));
+    }
+  }
+  return kHostOk;
+}
+
+}  // namespace
+}  // namespace hostkit
+
+int32_t ORB_CALL VectorPaint(HDC dc, const VectorHandle* handle, int32_t width, int32_t height, int32_t,
+                             int32_t, const RECT* destination, const RECT*, uint32_t) {
+  const hostkit::Drawing* drawing = hostkit::DrawingOf(handle);
+  if (dc == nullptr || drawing == nullptr || destination == nullptr) return kHostInvalid;
+  if (HostkitShouldFail(kFaultCodec)) return kHostNoMemory;
+  try {
+    return hostkit::PaintOnto(*hostkit::Context(dc)->bitmap, *drawing, *destination,
+                              std::abs(static_cast<double>(width)),
+                              std::abs(static_cast<double>(height)));
+  } catch (const std::bad_alloc&) {
+    return kHostNoMemory;
+  }
+}
+
+int32_t ORB_CALL HostkitSaveDrawing(const VectorHandle* handle, const char* path, int32_t form,
+                                    int32_t width, int32_t height) {
+  using namespace hostkit;
+  const Drawing* drawing = DrawingOf(handle);
+  if (drawing == nullptr || path == nullptr || width <= 0 || height <= 0) return kHostInvalid;
+  try {
+    const SurfacePtr surface(form == kDrawingSvg
+                                 ? cairo_svg_surface_create(path, width, height)
+                                 : cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height),
+                             &cairo_surface_destroy);
+    if (!Usable(surface.get())) return kHostNoMemory;
+    const ContextPtr cairo(cairo_create(surface.get()), &cairo_destroy);
+    PaintDrawing(cairo.get(), *drawing, DeviceMap::ForDrawing(*drawing, 0, 0, width, height));
+    if (form != kDrawingSvg && cairo_surface_write_to_png(surface.get(), path) != CAIRO_STATUS_SUCCESS) {
+      return kHostCloseFailed;
+    }
+    cairo_surface_finish(surface.get());
+    return Usable(surface.get()) ? kHostOk : kHostCloseFailed;
+  } catch (const std::bad_alloc&) {
+    return kHostNoMemory;
+  }
+}

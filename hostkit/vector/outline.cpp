@@ -1,0 +1,225 @@
+// Outlines and extents of objects.
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "hostkit/vector/drawing.h"
+
+namespace hostkit {
+namespace {
+
+constexpr double kTurn = 2 * std::numbers::pi;
+constexpr int kTurnSteps = 360;
+
+Point operator+(Point a, Point b) { return {a.x + b.x, a.y + b.y}; }
+Point operator-(Point a, Point b) { return {a.x - b.x, a.y - b.y}; }
+Point operator*(double s, Point a) { return {s * a.x, s * a.y}; }
+double Cross(Point a, Point b) { return a.x * b.y - a.y * b.x; }
+
+// Points of centre + cos t * first + sin t * second for t from `start` over `sweep`.
+std::vector<Point> Sweep(Point centre, Point first, Point second, double start, double sweep) {
+  const int steps = std::max(2, static_cast<int>(std::ceil(std::abs(sweep) / kTurn * kTurnSteps)));
+  std::vector<Point> points;
+  points.reserve(static_cast<size_t>(steps) + 1);
+  for (int i = 0; i <= steps; ++i) {
+    const double t = start + sweep * i / steps;
+    points.push_back(centre + std::cos(t) * first + std::sin(t) * second);
+  }
+  return points;
+}
+
+// The positive angle from one direction to another; none means a whole turn.
+double PositiveAngle(double from, double to) {
+  double sweep = std::fmod(to - from, kTurn);
+  if (sweep <= 0) sweep += kTurn;
+  return sweep;
+}
+
+std::vector<Point> CircleArc(Point centre, double radius, double start, double sweep) {
+  return Sweep(centre, {radius, 0}, {0, radius}, start, sweep);
+}
+
+std::vector<Point> ArcThroughThree(const std::vector<Point>& p, Point* centre) {
+  const Point a = p[1] - p[0], b = p[2] - p[0];
+  const double d = 2 * Cross(a, b);
+  if (d == 0) return p;
+  const double aa = a.x * a.x + a.y * a.y, bb = b.x * b.x + b.y * b.y;
+  *centre = p[0] + Point{(b.y * aa - a.y * bb) / d, (a.x * bb - b.x * aa) / d};
+  const auto angle = [&](Point q) { return std::atan2(q.y - centre->y, q.x - centre->x); };
+  const double start = angle(p[0]);
+  const double sweep = d > 0 ? PositiveAngle(start, angle(p[2])) : -PositiveAngle(angle(p[2]), start);
+  return CircleArc(*centre, std::hypot(p[0].x - centre->x, p[0].y - centre->y), start, sweep);
+}
+
+std::vector<Point> ArcAround(const Object& object) {
+  const Point start = object.points[1], end = object.points[2];
+  const double from = std::atan2(start.y, start.x);
+  return CircleArc(object.points[0], object.radius, from, PositiveAngle(from, std::atan2(end.y, end.x)));
+}
+
+std::vector<Point> EllipticalArc(const Object& object) {
+  const Point centre = object.points[0];
+  const Point first = object.points[1] - centre, second = object.points[2] - centre;
+  const double d = Cross(first, second);
+  if (d == 0) return {object.points[1], object.points[2]};
+  const auto parameter = [&](Point v) { return std::atan2(Cross(first, v) / d, Cross(v, second) / d); };
+  const double from = parameter(object.points[3]);
+  return Sweep(centre, first, second, from, PositiveAngle(from, parameter(object.points[4])));
+}
+
+Path Closed(std::vector<Point> points, CloseType close, Point centre) {
+  if (close == CloseType::Pie) points.push_back(centre);
+  return {std::move(points), true};
+}
+
+std::vector<Path> Pieces(const std::vector<Point>& points) {
+  std::vector<Path> paths;
+  for (size_t i = 0; i + 1 < points.size(); i += 2) paths.push_back({{points[i], points[i + 1]}, false});
+  return paths;
+}
+
+std::vector<Path> Polygons(const Object& object) {
+  std::vector<Path> paths(1);
+  for (size_t i = 0; i < object.points.size(); ++i) {
+    paths.back().points.push_back(object.points[i]);
+    const bool closes = i < object.edgeFlags.size() && object.edgeFlags[i] >= 2;
+    if (closes) paths.emplace_back();
+  }
+  if (paths.back().points.empty()) paths.pop_back();
+  for (Path& path : paths) path.closed = true;
+  return paths;
+}
+
+size_t PointsNeeded(ObjectKind kind) {
+  switch (kind) {
+    case ObjectKind::Rectangle:
+      return 2;
+    case ObjectKind::Circle:
+    case ObjectKind::Text:
+    case ObjectKind::RestrictedText:
+      return 1;
+    case ObjectKind::ArcThreePoint:
+    case ObjectKind::ArcThreePointClose:
+    case ObjectKind::ArcCentre:
+    case ObjectKind::ArcCentreClose:
+    case ObjectKind::Ellipse:
+    case ObjectKind::CellArray:
+      return 3;
+    case ObjectKind::EllipticalArc:
+    case ObjectKind::EllipticalArcClose:
+      return 5;
+    default:
+      return 0;
+  }
+}
+
+std::vector<Path> ArcOutline(const Object& object) {
+  Point centre = object.points[0];
+  switch (object.kind) {
+    case ObjectKind::ArcThreePoint:
+      return {{ArcThroughThree(object.points, &centre), false}};
+    case ObjectKind::ArcThreePointClose: {
+      std::vector<Point> arc = ArcThroughThree(object.points, &centre);
+      return {Closed(std::move(arc), object.close, centre)};
+    }
+    case ObjectKind::ArcCentre:
+      return {{ArcAround(object), false}};
+    case ObjectKind::ArcCentreClose:
+      return {Closed(ArcAround(object), object.close, centre)};
+    case ObjectKind::EllipticalArc:
+      return {{EllipticalArc(object), false}};
+    default:
+      return {Closed(EllipticalArc(object), object.close, centre)};
+  }
+}
+
+}  // namespace
+
+bool Object::operator==(const Object& other) const {
+  return kind == other.kind && *attributes == *other.attributes && points == other.points &&
+         edgeFlags == other.edgeFlags && cells == other.cells && columns == other.columns &&
+         rows == other.rows && text == other.text && radius == other.radius && box == other.box &&
+         close == other.close;
+}
+
+bool IsFilled(ObjectKind kind) {
+  switch (kind) {
+    case ObjectKind::Polygon:
+    case ObjectKind::PolygonSet:
+    case ObjectKind::Rectangle:
+    case ObjectKind::Circle:
+    case ObjectKind::ArcThreePointClose:
+    case ObjectKind::ArcCentreClose:
+    case ObjectKind::Ellipse:
+    case ObjectKind::EllipticalArcClose:
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool IsFinite(const Object& object) {
+  const bool points = std::all_of(object.points.begin(), object.points.end(),
+                                  [](Point p) { return std::isfinite(p.x) && std::isfinite(p.y); });
+  return points && std::isfinite(object.radius) && std::isfinite(object.box.x) &&
+         std::isfinite(object.box.y);
+}
+
+std::vector<Path> OutlineOf(const Object& object) {
+  const std::vector<Point>& p = object.points;
+  if (p.size() < PointsNeeded(object.kind) || p.empty()) return {};
+  switch (object.kind) {
+    case ObjectKind::Polyline:
+      return {{p, false}};
+    case ObjectKind::DisjointPolyline:
+      return Pieces(p);
+    case ObjectKind::Polygon:
+      return {{p, true}};
+    case ObjectKind::PolygonSet:
+      return Polygons(object);
+    case ObjectKind::Rectangle:
+      return {{{p[0], {p[1].x, p[0].y}, p[1], {p[0].x, p[1].y}}, true}};
+    case ObjectKind::Circle:
+      return {{CircleArc(p[0], object.radius, 0, kTurn), true}};
+    case ObjectKind::Ellipse:
+      return {{Sweep(p[0], p[1] - p[0], p[2] - p[0], 0, kTurn), true}};
+    case ObjectKind::Polymarker:
+    case ObjectKind::Text:
+    case ObjectKind::RestrictedText:
+    case ObjectKind::CellArray:
+      return {};
+    default:
+      return ArcOutline(object);
+  }
+}
+
+bool FindExtent(const Drawing& drawing, TextBox textBox, Point& least, Point& greatest) {
+  bool any = false;
+  const auto add = [&](Point p) {
+    least = any ? Point{std::min(least.x, p.x), std::min(least.y, p.y)} : p;
+    greatest = any ? Point{std::max(greatest.x, p.x), std::max(greatest.y, p.y)} : p;
+    any = true;
+  };
+  for (const Layer& layer : drawing.layers) {
+    for (const Object& object : layer.objects) {
+      if (!IsFinite(object) || object.points.size() < PointsNeeded(object.kind)) continue;
+      for (const Path& path : OutlineOf(object))
+        std::for_each(path.points.begin(), path.points.end(), add);
+      if (object.kind == ObjectKind::Polymarker)
+        std::for_each(object.points.begin(), object.points.end(), add);
+      if (object.kind == ObjectKind::CellArray) {
+        const Point fourth = object.points[0] + (object.points[1] - object.points[2]);
+        std::for_each(object.points.begin(), object.points.end(), add);
+        add(fourth);
+      }
+      if (object.kind == ObjectKind::Text || object.kind == ObjectKind::RestrictedText) {
+        Point corners[4];
+        TextCorners(drawing, object, textBox, corners);
+        std::for_each(std::begin(corners), std::end(corners), add);
+      }
+    }
+  }
+  return any;
+}
+
+}  // namespace hostkit

@@ -1,0 +1,38 @@
+// Painting drawings with Cairo.
+#pragma once
+
+#include <cairo.h>
+
+#include "hostkit/vector/drawing.h"
+
+namespace hostkit {
+
+/// Maps a drawing's coordinates to device pixels, y downwards.
+class DeviceMap {
+ public:
+  /// The extent fills `width` x `height` pixels whose top-left corner is at (left, top).
+  DeviceMap(const Box& extent, double left, double top, double width, double height);
+  /// As above; but a drawing whose extent is the whole 16-bit range has no frame of its own: as the NITF
+  /// graphics profile has it, one unit is one pixel, and its objects begin at (left, top).
+  static DeviceMap ForDrawing(const Drawing& drawing, double left, double top, double width,
+                              double height);
+  bool IsUsable() const { return usable_; }
+  Point ToDevice(Point p) const;
+  /// A vector, without the origin.
+  Point Direction(Point v) const;
+  /// Pixels of a length, by the mean of both scales.
+  double Length(double vdc) const;
+
+ private:
+  DeviceMap() = default;
+  double scaleX_ = 0, scaleY_ = 0, originX_ = 0, originY_ = 0;
+  bool usable_ = false;
+};
+
+/// Draws every object.
+void PaintDrawing(cairo_t* cairo, const Drawing& drawing, const DeviceMap& map);
+/// Draws a text object.
+void PaintText(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map);
+void SetColour(cairo_t* cairo, Colour colour);
+
+}  // namespace hostkit
