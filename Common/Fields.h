@@ -186,11 +186,12 @@ struct FieldRow {
   char fill = ' ';
   WriteFrom writeFrom = WriteFrom::Text;
   SetAs setAs = SetAs::Text;
-  bool setsValue = false;    ///< the number setter stores the decoded value too
-  bool placeholder = false;  ///< all nines mean "see the replacement data"
-  bool raw = false;          ///< bytes, not text
-  bool blank = false;        ///< starts as spaces to its capacity
-  const char* initial = "";  ///< starts as this text
+  bool setsValue = false;         ///< the number setter stores the decoded value too
+  bool placeholder = false;       ///< all nines mean "see the replacement data"
+  bool raw = false;               ///< bytes, not text
+  bool measuresOverflow = false;  ///< a length that is 0 or has room for its overflow field
+  bool blank = false;             ///< starts as spaces to its capacity
+  const char* initial = "";       ///< starts as this text
   const CodeTable* codes = nullptr;
   const char* otherwise = "";                      ///< written for a code outside the table
   bool (*present)(const R&) = nullptr;             ///< whether the file has the field
@@ -249,6 +250,11 @@ struct FieldRow {
   constexpr FieldRow Placeholder() const {
     FieldRow row = *this;
     row.placeholder = true;
+    return row;
+  }
+  constexpr FieldRow MeasuresOverflow() const {
+    FieldRow row = *this;
+    row.measuresOverflow = true;
     return row;
   }
   constexpr FieldRow Raw() const {
@@ -316,6 +322,7 @@ constexpr FieldRow<R> LiftRow() {
   lifted.writeFrom = row.writeFrom;
   lifted.setAs = row.setAs;
   lifted.setsValue = row.setsValue;
+  lifted.measuresOverflow = row.measuresOverflow;
   lifted.blank = row.blank;
   lifted.initial = row.initial;
   if constexpr (row.hasPresent) {
@@ -432,10 +439,13 @@ Status WriteRows(std::type_identity_t<FieldTable<R>> table, const R& record, Fie
   return Status::Success;
 }
 
-/// Stores a number in a numeric field: its text, and the value where the row says so.
+/// Stores a number in a numeric field: its text, and the value where the row says so. -13 when it does
+/// not fit.
 template <class R>
 Status SetNumber(const FieldRow<R>& row, R& record, int32_t value) {
   const FieldView field = row.view(record);
+  constexpr int32_t kOverflowWidth = 3;
+  if (row.measuresOverflow && value != 0 && value < kOverflowWidth) return Status::InvalidParameter;
   if (Status s = FormatNumberField(field.text, row.width, value); !Ok(s)) return s;
   if (row.setsValue) *field.value = static_cast<uint32_t>(value);
   return Status::Success;

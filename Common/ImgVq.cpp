@@ -70,7 +70,7 @@ Status Codebook::SetGeometry(const ImageSubheader& header, const VqHeader& vq, u
   }
   vectorHeight = header.NPPBV.value / vq.codeRows;
   vectorWidth = header.NPPBH.value / vq.codesPerRow;
-  bytesPerPixel = bitsPerPixel == 8 ? 1 : bitsPerPixel == 12 || bitsPerPixel == 16 ? 2 : 3;
+  bytesPerPixel = VqBytesPerPixel(bitsPerPixel);
   const CheckedSize bytes = CheckedSize(vectorHeight) * vectorWidth * bytesPerPixel;
   if (!bytes.Within(INT32_MAX)) return Status::BadStructure;
   entryBytes = static_cast<uint32_t>(bytes.Value());
@@ -265,21 +265,23 @@ Status VqLookupRecord::Read(int32_t file, uint8_t (&raw)[kBytes]) {
   return Status::Success;
 }
 
-void SeekPastMaskTable(const ImageSource& source) {
-  const ImageSubheader& header = source.header;
-  const MaskTable& mask = header.mask;
-  constexpr int64_t kFixedBytes = 10;
-  const int64_t records = static_cast<int64_t>(source.BlockCount() * header.NBANDS.value) * 4;
-  int64_t bytes = kFixedBytes + mask.PadCodeBytes();
-  if (mask.BMRLNTH != 0) bytes += records;
-  if (mask.TMRLNTH != 0) bytes += records;
+Status SeekPastMaskTable(const ImageSource& source) {
+  uint8_t head[10];
+  if (Status s = source.ReadAt(0, head, sizeof head); !Ok(s)) return s;
+  const int64_t records = static_cast<int64_t>(source.BlockCount() * source.header.NBANDS.value) * 4;
+  int64_t bytes = sizeof head + (Big16(head + 8) + 7) / 8;
+  if (Big16(head + 4) != 0) bytes += records;
+  if (Big16(head + 6) != 0) bytes += records;
   (void)KernelSeek(source.document.FileHandle(), source.dataStart + bytes, kSeekStart);
+  return Status::Success;
 }
 
 Status ReadVectorQuantisedImage(KernelBitmap& segment, const ImageSource& source) {
   const int32_t file = source.document.FileHandle();
   (void)KernelSeek(file, source.dataStart, kSeekStart);
-  if (source.header.CompressionCode() == Compression::M4) SeekPastMaskTable(source);
+  if (source.header.CompressionCode() == Compression::M4) {
+    if (Status s = SeekPastMaskTable(source); !Ok(s)) return s;
+  }
   if (Status s = ShrinkToStoredBlocks(segment, source); !Ok(s)) return s;
   VqHeader vq;
   uint8_t raw[VqHeader::kBytes];

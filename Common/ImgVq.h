@@ -1,7 +1,7 @@
 // Headers of vector-quantised image data (MIL-STD-188-199, 5.2), shared by the decoder and the writer.
 #pragma once
 
-#include "Common/ImgPixel.h"
+#include "Common/ImgModes.h"
 
 /// The header at the start of the data; 21 bytes, big-endian.
 struct VqHeader {
@@ -33,5 +33,10 @@ struct VqLookupRecord {
   Status Read(int32_t file, uint8_t (&raw)[kBytes]);
 };
 
-/// Goes to the first byte behind the mask table that "M4" data starts with.
-void SeekPastMaskTable(const ImageSource& source);
+/// Bytes of one codebook value: 1 for 8-bit bitmaps, 2 for 12 and 16 bits, else 3.
+constexpr uint32_t VqBytesPerPixel(uint32_t bitsPerPixel) {
+  return bitsPerPixel == 8 ? 1 : bitsPerPixel == 12 || bitsPerPixel == 16 ? 2 : 3;
+}
+
+/// Goes to the first byte behind the mask table that "M4" data starts with; -7.
+Status SeekPastMaskTable(const ImageSource& source);

@@ -16,7 +16,7 @@ Status AllocateRecords(NitfFile& document, SegmentList<R>& list, uint32_t count)
   return Status::Success;
 }
 
-// Bytes that the first `count` segments of a kind take in the file.
+// Bytes that the first `count` segments of a kind take in the file; appended ones take none.
 int64_t SpanOf(const LengthTable& table, uint32_t count) {
   int64_t bytes = 0;
   for (uint32_t i = 0; i < count; ++i) {
@@ -36,6 +36,7 @@ void NitfFile::TakeOptions(uint32_t loadFlags) {
 
 Status NitfFile::ReadDocument(const char16_t* fileName) {
   StreamingFileHeader streaming;
+  if (Status s = RememberPath(fileName); !Ok(s)) return s;
   file.OpenForReading(fileName);
   if (Status s = header.ReadHeader(*this, streaming, ReadMode::Normal); !Ok(s)) {
     headerPresent = header.loaded;
@@ -57,6 +58,14 @@ Status NitfFile::ReadSubheaders(SegmentKind kind, SegmentList<R>& list, Streamin
     (void)SeekToSubheader(kind, index++);
     if (Status s = record.ReadSubheader(*this, streaming, ReadMode::Normal); !Ok(s)) return s;
   }
+  return Status::Success;
+}
+
+Status NitfFile::RememberPath(const char16_t* fileName) {
+  if (fileName == nullptr) return Status::ShortRead;
+  const std::u16string_view path(fileName);
+  if (Status s = sourcePath.Allocate(path.size() + 1, ORB_HERE); !Ok(s)) return s;
+  path.copy(sourcePath.data(), path.size());
   return Status::Success;
 }
 
@@ -102,7 +111,8 @@ int64_t NitfFile::SeekToData(SegmentKind kind, uint32_t index) {
 }
 
 uint32_t NitfFile::DataLength(SegmentKind kind, uint32_t index) const {
-  return header.Lengths(kind).InFile(index).data;
+  const LengthTable& table = header.Lengths(kind);
+  return index < table.inFile.size() ? table.InFile(index).data : table.Current(index).data;
 }
 
 Status NitfFile::SeekToReplacement(StreamingFileHeader& streaming) {

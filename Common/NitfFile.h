@@ -48,6 +48,7 @@ struct NitfFile {
   uint32_t TextCount() const { return texts.Count(); }
 
   OwnedFile file;
+  KernelBuffer<char16_t> sourcePath;  ///< of the open file, terminated
   bool graphicOption = false;
   bool liftDarkImages = false;
   bool fixedCanvas = false;
@@ -63,6 +64,7 @@ struct NitfFile {
   SegmentList<DataExtensionSubheader> dataExtensions;
 
  private:
+  Status RememberPath(const char16_t* fileName);
   template <class R>
   Status ReadSubheaders(SegmentKind kind, SegmentList<R>& list, StreamingFileHeader& streaming);
   Status SeekToReplacement(StreamingFileHeader& streaming);

@@ -132,7 +132,7 @@ constexpr auto kTable = [] {
               .Accept(&TakeFileLength)
               .WriteWith(&FormatFileLength),
           Field<&H::HL>("HL", 6)
-              .SetNumber()
+              .SetNumber(true)
               .Placeholder()
               .Accept(&TakeHeaderLength)
               .WriteWith(&FormatHeaderLength),
@@ -215,11 +215,7 @@ Status LengthTable::Resize(uint32_t count) {
 
 Status LengthTable::Append(SegmentLengths lengths) {
   const uint32_t index = Count();
-  if (Status s = Resize(index + 1); !Ok(s)) return s;
-  inFile[index] = current[index] = lengths;
+  if (Status s = current.Resize(index + 1, ORB_HERE); !Ok(s)) return s;
+  current[index] = lengths;
   return Status::Success;
-}
-
-void LengthTable::RemoveLast() {
-  if (Count() != 0) (void)Resize(Count() - 1);
 }

@@ -30,9 +30,8 @@ struct LengthTable {
   }
   /// Makes both tables `count` long, keeping entries.
   Status Resize(uint32_t count);
-  /// Adds a segment to both.
+  /// Adds a segment that is not in the file; -1, nothing changed.
   Status Append(SegmentLengths lengths);
-  void RemoveLast();
 };
 
 /// How the file header lists the segments of a kind.
@@ -95,7 +94,7 @@ struct FileHeader {
   Text<27> ONAME;
   Text<18> OPHONE;
   Text<12> FL;
-  Text<6> HL;
+  Number<6> HL;  ///< the value is the text's; positions follow headerLength
   Number<3> NUMI;
   Number<3> NUMS;
   Text<3> NUMX;

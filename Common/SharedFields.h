@@ -104,7 +104,7 @@ Status WriteExtendedBytes(const ExtendedData& data, FieldWriter& writer);
 
 template <ShortLength kRule>
 inline constexpr std::array<FieldRow<ExtendedData>, 2> kExtendedRows = {
-    Field<&ExtendedData::length>("", 5).Fill('0').SetNumber(true).Accept(
+    Field<&ExtendedData::length>("", 5).Fill('0').SetNumber(true).MeasuresOverflow().Accept(
         [](ExtendedData& data) { return AcceptExtendedLength(data, kRule); }),
     Field<&ExtendedData::overflow>("", 3)
         .Fill('0')

@@ -20,6 +20,9 @@ inline int WideAccess(const char16_t* path, int mode) {
   return _waccess(reinterpret_cast<const wchar_t*>(path), mode);
 }
 
+/// Whether two wide paths name one existing file, links followed.
+bool WideIsSameFile(const char16_t* a, const char16_t* b);
+
 #else
 
 using HDC = struct HDC__*;
@@ -52,6 +55,8 @@ ORB_HOST_API void ORB_CALL OutputDebugStringA(const char* text);
 ORB_HOST_API void* ORB_CALL GlobalLock(HGLOBAL memory);
 /// Ends a GlobalLock.
 ORB_HOST_API int ORB_CALL GlobalUnlock(HGLOBAL memory);
+/// Whether two wide paths name one existing file, links followed.
+ORB_HOST_API bool ORB_CALL WideIsSameFile(const char16_t* a, const char16_t* b);
 /// Tests a wide path: 0 when the file grants `mode` (0 tests existence), else -1.
 ORB_HOST_API int ORB_CALL WideAccess(const char16_t* path, int mode);
 

@@ -154,10 +154,31 @@ class CgmReader {
       return kHostBadData;
     }
     RunElements(bytes_, 0);
+    if (drawing_.extent.second.y < drawing_.extent.first.y) TurnUpright();
     return sawPicture_ ? kHostOk : kHostBadData;
   }
 
  private:
+  // A metafile whose y runs downwards becomes a drawing whose y runs upwards.
+  void TurnUpright() {
+    const auto flip = [](auto&... points) { ((points.y = 0 - points.y), ...); };
+    flip(drawing_.extent.first, drawing_.extent.second);
+    std::shared_ptr<const Attributes> before, after;
+    for (Object& object : drawing_.layers[0].objects) {
+      for (Point& point : object.points) flip(point);
+      const bool arc = object.kind == ObjectKind::ArcCentre || object.kind == ObjectKind::ArcCentreClose;
+      if (arc) std::swap(object.points[1], object.points[2]);
+      if (object.attributes != before) {
+        before = object.attributes;
+        Attributes turned = *before;
+        flip(turned.text.up, turned.text.base, turned.clipBox.first, turned.clipBox.second,
+             turned.fill.patternHeight, turned.fill.patternWidth);
+        after = std::make_shared<const Attributes>(turned);
+      }
+      object.attributes = after;
+    }
+  }
+
   void RunElements(Bytes bytes, int depth) {
     size_t at = 0;
     std::vector<uint8_t> joined;

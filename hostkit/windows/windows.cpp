@@ -1,4 +1,5 @@
 // The Windows calls of host/windows.h where there is no Windows.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -49,6 +50,17 @@ void* ORB_CALL GlobalLock(HGLOBAL memory) {
 }
 
 int ORB_CALL GlobalUnlock(HGLOBAL) { return 0; }
+
+bool ORB_CALL WideIsSameFile(const char16_t* a, const char16_t* b) {
+  try {
+    struct stat first, second;
+    return stat(hostkit::ToUtf8(a).c_str(), &first) == 0 &&
+           stat(hostkit::ToUtf8(b).c_str(), &second) == 0 && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
 
 int ORB_CALL WideAccess(const char16_t* path, int mode) {
   try {

@@ -89,4 +89,324 @@ ORB_API int32_t ORB_CALL Orb_NitfDrawObjects(struct HostLoadRecord* record, ORB_
  * @return 1; -1 when it exceeds 2147483647; otherwise the failure of loading a graphic. */
 ORB_API int32_t ORB_CALL GetActual_Width_Height(NitfHandle document, uint32_t* width, uint32_t* height);
 
+/* ------------------------------------------------------------------ documents: public records
+ *
+ * Byte-packed. Strings are zero-terminated, in the file's own character set, at the field's full width;
+ * character arrays are dates without a terminator. Get fills a record, which its caller has zeroed
+ * before, with memory that only the matching Free export releases; Set only reads it. Field meanings:
+ * MIL-STD-2500C, appendix A. */
+
+#pragma pack(push, 1)
+
+/** The file header. The last four dates and FVER come behind the other fields. */
+typedef struct NITFHeader {
+  char* FHDR;
+  int32_t CLEVEL; /**< complexity level: 1 to 7 or 99 */
+  char* STYPE;
+  char* OSTAID;
+  char* FTITLE;
+  char* FSCLAS;
+  char* FSCLSY;
+  char* FSCODE;
+  char* FSCTLH;
+  char* FSREL;
+  char* FSDCTP;
+  char* FSDCXM;
+  char* FSDG;
+  char* FSCLTX;
+  char* FSCATP;
+  char* FSCAUT;
+  char* FSCRSN;
+  char* FSCTLN;
+  char* ONAME;
+  char* OPHONE;
+  int32_t HL; /**< header length, bytes */
+  int32_t FL; /**< file length, bytes */
+  int32_t FSCOP;
+  int32_t FSCPYS;
+  int32_t ENCRYP;
+  uint32_t NUMI;
+  int32_t* LISH; /**< NUMI subheader lengths */
+  int32_t* LI;   /**< NUMI data lengths */
+  uint32_t NUMS;
+  int32_t* LSSH; /**< NUMS subheader lengths */
+  int32_t* LS;   /**< NUMS data lengths */
+  int32_t NUMX;  /**< Set only */
+  uint32_t NUMT;
+  int32_t* LTSH;   /**< NUMT subheader lengths */
+  int32_t* LT;     /**< NUMT data lengths */
+  uint32_t NUMDES; /**< Set only */
+  int32_t* LDSH;   /**< NUMDES subheader lengths; Set only */
+  int32_t* LD;     /**< NUMDES data lengths; Set only */
+  uint32_t NUMRES; /**< Set only */
+  int32_t* LRESH;  /**< NUMRES subheader lengths; Set only */
+  int32_t* LRE;    /**< NUMRES data lengths; Set only */
+  int32_t UDHDL;   /**< Set only */
+  int32_t UDHOFL;  /**< Set only */
+  uint8_t* UDHD;   /**< UDHDL - 3 bytes; Set only */
+  int32_t XHDL;    /**< Set only */
+  int32_t XHDLOFL; /**< Set only */
+  uint8_t* XHD;    /**< XHDL - 3 bytes; Set only */
+  uint32_t FBKGC;  /**< red in the lowest byte, then green, blue; Set only */
+  char FSSRDT[8];
+  char FSDGDT[8];
+  char FSDCDT[8];
+  char FDT[14];
+  float FVER; /**< 2.1 for "02.10" */
+} NITFHeader;
+
+/** An image subheader. */
+typedef struct ImageHeader {
+  char* IM;
+  char* IID1;
+  char IDATIM[14];
+  char* TGTID;
+  char* IID2;
+  char* ISCLAS;
+  char* ISCLSY;
+  char* ISCODE;
+  char* ISCTLH;
+  char* ISREL;
+  char* ISDCTP;
+  char ISDCDT[8];
+  char* ISDCXM;
+  char* ISDG;
+  char ISDGDT[8];
+  char* ISCLTX;
+  char* ISCATP;
+  char* ISCAUT;
+  char* ISCRSN;
+  char ISSRDT[8];
+  char* ISCTLN;
+  int32_t ENCRYP;
+  char* ISORCE;
+  int32_t NROWS;
+  int32_t NCOLS;
+  char* PVTYPE;
+  char* IREP;
+  char* ICAT;
+  int32_t ABPP;
+  char* PJUST;
+  char* ICORDS;
+  char* IGEOLO;
+  uint32_t NICOM;
+  char** ICOM; /**< NICOM strings */
+  char* IC;
+  char* COMRAT;
+  uint32_t NBANDS;
+  int32_t XBANDS;
+  char** IREPBAND; /**< NBANDS strings; neither Get nor Set uses it */
+  char** ISUBCAT;  /**< the same */
+  char** IFC;      /**< the same */
+  char** IMFLT;    /**< the same */
+  int32_t ISYNC;
+  char* IMODE;
+  int32_t NBPR;
+  int32_t NBPC;
+  int32_t NPPBH;
+  int32_t NPPBV;
+  int32_t NBPP;
+  int32_t IDLVL;
+  int32_t IALVL;
+  int32_t ILOCrow;
+  int32_t ILOCcolumn;
+  char* IMAG;
+  int32_t UDIDL;
+  int32_t UDOFL;
+  char* UDID; /**< UDIDL - 3 bytes, terminated */
+  int32_t IXSHDL;
+  int32_t IXSOFL;
+  uint8_t* IXSHD; /**< IXSHDL - 3 bytes */
+  int32_t IMDATOFF;
+  uint16_t BMRLNTH;
+  uint16_t TMRLNTH;
+  uint16_t TPXCDLNTH; /**< in bits */
+  uint8_t* TPXCD;     /**< pad pixel code, (TPXCDLNTH + 7) / 8 bytes */
+} ImageHeader;
+
+/** A graphic subheader. The numbers of SBND1 and SBND2 stand in the order of the field. */
+typedef struct GraphicHeader {
+  char* SY;
+  char* SID;
+  char* SNAME;
+  char* SSCLAS;
+  char* SSCLSY;
+  char* SSCODE;
+  char* SSCTLH;
+  char* SSREL;
+  char* SSDCTP;
+  char SSDCDT[8];
+  char* SSDCXM;
+  char* SSDG;
+  char SSDGDT[8];
+  char* SSCLTX;
+  char* SSCATP;
+  char* SSCAUT;
+  char* SSCRSN;
+  char SSSRDT[8];
+  char* SSCTLN;
+  int32_t ENCRYP;
+  char* SFMT;
+  int32_t SSTRUCT;
+  int32_t SDLVL;
+  int32_t SALVL;
+  int32_t SLOCrow;
+  int32_t SLOCcolumn;
+  int32_t SBND1row;
+  int32_t SBND1column;
+  char* SCOLOR;
+  int32_t SBND2row;
+  int32_t SBND2column;
+  int32_t SRES1;
+  int32_t SXSHDL;
+  int32_t SXSOFL;
+  uint8_t* SXSHD; /**< SXSHDL - 3 bytes */
+} GraphicHeader;
+
+/** A text subheader. */
+typedef struct TextHeader {
+  char* TE;
+  char* TEXTID;
+  int32_t TXTALVL;
+  char TXTDT[14];
+  char* TXTITL;
+  char* TSCLAS;
+  char* TSCLSY;
+  char* TSCODE;
+  char* TSCTLH;
+  char* TSREL;
+  char* TSDCTP;
+  char TSDCDT[8];
+  char* TSDCXM;
+  char* TSDG;
+  char TSDGDT[8];
+  char* TSCLTX;
+  char* TSCATP;
+  char* TSCAUT;
+  char* TSCRSN;
+  char TSSRDT[8];
+  char* TSCTLN;
+  int32_t ENCRYP;
+  char* TXTFMT;
+  int32_t TXSHDL;
+  int32_t TXSOFL;
+  uint8_t* TXSHD; /**< TXSHDL - 3 bytes */
+} TextHeader;
+
+#pragma pack(pop)
+
+/* ------------------------------------------------------------------ documents: life and status */
+
+/** Opens a file as a document, or starts an empty one.
+ * @param handle receives the document, null after a failure. The caller ends it with Orb_NITFDestroy.
+ * @param fileName zero-terminated UTF-16 path, or null for an empty document.
+ * @return 1; -1 for a null handle pointer; -10 when the file does not exist; the failure of reading it.
+ */
+ORB_API int32_t ORB_CALL Orb_NITFCreate(NitfHandle* handle, const char16_t* fileName);
+/** The same with a narrow (UTF-8) path; -1 when it cannot be converted, as null cannot. */
+ORB_API int32_t ORB_CALL Orb_NITFCreateA(NitfHandle* handle, const char* fileName);
+/** Ends a document: closes its file and frees everything it holds; the handle becomes null.
+ * @return 1, or -261 for a null handle. */
+ORB_API int32_t ORB_CALL Orb_NITFDestroy(NitfHandle* handle);
+/** Flags: 1 the document has no image, graphic or text segment; 2 it has a file header.
+ * @return the flags, or -261 for a null handle. */
+ORB_API int32_t ORB_CALL Orb_NITFGetStatus(NitfHandle handle);
+/** Numbers of segments; 0 for a null handle. */
+ORB_API uint32_t ORB_CALL Orb_NITFGetImageHeaderCount(NitfHandle handle);
+ORB_API uint32_t ORB_CALL Orb_NITFGetGraphicHeaderCount(NitfHandle handle);
+ORB_API uint32_t ORB_CALL Orb_NITFGetTextHeaderCount(NitfHandle handle);
+
+/* ------------------------------------------------------------------ documents: header exchange */
+
+/** Fills a record from the file header. 1; 0 for a null handle; 87 for a null record; -1. */
+ORB_API int32_t ORB_CALL Orb_NITFGetNITFHeader(NitfHandle handle, struct NITFHeader* record);
+/** Stores a record in the file header, field by field; a refused field keeps its old value and the rest
+ * goes on. Lengths are stored for the segments that the document has. 1; 0 for a null handle; 87 for a
+ * null record. */
+ORB_API int32_t ORB_CALL Orb_NITFSetNITFHeader(NitfHandle handle, const struct NITFHeader* record);
+/** Releases what Get allocated. 1; 87 for a null record. */
+ORB_API int32_t ORB_CALL Orb_NITFFreeNITFHeader(struct NITFHeader* record);
+
+/** Fills a record from an image subheader. 1; 0 for a null handle; -13 for a null record; 87 for an
+ * index without an image; -1. */
+ORB_API int32_t ORB_CALL Orb_NITFGetImageHeader(NitfHandle handle, uint32_t index,
+                                                struct ImageHeader* record);
+/** Stores a record in an image subheader. The first refused field ends it: those before it are stored.
+ * 1; 0 for a null handle; 87 for a null record or an index without an image; -13 for a value outside its
+ * field or table; -1. */
+ORB_API int32_t ORB_CALL Orb_NITFSetImageHeader(NitfHandle handle, uint32_t index,
+                                                const struct ImageHeader* record);
+/** Releases what Get allocated. 1; 87 for a null record. */
+ORB_API int32_t ORB_CALL Orb_NITFFreeImageHeader(struct ImageHeader* record);
+
+/** As the image exports, for graphic subheaders; a null record gives 87 from Get too. */
+ORB_API int32_t ORB_CALL Orb_NITFGetGraphicHeader(NitfHandle handle, uint32_t index,
+                                                  struct GraphicHeader* record);
+ORB_API int32_t ORB_CALL Orb_NITFSetGraphicHeader(NitfHandle handle, uint32_t index,
+                                                  const struct GraphicHeader* record);
+ORB_API int32_t ORB_CALL Orb_NITFFreeGraphicHeader(struct GraphicHeader* record);
+
+/** As the graphic exports, for text subheaders. */
+ORB_API int32_t ORB_CALL Orb_NITFGetTextHeader(NitfHandle handle, uint32_t index,
+                                               struct TextHeader* record);
+ORB_API int32_t ORB_CALL Orb_NITFSetTextHeader(NitfHandle handle, uint32_t index,
+                                               const struct TextHeader* record);
+ORB_API int32_t ORB_CALL Orb_NITFFreeTextHeader(struct TextHeader* record);
+
+/* ------------------------------------------------------------------ documents: appending */
+
+struct VectorHandle;
+#if !defined(_WIN32)
+struct RECT;
+#define ORB_RECT struct RECT
+#else
+#define ORB_RECT RECT
+#endif
+
+/** Compresses a bitmap into a new image segment behind the others, one display level above everything.
+ * @param formatCode 182 for RGB components, 10 for YCbCr.
+ * @param bitsPerPixel 24 or 8.
+ * @param qualityFactor 2 (best) to 255.
+ * @return 1; 0 when there are 999 images; -261 null handle; -2 no bitmap; -27, -21, -9 for the other
+ * arguments; -1; the host's failure. After a failure the document is as it was. */
+ORB_API int32_t ORB_CALL Orb_NITFAppendImageSegment(NitfHandle handle, struct KernelBitmap* bitmap,
+                                                    uint32_t formatCode, uint32_t bitsPerPixel,
+                                                    int32_t qualityFactor);
+/** Encodes a drawing into a new graphic segment.
+ * @param drawing moved below the zero line and seen through the rectangle; it stays the caller's.
+ * @param rectangle its bounds on the canvas.
+ * @return 1; 0 when there are 999 graphics; -261 null handle or rectangle; -814 no drawing; -501 an empty
+ * one; -13 an extent beyond 99999; the host's failure. After a failure the document is as it was. */
+ORB_API int32_t ORB_CALL Orb_NITFAppendGraphicSegment(NitfHandle handle, struct VectorHandle* drawing,
+                                                      const ORB_RECT* rectangle);
+/** Reads a text file into a new text segment.
+ * @return 1; 0 when there are 999 texts; -261 null handle; -14 when the file does not open; -7; -1. After
+ * a failure the document is as it was. */
+ORB_API int32_t ORB_CALL Orb_NITFAppendTextSegment(NitfHandle handle, const char16_t* fileName);
+/** The same with a narrow path; -1 when it cannot be converted. */
+ORB_API int32_t ORB_CALL Orb_NITFAppendTextSegmentA(NitfHandle handle, const char* fileName);
+
+/* ------------------------------------------------------------------ documents: content and saving */
+
+/** Replaces a graphic segment's drawing by a copy of the caller's.
+ * @return 1; -261 null handle; -13 no such graphic; -814 no drawing; -501 an empty one; -1; the host's
+ * failure. */
+ORB_API int32_t ORB_CALL Orb_NITFSetVectorHandle(NitfHandle handle, uint32_t index,
+                                                 const struct VectorHandle* drawing);
+/** A graphic segment's drawing, loaded from the file: the document's, until it is loaded again or the
+ * document ends. Null for a null handle, no such graphic, or a drawing that does not load. */
+ORB_API struct VectorHandle* ORB_CALL Orb_NITFGetVectorHandle(NitfHandle handle, uint32_t index);
+/** A text segment's text.
+ * @param buffer null to ask for the length; else room for the length and a terminator.
+ * @param length may be null; receives the length without terminator.
+ * @return 1; -261 null handle; 87 no such text; -7; -1. */
+ORB_API int32_t ORB_CALL Orb_NITFGetTextSegment(NitfHandle handle, uint32_t index, char* buffer,
+                                                uint32_t* length);
+/** Writes the document as a NITF 2.1 file; the document stays usable.
+ * @return 1; -261 null handle; -13 when the path names the document's own file; -5 when the output does
+ * not open or does not take everything; -7; -1; -700000. */
+ORB_API int32_t ORB_CALL Orb_NITFSaveFile(NitfHandle handle, const char16_t* fileName);
+/** The same with a narrow path; -1 when it cannot be converted. */
+ORB_API int32_t ORB_CALL Orb_NITFSaveFileA(NitfHandle handle, const char* fileName);
+
 #endif

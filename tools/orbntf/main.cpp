@@ -10,6 +10,9 @@ int main(int argc, char** argv) {
   tool::Work work;
   tool::AddInfo(app, work);
   tool::AddRender(app, work);
+  tool::AddEdit(app, work);
+  tool::AddComposing(app, work);
+  tool::AddContent(app, work);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -51,5 +51,8 @@ using Work = std::function<int()>;
 
 void AddInfo(CLI::App& app, Work& work);
 void AddRender(CLI::App& app, Work& work);
+void AddEdit(CLI::App& app, Work& work);
+void AddComposing(CLI::App& app, Work& work);
+void AddContent(CLI::App& app, Work& work);
 
 }  // namespace tool

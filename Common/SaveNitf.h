@@ -1,0 +1,39 @@
+// Writes a document as one NITF 2.1 file.
+#pragma once
+
+#include "Common/NitfFile.h"
+
+/// The writer of one save. It writes every header from its record and copies segment data from the
+/// document's source file or from appended bytes.
+class OrbNitfSaveFile {
+ public:
+  OrbNitfSaveFile() = default;
+  virtual ~OrbNitfSaveFile() = default;
+  OrbNitfSaveFile(const OrbNitfSaveFile&) = delete;
+  OrbNitfSaveFile& operator=(const OrbNitfSaveFile&) = delete;
+
+  /// Writes the file header and every segment. 1, or the first failure: -5, -7, -1 or -700000.
+  Status WriteFile(int32_t output, NitfFile& document);
+
+ private:
+  Status WriteSegments();
+  Status WriteImage(ImageSubheader& image);
+  Status WriteImageData(ImageSubheader& image, int64_t subheaderEnd);
+  Status WriteRawImage(ImageSubheader& image, int64_t subheaderEnd);
+  /// The codes of a vector-quantised image, block by block.
+  Status WriteVectorQuantised(ImageSubheader& image);
+  Status PatchLength(const ImageSubheader& image, uint64_t value, bool ofSubheader);
+  /// Copies `bytes` from the source file's position to the output.
+  Status CopyBytes(uint64_t bytes);
+  Status CopyFromSource(SegmentKind kind, uint32_t index, uint32_t bytes);
+  int64_t OutputEnd() const { return KernelSeek(output_, 0, kSeekEnd); }
+
+  int32_t output_ = kNoFile;
+  NitfFile* document_ = nullptr;
+  int64_t lengthTableOffset_ = 0;  ///< of the first image's LISH
+  uint32_t maskTableSize_ = 0;     ///< written behind the image subheader at hand
+  bool lengthsPatched_ = false;
+};
+
+/// Saves a document under a wide path. -13 when that names the document's source file.
+Status SaveDocument(NitfFile& document, const char16_t* path);

@@ -1,0 +1,269 @@
+// orbntf copy and set: opening, changing header fields and saving.
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "Common/Exchange.h"
+#include "tools/orbntf/document.h"
+#include "tools/orbntf/tool.h"
+
+namespace tool {
+
+int SaveAs(const std::string& command, Document& document, const std::string& input,
+           const std::string& output) {
+  if (!input.empty() && IsSameFile(input, output)) return Refuse(command, "the output is the input");
+  OutputFile file(output);
+  if (file.TemporaryPath().empty()) return Report(command, output, ORB_SHORT_WRITE);
+  int32_t status = Orb_NITFSaveFileA(document.get(), file.TemporaryPath().c_str());
+  if (status == ORB_SUCCESS && !file.Commit()) status = ORB_SHORT_WRITE;
+  return Report(command, output, status);
+}
+
+namespace {
+
+// ---------------------------------------------------------------- one header of a document
+
+// Which header a command line names: "" the file's, or "image:N", "graphic:N", "text:N".
+struct Target {
+  std::string kind;
+  uint32_t index = 0;
+};
+
+bool ParseTarget(const std::string& text, Target& target) {
+  const size_t colon = text.find(':');
+  if (colon == std::string::npos) return false;
+  target.kind = text.substr(0, colon);
+  char* end = nullptr;
+  const std::string digits = text.substr(colon + 1);
+  target.index = static_cast<uint32_t>(std::strtoul(digits.c_str(), &end, 10));
+  const bool known = target.kind == "image" || target.kind == "graphic" || target.kind == "text";
+  return known && !digits.empty() && *end == 0;
+}
+
+// Stores a text in a public record's field; false when it is no value of the field's kind.
+bool StoreNumber(const std::string& text, const PublicPlace& place, bool isShort) {
+  char* end = nullptr;
+  errno = 0;
+  const long value = std::strtol(text.c_str(), &end, 10);
+  if (text.empty() || *end != 0 || errno != 0 || value > INT32_MAX || value < INT32_MIN) return false;
+  if (isShort && (value < 0 || value > UINT16_MAX)) return false;
+  isShort ? StoreTo(place.bytes, static_cast<uint16_t>(value))
+          : StoreTo(place.bytes, static_cast<int32_t>(value));
+  return true;
+}
+
+bool StoreText(const std::string& text, const PublicPlace& place) {
+  FreePointer(place.bytes);
+  char* copy = CopyForCaller(text);
+  StoreTo(place.bytes, copy);
+  return copy != nullptr;
+}
+
+bool StoreDate(const std::string& text, const PublicPlace& place) {
+  if (text.size() != SizeOf(place.field->kind)) return false;
+  std::memcpy(place.bytes, text.data(), text.size());
+  return true;
+}
+
+bool StoreLocation(const std::string& text, const PublicPlace& place) {
+  const size_t comma = text.find(',');
+  if (comma == std::string::npos) return false;
+  return StoreNumber(text.substr(0, comma), place, false) &&
+         StoreNumber(text.substr(comma + 1), {place.field, place.bytes + 4}, false);
+}
+
+// "#RRGGBB" as the record holds colours.
+bool StoreColour(const std::string& text, const PublicPlace& place) {
+  char* end = nullptr;
+  if (text.size() != 7 || text[0] != '#') return false;
+  const auto rgb = static_cast<uint32_t>(std::strtoul(text.c_str() + 1, &end, 16));
+  StoreTo(place.bytes, (rgb >> 16 & 255) | (rgb & 0xFF00) | (rgb & 255) << 16);
+  return *end == 0;
+}
+
+bool StoreReal(const std::string& text, const PublicPlace& place) {
+  char* end = nullptr;
+  StoreTo(place.bytes, std::strtof(text.c_str(), &end));
+  return !text.empty() && *end == 0;
+}
+
+bool StoreValue(const std::string& text, const PublicPlace& place) {
+  switch (place.field->kind) {
+    case PublicKind::String:
+      return StoreText(text, place);
+    case PublicKind::Short:
+      return StoreNumber(text, place, true);
+    case PublicKind::Int:
+      return std::string_view(place.field->name) == "FBKGC" ? StoreColour(text, place)
+                                                            : StoreNumber(text, place, false);
+    case PublicKind::Float:
+      return StoreReal(text, place);
+    case PublicKind::Date:
+    case PublicKind::DateTime:
+      return StoreDate(text, place);
+    case PublicKind::Location:
+      return StoreLocation(text, place);
+    case PublicKind::Pointer:
+      return false;
+  }
+  return false;
+}
+
+// The fields that Get leaves alone, so that Set keeps them.
+void FillSetOnlyFields(const FileHeader& header, NITFHeader& record) {
+  record.NUMX = DecimalOf(header.NUMX.text);
+  record.NUMDES = header.dataExtensions.Count();
+  record.NUMRES = header.reservedExtensions.Count();
+  record.UDHDL = header.userDefined.length.Signed();
+  record.UDHOFL = DecimalOf(header.userDefined.overflow.text);
+  record.XHDL = header.extended.length.Signed();
+  record.XHDLOFL = DecimalOf(header.extended.overflow.text);
+  record.FBKGC = header.background;
+}
+
+enum class Change { Done, NoField, BadValue, Refused, Failed };
+
+// Get, change one field, Set; `status` receives the export's result.
+template <class Record, class Get, class Set, class Free>
+Change ChangeField(PublicTable table, const std::string& name, const std::string& value, Get get, Set set,
+                   Free free, int32_t& status) {
+  Record record = {};
+  const PublicPlace place = FindPlace(table, &record, name);
+  if (place.field == nullptr || place.field->kind == PublicKind::Pointer) return Change::NoField;
+  Change change = Change::Failed;
+  status = get(&record);
+  if (status == ORB_SUCCESS) {
+    change = StoreValue(value, place) ? Change::Refused : Change::BadValue;
+    if (change == Change::Refused) {
+      status = set(&record);
+      if (status == ORB_SUCCESS) change = Change::Done;
+    }
+  }
+  free(&record);
+  return change;
+}
+
+// The file header's Set does not say what it refused: what was stored is compared with what was asked.
+bool TookFileField(NitfHandle handle, const std::string& name, const NITFHeader& asked) {
+  NITFHeader stored = {};
+  auto* askedRecord = const_cast<NITFHeader*>(&asked);
+  if (Orb_NITFGetNITFHeader(handle, &stored) != ORB_SUCCESS) return false;
+  FillSetOnlyFields(handle->header, stored);
+  const PublicPlace before = FindPlace(PublicFileFields(), askedRecord, name);
+  const PublicPlace after = FindPlace(PublicFileFields(), &stored, name);
+  bool same = std::memcmp(before.bytes, after.bytes, SizeOf(before.field->kind)) == 0;
+  if (before.field->kind == PublicKind::String) {
+    const char* wanted = LoadFrom<const char*>(before.bytes);
+    same = std::strncmp(wanted, LoadFrom<const char*>(after.bytes), std::strlen(wanted)) == 0;
+  }
+  Orb_NITFFreeNITFHeader(&stored);
+  return same;
+}
+
+Change ChangeFileField(NitfHandle handle, const std::string& name, const std::string& value,
+                       int32_t& status) {
+  return ChangeField<NITFHeader>(
+      PublicFileFields(), name, value,
+      [&](NITFHeader* record) {
+        const int32_t result = Orb_NITFGetNITFHeader(handle, record);
+        FillSetOnlyFields(handle->header, *record);
+        return result;
+      },
+      [&](NITFHeader* record) {
+        const int32_t result = Orb_NITFSetNITFHeader(handle, record);
+        return result == ORB_SUCCESS && !TookFileField(handle, name, *record) ? ORB_INVALID_PARAMETER
+                                                                              : result;
+      },
+      &Orb_NITFFreeNITFHeader, status);
+}
+
+Change ChangeTargetField(NitfHandle handle, const Target& target, const std::string& name,
+                         const std::string& value, int32_t& status) {
+  if (target.kind.empty()) return ChangeFileField(handle, name, value, status);
+  const uint32_t index = target.index;
+  const auto change = [&]<class Record>(PublicTable table, auto get, auto set, auto free, Record*) {
+    return ChangeField<Record>(
+        table, name, value, [&](Record* record) { return get(handle, index, record); },
+        [&](Record* record) { return set(handle, index, record); }, free, status);
+  };
+  if (target.kind == "image") {
+    return change(PublicImageFields(), &Orb_NITFGetImageHeader, &Orb_NITFSetImageHeader,
+                  &Orb_NITFFreeImageHeader, static_cast<ImageHeader*>(nullptr));
+  }
+  if (target.kind == "graphic") {
+    return change(PublicGraphicFields(), &Orb_NITFGetGraphicHeader, &Orb_NITFSetGraphicHeader,
+                  &Orb_NITFFreeGraphicHeader, static_cast<GraphicHeader*>(nullptr));
+  }
+  return change(PublicTextFields(), &Orb_NITFGetTextHeader, &Orb_NITFSetTextHeader,
+                &Orb_NITFFreeTextHeader, static_cast<TextHeader*>(nullptr));
+}
+
+// ---------------------------------------------------------------- commands
+
+struct SetOptions {
+  std::string file, output;
+  std::vector<std::string> changes;
+};
+
+int ApplyChange(const SetOptions& options, Document& document, const Target& target,
+                const std::string& assignment) {
+  const size_t equals = assignment.find('=');
+  if (equals == std::string::npos)
+    return Refuse("set", assignment + ": neither a segment nor FIELD=VALUE");
+  const std::string name = assignment.substr(0, equals);
+  int32_t status = ORB_SUCCESS;
+  switch (ChangeTargetField(document.get(), target, name, assignment.substr(equals + 1), status)) {
+    case Change::Done:
+      return kExitOk;
+    case Change::NoField:
+      return Refuse("set", name + ": no such field here");
+    case Change::BadValue:
+      return Refuse("set", name + ": not a value of this field");
+    case Change::Refused:
+      return Report("set", options.file + ": " + name, status);
+    case Change::Failed:
+      break;
+  }
+  return Report("set", options.file, status);
+}
+
+int RunSet(const SetOptions& options) {
+  Document document;
+  if (const int code = Report("set", options.file, document.Open(options.file)); code != kExitOk)
+    return code;
+  Target target;
+  for (const std::string& change : options.changes) {
+    if (change.find('=') == std::string::npos && ParseTarget(change, target)) continue;
+    if (const int code = ApplyChange(options, document, target, change); code != kExitOk) return code;
+  }
+  return SaveAs("set", document, options.file, options.output);
+}
+
+int RunCopy(const std::string& file, const std::string& output) {
+  Document document;
+  if (const int code = Report("copy", file, document.Open(file)); code != kExitOk) return code;
+  return SaveAs("copy", document, file, output);
+}
+
+}  // namespace
+
+void AddEdit(CLI::App& app, Work& work) {
+  auto copy = std::make_shared<SetOptions>();
+  CLI::App* command = app.add_subcommand("copy", "Open a file and save it under another name");
+  command->add_option("FILE", copy->file, "file to copy")->required();
+  command->add_option("-o,--output", copy->output, "file to write")->required();
+  command->callback([&work, copy] { work = [copy] { return RunCopy(copy->file, copy->output); }; });
+
+  auto set = std::make_shared<SetOptions>();
+  command = app.add_subcommand("set", "Change header fields and save under another name");
+  command->add_option("FILE", set->file, "file to change")->required();
+  command->add_option("-o,--output", set->output, "file to write")->required();
+  command
+      ->add_option(
+          "CHANGE", set->changes,
+          "FIELD=VALUE, of the file header or of the segment named before it: image:N, graphic:N, text:N")
+      ->required();
+  command->callback([&work, set] { work = [set] { return RunSet(*set); }; });
+}
+
+}  // namespace tool
