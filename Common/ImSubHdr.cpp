@@ -1,6 +1,7 @@
 #include "Common/ImSubHdr.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "Common/NitfFile.h"
 
@@ -204,7 +205,7 @@ void FormatCompressionRate(const H& header, char (&text)[16]) {
 // The magnification as "%f", cut to three characters; done by hand because a host may have set a locale.
 void FormatMagnification(const H& header, char (&text)[16]) {
   const auto millionths =
-      static_cast<uint64_t>(std::clamp(header.magnification, 0.0, 99999.0) * 1000000.0 + 0.5);
+      static_cast<uint64_t>(std::llround(std::clamp(header.magnification, 0.0, 99999.0) * 1000000.0));
   char digits[16];
   uint32_t width = 1;
   for (uint64_t whole = millionths / 1000000; whole >= 10; whole /= 10) ++width;

@@ -51,7 +51,7 @@ uint32_t ShownComponent(const HostLoadOptions& options, uint32_t colour, uint32_
 void YccToBgr(uint8_t* bgr);
 
 #if defined(HOSTKIT_WIDE_JPEG)
-/// 12-bit and lossless JPEG.
+/// 12-bit and lossless JPEG, and streams of more than four components.
 int32_t LoadWideJpeg(Bytes bytes, const JpegFrame& frame, const HostLoadOptions& options,
                      KernelBitmap& bitmap);
 #endif

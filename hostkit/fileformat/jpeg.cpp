@@ -101,7 +101,8 @@ int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) 
   JpegFrame frame;
   if (!FindJpegFrame(bytes, frame)) return kHostNotRecognised;
   if (uint64_t{frame.width} * frame.height / kMaxPixelsPerByte > bytes.size()) return kHostBadData;
-  if (frame.precision != 8 || frame.IsLossless()) {
+  // libjpeg finds no more than four components in its scans.
+  if (frame.precision != 8 || frame.IsLossless() || frame.components > 4) {
 #if defined(HOSTKIT_WIDE_JPEG)
     return LoadWideJpeg(bytes, frame, options, bitmap);
 #else

@@ -1,4 +1,5 @@
-// 12-bit and lossless JPEG through DCMTK's decoders, which carry one build of the codec per precision.
+// 12-bit and lossless JPEG, and more than four components, through DCMTK's decoders, which carry one
+// build of the codec per precision.
 #include <memory>
 #include <vector>
 
@@ -33,7 +34,7 @@ std::unique_ptr<DJDecoder> MakeDecoder(uint32_t precision, const DJCodecParamete
 
 int32_t LoadWideJpeg(Bytes bytes, const JpegFrame& frame, const HostLoadOptions& options,
                      KernelBitmap& bitmap) {
-  if (frame.precision < 2 || frame.precision > 16 || frame.components > 4) return kHostUnsupported;
+  if (frame.precision < 2 || frame.precision > 16 || frame.components > 10) return kHostUnsupported;
   SilenceOnce();
   const DJCodecParameter parameters(ECC_lossyYCbCr, EDC_never, EUC_default, EPC_default);
   const std::unique_ptr<DJDecoder> decoder = MakeDecoder(frame.precision, parameters);

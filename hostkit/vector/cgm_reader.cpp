@@ -69,7 +69,7 @@ class Parameters {
     for (int i = 0; i < 3; ++i) {
       const double span = coding_.colourHigh[i] - coding_.colourLow[i];
       const double share = span != 0 ? (Unsigned(coding_.colourBytes) - coding_.colourLow[i]) / span : 0;
-      parts[i] = static_cast<uint8_t>(std::clamp(share, 0.0, 1.0) * 255 + 0.5);
+      parts[i] = static_cast<uint8_t>(std::lround(std::clamp(share, 0.0, 1.0) * 255));
     }
     return {parts[0], parts[1], parts[2]};
   }
@@ -520,7 +520,7 @@ class CgmReader {
     const double full = std::exp2(bits) - 1;
     for (uint8_t& part : parts) {
       if (!reader.Take(bits, value)) return false;
-      part = static_cast<uint8_t>(value * 255.0 / full + 0.5);
+      part = static_cast<uint8_t>(std::lround(value * 255.0 / full));
     }
     colour = {parts[0], parts[1], parts[2]};
     return true;

@@ -69,7 +69,9 @@ void HatchLines(cairo_t* cairo, double dx, double dy) {
   cairo_clip_extents(cairo, &left, &top, &right, &bottom);
   const double reach = std::hypot(right - left, bottom - top);
   const double midX = (left + right) / 2, midY = (top + bottom) / 2;
-  for (double offset = -reach / 2; offset <= reach / 2; offset += kHatchGap) {
+  const int lines = static_cast<int>(reach / kHatchGap);
+  for (int i = 0; i <= lines; ++i) {
+    const double offset = i * kHatchGap - reach / 2;
     const double x = midX - dy * offset, y = midY + dx * offset;
     cairo_move_to(cairo, x - dx * reach, y - dy * reach);
     cairo_line_to(cairo, x + dx * reach, y + dy * reach);

@@ -26,6 +26,11 @@ void* operator new[](size_t bytes, const std::nothrow_t&) noexcept {
   }
 }
 
+// Libraries that keep what they loaded until the process ends.
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
+  return "leak:libfontconfig\nleak:libcairo\n";
+}
+
 namespace test {
 namespace {
 

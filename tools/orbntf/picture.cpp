@@ -90,7 +90,7 @@ const uint8_t* BoxScaler::Take(const uint8_t* bgr) {
   Accumulate(bgr);
   if (++rowsHeld_ < factor_ && rowsTaken_ < height_) return nullptr;
   for (uint32_t x = 0; x < Width(); ++x) {
-    const uint64_t pixels = uint64_t{std::min(factor_, width_ - x * factor_)} * rowsHeld_;
+    const uint64_t pixels = uint64_t{std::max(1u, std::min(factor_, width_ - x * factor_))} * rowsHeld_;
     for (int c = 0; c < 3; ++c) {
       uint64_t& sum = sums_[3 * size_t{x} + c];
       rgb_[3 * size_t{x} + c] = static_cast<uint8_t>((sum + pixels / 2) / pixels);

@@ -1,0 +1,522 @@
+// Compressed image data. The streams are made here with the codecs' own encoders.
+#include <cstdio>
+#include <fstream>
+#include <random>
+
+#include <jpeglib.h>
+#include <openjpeg.h>
+#include <tiffio.h>
+
+#if defined(HAS_WIDE_JPEG)
+#include <dcmtk/config/osconfig.h>
+
+#include <dcmtk/dcmjpeg/djcparam.h>
+#include <dcmtk/dcmjpeg/djeijg12.h>
+#endif
+
+#include "tests/support/support.h"
+
+namespace {
+
+using test::ImageForm;
+using test::NitfBuilder;
+using test::Rgb;
+
+constexpr int kSide = 64;  // of a block
+
+// A picture that a lossy codec keeps well, with enough detail for its streams to be of some length.
+int Sample(int x, int y, int band) {
+  const int wave = (x * (band + 1) + 2 * y) % 160 + 40;
+  return (x / 8 + y / 8) % 2 != 0 ? wave : 220 - wave / 2;
+}
+
+std::string Samples(int left, int top, int width, int height, const std::vector<int>& bands) {
+  std::string bytes;
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      for (int band : bands) bytes += static_cast<char>(Sample(left + x, top + y, band));
+    }
+  }
+  return bytes;
+}
+
+std::string EncodeJpeg(const std::string& samples, int width, int height, int components,
+                       bool rgb = false) {
+  jpeg_compress_struct codec{};
+  jpeg_error_mgr errors;
+  codec.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&codec);
+  unsigned char* out = nullptr;
+  unsigned long size = 0;
+  jpeg_mem_dest(&codec, &out, &size);
+  codec.image_width = static_cast<JDIMENSION>(width);
+  codec.image_height = static_cast<JDIMENSION>(height);
+  codec.input_components = components;
+  codec.in_color_space = components == 1 ? JCS_GRAYSCALE : rgb ? JCS_RGB : JCS_UNKNOWN;
+  jpeg_set_defaults(&codec);
+  if (rgb) jpeg_set_colorspace(&codec, JCS_RGB);
+  codec.write_JFIF_header = FALSE;
+  codec.write_Adobe_marker = FALSE;
+  jpeg_set_quality(&codec, 97, TRUE);
+  std::vector<jpeg_scan_info> scans;  // a scan takes at most four components
+  for (int c = 0; components > 4 && c < components; ++c) scans.push_back({1, {c}, 0, 63, 0, 0});
+  if (!scans.empty()) {
+    codec.scan_info = scans.data();
+    codec.num_scans = static_cast<int>(scans.size());
+  }
+  jpeg_start_compress(&codec, TRUE);
+  while (codec.next_scanline < codec.image_height) {
+    auto* row = reinterpret_cast<unsigned char*>(const_cast<char*>(
+        samples.data() + size_t{codec.next_scanline} * static_cast<size_t>(width * components)));
+    jpeg_write_scanlines(&codec, &row, 1);
+  }
+  jpeg_finish_compress(&codec);
+  jpeg_destroy_compress(&codec);
+  std::string bytes(reinterpret_cast<char*>(out), size);
+  std::free(out);
+  return bytes;
+}
+
+std::string BlockStream(int block, int across, const std::vector<int>& bands, bool rgb = false) {
+  const int left = block % across * kSide, top = block / across * kSide;
+  return EncodeJpeg(Samples(left, top, kSide, kSide, bands), kSide, kSide, static_cast<int>(bands.size()),
+                    rgb);
+}
+
+std::string EncodeJpeg2000(int width, int height, const std::vector<int>& bands, int precision = 8) {
+  opj_cparameters_t parameters;
+  opj_set_default_encoder_parameters(&parameters);
+  parameters.irreversible = 0;
+  std::vector<opj_image_cmptparm_t> components(bands.size());
+  for (auto& component : components) {
+    component = {};
+    component.dx = component.dy = 1;
+    component.w = static_cast<OPJ_UINT32>(width);
+    component.h = static_cast<OPJ_UINT32>(height);
+    component.prec = static_cast<OPJ_UINT32>(precision);
+  }
+  opj_image_t* image =
+      opj_image_create(static_cast<OPJ_UINT32>(bands.size()), components.data(), OPJ_CLRSPC_SRGB);
+  image->x1 = static_cast<OPJ_UINT32>(width);
+  image->y1 = static_cast<OPJ_UINT32>(height);
+  for (size_t c = 0; c < bands.size(); ++c) {
+    for (int i = 0; i < width * height; ++i) {
+      image->comps[c].data[i] = Sample(i % width, i / width, bands[c]) << (precision - 8);
+    }
+  }
+  const test::TempFile file("", ".j2k");
+  opj_codec_t* codec = opj_create_compress(OPJ_CODEC_J2K);
+  opj_setup_encoder(codec, &parameters, image);
+  opj_stream_t* stream = opj_stream_create_default_file_stream(file.Path().c_str(), OPJ_FALSE);
+  EXPECT_TRUE(opj_start_compress(codec, image, stream) && opj_encode(codec, stream) &&
+              opj_end_compress(codec, stream));
+  opj_stream_destroy(stream);
+  opj_destroy_codec(codec);
+  opj_image_destroy(image);
+  return file.Contents();
+}
+
+// Black where a pattern says so; black is 1 in facsimile rows.
+bool IsBlack(int x, int y) { return (x / 5 + y / 3) % 3 == 0; }
+
+std::string EncodeFacsimile(int width, int height, bool twoDimensional) {
+  const test::TempFile file("", ".tif");
+  TIFF* tiff = TIFFOpen(file.Path().c_str(), "w");
+  TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, width);
+  TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, height);
+  TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 1);
+  TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX3);
+  TIFFSetField(tiff, TIFFTAG_GROUP3OPTIONS, twoDimensional ? GROUP3OPT_2DENCODING : 0);
+  TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
+  TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, height);
+  std::vector<uint8_t> row(static_cast<size_t>((width + 7) / 8));
+  for (int y = 0; y < height; ++y) {
+    std::fill(row.begin(), row.end(), uint8_t{0});
+    for (int x = 0; x < width; ++x) {
+      if (IsBlack(x, y)) row[static_cast<size_t>(x / 8)] |= static_cast<uint8_t>(0x80 >> x % 8);
+    }
+    TIFFWriteScanline(tiff, row.data(), static_cast<uint32_t>(y), 0);
+  }
+  TIFFClose(tiff);
+  tiff = TIFFOpen(file.Path().c_str(), "r");
+  std::string bytes(static_cast<size_t>(TIFFRawStripSize(tiff, 0)), '\0');
+  TIFFReadRawStrip(tiff, 0, bytes.data(), static_cast<tmsize_t>(bytes.size()));
+  TIFFClose(tiff);
+  return bytes;
+}
+
+void ExpectSamples(const test::Picture& picture, const std::vector<int>& shown, int tolerance,
+                   const std::function<bool(int, int)>& isEmpty = nullptr) {
+  ASSERT_EQ(picture.status, 1);
+  for (uint32_t y = 0; y < picture.height; ++y) {
+    for (uint32_t x = 0; x < picture.width; ++x) {
+      const Rgb got = picture.At(x, y);
+      const int ix = static_cast<int>(x), iy = static_cast<int>(y);
+      if (isEmpty && isEmpty(ix, iy)) {
+        ASSERT_EQ(got, Rgb{}) << x << ',' << y;
+        continue;
+      }
+      ASSERT_NEAR(got.red, Sample(ix, iy, shown[0]), tolerance) << x << ',' << y;
+      ASSERT_NEAR(got.green, Sample(ix, iy, shown[1]), tolerance) << x << ',' << y;
+      ASSERT_NEAR(got.blue, Sample(ix, iy, shown[2]), tolerance) << x << ',' << y;
+    }
+  }
+}
+
+ImageForm Form(const std::string& compression, int across, int down, int bands,
+               const std::string& representation) {
+  ImageForm form;
+  form.width = form.height = kSide;
+  form.blocksAcross = across;
+  form.blocksDown = down;
+  form.bands = bands;
+  form.compression = compression;
+  form.representation = representation;
+  return form;
+}
+
+test::Picture RenderImage(const ImageForm& form, const std::string& data) {
+  return test::RenderBytes(NitfBuilder().Image(form, data).Bytes());
+}
+
+using CompressedTest = test::ModuleTest;
+
+TEST_F(CompressedTest, SingleJpegStreamsReplaceTheBitmap) {
+  ExpectSamples(RenderImage(Form("C3", 1, 1, 1, "MONO"), BlockStream(0, 1, {0})), {0, 0, 0}, 12);
+  ExpectSamples(RenderImage(Form("C3", 1, 1, 3, "RGB"), BlockStream(0, 1, {0, 1, 2}, true)), {0, 1, 2},
+                12);
+  // A downsampled stream is shown at its own size.
+  const auto small =
+      RenderImage(Form("I1", 1, 1, 1, "MONO"), EncodeJpeg(Samples(0, 0, 32, 32, {0}), 32, 32, 1));
+  ASSERT_EQ(small.status, 1);
+  EXPECT_NEAR(small.At(31, 31).red, Sample(31, 31, 0), 12);
+  EXPECT_EQ(small.At(32, 32), test::kWhite);
+}
+
+TEST_F(CompressedTest, BlocksAreCutAtTheirStartMarkers) {
+  std::string data;
+  for (int block = 0; block < 4; ++block) data += BlockStream(block, 2, {0});
+  ExpectSamples(RenderImage(Form("C3", 2, 2, 1, "MONO"), data), {0, 0, 0}, 12);
+  data.clear();
+  for (int block = 0; block < 4; ++block) data += BlockStream(block, 2, {0, 1, 2}, true);
+  ExpectSamples(RenderImage(Form("C3", 2, 2, 3, "RGB"), data), {0, 1, 2}, 12);
+}
+
+TEST_F(CompressedTest, MaskedBlocksFollowTheirRecords) {
+  std::string data;
+  std::vector<uint32_t> records;
+  for (int block = 0; block < 4; ++block) {
+    records.push_back(block == 1 ? 0xFFFFFFFF : static_cast<uint32_t>(data.size()));
+    if (block != 1) data += BlockStream(block, 2, {0});
+  }
+  ExpectSamples(RenderImage(Form("M3", 2, 2, 1, "MONO"), test::MaskBytes({.blocks = records}) + data),
+                {0, 0, 0}, 12, [](int x, int y) { return x >= kSide && y < kSide; });
+}
+
+TEST_F(CompressedTest, UnrecognisedBlocksStayEmpty) {
+  std::string data;
+  std::vector<uint32_t> records;
+  for (int block = 0; block < 2; ++block) {
+    records.push_back(static_cast<uint32_t>(data.size()));
+    data += block == 0 ? "\xFF\xD8\xFF" + std::string(2000, 'x') : BlockStream(block, 2, {0});
+  }
+  ExpectSamples(RenderImage(Form("M3", 2, 1, 1, "MONO"), test::MaskBytes({.blocks = records}) + data),
+                {0, 0, 0}, 12, [](int x, int) { return x < kSide; });
+}
+
+TEST_F(CompressedTest, MultiSpectralBlocksShowTheSelectedBands) {
+  ImageForm form = Form("C3", 2, 1, 5, "MULTI");
+  form.bandCodes = {"", "G", "R", "", "B"};
+  std::string data;
+  for (int block = 0; block < 2; ++block) data += BlockStream(block, 2, {0, 1, 2, 3, 4});
+  ExpectSamples(RenderImage(form, data), {2, 1, 4}, 12);
+}
+
+TEST_F(CompressedTest, BandSequentialStreamsAreMerged) {
+  for (const bool masked : {false, true}) {
+    ImageForm form = Form(masked ? "M3" : "C3", 2, 1, 3, "RGB");
+    form.mode = "S";
+    std::string data;
+    std::vector<uint32_t> records;
+    for (int band = 0; band < 3; ++band) {
+      for (int block = 0; block < 2; ++block) {
+        records.push_back(static_cast<uint32_t>(data.size()));
+        data += BlockStream(block, 2, {band});
+      }
+    }
+    if (masked) data = test::MaskBytes({.blocks = records}) + data;
+    ExpectSamples(RenderImage(form, data), {0, 1, 2}, 12);
+  }
+}
+
+#if defined(HAS_WIDE_JPEG)
+std::string EncodeWide(DJEncoder& encoder, const std::vector<uint16_t>& samples, int width, int height) {
+  Uint8* out = nullptr;
+  Uint32 size = 0;
+  EXPECT_TRUE(encoder
+                  .encode(static_cast<Uint16>(width), static_cast<Uint16>(height), EPI_Monochrome2, 1,
+                          const_cast<Uint16*>(samples.data()), out, size)
+                  .good());
+  std::string bytes(reinterpret_cast<char*>(out), size);
+  delete[] out;
+  return bytes;
+}
+
+TEST_F(CompressedTest, WideAndLosslessJpegAreDecoded) {
+  const DJCodecParameter parameters(ECC_monochrome, EDC_never, EUC_default, EPC_default);
+  std::vector<uint16_t> samples;
+  for (int i = 0; i < kSide * kSide; ++i) {
+    samples.push_back(static_cast<uint16_t>(Sample(i % kSide, i / kSide, 0) << 4));
+  }
+  ImageForm form = Form("C5", 1, 1, 1, "MONO");
+  form.bits = 12;
+  DJCompressIJG12Bit losslessEncoder(parameters, EJM_lossless, 1, 0);
+  ExpectSamples(RenderImage(form, EncodeWide(losslessEncoder, samples, kSide, kSide)), {0, 0, 0}, 1);
+  form.compression = "C3";
+  DJCompressIJG12Bit sequential(parameters, EJM_sequential, 95);
+  ExpectSamples(RenderImage(form, EncodeWide(sequential, samples, kSide, kSide)), {0, 0, 0}, 12);
+}
+#endif
+
+TEST_F(CompressedTest, Jpeg2000IsOneStreamForAllBlocks) {
+  ExpectSamples(RenderImage(Form("C8", 2, 2, 3, "RGB"), EncodeJpeg2000(2 * kSide, 2 * kSide, {0, 1, 2})),
+                {0, 1, 2}, 0);
+  ExpectSamples(RenderImage(Form("C8", 1, 1, 1, "MONO"), EncodeJpeg2000(kSide, kSide, {0})), {0, 0, 0},
+                0);
+  ImageForm deep = Form("C8", 1, 1, 1, "MONO");
+  deep.bits = 12;
+  ExpectSamples(RenderImage(deep, EncodeJpeg2000(kSide, kSide, {0}, 12)), {0, 0, 0}, 1);
+  const std::string masked =
+      test::MaskBytes({.blocks = {0, 0, 0, 0}}) + EncodeJpeg2000(2 * kSide, 2 * kSide, {0});
+  ExpectSamples(RenderImage(Form("M8", 2, 2, 1, "MONO"), masked), {0, 0, 0}, 0);
+  ImageForm multi = Form("C8", 1, 1, 5, "MULTI");
+  multi.bandCodes = {"", "G", "R", "", "B"};
+  ExpectSamples(RenderImage(multi, EncodeJpeg2000(kSide, kSide, {0, 1, 2, 3, 4})), {2, 1, 4}, 0);
+}
+
+TEST_F(CompressedTest, FacsimileIsDecodedInItsDimensions) {
+  for (const char* rate : {"1D", "2DS", "2DH"}) {
+    for (const bool masked : {false, true}) {
+      ImageForm form = Form(masked ? "M1" : "C1", 1, 1, 1, "MONO");
+      form.bits = 1;
+      form.pixelType = "B";
+      form.rate = rate;
+      const std::string data = EncodeFacsimile(kSide, kSide, form.rate != "1D");
+      // The pad pixel code 0 names black pixels: they show the background.
+      const auto picture = RenderImage(form, (masked ? test::MaskBytes({.padCode = 1}) : "") + data);
+      ASSERT_EQ(picture.status, 1) << rate;
+      for (uint32_t y = 0; y < kSide; ++y) {
+        for (uint32_t x = 0; x < kSide; ++x) {
+          const bool black = IsBlack(static_cast<int>(x), static_cast<int>(y));
+          ASSERT_EQ(picture.At(x, y), black && !masked ? Rgb{} : test::kWhite) << x << ',' << y << rate;
+        }
+      }
+    }
+  }
+}
+
+TEST_F(CompressedTest, FacsimileTakesTheColoursOfItsLookupTable) {
+  ImageForm form = Form("C1", 1, 1, 1, "RGB/LUT");
+  form.bits = 1;
+  form.pixelType = "B";
+  form.rate = "1D";
+  form.lookup = std::string("\x01\x02\x11\x12\x21\x22", 6);
+  form.lookupTables = 3;
+  const auto picture = RenderImage(form, EncodeFacsimile(kSide, kSide, false));
+  ASSERT_EQ(picture.status, 1);
+  EXPECT_TRUE(IsBlack(0, 0));
+  EXPECT_EQ(picture.At(0, 0), (Rgb{0x02, 0x12, 0x22})) << "black is sample 1";
+  EXPECT_EQ(picture.At(5, 0), (Rgb{0x01, 0x11, 0x21}));
+}
+
+// ---------------------------------------------------------------- vector quantisation
+
+struct VqForm {
+  int bytesPerPixel = 1;
+  std::vector<bool> stored = {true};
+  uint32_t codeRows = 4, codesPerRow = 4, tables = 4, entries = 16;
+  int codeBits = 12;
+};
+
+int VqValue(uint32_t entry, uint32_t pixel, int component) {
+  return static_cast<int>((entry * 13 + pixel * 5 + static_cast<uint32_t>(component) * 50) & 255);
+}
+uint32_t VqCode(uint32_t n) { return (n * 7 + 3) % 16; }
+
+// Blocks of 16 x 16 pixels from vectors of 4 x 4; one table per vector row.
+std::string VqData(const VqForm& form) {
+  std::string data = test::Big(form.codeRows, 4) + test::Big(form.codesPerRow, 4) +
+                     test::Big(static_cast<uint64_t>(form.codeBits), 1) + test::Big(1, 2) +
+                     test::Big(form.tables, 2) + test::Big(0, 2) + test::Big(6, 4) + test::Big(14, 2);
+  for (uint32_t table = 0; table < form.tables; ++table) {
+    data += test::Big(table, 2) + test::Big(form.entries, 4) + test::Big(4, 2) + test::Big(8, 2) +
+            test::Big(0, 4);
+  }
+  for (uint32_t table = 0; table < form.tables; ++table) {
+    for (uint32_t entry = 0; entry < form.entries; ++entry) {
+      for (uint32_t pixel = 0; pixel < 4; ++pixel) {
+        for (int c = 0; c < form.bytesPerPixel; ++c)
+          data += static_cast<char>(VqValue(entry, 4 * table + pixel, c));
+      }
+    }
+  }
+  uint64_t bits = 0;
+  int held = 0;
+  uint32_t n = 0;
+  for (const bool stored : form.stored) {
+    for (uint32_t i = 0; stored && i < form.codeRows * form.codesPerRow; ++i) {
+      bits = bits << form.codeBits | VqCode(n++);
+      for (held += form.codeBits; held >= 8; held -= 8) data += static_cast<char>(bits >> (held - 8));
+    }
+  }
+  return data;
+}
+
+ImageForm VqImage(const VqForm& vq, const std::string& compression, int across, int down) {
+  ImageForm form =
+      Form(compression, across, down, vq.bytesPerPixel, vq.bytesPerPixel == 3 ? "RGB" : "MONO");
+  form.width = form.height = 16;
+  return form;
+}
+
+void ExpectVq(const test::Picture& picture, const VqForm& vq, int across) {
+  ASSERT_EQ(picture.status, 1);
+  uint32_t first = 0;
+  for (size_t block = 0; block < vq.stored.size(); ++block) {
+    if (!vq.stored[block]) continue;
+    const uint32_t left = static_cast<uint32_t>(block % static_cast<size_t>(across)) * 16;
+    const uint32_t top = static_cast<uint32_t>(block / static_cast<size_t>(across)) * 16;
+    for (uint32_t y = 0; y < 16; ++y) {
+      for (uint32_t x = 0; x < 16; ++x) {
+        const uint32_t code = VqCode(first + y / 4 * 4 + x / 4), pixel = y % 4 * 4 + x % 4;
+        const int last = vq.bytesPerPixel - 1;
+        const Rgb expected = {static_cast<uint8_t>(VqValue(code, pixel, 0)),
+                              static_cast<uint8_t>(VqValue(code, pixel, last / 2)),
+                              static_cast<uint8_t>(VqValue(code, pixel, last))};
+        ASSERT_EQ(picture.At(left + x, top + y), expected) << block << ": " << x << ',' << y;
+      }
+    }
+    first += 16;
+  }
+}
+
+TEST_F(CompressedTest, VectorQuantisedImagesAreDecoded) {
+  VqForm vq;
+  ExpectVq(RenderImage(VqImage(vq, "C4", 1, 1), VqData(vq)), vq, 1);
+  vq.stored = {true, true, true, true};
+  ExpectVq(RenderImage(VqImage(vq, "C4", 2, 2), VqData(vq)), vq, 2);
+  vq.bytesPerPixel = 3;
+  ExpectVq(RenderImage(VqImage(vq, "C4", 2, 2), VqData(vq)), vq, 2);
+  // Codes of odd length run on from row to row and from block to block.
+  vq.bytesPerPixel = 1;
+  vq.codeBits = 5;
+  ExpectVq(RenderImage(VqImage(vq, "C4", 2, 2), VqData(vq)), vq, 2);
+}
+
+TEST_F(CompressedTest, MaskedVectorQuantisedBlocksConsumeNoCodes) {
+  VqForm vq;
+  vq.stored = {true, false, true, false};
+  const std::string mask = test::MaskBytes({.blocks = {0, 0xFFFFFFFF, 0, 0xFFFFFFFF}});
+  NitfBuilder file;
+  file.header.SetRaw("FBKGC", "\x01\x02\x03");
+  const auto picture = test::RenderBytes(file.Image(VqImage(vq, "M4", 2, 2), mask + VqData(vq)).Bytes());
+  ExpectVq(picture, vq, 2);
+  EXPECT_EQ(picture.At(16, 0), (Rgb{1, 2, 3})) << "the bitmap reaches as far as its stored blocks";
+}
+
+TEST_F(CompressedTest, FaultyVectorQuantisedDataIsRefused) {
+  const auto status = [](const VqForm& vq, size_t cut = 0) {
+    std::string data = VqData(vq);
+    data.resize(data.size() - cut);
+    return RenderImage(VqImage(vq, "C4", 1, 1), data).status;
+  };
+  VqForm vq;
+  EXPECT_EQ(status(vq, 1), -7);
+  vq.codeRows = 0;
+  EXPECT_EQ(status(vq), -9);
+  vq = {};
+  vq.codesPerRow = 17;
+  EXPECT_EQ(status(vq), -9);
+  vq = {};
+  vq.codeBits = 40;
+  EXPECT_EQ(status(vq), -9);
+  vq = {};
+  vq.entries = 10;
+  EXPECT_EQ(status(vq), -9) << "a code beyond the codebook";
+  vq = {};
+  vq.tables = 5;
+  EXPECT_EQ(status(vq), -9) << "more tables than a vector has rows";
+  std::string huge = VqData({});
+  huge.replace(21 + 2, 4, test::Big(0xFFFFFFFF, 4));
+  EXPECT_EQ(RenderImage(VqImage({}, "C4", 1, 1), huge).status, -7);
+}
+
+// ---------------------------------------------------------------- damage and faults
+
+struct Encoded {
+  const char* name;
+  ImageForm form;
+  std::string data;
+};
+
+std::vector<Encoded> OneOfEach() {
+  ImageForm fax = Form("C1", 1, 1, 1, "MONO");
+  fax.bits = 1;
+  fax.pixelType = "B";
+  fax.rate = "2DS";
+  ImageForm sequential = Form("C3", 2, 1, 3, "RGB");
+  sequential.mode = "S";
+  std::string bands, blocks;
+  for (int band = 0; band < 3; ++band) bands += BlockStream(0, 2, {band}) + BlockStream(1, 2, {band});
+  for (int block = 0; block < 4; ++block) blocks += BlockStream(block, 2, {0});
+  VqForm vq;
+  return {{"single", Form("C3", 1, 1, 1, "MONO"), BlockStream(0, 1, {0})},
+          {"blocks", Form("C3", 2, 2, 1, "MONO"), blocks},
+          {"sequential", sequential, bands},
+          {"jpeg2000", Form("C8", 1, 1, 3, "RGB"), EncodeJpeg2000(kSide, kSide, {0, 1, 2})},
+          {"facsimile", fax, EncodeFacsimile(kSide, kSide, true)},
+          {"vq", VqImage(vq, "C4", 1, 1), VqData(vq)}};
+}
+
+TEST_F(CompressedTest, DamagedStreamsEndWithAStatus) {
+  std::mt19937 random(7);
+  for (const Encoded& encoded : OneOfEach()) {
+    for (int round = 0; round < 60; ++round) {
+      std::string data = encoded.data;
+      if (round % 3 == 0) data.resize(random() % data.size());
+      for (int i = 0; i < 4 && !data.empty(); ++i)
+        data[random() % data.size()] = static_cast<char>(random());
+      if (round % 5 == 0) data += encoded.data;
+      (void)RenderImage(encoded.form, data);
+      test::ExpectNoLeaks();
+    }
+  }
+}
+
+TEST_F(CompressedTest, AbsurdSizesAreRefusedBeforeTheyAreDecoded) {
+  std::string jpeg = BlockStream(0, 1, {0});
+  const size_t frame = jpeg.find("\xFF\xC0");
+  ASSERT_NE(frame, std::string::npos);
+  jpeg.replace(frame + 5, 4, "\xFF\xDC\xFF\xDC");
+  HostkitPeakBytes(1);
+  EXPECT_EQ(RenderImage(Form("C3", 1, 1, 1, "MONO"), jpeg).status, -9);
+  std::string j2k = EncodeJpeg2000(kSide, kSide, {0});
+  j2k.replace(8, 8, test::Big(60000, 4) + test::Big(60000, 4));
+  EXPECT_EQ(RenderImage(Form("C8", 1, 1, 1, "MONO"), j2k).status, -9);
+  EXPECT_LT(HostkitPeakBytes(0), 1u << 20);
+}
+
+TEST_F(CompressedTest, ReadersSurviveEveryFault) {
+  for (const Encoded& encoded : OneOfEach()) {
+    SCOPED_TRACE(encoded.name);
+    const test::TempFile file(NitfBuilder().Image(encoded.form, encoded.data).Bytes());
+    const auto render = [&] { return test::Render(file).status; };
+    // A palette for the device context is optional, and an unrecognised block stays empty.
+    test::ForEachFault(kFaultAllocation, {-1, 1}, render);
+    // A band-sequential reader that finds no next stream takes the last one.
+    test::ForEachFault(kFaultRead, {-7, 1}, render);
+    test::ForEachFault(kFaultCodec, {-9, 1}, render);
+  }
+}
+
+}  // namespace

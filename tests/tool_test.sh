@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# The tool as a person uses it. Arguments: the tool, a scratch folder.
+set -euo pipefail
+tool=$1
+scratch=$(mktemp -d "$2/tool-XXXXXX")
+trap 'rm -rf "$scratch"' EXIT
+cd "$scratch"
+
+fail() { echo "tool_test: $*" >&2; exit 1; }
+# expect CODE WORDS COMMAND...: exit code and words on standard error.
+expect() {
+  local code=$1 words=$2 got=0
+  shift 2
+  "$@" >out.txt 2>err.txt || got=$?
+  [ "$got" -eq "$code" ] || fail "$*: exit $got, not $code: $(cat err.txt)"
+  [ -z "$words" ] || grep -qF -- "$words" err.txt || fail "$*: '$words' not in: $(cat err.txt)"
+}
+
+printf 'P6\n4 3\n255\n%s' "abcdefghijklmnopqrstuvwxyzABCDEFGHIJ" >tiny.ppm
+printf 'Some words' >words.txt
+expect 0 '' "$tool" new -o empty.ntf
+expect 0 '' "$tool" render empty.ntf --fixed-canvas --scale 1/64 -o empty.png
+expect 0 '' "$tool" new -o first.ntf --text words.txt --image empty.png --at 5,7 --quality 2 --image empty.png
+expect 0 '' "$tool" info --json first.ntf
+grep -q '"ILOC": "0000500007"' out.txt || fail "--at places the image before it"
+grep -q '"width": 39' out.txt || fail "the composite reaches the placed image"
+expect 0 '' "$tool" text first.ntf 0
+[ "$(cat out.txt)" = 'Some words' ] || fail "text"
+expect 0 '' "$tool" set first.ntf -o second.ntf FTITLE=Title FBKGC=#102030 image:1 IID1=Second ILOC=1,2 text:0 TXTITL=T
+expect 0 '' "$tool" info second.ntf
+grep -q '"Second".*row 1, column 2' out.txt || fail "set"
+grep -q 'background #102030' out.txt || fail "set FBKGC"
+expect 0 '' "$tool" append second.ntf -o third.ntf --text words.txt
+expect 0 '' "$tool" copy third.ntf -o fourth.ntf
+cmp third.ntf fourth.ntf
+expect 0 '' "$tool" render fourth.ntf -o picture.ppm
+[ "$(head -c 2 picture.ppm)" = P6 ] || fail "ppm"
+"$tool" render fourth.ntf -o - | head -c 8 | grep -q PNG || fail "PNG on standard output"
+
+expect 1 'orbntf: info: missing.ntf: status -7:' "$tool" info missing.ntf
+expect 1 'status -7' "$tool" info --json missing.ntf first.ntf
+grep -q '"status": -7' out.txt && grep -q '"status": 1' out.txt || fail "JSON is printed on failure too"
+expect 1 'status -10' "$tool" copy missing.ntf -o x.ntf
+expect 1 'IREP: status -13' "$tool" set first.ntf -o x.ntf image:0 IREP=NONSENSE
+expect 1 'CLEVEL: status -13' "$tool" set first.ntf -o x.ntf CLEVEL=8
+expect 1 'status -14' "$tool" new -o x.ntf --text missing.txt
+expect 1 'status -21' "$tool" new -o x.ntf --image empty.png --quality 1
+expect 1 'status 87' "$tool" graphic first.ntf 0 -o x.svg
+expect 1 'status -5' "$tool" copy first.ntf -o no/such/folder.ntf
+expect 1 'status -1:' "$tool" --max-pixels 100 render first.ntf -o x.png
+expect 2 'no such field' "$tool" set first.ntf -o x.ntf NOFIELD=1
+expect 2 'the output is the input' "$tool" copy first.ntf -o ./first.ntf
+expect 2 '1/N' "$tool" render first.ntf -o x.png --scale 3
+expect 2 '' "$tool" render first.ntf
+expect 2 '' "$tool"
+ls | grep -q '^x\.' && fail "a failed command left an output: $(ls)"
+exit 0
