@@ -14,7 +14,9 @@ constexpr uint32_t kGraphicSubheaderBytes = 258;
 constexpr uint32_t kTextSubheaderBytes = 282;
 constexpr uint32_t kMaxTextBytes = 99999;      // LT has five digits
 constexpr uint32_t kMaxGraphicBytes = 999999;  // LS has six
-constexpr double kMaxCoordinate = 99999;
+constexpr int32_t kMaxCoordinate = 99999;
+constexpr uint32_t kMaxBlockSide = 9999;  // NPPBH and NPPBV have four digits
+constexpr uint32_t kMaxLevel = 999;       // IDLVL and SDLVL have three
 
 /// A record at the end of a list that is taken away again unless it is kept.
 template <class R>
@@ -46,7 +48,7 @@ Status EnterLengths(FileHeader& header, LengthTable& table, Number<3>& count, co
                     SegmentLengths lengths) {
   const uint32_t entryBytes = fields.subheaderWidth + fields.dataWidth;
   const uint64_t fileLength =
-      uint64_t{LengthOf(header.FL.text)} + lengths.subheader + lengths.data + entryBytes;
+      LongLengthOf(header.FL.text) + lengths.subheader + lengths.data + entryBytes;
   if (Status s = table.Append(lengths); !Ok(s)) return s;
   if (Status s = header.SetFileLength(fileLength); !Ok(s)) return s;
   header.currentHeaderLength += entryBytes;
@@ -148,12 +150,11 @@ int32_t Truncate(double value) {
 Status BoundsOf(const VectorHandle& drawing, RECT& bounds) {
   VectorPoint least, greatest;
   if (Status s = FromHost(VectorGetExtent(&drawing, &least, &greatest)); !Ok(s)) return s;
-  if (-greatest.y > kMaxCoordinate || greatest.x > kMaxCoordinate || -least.y > kMaxCoordinate) {
-    return Status::InvalidParameter;
-  }
   (void)SetRect(&bounds, Truncate(least.x), Truncate(-greatest.y), Truncate(greatest.x),
                 Truncate(-least.y));
-  return Status::Success;
+  const bool fits =
+      bounds.top <= kMaxCoordinate && bounds.right <= kMaxCoordinate && bounds.bottom <= kMaxCoordinate;
+  return fits ? Status::Success : Status::InvalidParameter;
 }
 
 // Moves the caller's drawing below the zero line and gives it the rectangle as its view.
@@ -195,7 +196,8 @@ Status AppendImage(NitfFile& document, const KernelBitmap* bitmap, uint32_t form
   if (bitsPerPixel != 24 && bitsPerPixel != 8) return Status::BadBitmapDepth;
   if (quality < 2 || quality > 255) return Status::BadQuality;
   if (format != kFormatJpegYcc && format != kFormatJpegRgb) return Status::BadStructure;
-  const uint32_t level = NextDisplayLevel(document);
+  if (bitmap->width > kMaxBlockSide || bitmap->height > kMaxBlockSide) return Status::InvalidParameter;
+  const uint32_t level = std::min(NextDisplayLevel(document), kMaxLevel);
   FileHeader& header = document.header;
   NewRecord image(document.images);
   uint32_t byteCount = 0;
@@ -234,7 +236,7 @@ Status AppendGraphic(NitfFile& document, VectorHandle* drawing, const RECT& rect
   if (VectorIsEmpty(drawing) != 0) return Status::EmptyDrawing;
   RECT bounds;
   if (Status s = BoundsOf(*drawing, bounds); !Ok(s)) return s;
-  const uint32_t level = NextDisplayLevel(document);
+  const uint32_t level = std::min(NextDisplayLevel(document), kMaxLevel);
   bool any = false;
   uint32_t lowest = 0;
   if (Status s = LowestLevel(document, any, lowest); !Ok(s)) return s;

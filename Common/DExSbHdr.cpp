@@ -28,7 +28,7 @@ bool HasOverflow(const H& header) {
 Status ReadUserFields(H& header, FieldReader& reader) {
   const int32_t count = header.DESSHL.Signed();
   if (count <= 0) return Status::Success;
-  if (Status s = reader.Require(header.DESSHL.value); !Ok(s)) return s;
+  if (Status s = reader.RequireField(header.DESSHL.value); !Ok(s)) return s;
   if (Status s = header.DESSHF.Make(header.DESSHL.value + 1, ORB_HERE); !Ok(s)) return s;
   return reader.Take(header.DESSHF.data(), header.DESSHL.value);
 }

@@ -1,5 +1,7 @@
 #include "Common/Exchange.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr char16_t kSourceFile[] = u"ORBNTF";
@@ -15,8 +17,9 @@ PublicPlace FindPlace(PublicTable table, void* record, std::string_view name) {
   return {nullptr, nullptr};
 }
 
-char* CopyForCaller(std::string_view bytes) {
-  auto* copy = static_cast<char*>(KernelAllocate(bytes.size() + 1, 1, __LINE__, kSourceFile));
+char* CopyForCaller(std::string_view bytes, size_t length) {
+  const size_t size = std::max(bytes.size(), length) + 1;
+  auto* copy = static_cast<char*>(KernelAllocate(size, 1, __LINE__, kSourceFile));
   if (copy != nullptr) KernelCopyMemory(copy, bytes.data(), bytes.size());
   return copy;
 }
@@ -66,10 +69,11 @@ void FreeFields(PublicTable table, void* publicRecord) {
 }
 
 Status GetExtended(const ExtendedData& data, const PublicPlace& place) {
-  if (DecimalOf(data.length.text) <= static_cast<int32_t>(ExtendedData::kOverflowWidth))
-    return Status::Success;
+  constexpr auto kOverflow = static_cast<int32_t>(ExtendedData::kOverflowWidth);
+  const int32_t length = DecimalOf(data.length.text);
+  if (length <= kOverflow) return Status::Success;
   FreePointer(place.bytes);
-  char* copy = CopyForCaller(data.Data());
+  char* copy = CopyForCaller(data.Data(), static_cast<size_t>(length - kOverflow));
   if (copy == nullptr) return Status::OutOfMemory;
   StoreTo(place.bytes, copy);
   return Status::Success;

@@ -66,8 +66,9 @@ void StoreTo(uint8_t* bytes, T value) {
   std::memcpy(bytes, &value, sizeof value);
 }
 
-/// A caller's copy of bytes with a terminator, from the kernel allocator; null when memory is out.
-char* CopyForCaller(std::string_view bytes);
+/// A caller's copy of bytes, of at least `length` and a terminator, from the kernel allocator; null when
+/// memory is out. A record's length and its bytes may differ, and callers go by the length.
+char* CopyForCaller(std::string_view bytes, size_t length = 0);
 /// Frees a pointer field and sets it to null.
 void FreePointer(uint8_t* bytes);
 

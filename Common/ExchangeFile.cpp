@@ -78,11 +78,11 @@ constexpr LengthExchange kLengths[] = {{kImageLengths, &FileHeader::images, true
                                        {kReservedLengths, &FileHeader::reservedExtensions, false}};
 
 // Lengths beyond 31 bits are given as the largest number that the record holds.
-int32_t ForCaller(uint32_t length) { return static_cast<int32_t>(std::min<uint32_t>(length, INT32_MAX)); }
+int32_t ForCaller(uint64_t length) { return static_cast<int32_t>(std::min<uint64_t>(length, INT32_MAX)); }
 
 Status GetLengths(const LengthExchange& exchange, const FileHeader& header, NITFHeader& record) {
   const uint32_t count = LoadFrom<uint32_t>(FindPlace(kFields, &record, exchange.names.countName).bytes);
-  if (count == 0) return Status::Success;
+  if (count == 0 || count > kMaxSegments) return Status::Success;
   KernelBuffer<int32_t> subheaders, data;
   if (Status s = subheaders.Allocate(count, ORB_HERE); !Ok(s)) return s;
   if (Status s = data.Allocate(count, ORB_HERE); !Ok(s)) return s;
@@ -96,6 +96,11 @@ Status GetLengths(const LengthExchange& exchange, const FileHeader& header, NITF
   return Status::Success;
 }
 
+// A length given back as it was taken stays, also where the record could not hold all of it.
+void SetLength(uint32_t& length, int32_t given) {
+  if (given >= 0 && given != ForCaller(length)) length = static_cast<uint32_t>(given);
+}
+
 // A caller's table has as many entries as its count says; the header's as the document has segments.
 void SetLengths(const LengthExchange& exchange, FileHeader& header, void* record) {
   const int32_t given = LoadFrom<int32_t>(FindPlace(kFields, record, exchange.names.countName).bytes);
@@ -105,10 +110,8 @@ void SetLengths(const LengthExchange& exchange, FileHeader& header, void* record
   LengthTable& table = header.*exchange.table;
   const uint32_t count = std::min<uint32_t>(given > 0 ? static_cast<uint32_t>(given) : 0, table.Count());
   for (uint32_t i = 0; i < count; ++i) {
-    if (subheaders != nullptr && subheaders[i] >= 0) {
-      table.current[i].subheader = static_cast<uint32_t>(subheaders[i]);
-    }
-    if (data != nullptr && data[i] >= 0) table.current[i].data = static_cast<uint32_t>(data[i]);
+    if (subheaders != nullptr) SetLength(table.current[i].subheader, subheaders[i]);
+    if (data != nullptr) SetLength(table.current[i].data, data[i]);
   }
 }
 
@@ -132,17 +135,22 @@ void SetVersion(FileHeader& header, float version) {
 
 // A length that a header can have is what a save writes; the text takes any.
 void SetHeaderLength(FileHeader& header, int32_t length) {
+  if (length == DecimalOf(header.HL.text)) return;
   if (!Ok(SetNumber(*FindRow<FileHeader>(FileHeader::Table(), "HL"), header, length))) return;
   if (length >= static_cast<int32_t>(kBareHeaderLength)) header.currentHeaderLength = header.HL.value;
 }
 
 void SetFileLength(FileHeader& header, int32_t length) {
-  if (length >= 0) (void)header.SetFileLength(static_cast<uint32_t>(length));
+  if (length < 0 || length == DecimalOf(header.FL.text)) return;
+  (void)header.SetFileLength(static_cast<uint32_t>(length));
 }
 
 // Whether a field is stored by a function of its own, which is then called.
 bool SetSpecial(std::string_view name, FileHeader& header, const uint8_t* bytes) {
   const auto number = [bytes] { return LoadFrom<int32_t>(bytes); };
+  for (const LengthExchange& exchange : kLengths) {
+    if (name == exchange.names.countName && number() < 0) return true;
+  }
   if (name == "CLEVEL") return SetComplexity(header, number()), true;
   if (name == "HL") return SetHeaderLength(header, number()), true;
   if (name == "FL") return SetFileLength(header, number()), true;

@@ -95,7 +95,8 @@ Status SetComments(H& header, PublicTable table, void* record) {
   const uint32_t count = LoadFrom<uint32_t>(FindPlace(table, record, "NICOM").bytes);
   const auto* comments = LoadFrom<const char* const*>(FindPlace(table, record, "ICOM").bytes);
   for (uint32_t i = 0; i < count; ++i) {
-    if (Status s = header.SetComment(i, comments != nullptr ? comments[i] : nullptr); !Ok(s)) return s;
+    if (i >= header.comments.size() || comments == nullptr) return Status::InvalidParameter;
+    if (Status s = header.SetComment(i, comments[i]); !Ok(s)) return s;
   }
   return Status::Success;
 }
@@ -159,8 +160,8 @@ Status GetComments(const H& header, ImageHeader& record) {
   return Status::Success;
 }
 
-Status GetBytes(std::string_view bytes, ImageHeader& record, const char* name) {
-  char* copy = CopyForCaller(bytes);
+Status GetBytes(std::string_view bytes, size_t length, ImageHeader& record, const char* name) {
+  char* copy = CopyForCaller(bytes, length);
   if (copy == nullptr) return Status::OutOfMemory;
   StoreTo(FindPlace(kFields, &record, name).bytes, copy);
   return Status::Success;
@@ -172,7 +173,8 @@ Status GetMask(const MaskTable& mask, ImageHeader& record) {
   record.TMRLNTH = mask.TMRLNTH;
   record.TPXCDLNTH = mask.TPXCDLNTH;
   if (mask.TPXCDLNTH == 0) return Status::Success;
-  return GetBytes({reinterpret_cast<const char*>(mask.TPXCD.data()), mask.TPXCD.size()}, record, "TPXCD");
+  return GetBytes({reinterpret_cast<const char*>(mask.TPXCD.data()), mask.TPXCD.size()},
+                  mask.PadCodeBytes(), record, "TPXCD");
 }
 
 // Frees the strings of an array whose count the record gives.
@@ -189,8 +191,9 @@ PublicTable PublicImageFields() { return kFields; }
 Status GetImageHeader(ImageSubheader& header, ImageHeader& record) {
   if (Status s = GetFields(kFields, header, &record); !Ok(s)) return s;
   if (Status s = GetComments(header, record); !Ok(s)) return s;
-  if (DecimalOf(header.userDefined.length.text) > 0) {
-    if (Status s = GetBytes(header.userDefined.Data(), record, "UDID"); !Ok(s)) return s;
+  if (const int32_t length = DecimalOf(header.userDefined.length.text); length > 0) {
+    const auto bytes = static_cast<size_t>(length);
+    if (Status s = GetBytes(header.userDefined.Data(), bytes, record, "UDID"); !Ok(s)) return s;
   }
   if (Status s = GetExtended(header.extended, FindPlace(kFields, &record, "IXSHD")); !Ok(s)) return s;
   return GetMask(header.mask, record);

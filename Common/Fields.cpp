@@ -36,11 +36,13 @@ std::string_view DecimalText(int64_t value, char (&buffer)[24]) {
   return {p, static_cast<size_t>(buffer + sizeof buffer - p)};
 }
 
-// One half of a location: a leading minus is the sign, wherever the digits start.
+// One half of a location: a leading minus is the sign, and stands for a zero.
 int32_t DecodeHalf(std::string_view half) {
-  const bool negative = !half.empty() && half[0] == '-';
-  const int32_t value = DecimalOf(negative ? half.substr(1) : half);
-  return negative ? -value : value;
+  if (half[0] != '-') return DecimalOf(half);
+  char digits[kLocationHalf];
+  half.copy(digits, kLocationHalf);
+  digits[0] = '0';
+  return -DecimalOf({digits, kLocationHalf});
 }
 
 bool FormatHalf(char* half, int32_t value, bool leadingSign) {
@@ -64,20 +66,31 @@ int32_t DecimalOf(std::string_view text) {
   return digits.magnitude > INT32_MAX ? INT32_MAX : static_cast<int32_t>(digits.magnitude);
 }
 
-uint32_t LengthOf(std::string_view text) {
+uint64_t LongLengthOf(std::string_view text) {
   const Digits digits = ParseDigits(text);
-  return digits.negative ? 0 : Saturate32(digits.magnitude);
+  return digits.negative ? 0 : digits.magnitude;
 }
 
+uint32_t LengthOf(std::string_view text) { return Saturate32(LongLengthOf(text)); }
+
 double RealOf(std::string_view text) {
-  const size_t point = std::min(text.find('.'), text.size());
-  double value = static_cast<double>(ParseDigits(text.substr(0, point)).magnitude);
-  double scale = 1.0;
-  for (size_t i = point + 1; i < text.size() && text[i] >= '0' && text[i] <= '9'; ++i) {
-    scale /= 10.0;
-    value += scale * (text[i] - '0');
+  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+  const bool negative = !text.empty() && text[0] == '-';
+  if (!text.empty() && (text[0] == '-' || text[0] == '+')) text.remove_prefix(1);
+  const auto isDigit = [&] { return !text.empty() && text[0] >= '0' && text[0] <= '9'; };
+  double value = 0;
+  for (; isDigit(); text.remove_prefix(1)) value = value * 10 + (text[0] - '0');
+  if (!text.empty() && text[0] == '.') {
+    double scale = 1;
+    for (text.remove_prefix(1); isDigit(); text.remove_prefix(1))
+      value += (scale /= 10) * (text[0] - '0');
   }
-  return !text.empty() && text[0] == '-' ? -value : value;
+  if (text.size() > 1 && (text[0] == 'e' || text[0] == 'E')) {
+    const int32_t exponent = DecimalOf(text.substr(1));
+    for (int32_t i = 0; i < std::min(exponent, 99); ++i) value *= 10;
+    for (int32_t i = 0; i > std::max(exponent, -99); --i) value /= 10;
+  }
+  return negative ? -value : value;
 }
 
 Status FormatNumberField(char* destination, uint32_t width, int64_t value) {
@@ -143,9 +156,9 @@ Status SetLocation(Location& location, int32_t row, int32_t column, bool leading
 }
 
 void DecodeLocation(Location& location) {
-  const std::string_view text(location.text);
+  const std::string_view text(location.text, 2 * kLocationHalf);
   location.row = DecodeHalf(text.substr(0, kLocationHalf));
-  location.column = DecodeHalf(text.size() > kLocationHalf ? text.substr(kLocationHalf) : "");
+  location.column = DecodeHalf(text.substr(kLocationHalf));
 }
 
 Status SetDate(char* field, std::span<const char* const> pieces) {
@@ -195,7 +208,12 @@ Status FieldReader::TakeText(char* text, uint32_t width, bool hasPlaceholder) {
 
 Status FieldReader::Require(CheckedSize bytes) const {
   if (!bytes.Within(INT32_MAX)) return Status::ShortRead;
-  return RequireRemaining(file_, bytes.Value());
+  return mode_ == ReadMode::Replacement ? Status::Success : RequireRemaining(file_, bytes.Value());
+}
+
+Status FieldReader::RequireField(CheckedSize bytes) const {
+  if (mode_ == ReadMode::Normal) return Require(bytes);
+  return bytes.Within(limit_ - taken_) ? Status::Success : Status::ReplacementEnd;
 }
 
 Status FieldWriter::PutText(std::string_view text, uint32_t width, char pad) {

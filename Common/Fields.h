@@ -72,6 +72,8 @@ inline FieldView View(Location& field) { return {field.text, 10, nullptr, &field
 int32_t DecimalOf(std::string_view text);
 /// The same for lengths and counts: negative text gives 0, 4294967295 is the most.
 uint32_t LengthOf(std::string_view text);
+/// The same in 64 bits.
+uint64_t LongLengthOf(std::string_view text);
 /// Decimal number with a fraction, as atof does it for NITF texts.
 double RealOf(std::string_view text);
 
@@ -132,8 +134,11 @@ class FieldReader {
   Status Take(void* to, uint32_t bytes);
   /// Takes a field's text and its terminator, and notes a placeholder (all nines).
   Status TakeText(char* text, uint32_t width, bool hasPlaceholder);
-  /// -7 unless as many bytes remain in the file.
+  /// Before memory is taken for many fields: -7 unless as many bytes remain in the file. In replacement
+  /// mode the fields are held to the limit one by one.
   Status Require(CheckedSize bytes) const;
+  /// Before memory is taken for one field: -7, or ReplacementEnd when it does not fit into what is left.
+  Status RequireField(CheckedSize bytes) const;
 
   int32_t File() const { return file_; }
   ReadMode Mode() const { return mode_; }

@@ -79,6 +79,11 @@ Status AcceptSampleDepth(H& header) {
   return RefuseWithMessage("Unsupported BPP", Status::BadSampleDepth);
 }
 
+Status TakeBandCode(BandFields& band) {
+  if (kBandCodes.Find(band.IREPBAND.text) == nullptr) band.IREPBAND.code = 0;
+  return Status::Success;
+}
+
 Status TakeMagnification(H& header) {
   const std::string_view text(header.IMAG.text);
   if (text.substr(0, 1) != "/") {
@@ -122,7 +127,10 @@ Status WriteComments(const H& header, FieldWriter& writer) {
 Status ReadLookupTables(H& header, const BandFields& band, FieldReader& reader) {
   const uint32_t entries = band.NELUT.value;
   const uint32_t tables = band.NLUTS.value;
-  if (Status s = reader.Require(CheckedSize(entries) * tables); !Ok(s)) return s;
+  if (Status s = reader.RequireField(reader.Mode() == ReadMode::Normal ? CheckedSize(entries) * tables
+                                                                       : entries);
+      !Ok(s))
+    return s;
   TrackedArray<KernelColour> palette;
   KernelBuffer<uint8_t> values;
   if (Status s = palette.Make(entries, ORB_HERE); !Ok(s)) return s;
@@ -270,7 +278,7 @@ constexpr auto kTable = JoinRows<H>(
     ExtendedRows<H, &H::extended>("IXSHDL", "IXSOFL"));
 
 constexpr std::array<FieldRow<BandFields>, 5> kBandTable = {
-    Field<&BandFields::IREPBAND>("IREPBAND", 2).Codes(&kBandCodes, "  "),
+    Field<&BandFields::IREPBAND>("IREPBAND", 2).Codes(&kBandCodes, "  ").Accept(&TakeBandCode),
     Field<&BandFields::ISUBCAT>("ISUBCAT", 6),
     Field<&BandFields::IFC>("IFC", 1).Fill('0'),
     Field<&BandFields::IMFLT>("IMFLT", 3),
@@ -286,15 +294,19 @@ uint32_t BigEndian32(uint32_t raw) {
 uint16_t BigEndian16(const uint8_t* bytes) { return static_cast<uint16_t>(bytes[0] << 8 | bytes[1]); }
 
 Status ReadMaskRecords(TrackedArray<uint32_t>& records, FieldReader& reader, CheckedSize count) {
-  if (Status s = reader.Require(count * 4); !Ok(s)) return s;
+  if (Status s = reader.RequireField(count * 4); !Ok(s)) return s;
   const auto entries = static_cast<uint32_t>(count.Value());
-  if (Status s = records.Make(entries + 1, ORB_HERE); !Ok(s)) return s;
-  return reader.Take(records.data(), 4 * entries);
+  TrackedArray<uint32_t> fresh;
+  if (Status s = fresh.Make(entries + 1, ORB_HERE); !Ok(s)) return s;
+  if (Status s = reader.Take(fresh.data(), 4 * entries); !Ok(s)) return s;
+  records.Swap(fresh);
+  return Status::Success;
 }
 
-Status WriteMaskRecords(const TrackedArray<uint32_t>& records, FieldWriter& writer) {
+Status WriteMaskRecords(uint16_t length, const TrackedArray<uint32_t>& records, FieldWriter& writer) {
   const auto entries = static_cast<uint32_t>(records.size());
-  return entries == 0 ? Status::Success : writer.PutBytes(records.data(), 4 * (entries - 1));
+  return length == 0 || entries == 0 ? Status::Success
+                                     : writer.PutBytes(records.data(), 4 * (entries - 1));
 }
 
 }  // namespace
@@ -336,25 +348,37 @@ Status ImageSubheader::ReadTail(FieldReader& reader) {
 }
 
 Status MaskTable::Read(FieldReader& reader, CheckedSize records) {
-  uint8_t head[10];
-  if (Status s = reader.Take(head, sizeof head); !Ok(s)) return s;
+  uint8_t bytes[4];
+  if (Status s = reader.Take(bytes, 4); !Ok(s)) return s;
   uint32_t offset;
-  std::memcpy(&offset, head, 4);
+  std::memcpy(&offset, bytes, 4);
   IMDATOFF = BigEndian32(offset);
-  BMRLNTH = BigEndian16(head + 4);
-  TMRLNTH = BigEndian16(head + 6);
-  TPXCDLNTH = BigEndian16(head + 8);
-  TPXCD.Reset();
-  blockRecords.Reset();
-  padRecords.Reset();
-  if (TPXCDLNTH != 0) {
-    if (Status s = TPXCD.Make(PadCodeBytes(), ORB_HERE); !Ok(s)) return s;
-    if (Status s = reader.Take(TPXCD.data(), PadCodeBytes()); !Ok(s)) return s;
+  for (uint16_t* length : {&BMRLNTH, &TMRLNTH}) {
+    if (Status s = reader.Take(bytes, 2); !Ok(s)) return s;
+    *length = BigEndian16(bytes);
   }
+  if (Status s = reader.Take(bytes, 2); !Ok(s)) return s;
+  if (Status s = ReadPadCode(reader, BigEndian16(bytes)); !Ok(s)) return s;
+  if (BMRLNTH == 0) blockRecords.Reset();
+  if (TMRLNTH == 0) padRecords.Reset();
   if (BMRLNTH != 0) {
     if (Status s = ReadMaskRecords(blockRecords, reader, records); !Ok(s)) return s;
   }
   return TMRLNTH != 0 ? ReadMaskRecords(padRecords, reader, records) : Status::Success;
+}
+
+// The length is stored together with its bytes.
+Status MaskTable::ReadPadCode(FieldReader& reader, uint16_t bits) {
+  const uint32_t count = (bits + 7u) / 8;
+  TrackedArray<uint8_t> fresh;
+  if (Status s = reader.RequireField(count); !Ok(s)) return s;
+  if (count != 0) {
+    if (Status s = fresh.Make(count, ORB_HERE); !Ok(s)) return s;
+    if (Status s = reader.Take(fresh.data(), count); !Ok(s)) return s;
+  }
+  TPXCDLNTH = bits;
+  TPXCD.Swap(fresh);
+  return Status::Success;
 }
 
 Status MaskTable::Write(FieldWriter& writer) const {
@@ -366,8 +390,8 @@ Status MaskTable::Write(FieldWriter& writer) const {
   if (Status s = writer.PutBytes(head, sizeof head); !Ok(s)) return s;
   const std::string_view code(reinterpret_cast<const char*>(TPXCD.data()), TPXCD.size());
   if (Status s = writer.PutText(code, PadCodeBytes(), ' '); !Ok(s)) return s;
-  if (Status s = WriteMaskRecords(blockRecords, writer); !Ok(s)) return s;
-  return WriteMaskRecords(padRecords, writer);
+  if (Status s = WriteMaskRecords(BMRLNTH, blockRecords, writer); !Ok(s)) return s;
+  return WriteMaskRecords(TMRLNTH, padRecords, writer);
 }
 
 uint32_t MaskTable::BlockRecord(uint64_t n) const {
@@ -387,10 +411,10 @@ Status ImageSubheader::ChangeLength(bool longer, uint32_t bytes) {
   uint32_t& subheader = header.images.current[index].subheader;
   if (longer) {
     subheader += bytes;
-    return header.SetFileLength(uint64_t{header.fileLength} + bytes);
+    return header.SetFileLength(header.fileLength + bytes);
   }
   subheader -= std::min(subheader, bytes);
-  return header.SetFileLength(header.fileLength - std::min(header.fileLength, bytes));
+  return header.SetFileLength(header.fileLength - std::min<uint64_t>(header.fileLength, bytes));
 }
 
 Status ImageSubheader::SetCoordinates(const char* text) {

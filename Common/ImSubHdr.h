@@ -100,6 +100,9 @@ struct MaskTable {
   uint32_t PadRecord(uint64_t n) const;
   /// Bytes of a pad pixel code of TPXCDLNTH bits.
   uint32_t PadCodeBytes() const { return (TPXCDLNTH + 7u) / 8; }
+
+ private:
+  Status ReadPadCode(FieldReader& reader, uint16_t bits);
 };
 
 struct ImageSubheader {

@@ -125,6 +125,8 @@ class StreamFinder {
     }
     return FindLast(place);
   }
+  /// Whether no data is left behind the streams that were passed.
+  bool IsExhausted() const { return position_ + source_.header.mask.IMDATOFF >= source_.length; }
   /// Moves on behind a stream that was found without a record.
   void Pass(const StreamPlace& place) {
     position_ += place.length;
@@ -262,6 +264,8 @@ class BandSequentialReader {
     if (Status s = streams_.Allocate(static_cast<size_t>(count.Value()), ORB_HERE); !Ok(s)) return s;
     StreamFinder finder(source_);
     for (StreamPlace& place : streams_) {
+      // A last stream that was taken already leaves nothing for the bands that are still missing.
+      if (finder.IsExhausted()) return Status::ShortRead;
       if (!Ok(finder.FindNext(place))) {
         if (Status s = finder.FindLast(place); !Ok(s)) return s;
       }
@@ -308,8 +312,11 @@ class BandSequentialReader {
     if (representation == Representation::Rgb || representation == Representation::Multi) {
       options.flags |= kLoadComponentsAreRgb;
     }
-    KernelBitmap& target = bands_[bandCount_ - 1 - band + (bands_.size() - bandCount_)].record;
-    return codec_.Load(stream.Plain(), target, 0, kOrderAsDecoded, &options);
+    const size_t slot = bandCount_ - 1 - band + (bands_.size() - bandCount_);
+    const Status status = codec_.Load(stream.Plain(), bands_[slot].record, 0, kOrderAsDecoded, &options);
+    // Only the last three are merged; the others are decoded for their statuses alone.
+    if (slot + 3 < bands_.size()) bands_[slot].Free();
+    return status;
   }
 
   KernelBitmap& segment_;

@@ -41,7 +41,7 @@ uint32_t BigEndian(const uint8_t* bytes) {
 void ScaleToBytes(std::span<uint8_t> row, uint32_t abpp, SampleRange range) {
   const bool hasRange = range.low != range.high;
   const double low = hasRange ? range.low : 0.0;
-  const double span = hasRange ? static_cast<double>(range.high) - low : LargestOf(abpp);
+  const double span = hasRange ? static_cast<double>(range.high) - low : std::max(1u, LargestOf(abpp));
   for (size_t i = 0; 4 * i + 4 <= row.size(); ++i) {
     const double value = BigEndian(&row[4 * i]);
     const double scaled = (255.0 * value - 255.0 * low) / span;

@@ -64,7 +64,9 @@ struct Codebook {
 };
 
 Status Codebook::SetGeometry(const ImageSubheader& header, const VqHeader& vq, uint32_t bitsPerPixel) {
-  if (vq.codeRows == 0 || vq.codesPerRow == 0 || vq.codeRows > header.NPPBV.value ||
+  const bool knownDepth =
+      bitsPerPixel == 8 || bitsPerPixel == 12 || bitsPerPixel == 16 || bitsPerPixel >= 24;
+  if (!knownDepth || vq.codeRows == 0 || vq.codesPerRow == 0 || vq.codeRows > header.NPPBV.value ||
       vq.codesPerRow > header.NPPBH.value || vq.codeBits == 0 || vq.codeBits > 32) {
     return Status::BadStructure;
   }

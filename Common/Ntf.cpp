@@ -10,6 +10,7 @@ namespace {
 constexpr char16_t kSourceFile[] = u"Ntf";
 
 constexpr uint32_t kCanvasBitsPerPixel = 24;
+constexpr uint64_t kLargeCanvas = 16 << 20;  // pixels
 
 void TakeOptions(NitfFile& document, HostLoadOptions* options) {
   if (options == nullptr) return;
@@ -43,18 +44,23 @@ Status ReportSize(HostInformationRecord& record) {
   return Status::Success;
 }
 
-// Draws the composite into a fresh canvas.
+// Draws the composite into a fresh canvas. `drawn` receives the drawing's own result: any above 0 leaves
+// the canvas to be used.
 Status RenderCanvas(HostLoadRecord* record, NitfFile& document, uint32_t bitsPerPixel,
-                    OwnedBitmap& canvas) {
+                    OwnedBitmap& canvas, Status& drawn) {
   uint32_t width = 0, height = 0;
   if (Status s = Measure(document, width, height); !Ok(s)) return s;
-  if (Status s = RequireImageData(document); !Ok(s)) return s;
+  // A small file that claims a large canvas is found out before memory is taken for it.
+  if (uint64_t{width} * height > kLargeCanvas) {
+    if (Status s = RequireImageData(document); !Ok(s)) return s;
+  }
   if (Status s = canvas.Allocate(width, height, bitsPerPixel, kOrderBgr, kViewBottomLeft); !Ok(s))
     return s;
-  if (Status s = FromHost(KernelFillBitmap(&canvas.record, document.background)); !Ok(s)) return s;
+  (void)KernelFillBitmap(&canvas.record, document.background);
   const BitmapDc dc(canvas.record);
   if (dc.get() == nullptr) return Status::OutOfMemory;
-  return FromHost(Orb_NitfDrawObjects(record, dc.get(), &canvas.record, &document));
+  drawn = FromHost(Orb_NitfDrawObjects(record, dc.get(), &canvas.record, &document));
+  return ToCaller(drawn) < 1 ? drawn : Status::Success;
 }
 
 Status DeliverBitmap(void* context, KernelBitmap* hostBitmap, KernelBitmap& canvas,
@@ -83,7 +89,8 @@ Status LoadComposite(HostLoadRecord& record) {
   if (Status s = document.ReadDocument(record.fileName); !Ok(s)) return s;
   OwnedBitmap canvas;
   const uint32_t depth = record.bitmap != nullptr ? record.bitmap->bitsPerPixel : kCanvasBitsPerPixel;
-  if (Status s = RenderCanvas(&record, document, depth, canvas); !Ok(s)) return s;
+  Status drawn = Status::Success;
+  if (Status s = RenderCanvas(&record, document, depth, canvas, drawn); !Ok(s)) return s;
   return DeliverBitmap(record.callbackContext, record.bitmap, canvas.record, record.rowCallback,
                        record.userData);
 }
@@ -120,15 +127,18 @@ int32_t ORB_CALL fltLoad(HostLoadRecord* record) {
 int32_t ORB_CALL fltSave(void*) { return ToCaller(Status::Unsupported); }
 
 int32_t ORB_CALL Orb_NtfRenderBitmap(KernelBitmap* bitmap, NitfHandle document) {
-  if (bitmap == nullptr || document == nullptr) return ToCaller(Status::InvalidParameter);
+  if (bitmap == nullptr) return ToCaller(Status::InvalidParameter);
+  if (document == nullptr) return ToCaller(Status::NullHandle);
   if ((bitmap->flags & kBitmapAllocated) != 0) (void)KernelFreeBitmap(bitmap);
   OwnedBitmap canvas;
-  const Status status = RenderCanvas(nullptr, *document, kCanvasBitsPerPixel, canvas);
-  if (Ok(status)) canvas.MoveTo(*bitmap);
-  return ToCaller(status);
+  Status drawn = Status::Success;
+  const Status status = RenderCanvas(nullptr, *document, kCanvasBitsPerPixel, canvas, drawn);
+  if (!Ok(status)) return ToCaller(status);
+  canvas.MoveTo(*bitmap);
+  return ToCaller(drawn);
 }
 
 int32_t ORB_CALL Orb_NitfDrawObjects(HostLoadRecord* record, HDC dc, KernelBitmap*, NitfHandle document) {
-  if (document == nullptr) return ToCaller(Status::InvalidParameter);
+  if (document == nullptr) return ToCaller(Status::NullHandle);
   return ToCaller(DrawObjects(record, dc, *document));
 }

@@ -34,7 +34,7 @@ Status TakeBackground(FileHeader& header) {
 }
 
 Status TakeFileLength(FileHeader& header) {
-  header.fileLength = LengthOf(header.FL.text);
+  header.fileLength = LongLengthOf(header.FL.text);
   return Status::Success;
 }
 
@@ -87,9 +87,8 @@ Status WriteLengths(const FileHeader& header, FieldWriter& writer) {
   return Status::Success;
 }
 
-void FormatUnsigned(uint32_t value, char (&text)[16]) { (void)FormatNumberField(text, 12, value); }
 void FormatFileLength(const FileHeader& header, char (&text)[16]) {
-  FormatUnsigned(header.fileLength, text);
+  (void)FormatNumberField(text, 12, static_cast<int64_t>(header.fileLength));
 }
 void FormatHeaderLength(const FileHeader& header, char (&text)[16]) {
   (void)FormatNumberField(text, 6, header.currentHeaderLength);
@@ -193,7 +192,7 @@ LengthTable& FileHeader::Lengths(SegmentKind kind) {
 
 Status FileHeader::SetFileLength(uint64_t length) {
   if (Status s = FormatNumberField(FL.text, 12, static_cast<int64_t>(length)); !Ok(s)) return s;
-  fileLength = Saturate32(length);
+  fileLength = length;
   return Status::Success;
 }
 

@@ -71,8 +71,8 @@ struct FileHeader {
   /// Stores a background colour and the field's three bytes.
   void SetBackground(COLORREF colour);
 
-  bool loaded = false;  ///< FHDR was accepted
-  uint32_t fileLength = 0;
+  bool loaded = false;               ///< FHDR was accepted
+  uint64_t fileLength = 0;           ///< 12 digits
   uint32_t headerLength = 0;         ///< as read; the segments start here
   uint32_t currentHeaderLength = 0;  ///< as a save writes it
   COLORREF background = 0;

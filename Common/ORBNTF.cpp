@@ -1,4 +1,6 @@
 // Exports of the document API.
+#include <algorithm>
+
 #include "Common/Append.h"
 #include "Common/Exchange.h"
 #include "Common/HandlGfx.h"
@@ -58,13 +60,14 @@ Status SetDrawing(NitfFile& document, uint32_t index, const VectorHandle* drawin
   if (graphic == nullptr) return Status::InvalidParameter;
   if (drawing == nullptr) return Status::NoData;
   if (VectorIsEmpty(drawing) != 0) return Status::EmptyDrawing;
+  // Nothing of the record changes before everything new is at hand.
+  OwnedDrawing copy;
+  if (Status s = FromHost(VectorCopy(&copy.handle, drawing, 0)); !Ok(s)) return s;
   uint32_t byteCount = 0;
   if (Status s = EncodeDrawing(*graphic, *drawing, byteCount); !Ok(s)) return s;
-  // The data is replaced whatever becomes of the copy, so its length is too.
+  std::swap(graphic->drawing.handle, copy.handle);
   document.header.graphics.current[index].data = byteCount;
-  if (&graphic->drawing.handle == drawing) return Status::Success;
-  graphic->drawing.Free();
-  return FromHost(VectorCopy(&graphic->drawing.handle, drawing, 0));
+  return Status::Success;
 }
 
 Status GetText(NitfFile& document, uint32_t index, char* buffer, uint32_t* length) {
@@ -74,7 +77,9 @@ Status GetText(NitfFile& document, uint32_t index, char* buffer, uint32_t* lengt
   if (length != nullptr) *length = bytes;
   if (buffer == nullptr) return Status::Success;
   if (text.hasText) {
-    KernelCopyMemory(buffer, text.text.data(), text.text.size());
+    const size_t held = std::min<size_t>(bytes, text.text.size() - 1);
+    KernelCopyMemory(buffer, text.text.data(), held);
+    buffer[held] = 0;
     return Status::Success;
   }
   (void)document.SeekToData(SegmentKind::Text, index);
@@ -94,6 +99,7 @@ int32_t ORB_CALL Orb_NITFCreate(NitfHandle* handle, const char16_t* fileName) {
 }
 
 int32_t ORB_CALL Orb_NITFCreateA(NitfHandle* handle, const char* fileName) {
+  if (handle != nullptr) *handle = nullptr;
   return WithWidePath(fileName, [&](const char16_t* path) { return Orb_NITFCreate(handle, path); });
 }
 

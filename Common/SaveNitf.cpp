@@ -175,10 +175,11 @@ Status OrbNitfSaveFile::WriteVectorQuantised(ImageSubheader& image) {
   const ImageSource source = ImageSource::Of(*document_, image.index, nullptr);
   const int32_t file = document_->FileHandle();
   (void)KernelSeek(file, source.dataStart, kSeekStart);
+  MaskTable mask;  // the source's, whatever the record says
   if (image.CompressionCode() == Compression::M4) {
     FieldReader reader(file, ReadMode::Normal, 0);
     const CheckedSize records = CheckedSize(image.NBPR.value) * image.NBPC.value * image.BandCount();
-    if (Status s = image.mask.Read(reader, records); !Ok(s)) return s;
+    if (Status s = mask.Read(reader, records); !Ok(s)) return s;
   }
   VqHeader vq;
   uint8_t raw[VqHeader::kBytes];
@@ -201,7 +202,7 @@ Status OrbNitfSaveFile::WriteVectorQuantised(ImageSubheader& image) {
   const uint64_t codeRowBytes = uint64_t{vq.codeBits} * vq.codesPerRow / 8;
   const uint64_t codeRows = (image.NPPBV.value + step - 1) / step;
   for (uint64_t n = 0; n < source.BlockCount(); ++n) {
-    if (image.mask.HasBlockRecords() && image.mask.BlockRecord(n) == MaskTable::kNoBlock) continue;
+    if (mask.HasBlockRecords() && mask.BlockRecord(n) == MaskTable::kNoBlock) continue;
     if (Status s = CopyBytes(codeRowBytes * codeRows); !Ok(s)) return s;
   }
   return Status::Success;

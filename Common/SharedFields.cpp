@@ -26,7 +26,7 @@ Status AcceptExtendedLength(ExtendedData& data, ShortLength rule) {
 
 Status ReadExtendedBytes(ExtendedData& data, FieldReader& reader) {
   const uint32_t count = data.length.value - ExtendedData::kOverflowWidth;
-  if (Status s = reader.Require(count); !Ok(s)) return s;
+  if (Status s = reader.RequireField(count); !Ok(s)) return s;
   TrackedArray<char> fresh;
   if (Status s = fresh.Make(count + 1, ORB_HERE); !Ok(s)) return s;
   if (Status s = reader.Take(fresh.data(), count); !Ok(s)) return s;

@@ -161,8 +161,7 @@ uint32_t NextDisplayLevel(const NitfFile& document) {
 }
 
 int32_t ORB_CALL GetActual_Width_Height(NitfHandle document, uint32_t* width, uint32_t* height) {
-  if (document == nullptr || width == nullptr || height == nullptr) {
-    return ToCaller(Status::InvalidParameter);
-  }
+  if (document == nullptr) return ToCaller(Status::NullHandle);
+  if (width == nullptr || height == nullptr) return ToCaller(Status::InvalidParameter);
   return ToCaller(MeasureComposite(*document, *width, *height));
 }

@@ -319,9 +319,10 @@ TEST_F(SaveTest, ADocumentHoldsNineHundredNinetyNineOfEachKind) {
     ASSERT_EQ(Orb_NITFAppendImageSegment(handle, const_cast<KernelBitmap*>(&bitmap.record), 182, 8, 200),
               1);
     ASSERT_EQ(Orb_NITFAppendTextSegment(handle, text.Wide()), 1);
+    ASSERT_EQ(Orb_NITFAppendGraphicSegment(handle, &square.handle, &rectangle), 1);
   }
-  // Display levels end at 999 too.
-  EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, &square.handle, &rectangle), -13);
+  EXPECT_EQ(handle->graphics.At(998)->SDLVL.value, 999u) << "display levels end there";
+  EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, &square.handle, &rectangle), 0);
   EXPECT_EQ(Orb_NITFAppendImageSegment(handle, const_cast<KernelBitmap*>(&bitmap.record), 182, 8, 200),
             0);
   EXPECT_EQ(Orb_NITFAppendTextSegment(handle, text.Wide()), 0);
@@ -330,6 +331,7 @@ TEST_F(SaveTest, ADocumentHoldsNineHundredNinetyNineOfEachKind) {
   const Handle reopened(file);
   EXPECT_EQ(Orb_NITFGetImageHeaderCount(reopened), 999u);
   EXPECT_EQ(Orb_NITFGetTextHeaderCount(reopened), 999u);
+  EXPECT_EQ(Orb_NITFGetGraphicHeaderCount(reopened), 999u);
   EXPECT_EQ(test::Render(file).status, 1);
 }
 

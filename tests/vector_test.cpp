@@ -108,11 +108,11 @@ TEST_F(VectorTest, AttributesAndModesAreDecoded) {
 
 TEST_F(VectorTest, PrecisionsOrientationAndPartitionsAreFollowed) {
   const Drawing real =
-      Decode(Metafile(Element(4, 1, Big(1 << 16 | 0x8000, 4) + Big(0, 4)), Element(1, 3, I({1})),
+      Decode(Metafile(Element(4, 3, Big(1 << 16 | 0x8000, 4) + Big(0, 4)), Element(1, 3, I({1})),
                       Big(0, 8) + Big(4 << 16, 4) + Big(4 << 16, 4)));
   EXPECT_EQ(Objects(real)[0].points[0], (Point{1.5, 0}));
   const Drawing wide =
-      Decode(Metafile(Element(3, 1, I({32})) + Element(4, 1, Big(70000, 4) + Big(0xFFFFFFFF, 4))));
+      Decode(Metafile(Element(3, 1, I({32})) + Element(4, 3, Big(70000, 4) + Big(0xFFFFFFFF, 4))));
   EXPECT_EQ(Objects(wide)[0].points[0], (Point{70000, -1}));
   const Drawing down =
       Decode(Metafile(Element(4, 15, I({10, 20, 1, 0, 0, 1, 5})), "", I({0, 100, 100, 0})));

@@ -9,12 +9,13 @@ int32_t ORB_CALL FileFormatLoadDrawingMemory(const void* bytes, VectorHandle* ha
                                              const HostLoadOptions*, uint32_t) {
   if (handle == nullptr || (bytes == nullptr && byteCount != 0)) return kHostInvalid;
   if (HostkitShouldFail(kFaultCodec)) return kHostBadData;
+  if (HostkitShouldFail(kFaultAllocation)) return kHostNoMemory;
   try {
     hostkit::Drawing drawing;
     const int32_t status = hostkit::DecodeCgm(static_cast<const uint8_t*>(bytes), byteCount, drawing);
     if (status != kHostOk) return status;
-    VectorHandle decoded{0, 0, &drawing};
-    return VectorCopy(handle, &decoded, 0);
+    hostkit::GiveDrawing(handle, std::move(drawing));
+    return kHostOk;
   } catch (const std::bad_alloc&) {
     return kHostNoMemory;
   }

@@ -103,7 +103,9 @@ TiffPtr Open(TiffWrapper& wrapper) {
 // Rows behind the first that does not decode stay white; data without a single row is an error.
 int32_t LoadFacsimile(Bytes bytes, const HostRawDataInfo& info, KernelBitmap& bitmap) {
   if (info.format != kFormatFacsimile1D && info.format != kFormatFacsimile2D) return kHostUnsupported;
-  if (info.bitsPerPixel != 1 || bytes.size() > INT32_MAX) return kHostUnsupported;
+  constexpr uint32_t kMaxWidth = 1 << 20;  // the decoder keeps tables of a row's runs
+  if (info.bitsPerPixel != 1 || info.width > kMaxWidth || bytes.size() > INT32_MAX)
+    return kHostUnsupported;
   const int32_t status = KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, info.width, info.height, 1,
                                               kOrderRgb, nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;

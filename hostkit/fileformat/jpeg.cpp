@@ -76,13 +76,30 @@ void PickComponents(const uint8_t* in, uint32_t count, uint32_t width, const Hos
   }
 }
 
+// A stream of countless empty scans costs a pass over the picture each.
+void LimitScans(j_common_ptr codec) {
+  constexpr int kMaxScans = 200;
+  if (codec->is_decompressor &&
+      reinterpret_cast<j_decompress_ptr>(codec)->input_scan_number > kMaxScans) {
+    ReturnError(codec);
+  }
+}
+
 // Runs the decoder; `samples` is a row buffer where components have to be picked, else null.
 bool RunDecoder(jpeg_decompress_struct& codec, ErrorReturn& errors, Bytes bytes, const JpegFrame& frame,
-                const HostLoadOptions& options, KernelBitmap& bitmap, uint8_t* samples) {
+                const HostLoadOptions& options, KernelBitmap& bitmap, uint8_t* samples,
+                jpeg_progress_mgr* progress) {
   if (setjmp(errors.jump) != 0) return false;
   jpeg_create_decompress(&codec);
   jpeg_mem_src(&codec, bytes.data(), static_cast<unsigned long>(bytes.size()));
   jpeg_read_header(&codec, TRUE);
+  // The bitmap was made for the frame that the scan found.
+  if (codec.image_width != frame.width || codec.image_height != frame.height ||
+      codec.num_components != static_cast<int>(frame.components) ||
+      codec.data_precision != frame.precision) {
+    return false;
+  }
+  codec.progress = progress;
   ChooseColourSpace(codec, frame, options);
   jpeg_start_decompress(&codec);
   while (codec.output_scanline < codec.output_height) {
@@ -119,8 +136,10 @@ int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) 
   jpeg_decompress_struct codec{};
   ErrorReturn errors;
   codec.err = Silent(errors);
-  const bool decoded =
-      RunDecoder(codec, errors, bytes, frame, options, bitmap, pick ? samples.data() : nullptr);
+  jpeg_progress_mgr progress{};
+  progress.progress_monitor = LimitScans;
+  const bool decoded = RunDecoder(codec, errors, bytes, frame, options, bitmap,
+                                  pick ? samples.data() : nullptr, &progress);
   jpeg_destroy_decompress(&codec);
   return decoded ? kHostOk : kHostBadData;
 }
@@ -168,7 +187,7 @@ bool FindJpegFrame(Bytes bytes, JpegFrame& frame) {
   while (at + 4 <= bytes.size()) {
     if (bytes[at] != 0xFF) return false;
     const uint8_t marker = bytes[at + 1];
-    if (marker == 0xFF || marker == 0xD8 || marker == 0x01) {
+    if (marker == 0xFF || marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8)) {
       at += marker == 0xFF ? 1 : 2;
       continue;
     }

@@ -135,7 +135,8 @@ StreamPtr OpenMemory(MemoryStream& memory) {
   return stream;
 }
 
-bool Decode(Bytes bytes, ImageOwner& owner) {
+// The image must be the one that was measured.
+bool Decode(Bytes bytes, const SizeSegment& size, ImageOwner& owner) {
   const bool jp2 = StartsWith(bytes, kJp2Signature);
   CodecPtr codec(opj_create_decompress(jp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K), &opj_destroy_codec);
   MemoryStream memory{bytes};
@@ -149,8 +150,13 @@ bool Decode(Bytes bytes, ImageOwner& owner) {
   if (!opj_setup_decoder(codec.get(), &parameters)) return false;
   const unsigned cores = std::thread::hardware_concurrency();
   if (cores > 1) opj_codec_set_threads(codec.get(), static_cast<int>(cores));
-  return opj_read_header(stream.get(), codec.get(), &owner.image) &&
-         opj_decode(codec.get(), stream.get(), owner.image) &&
+  if (!opj_read_header(stream.get(), codec.get(), &owner.image)) return false;
+  const opj_image_t& image = *owner.image;
+  if (image.numcomps != size.components || StepsBetween(image.x0, image.x1, size.stepX) != size.width ||
+      StepsBetween(image.y0, image.y1, size.stepY) != size.height) {
+    return false;
+  }
+  return opj_decode(codec.get(), stream.get(), owner.image) &&
          opj_end_decompress(codec.get(), stream.get());
 }
 
@@ -240,7 +246,7 @@ int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) 
   if (pixels > kMaxSamples || pixels * size.components > kMaxSamples) return kHostNoMemory;
   if (pixels * size.components / kMaxSamplesPerByte > stream.size()) return kHostBadData;
   ImageOwner owner;
-  if (!Decode(stream, owner) || !AreUsable(*owner.image)) return kHostBadData;
+  if (!Decode(stream, size, owner) || !AreUsable(*owner.image)) return kHostBadData;
   const opj_image_t& image = *owner.image;
   const bool grey = image.numcomps < 3;
   const uint32_t depth = !grey ? 24 : image.comps[0].prec <= 8 ? 8 : 16;

@@ -44,13 +44,14 @@ int32_t Load(Bytes bytes, const HostLoadOptions& options, uint32_t bitsPerPixel,
     HostRawDataInfo raw = {};
     raw.size = sizeof raw;
     const int32_t answer = infoCallback.callback(&raw, infoCallback.userData);
-    return answer == 1 ? hostkit::LoadFacsimile(bytes, raw, bitmap) : answer;
+    if (answer != 1) return answer;
+    const int32_t status = hostkit::LoadFacsimile(bytes, raw, bitmap);
+    return status == kHostOk ? ChangeDepth(bitmap, bitsPerPixel) : status;
   }
   const Codec* codec = FindCodec(bytes, info);
   if (codec == nullptr) return kHostNotRecognised;
-  int32_t status = codec->load(bytes, options, bitmap);
-  if (status == kHostOk) status = ChangeDepth(bitmap, bitsPerPixel);
-  return status;
+  const int32_t status = codec->load(bytes, options, bitmap);
+  return status == kHostOk ? ChangeDepth(bitmap, bitsPerPixel) : status;
 }
 
 int32_t Guarded(KernelBitmap* bitmap, auto work) {

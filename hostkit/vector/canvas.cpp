@@ -74,9 +74,8 @@ int32_t PaintOnto(KernelBitmap& canvas, const Drawing& drawing, const RECT& plac
           &cairo_surface_destroy);
       if (!Usable(surface.get())) return kHostNoMemory;
       const ContextPtr cairo(cairo_create(surface.get()), &cairo_destroy);
-      const double mapLeft = placeLeft - static_cast<double>(x),
-                   mapTop = placeTop - static_cast<double>(y);
-      PaintDrawing(cairo.get(), drawing, DeviceMap::ForDrawing(drawing, mapLeft, mapTop, width, height));
+      PaintDrawing(cairo.get(), drawing, whole.Shifted(static_cast<double>(x), static_cast<double>(y)));
+      if (cairo_status(cairo.get()) == CAIRO_STATUS_NO_MEMORY) return kHostNoMemory;
       cairo_surface_flush(surface.get());
       Blend(surface, canvas, static_cast<uint32_t>(x), static_cast<uint32_t>(y));
     }

@@ -68,7 +68,8 @@ class Parameters {
     uint8_t parts[3];
     for (int i = 0; i < 3; ++i) {
       const double span = coding_.colourHigh[i] - coding_.colourLow[i];
-      const double share = span != 0 ? (Unsigned(coding_.colourBytes) - coding_.colourLow[i]) / span : 0;
+      const double value = Unsigned(coding_.colourBytes);
+      const double share = span != 0 ? (value - coding_.colourLow[i]) / span : 0;
       parts[i] = static_cast<uint8_t>(std::lround(std::clamp(share, 0.0, 1.0) * 255));
     }
     return {parts[0], parts[1], parts[2]};
@@ -140,6 +141,8 @@ class BitReader {
 int BytesOfPrecision(int32_t bits, int otherwise) {
   return bits == 8 || bits == 16 || bits == 24 || bits == 32 ? bits / 8 : otherwise;
 }
+
+constexpr size_t kMaxFonts = 256;
 
 class CgmReader {
  public:
@@ -302,7 +305,7 @@ class CgmReader {
         return;
       case Element::FontList:
         drawing_.fonts.clear();
-        while (p.Left() > 0) drawing_.fonts.push_back(p.String());
+        while (p.Left() > 0 && drawing_.fonts.size() < kMaxFonts) drawing_.fonts.push_back(p.String());
         return;
       default:
         return;
@@ -385,7 +388,7 @@ class CgmReader {
   }
 
   void AddPoints(ObjectKind kind, std::vector<Point> points) {
-    if (points.empty()) return;
+    if (points.size() < (kind == ObjectKind::Polymarker ? 1u : 2u)) return;
     Object object;
     object.kind = kind;
     object.points = std::move(points);
@@ -404,6 +407,7 @@ class CgmReader {
   }
 
   void Primitive(Element element, Parameters& p) {
+    if (element != Element::AppendText) textOpen_ = false;
     switch (element) {
       case Element::Polyline:
         return AddPoints(ObjectKind::Polyline, p.Points());
@@ -460,8 +464,9 @@ class CgmReader {
     object.kind = element == Element::Text ? ObjectKind::Text : ObjectKind::RestrictedText;
     if (element == Element::RestrictedText) object.box = p.ReadPoint();
     object.points = {p.ReadPoint()};
-    textOpen_ = p.Enumerated() == 0;
+    const bool final = p.Enumerated() != 0;
     object.text = p.String();
+    textOpen_ = p.Good() && !final;
     if (p.Good()) Add(std::move(object));
   }
 
@@ -469,7 +474,7 @@ class CgmReader {
     const bool final = p.Enumerated() != 0;
     const std::string text = p.String();
     std::vector<Object>& objects = drawing_.layers[0].objects;
-    if (textOpen_ && !objects.empty() && p.Good()) objects.back().text += text;
+    if (textOpen_ && p.Good()) objects.back().text += text;
     if (final) textOpen_ = false;
   }
 
@@ -503,7 +508,7 @@ class CgmReader {
 
   // Runs may stand for many cells, but not for more memory than the metafile warrants.
   bool TakeCells(uint64_t cells) {
-    const uint64_t warranted = 16 * uint64_t{bytes_.size()};
+    const uint64_t warranted = 4 * uint64_t{bytes_.size()};
     if (cells > warranted || cellsTaken_ > warranted - cells) return false;
     cellsTaken_ += cells;
     return true;

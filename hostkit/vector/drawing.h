@@ -171,6 +171,9 @@ bool FindExtent(const Drawing& drawing, TextBox textBox, Point& least, Point& gr
 /// The corners of a text's box, once aligned and turned.
 void TextCorners(const Drawing& drawing, const Object& text, TextBox textBox, Point (&corners)[4]);
 
+/// Makes a drawing a handle's, in place of what it held. Throws std::bad_alloc.
+void GiveDrawing(VectorHandle* handle, Drawing drawing);
+
 /// Decodes a binary metafile; kHostOk or kHostBadData. Throws std::bad_alloc.
 int32_t DecodeCgm(const uint8_t* bytes, size_t size, Drawing& drawing);
 /// Encodes a drawing as a version 1 metafile. Throws std::bad_alloc.

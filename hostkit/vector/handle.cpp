@@ -13,14 +13,6 @@ namespace {
 
 constexpr const char16_t* kFile = u"vector";
 
-// A drawing moves into a handle that holds none.
-int32_t Give(VectorHandle* handle, Drawing drawing) {
-  auto* owned = new Drawing(std::move(drawing));
-  hostkit::Track(hostkit::kKindMemory, owned, sizeof *owned, __LINE__, kFile);
-  handle->drawing = owned;
-  return kHostOk;
-}
-
 int32_t Guarded(auto work) {
   try {
     return work();
@@ -50,6 +42,13 @@ void Translate(Drawing& drawing, double dx, double dy) {
 
 }  // namespace
 
+void hostkit::GiveDrawing(VectorHandle* handle, Drawing drawing) {
+  auto* owned = new Drawing(std::move(drawing));
+  VectorFree(handle);
+  Track(kKindMemory, owned, sizeof *owned, __LINE__, kFile);
+  handle->drawing = owned;
+}
+
 int32_t ORB_CALL VectorInitialise(VectorHandle* handle) {
   if (handle == nullptr) return kHostInvalid;
   handle->drawing = nullptr;
@@ -72,9 +71,8 @@ int32_t ORB_CALL VectorCopy(VectorHandle* destination, const VectorHandle* sourc
   if (destination == nullptr || drawing == nullptr) return kHostInvalid;
   if (HostkitShouldFail(kFaultAllocation)) return kHostNoMemory;
   return Guarded([&] {
-    Drawing copy = *drawing;
-    VectorFree(destination);
-    return Give(destination, std::move(copy));
+    hostkit::GiveDrawing(destination, *drawing);
+    return kHostOk;
   });
 }
 
@@ -103,7 +101,7 @@ int32_t ORB_CALL VectorAddLayer(VectorHandle* handle, const VectorLayer* layer) 
   return Guarded([&] {
     size_t length = 0;
     while (length < kVectorLayerNameLength && layer->name[length] != 0) ++length;
-    if (DrawingOf(handle) == nullptr) Give(handle, {});
+    if (DrawingOf(handle) == nullptr) hostkit::GiveDrawing(handle, {});
     DrawingOf(handle)->layers.push_back({std::u16string(layer->name, length), {}});
     return kHostOk;
   });

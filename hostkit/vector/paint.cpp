@@ -10,7 +10,6 @@ namespace {
 
 // Cairo keeps coordinates in 24.8 fixed point; what lies far outside is pulled to here.
 constexpr double kFarthest = 1e6;
-constexpr double kHatchGap = 8;
 
 double Bounded(double value) {
   return std::isfinite(value) ? std::clamp(value, -kFarthest, kFarthest) : kFarthest;
@@ -54,48 +53,57 @@ double PixelWidth(const LineLook& look, const DeviceMap& map) {
   return std::isfinite(width) ? std::clamp(width, 1.0, 32767.0) : 1.0;
 }
 
-void Stroke(cairo_t* cairo, const LineLook& look, const DeviceMap& map) {
+// Length of what is to be stroked, in pixels.
+double LengthOf(const std::vector<Path>& paths, const DeviceMap& map) {
+  double length = 0;
+  for (const Path& path : paths) {
+    for (size_t i = 1; i < path.points.size(); ++i) {
+      const Point a = map.ToDevice(path.points[i - 1]), b = map.ToDevice(path.points[i]);
+      length += std::hypot(b.x - a.x, b.y - a.y);
+    }
+  }
+  return length;
+}
+
+// Strokes the current path, which is that of `paths`. So many dashes that none could be told from the
+// next are drawn as a solid line.
+void Stroke(cairo_t* cairo, const LineLook& look, const DeviceMap& map, const std::vector<Path>& paths) {
+  constexpr double kMostDashes = 50000;
   const double width = PixelWidth(look, map);
   cairo_set_line_width(cairo, width);
-  SetDashes(cairo, look.type, width);
+  const bool dashed = look.type != 1 && LengthOf(paths, map) / width < kMostDashes;
+  SetDashes(cairo, dashed ? look.type : 1, width);
   SetColour(cairo, look.colour);
   cairo_stroke(cairo);
 }
 
 // ---------------------------------------------------------------- fills
 
-void HatchLines(cairo_t* cairo, double dx, double dy) {
-  double left, top, right, bottom;
-  cairo_clip_extents(cairo, &left, &top, &right, &bottom);
-  const double reach = std::hypot(right - left, bottom - top);
-  const double midX = (left + right) / 2, midY = (top + bottom) / 2;
-  const int lines = static_cast<int>(reach / kHatchGap);
-  for (int i = 0; i <= lines; ++i) {
-    const double offset = i * kHatchGap - reach / 2;
-    const double x = midX - dy * offset, y = midY + dx * offset;
-    cairo_move_to(cairo, x - dx * reach, y - dy * reach);
-    cairo_line_to(cairo, x + dx * reach, y + dy * reach);
-  }
-}
-
+// One square of a hatch, repeated over the shape: its cost is that of a plain fill.
 void FillHatch(cairo_t* cairo, const Attributes& attributes) {
-  constexpr double kDiagonal = 0.70710678118654752;
-  cairo_save(cairo);
-  cairo_clip(cairo);
-  if (!attributes.transparent) {
-    SetColour(cairo, attributes.auxiliary);
-    cairo_paint(cairo);
-  }
+  constexpr int kGap = 8;
   const int32_t style = attributes.fill.hatch;
-  if (style == 1 || style == 5) HatchLines(cairo, 1, 0);
-  if (style == 2 || style == 5) HatchLines(cairo, 0, 1);
-  if (style == 3 || style == 6) HatchLines(cairo, kDiagonal, -kDiagonal);
-  if (style == 4 || style == 6) HatchLines(cairo, kDiagonal, kDiagonal);
-  cairo_set_line_width(cairo, 1);
-  cairo_set_dash(cairo, nullptr, 0, 0);
-  SetColour(cairo, attributes.fill.colour);
-  cairo_stroke(cairo);
-  cairo_restore(cairo);
+  const auto isLine = [style](int x, int y) {
+    return ((style == 1 || style == 5) && y == 0) || ((style == 2 || style == 5) && x == 0) ||
+           ((style == 3 || style == 6) && (x + y) % kGap == 0) || ((style == 4 || style == 6) && x == y);
+  };
+  const auto pixel = [](Colour c) {
+    return 0xFF000000u | static_cast<uint32_t>(c.red) << 16 | c.green << 8 | c.blue;
+  };
+  uint32_t square[kGap * kGap];
+  for (int i = 0; i < kGap * kGap; ++i) {
+    const uint32_t gap = attributes.transparent ? 0 : pixel(attributes.auxiliary);
+    square[i] = isLine(i % kGap, i / kGap) ? pixel(attributes.fill.colour) : gap;
+  }
+  cairo_surface_t* surface = cairo_image_surface_create_for_data(
+      reinterpret_cast<unsigned char*>(square), CAIRO_FORMAT_ARGB32, kGap, kGap, 4 * kGap);
+  cairo_set_source_surface(cairo, surface, 0, 0);
+  cairo_pattern_set_extend(cairo_get_source(cairo), CAIRO_EXTEND_REPEAT);
+  cairo_pattern_set_filter(cairo_get_source(cairo), CAIRO_FILTER_NEAREST);
+  cairo_fill(cairo);
+  cairo_set_source_rgb(cairo, 0, 0, 0);  // lets go of the square
+  cairo_surface_finish(surface);
+  cairo_surface_destroy(surface);
 }
 
 // Colours as a cairo picture, one pixel a cell.
@@ -159,20 +167,20 @@ void FillPattern(cairo_t* cairo, const Drawing& drawing, const FillLook& fill, c
       .Use(cairo, map.ToDevice(drawing.extent.first), right, down, CAIRO_EXTEND_REPEAT);
 }
 
-void Fill(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map) {
+void Fill(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map,
+          const std::vector<Path>& paths) {
   const Attributes& attributes = *object.attributes;
   switch (attributes.fill.interior) {
     case Interior::Solid:
       SetColour(cairo, attributes.fill.colour);
       return cairo_fill(cairo);
     case Interior::Hatch:
-      FillHatch(cairo, attributes);
-      return cairo_new_path(cairo);
+      return FillHatch(cairo, attributes);
     case Interior::Pattern:
       return FillPattern(cairo, drawing, attributes.fill, map);
     case Interior::Hollow:
       if (attributes.edgeVisible) return cairo_new_path(cairo);
-      return Stroke(cairo, {1, 1, true, attributes.fill.colour}, map);
+      return Stroke(cairo, {1, 1, true, attributes.fill.colour}, map, paths);
     case Interior::Empty:
       return cairo_new_path(cairo);
   }
@@ -195,12 +203,12 @@ std::vector<Path> VisibleEdges(const Object& object) {
 void PaintOutline(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map) {
   const std::vector<Path> paths = OutlineOf(object);
   for (const Path& path : paths) AddPath(cairo, path, map);
-  if (!IsFilled(object.kind)) return Stroke(cairo, object.attributes->line, map);
-  Fill(cairo, drawing, object, map);
+  if (!IsFilled(object.kind)) return Stroke(cairo, object.attributes->line, map, paths);
+  Fill(cairo, drawing, object, map, paths);
   if (!object.attributes->edgeVisible) return;
   const bool single = object.kind == ObjectKind::PolygonSet;
   for (const Path& path : single ? VisibleEdges(object) : paths) AddPath(cairo, path, map);
-  Stroke(cairo, object.attributes->edge, map);
+  Stroke(cairo, object.attributes->edge, map, paths);
 }
 
 // ---------------------------------------------------------------- markers and cells
@@ -302,6 +310,13 @@ DeviceMap DeviceMap::ForDrawing(const Drawing& drawing, double left, double top,
   map.originX_ = left - (map.scaleX_ > 0 ? least.x : -greatest.x);
   map.originY_ = top - (map.scaleY_ > 0 ? least.y : -greatest.y);
   map.usable_ = std::isfinite(map.originX_) && std::isfinite(map.originY_);
+  return map;
+}
+
+DeviceMap DeviceMap::Shifted(double left, double top) const {
+  DeviceMap map = *this;
+  map.originX_ -= left;
+  map.originY_ -= top;
   return map;
 }
 

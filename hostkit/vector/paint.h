@@ -16,6 +16,8 @@ class DeviceMap {
   /// graphics profile has it, one unit is one pixel, and its objects begin at (left, top).
   static DeviceMap ForDrawing(const Drawing& drawing, double left, double top, double width,
                               double height);
+  /// The same with (left, top) as the origin.
+  DeviceMap Shifted(double left, double top) const;
   bool IsUsable() const { return usable_; }
   Point ToDevice(Point p) const;
   /// A vector, without the origin.

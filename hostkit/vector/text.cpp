@@ -28,7 +28,7 @@ std::string ToUtf8(const std::string& latin1) {
 // Takes a metafile font name apart: "Times-BoldItalic" is family Times, bold, italic.
 void SelectFont(cairo_t* cairo, const std::string& name) {
   const auto contains = [&](const char* word) { return name.find(word) != std::string::npos; };
-  std::string family = name.substr(0, name.find_first_of("-_:"));
+  std::string family = ToUtf8(name.substr(0, name.find_first_of("-_:")));
   if (family.empty() || contains("ardware") || contains("HERSHEY")) family = "sans-serif";
   const bool slanted =
       contains("Italic") || contains("Oblique") || contains("ITALIC") || contains("OBLIQUE");
@@ -248,12 +248,20 @@ void PaintText(cairo_t* cairo, const Drawing& drawing, const Object& object, con
   cairo_matrix_init(&matrix, x.x, x.y, -y.x, -y.y, 0, 0);
   cairo_set_font_matrix(cairo, &matrix);
   SetColour(cairo, attributes.text.colour);
+  // The pictures of large glyphs would be kept; their outlines are not.
+  constexpr double kLargestKept = 200;
+  const bool asOutline = std::hypot(x.x, x.y) > kLargestKept || std::hypot(y.x, y.y) > kLargestKept;
   for (size_t i = 0; i < text.characters.size(); ++i) {
     const Point place = Combine(object.points[0], along, text.left + text.places[i].x, across,
                                 text.bottom + text.places[i].y);
     const Point device = map.ToDevice(place);
     cairo_move_to(cairo, device.x, device.y);
-    cairo_show_text(cairo, text.characters[i].c_str());
+    if (asOutline) {
+      cairo_text_path(cairo, text.characters[i].c_str());
+      cairo_fill(cairo);
+    } else {
+      cairo_show_text(cairo, text.characters[i].c_str());
+    }
   }
 }
 

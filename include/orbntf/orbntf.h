@@ -368,7 +368,8 @@ struct RECT;
  * @param bitsPerPixel 24 or 8.
  * @param qualityFactor 2 (best) to 255.
  * @return 1; 0 when there are 999 images; -261 null handle; -2 no bitmap; -27, -21, -9 for the other
- * arguments; -1; the host's failure. After a failure the document is as it was. */
+ * arguments; -13 for a side above 9999; -1; the host's failure. After a failure the document is as it
+ * was. */
 ORB_API int32_t ORB_CALL Orb_NITFAppendImageSegment(NitfHandle handle, struct KernelBitmap* bitmap,
                                                     uint32_t formatCode, uint32_t bitsPerPixel,
                                                     int32_t qualityFactor);
@@ -376,11 +377,13 @@ ORB_API int32_t ORB_CALL Orb_NITFAppendImageSegment(NitfHandle handle, struct Ke
  * @param drawing moved below the zero line and seen through the rectangle; it stays the caller's.
  * @param rectangle its bounds on the canvas.
  * @return 1; 0 when there are 999 graphics; -261 null handle or rectangle; -814 no drawing; -501 an empty
- * one; -13 an extent beyond 99999; the host's failure. After a failure the document is as it was. */
+ * one; -13 an extent beyond 99999 or more than 999999 bytes; the host's failure. After a failure the
+ * document is as it was. */
 ORB_API int32_t ORB_CALL Orb_NITFAppendGraphicSegment(NitfHandle handle, struct VectorHandle* drawing,
                                                       const ORB_RECT* rectangle);
 /** Reads a text file into a new text segment.
- * @return 1; 0 when there are 999 texts; -261 null handle; -14 when the file does not open; -7; -1. After
+ * @return 1; 0 when there are 999 texts; -261 null handle; -14 when the file does not open; -13 when it
+ * has more than 99999 bytes; -7; -1. After
  * a failure the document is as it was. */
 ORB_API int32_t ORB_CALL Orb_NITFAppendTextSegment(NitfHandle handle, const char16_t* fileName);
 /** The same with a narrow path; -1 when it cannot be converted. */

@@ -24,9 +24,10 @@ struct ComposeOptions {
 };
 
 bool ParsePlace(const std::string& text, Item& item) {
-  char end = 0;
+  const size_t comma = text.find(',');
   item.placed = true;
-  return std::sscanf(text.c_str(), "%d,%d%c", &item.row, &item.column, &end) == 2;
+  return comma != std::string::npos && CLI::detail::lexical_cast(text.substr(0, comma), item.row) &&
+         CLI::detail::lexical_cast(text.substr(comma + 1), item.column);
 }
 
 // --quality and --at belong to the segment in front of them.
@@ -80,9 +81,13 @@ int32_t AppendDrawing(Document& document, const Item& item) {
   if (const int32_t status = VectorGetExtent(&drawing.handle, &least, &greatest); status != ORB_SUCCESS) {
     return status;
   }
-  const auto whole = [](double v) { return static_cast<int32_t>(v); };
-  const RECT rectangle = {whole(std::floor(least.x)) - kMargin, 0, whole(std::ceil(greatest.x)) + kMargin,
-                          whole(std::ceil(greatest.y - least.y)) + 1 + kMargin};
+  // The drawing begins at the left edge of its rectangle: bounds cannot be negative.
+  VectorTranslation translation = {};
+  translation.x = kMargin - least.x;
+  VectorSetTranslation(&drawing.handle, &translation, nullptr, 0);
+  VectorApplyTranslation(&drawing.handle);
+  const auto side = [](double span) { return static_cast<int32_t>(std::ceil(span)) + 2 * kMargin; };
+  const RECT rectangle = {0, 0, side(greatest.x - least.x), side(greatest.y - least.y)};
   const int32_t status = Orb_NITFAppendGraphicSegment(document.get(), &drawing.handle, &rectangle);
   if (status != ORB_SUCCESS) return status;
   const uint32_t index = Orb_NITFGetGraphicHeaderCount(document.get()) - 1;
@@ -90,7 +95,7 @@ int32_t AppendDrawing(Document& document, const Item& item) {
   int32_t placed = Orb_NITFGetGraphicHeader(document.get(), index, &header);
   if (placed == ORB_SUCCESS) {
     header.SLOCrow = item.row;
-    header.SLOCcolumn = item.placed ? item.column - rectangle.left : 0;
+    header.SLOCcolumn = item.column;
     header.SALVL = 0;  // places are of the canvas
     placed = Orb_NITFSetGraphicHeader(document.get(), index, &header);
   }

@@ -1,7 +1,11 @@
 // orbntf copy and set: opening, changing header fields and saving.
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
 
 #include "Common/Exchange.h"
 #include "tools/orbntf/document.h"
@@ -9,9 +13,26 @@
 
 namespace tool {
 
+namespace {
+
+// Through a file of its own, since saving goes back to patch lengths.
+int SaveToStandardOutput(const std::string& command, Document& document) {
+  OutputFile file((std::filesystem::temp_directory_path() / "orbntf").string());
+  if (file.TemporaryPath().empty()) return Report(command, "-", ORB_SHORT_WRITE);
+  int32_t status = Orb_NITFSaveFileA(document.get(), file.TemporaryPath().c_str());
+  if (status == ORB_SUCCESS) {
+    std::cout << std::ifstream(file.TemporaryPath(), std::ios::binary).rdbuf() << std::flush;
+    if (!std::cout) status = ORB_SHORT_WRITE;
+  }
+  return Report(command, "-", status);
+}
+
+}  // namespace
+
 int SaveAs(const std::string& command, Document& document, const std::string& input,
            const std::string& output) {
   if (!input.empty() && IsSameFile(input, output)) return Refuse(command, "the output is the input");
+  if (output == "-") return SaveToStandardOutput(command, document);
   OutputFile file(output);
   if (file.TemporaryPath().empty()) return Report(command, output, ORB_SHORT_WRITE);
   int32_t status = Orb_NITFSaveFileA(document.get(), file.TemporaryPath().c_str());
@@ -33,11 +54,12 @@ bool ParseTarget(const std::string& text, Target& target) {
   const size_t colon = text.find(':');
   if (colon == std::string::npos) return false;
   target.kind = text.substr(0, colon);
-  char* end = nullptr;
   const std::string digits = text.substr(colon + 1);
-  target.index = static_cast<uint32_t>(std::strtoul(digits.c_str(), &end, 10));
+  const bool number = !digits.empty() && digits.size() <= 9 &&
+                      digits.find_first_not_of("0123456789") == std::string::npos;
   const bool known = target.kind == "image" || target.kind == "graphic" || target.kind == "text";
-  return known && !digits.empty() && *end == 0;
+  if (number) target.index = static_cast<uint32_t>(std::stoul(digits));
+  return known && number;
 }
 
 // Stores a text in a public record's field; false when it is no value of the field's kind.
@@ -121,7 +143,15 @@ void FillSetOnlyFields(const FileHeader& header, NITFHeader& record) {
   record.FBKGC = header.background;
 }
 
-enum class Change { Done, NoField, BadValue, Refused, Failed };
+// Fields that say how much of something else the record holds.
+bool IsStructural(const std::string& name) {
+  constexpr const char* kNames[] = {"NICOM",     "UDIDL", "IXSHDL", "SXSHDL", "TXSHDL",
+                                    "TPXCDLNTH", "UDHDL", "XHDL",   "NUMI",   "NUMS",
+                                    "NUMT",      "NUMX",  "NUMDES", "NUMRES"};
+  return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
+}
+
+enum class Change { Done, NoField, BadValue, Refused, AlreadyRefused, Failed };
 
 // Get, change one field, Set; `status` receives the export's result.
 template <class Record, class Get, class Set, class Free>
@@ -129,7 +159,9 @@ Change ChangeField(PublicTable table, const std::string& name, const std::string
                    Free free, int32_t& status) {
   Record record = {};
   const PublicPlace place = FindPlace(table, &record, name);
-  if (place.field == nullptr || place.field->kind == PublicKind::Pointer) return Change::NoField;
+  if (place.field == nullptr || place.field->kind == PublicKind::Pointer || IsStructural(name)) {
+    return Change::NoField;
+  }
   Change change = Change::Failed;
   status = get(&record);
   if (status == ORB_SUCCESS) {
@@ -140,6 +172,12 @@ Change ChangeField(PublicTable table, const std::string& name, const std::string
     }
   }
   free(&record);
+  if (change == Change::Refused) {
+    // A file may hold a value that no Set accepts; then it is not this field that is refused.
+    Record unchanged = {};
+    if (get(&unchanged) == ORB_SUCCESS && set(&unchanged) != ORB_SUCCESS) change = Change::AlreadyRefused;
+    free(&unchanged);
+  }
   return change;
 }
 
@@ -221,6 +259,8 @@ int ApplyChange(const SetOptions& options, Document& document, const Target& tar
       return Refuse("set", name + ": not a value of this field");
     case Change::Refused:
       return Report("set", options.file + ": " + name, status);
+    case Change::AlreadyRefused:
+      return Report("set", options.file + ": a value that the header already holds", status);
     case Change::Failed:
       break;
   }
