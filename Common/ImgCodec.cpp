@@ -74,6 +74,18 @@ constexpr uint8_t kStartOfImage[] = {0xFF, 0xD8, 0xFF};
 constexpr uint32_t kMarkerBytes = sizeof kStartOfImage;
 constexpr uint32_t kScanChunk = 1024;
 
+// The first start of an image in [begin, end), or end. Entropy-coded bytes are rarely 0xFF.
+const uint8_t* FindMarker(const uint8_t* begin, const uint8_t* end) {
+  while (end - begin >= static_cast<ptrdiff_t>(kMarkerBytes)) {
+    const auto room = static_cast<size_t>(end - begin) - (kMarkerBytes - 1);
+    const auto* found = static_cast<const uint8_t*>(std::memchr(begin, kStartOfImage[0], room));
+    if (found == nullptr) return end;
+    if (std::memcmp(found, kStartOfImage, kMarkerBytes) == 0) return found;
+    begin = found + 1;
+  }
+  return end;
+}
+
 struct StreamPlace {
   int64_t offset;  // in the segment's data
   int64_t length;
@@ -90,8 +102,7 @@ class StreamFinder {
     const int64_t start = position_ + source_.header.mask.IMDATOFF;
     for (int64_t scanned = 0; scanned < remaining_; scanned += kScanChunk - kMarkerBytes) {
       if (Status s = source_.ReadAt(start + scanned, chunk, kScanChunk); !Ok(s)) return s;
-      const uint8_t* found =
-          std::search(chunk + 1, std::end(chunk), kStartOfImage, std::end(kStartOfImage));
+      const uint8_t* found = FindMarker(chunk + 1, std::end(chunk));
       if (found == std::end(chunk)) continue;
       place = {start, scanned + (found - chunk)};
       return place.length < remaining_ ? Status::Success : Status::ShortRead;
