@@ -8,6 +8,7 @@
 
 #include <benchmark/benchmark.h>
 #include <jpeglib.h>
+#include <openjpeg.h>
 
 #include "Common/HandlImg.h"
 #include "tests/support/builder.h"
@@ -106,6 +107,66 @@ void LibjpegAlone(benchmark::State& state) {
   }
 }
 BENCHMARK(LibjpegAlone)->Unit(benchmark::kMillisecond);
+
+// ---------------------------------------------------------------- JPEG 2000
+
+constexpr OPJ_UINT32 kCodestreamSide = 2048;
+
+const std::string& CodestreamPath() {
+  static const std::string path = [] {
+    std::string made = std::string(P_tmpdir) + "/orbntf-bench-XXXXXX";
+    close(mkstemp(made.data()));
+    opj_cparameters_t parameters;
+    opj_set_default_encoder_parameters(&parameters);
+    opj_image_cmptparm_t component = {};
+    component.dx = component.dy = 1;
+    component.w = component.h = kCodestreamSide;
+    component.prec = 8;
+    opj_image_t* image = opj_image_create(1, &component, OPJ_CLRSPC_GRAY);
+    image->x1 = image->y1 = kCodestreamSide;
+    for (OPJ_UINT32 i = 0; i < kCodestreamSide * kCodestreamSide; ++i) {
+      image->comps[0].data[i] = static_cast<OPJ_INT32>((i * 7 + i / kCodestreamSide * 13) % 251);
+    }
+    opj_codec_t* codec = opj_create_compress(OPJ_CODEC_J2K);
+    opj_setup_encoder(codec, &parameters, image);
+    opj_stream_t* stream = opj_stream_create_default_file_stream(made.c_str(), OPJ_FALSE);
+    const bool done = opj_start_compress(codec, image, stream) && opj_encode(codec, stream) &&
+                      opj_end_compress(codec, stream);
+    opj_stream_destroy(stream);
+    opj_destroy_codec(codec);
+    opj_image_destroy(image);
+    return done ? made : std::string();
+  }();
+  return path;
+}
+
+void Jpeg2000(benchmark::State& state) {
+  std::ifstream file(CodestreamPath(), std::ios::binary);
+  const std::string data((std::istreambuf_iterator<char>(file)), {});
+  test::ImageForm form = Blocked("C8");
+  form.blocksAcross = form.blocksDown = kCodestreamSide / kBlockSide;
+  LoadFirstImage(state, test::NitfBuilder().Image(form, data).Bytes());
+}
+BENCHMARK(Jpeg2000)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+void OpenjpegAlone(benchmark::State& state) {
+  for (auto _ : state) {
+    opj_codec_t* codec = opj_create_decompress(OPJ_CODEC_J2K);
+    opj_dparameters_t parameters;
+    opj_set_default_decoder_parameters(&parameters);
+    opj_setup_decoder(codec, &parameters);
+    opj_codec_set_threads(codec, static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN)));
+    opj_stream_t* stream = opj_stream_create_default_file_stream(CodestreamPath().c_str(), OPJ_TRUE);
+    opj_image_t* image = nullptr;
+    if (!opj_read_header(stream, codec, &image) || !opj_decode(codec, stream, image)) {
+      state.SkipWithError("does not decode");
+    }
+    opj_image_destroy(image);
+    opj_stream_destroy(stream);
+    opj_destroy_codec(codec);
+  }
+}
+BENCHMARK(OpenjpegAlone)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void VectorQuantised(benchmark::State& state) {
   using test::Big;

@@ -506,6 +506,23 @@ TEST_F(CompressedTest, AbsurdSizesAreRefusedBeforeTheyAreDecoded) {
   EXPECT_LT(HostkitPeakBytes(0), 1u << 20);
 }
 
+TEST_F(CompressedTest, StreamsThatShowTwoFramesAreRefused) {
+  // A restart marker has no length: a scan that gives it one finds another frame than the decoder.
+  const std::string hidden("\xFF\xD0\x00\x0D\xFF\xC0\x00\x0B\x08\x00\x08\x00\x08\x01\x01", 15);
+  const std::string whole = BlockStream(0, 1, {0});
+  (void)RenderImage(Form("C3", 1, 1, 1, "MONO"), whole.substr(0, 2) + hidden + whole.substr(2));
+  (void)RenderImage(Form("C3", 1, 1, 1, "MONO"), std::string("\xFF\xD8", 2) + hidden + whole.substr(2));
+}
+
+TEST_F(CompressedTest, VectorQuantisationOfOddDepthsIsRefused) {
+  for (const int bits : {1, 4, 9, 17, 20}) {
+    VqForm vq;
+    ImageForm form = VqImage(vq, "C4", 1, 1);
+    form.bits = bits;
+    EXPECT_EQ(RenderImage(form, VqData(vq)).status, -9) << bits;
+  }
+}
+
 TEST_F(CompressedTest, ReadersSurviveEveryFault) {
   for (const Encoded& encoded : OneOfEach()) {
     SCOPED_TRACE(encoded.name);

@@ -280,6 +280,31 @@ TEST_F(SaveTest, GraphicsAndTextsKeepTheHeaderInStep) {
   EXPECT_EQ(picture.At(45, 32), test::kWhite);
 }
 
+TEST_F(SaveTest, ATextFillsNoMoreThanItsLength) {
+  const Handle handle;
+  const test::TempFile words(std::string(100, 'w'), ".txt");
+  ASSERT_EQ(Orb_NITFAppendTextSegment(handle, words.Wide()), 1);
+  handle->header.texts.current[0].data = 10;  // as a caller may set it
+  std::vector<char> buffer(11, 'x');
+  uint32_t count = 0;
+  EXPECT_EQ(Orb_NITFGetTextSegment(handle, 0, buffer.data(), &count), 1);
+  EXPECT_EQ(count, 10u);
+  EXPECT_EQ(buffer[10], '\0');
+}
+
+TEST_F(SaveTest, AnAppendBeforeGetAndSetStillSavesItsHeaderLength) {
+  const test::TempFile file(FullFile().Bytes()), words("words", ".txt");
+  const Handle handle(file);
+  ASSERT_EQ(Orb_NITFAppendTextSegment(handle, words.Wide()), 1);
+  NITFHeader header = {};
+  ASSERT_EQ(Orb_NITFGetNITFHeader(handle, &header), 1);
+  header.XHDL = 14;  // what Get leaves alone
+  header.NUMDES = 2;
+  EXPECT_EQ(Orb_NITFSetNITFHeader(handle, &header), 1);
+  Orb_NITFFreeNITFHeader(&header);
+  EXPECT_EQ(test::CheckLayout(Saved(handle)), "");
+}
+
 TEST_F(SaveTest, DrawingsAreGivenAndReplaced) {
   Square square, other(std::string("\x00\x00\x00\x00\x00\x05\x00\x05", 8));
   VectorHandle nothing{};
