@@ -183,7 +183,7 @@ Status ReadWholeFile(const char16_t* fileName, KernelBuffer<char>& bytes, uint32
   (void)KernelSeek(file.Handle(), 0, kSeekStart);
   if (size < 0 || size > kMaxTextBytes) return Status::InvalidParameter;
   count = static_cast<uint32_t>(size);
-  if (Status s = bytes.Allocate(size_t{count} + 1, ORB_HERE); !Ok(s)) return s;
+  if (Status s = bytes.Allocate(uint64_t{count} + 1, ORB_HERE); !Ok(s)) return s;
   return ReadExactly(file.Handle(), bytes.data(), count);
 }
 

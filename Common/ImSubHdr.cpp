@@ -395,11 +395,11 @@ Status MaskTable::Write(FieldWriter& writer) const {
 }
 
 uint32_t MaskTable::BlockRecord(uint64_t n) const {
-  return n + 1 < blockRecords.size() ? BigEndian32(blockRecords[n]) : kNoBlock;
+  return n + 1 < blockRecords.size() ? BigEndian32(blockRecords[static_cast<size_t>(n)]) : kNoBlock;
 }
 
 uint32_t MaskTable::PadRecord(uint64_t n) const {
-  return n + 1 < padRecords.size() ? BigEndian32(padRecords[n]) : kNoBlock;
+  return n + 1 < padRecords.size() ? BigEndian32(padRecords[static_cast<size_t>(n)]) : kNoBlock;
 }
 
 // ---------------------------------------------------------------- setters

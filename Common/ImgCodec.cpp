@@ -47,7 +47,7 @@ Status ReadStream(const ImageSource& source, int64_t offset, int64_t bytes, Kern
                   uint32_t spaceInFront = 0) {
   if (offset < 0 || bytes < 0 || bytes > INT32_MAX) return Status::ShortRead;
   if (Status s = source.Require(offset, static_cast<uint64_t>(bytes)); !Ok(s)) return s;
-  if (Status s = stream.Allocate(static_cast<size_t>(bytes) + spaceInFront, ORB_HERE); !Ok(s)) return s;
+  if (Status s = stream.Allocate(static_cast<uint64_t>(bytes) + spaceInFront, ORB_HERE); !Ok(s)) return s;
   return source.ReadAt(offset, stream.data() + spaceInFront, static_cast<uint32_t>(bytes));
 }
 
@@ -272,7 +272,7 @@ class BandSequentialReader {
     const CheckedSize count = CheckedSize(bandCount_) * blockCount_;
     // Each stream takes more bytes than a marker, which bounds the table by the data.
     if (!(count * kMarkerBytes).Within(source_.length)) return Status::ShortRead;
-    if (Status s = streams_.Allocate(static_cast<size_t>(count.Value()), ORB_HERE); !Ok(s)) return s;
+    if (Status s = streams_.Allocate(count.Value(), ORB_HERE); !Ok(s)) return s;
     StreamFinder finder(source_);
     for (StreamPlace& place : streams_) {
       // A last stream that was taken already leaves nothing for the bands that are still missing.

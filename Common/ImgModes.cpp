@@ -275,8 +275,8 @@ class BandRows {
   Status Allocate(const ScratchBlock& scratch) {
     width_ = source_.header.NPPBH.value;
     step_ = scratch.BytesPerPixel();
-    if (Status s = pixels_.Allocate(size_t{scratch.BytesPerLine()} + 3, ORB_HERE); !Ok(s)) return s;
-    if (Status s = samples_.Allocate(size_t{width_} * layout_.pixelStride, ORB_HERE); !Ok(s)) return s;
+    if (Status s = pixels_.Allocate(uint64_t{scratch.BytesPerLine()} + 3, ORB_HERE); !Ok(s)) return s;
+    if (Status s = samples_.Allocate(uint64_t{width_} * layout_.pixelStride, ORB_HERE); !Ok(s)) return s;
     return Status::Success;
   }
   void Clear() { std::fill(pixels_.begin(), pixels_.end(), uint8_t{0}); }

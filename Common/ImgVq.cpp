@@ -93,7 +93,7 @@ Status Codebook::Read(int32_t file, const VqHeader& vq) {
   const CheckedSize held = CheckedSize(entries) * entryBytes;
   if (!stored.Within(INT32_MAX) || !held.Within(INT32_MAX)) return Status::ShortRead;
   if (Status s = RequireRemaining(file, stored.Value()); !Ok(s)) return s;
-  if (Status s = values.Allocate(static_cast<size_t>(held.Value()), ORB_HERE); !Ok(s)) return s;
+  if (Status s = values.Allocate(held.Value(), ORB_HERE); !Ok(s)) return s;
   for (uint32_t table = 0; table < vq.lookupRecordCount; ++table) {
     if (Status s = ReadTable(file, table); !Ok(s)) return s;
   }
@@ -182,7 +182,7 @@ class VqDecoder {
         if (Status s = PutDefaultColours(*bitmap, 8); !Ok(s)) return s;
       }
     }
-    return pixels_.Allocate(static_cast<size_t>(block.byteCount), ORB_HERE);
+    return pixels_.Allocate(block.byteCount, ORB_HERE);
   }
 
   Status DecodeBlock() {

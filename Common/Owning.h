@@ -39,24 +39,26 @@ class KernelBuffer {
   }
 
   /// Releases what is held and takes `count` elements; -1 when that fails.
-  Status Allocate(size_t count, SourceTag where) {
+  Status Allocate(uint64_t count, SourceTag where) {
     Reset();
-    data_ = static_cast<T*>(KernelAllocate(count, sizeof(T), where.line, where.file));
-    if (data_ == nullptr) return Status::OutOfMemory;
-    size_ = count;
-    return Status::Success;
+    if (count > SIZE_MAX / sizeof(T)) return Status::OutOfMemory;
+    size_ = static_cast<size_t>(count);
+    data_ = static_cast<T*>(KernelAllocate(size_, sizeof(T), where.line, where.file));
+    if (data_ != nullptr) return Status::Success;
+    size_ = 0;
+    return Status::OutOfMemory;
   }
   /// Changes the count, keeping the elements; -1, everything kept, when that fails. Shrinking never
   /// fails: the block stays as it is.
-  Status Resize(size_t count, SourceTag where) {
-    if (data_ != nullptr && count <= size_) {
-      size_ = count;
-      return Status::Success;
+  Status Resize(uint64_t count, SourceTag where) {
+    if (count > SIZE_MAX / sizeof(T)) return Status::OutOfMemory;
+    const auto elements = static_cast<size_t>(count);
+    if (data_ == nullptr || elements > size_) {
+      void* moved = KernelReallocate(data_, elements * sizeof(T), where.line, where.file);
+      if (moved == nullptr) return Status::OutOfMemory;
+      data_ = static_cast<T*>(moved);
     }
-    void* moved = KernelReallocate(data_, count * sizeof(T), where.line, where.file);
-    if (moved == nullptr) return Status::OutOfMemory;
-    data_ = static_cast<T*>(moved);
-    size_ = count;
+    size_ = elements;
     return Status::Success;
   }
   void Reset() {

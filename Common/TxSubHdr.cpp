@@ -49,7 +49,7 @@ Status TextSubheader::ReadSubheader(NitfFile& document, StreamingFileHeader& str
 Status TextSubheader::SetTextData(const void* bytes, uint32_t count) {
   if (bytes == nullptr) return Status::NoData;
   KernelBuffer<char> copy;
-  if (Status s = copy.Allocate(size_t{count} + 1, ORB_HERE); !Ok(s)) return s;
+  if (Status s = copy.Allocate(uint64_t{count} + 1, ORB_HERE); !Ok(s)) return s;
   KernelCopyMemory(copy.data(), bytes, count);
   text = std::move(copy);
   hasText = true;

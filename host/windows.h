@@ -15,13 +15,30 @@
 #include <io.h>
 #include <windows.h>
 
+static_assert(sizeof(wchar_t) == sizeof(char16_t) && alignof(wchar_t) == alignof(char16_t) &&
+                  static_cast<wchar_t>(-1) == static_cast<char16_t>(-1),
+              "wide text of Windows and of the module is the same");
+inline const wchar_t* WindowsText(const char16_t* text) { return reinterpret_cast<const wchar_t*>(text); }
+
 /// Tests a wide path as `_waccess` does: 0 when the file grants `mode` (0 tests existence), else -1.
-inline int WideAccess(const char16_t* path, int mode) {
-  return _waccess(reinterpret_cast<const wchar_t*>(path), mode);
-}
+inline int WideAccess(const char16_t* path, int mode) { return _waccess(WindowsText(path), mode); }
 
 /// Whether two wide paths name one existing file, links followed.
-bool WideIsSameFile(const char16_t* a, const char16_t* b);
+inline bool WideIsSameFile(const char16_t* a, const char16_t* b) {
+  const auto identify = [](const char16_t* path, BY_HANDLE_FILE_INFORMATION& identity) {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const HANDLE file = CreateFileW(WindowsText(path), 0, kShareAll, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (file == INVALID_HANDLE_VALUE) return false;
+    const bool known = GetFileInformationByHandle(file, &identity) != 0;
+    CloseHandle(file);
+    return known;
+  };
+  BY_HANDLE_FILE_INFORMATION first, second;
+  return identify(a, first) && identify(b, second) &&
+         first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
+         first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
+}
 
 #else
 
@@ -34,9 +51,10 @@ using LONG = int32_t;
 using UINT = uint32_t;
 
 /// A rectangle in pixels; right and bottom lie just outside it.
-struct RECT {
+struct tagRECT {
   LONG left, top, right, bottom;
 };
+using RECT = tagRECT;
 
 inline constexpr UINT MB_OK = 0;
 inline constexpr uint32_t SRCCOPY = 0x00CC0020;

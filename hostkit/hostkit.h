@@ -20,6 +20,7 @@ inline constexpr int32_t kHostNotRecognised = -20;  ///< no known image format
 ORB_HOST_API void ORB_CALL HostkitSetMaxPixels(uint64_t pixels);
 
 /// Receives message boxes; null restores the default, which prints `caption: text` on standard error.
+/// The handlers exist where the stand-in supplies the Windows calls, not on Windows itself.
 using HostkitMessageHandler = void (*)(const char* text, const char* caption);
 ORB_HOST_API void ORB_CALL HostkitSetMessageHandler(HostkitMessageHandler handler);
 /// Receives debugger output; null (the default) drops it.

@@ -3,6 +3,9 @@
 #include "Common/Exchange.h"
 #include "tests/support/support.h"
 
+// Where pointers have four bytes: every offset and size of the documentation, as static assertions.
+#include "documented_layout.inc"
+
 namespace {
 
 // Offsets of a record's fields where pointers have four bytes, as the documentation writes them.

@@ -151,8 +151,9 @@ std::string TextsOf(const R& record) {
 
 template <class Record, class R>
 void ExpectUnchanged(NitfHandle handle, SegmentList<R> NitfFile::*list,
-                     int32_t (*get)(NitfHandle, uint32_t, Record*),
-                     int32_t (*set)(NitfHandle, uint32_t, const Record*), int32_t (*release)(Record*)) {
+                     int32_t(ORB_CALL* get)(NitfHandle, uint32_t, Record*),
+                     int32_t(ORB_CALL* set)(NitfHandle, uint32_t, const Record*),
+                     int32_t(ORB_CALL* release)(Record*)) {
   for (uint32_t i = 0; i < (handle->*list).Count(); ++i) {
     const std::string before = TextsOf(*(handle->*list).At(i));
     Record record = {};

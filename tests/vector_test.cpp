@@ -50,6 +50,14 @@ Drawing Decode(const std::string& bytes) {
 const std::vector<Object>& Objects(const Drawing& drawing) { return drawing.layers.at(0).objects; }
 
 using VectorTest = test::ModuleTest;
+/// Tests that have the host paint drawings.
+class PaintTest : public test::ModuleTest {
+ protected:
+  void SetUp() override {
+    ModuleTest::SetUp();
+    if (!test::HostPaintsDrawings()) GTEST_SKIP() << "the host toolkit of this build does not paint";
+  }
+};
 
 TEST_F(VectorTest, EveryPrimitiveIsDecoded) {
   const Drawing drawing = Decode(
@@ -234,7 +242,7 @@ class Canvas {
 const std::string kRedFill = Element(5, 22, I({1})) + Element(5, 23, "\xFF" + std::string(2, '\0'));
 constexpr Rgb kRed{255, 0, 0};
 
-TEST_F(VectorTest, FilledShapesCoverTheirPixels) {
+TEST_F(PaintTest, FilledShapesCoverTheirPixels) {
   Canvas rectangle(Metafile(kRedFill + Element(4, 11, I({10, 20, 30, 40}))));
   EXPECT_EQ(rectangle.At(10, 60), kRed) << "y runs upwards";
   EXPECT_EQ(rectangle.At(29, 79), kRed);
@@ -250,7 +258,7 @@ TEST_F(VectorTest, FilledShapesCoverTheirPixels) {
   EXPECT_NEAR(circle.CountNot(test::kWhite), 1257, 120);
 }
 
-TEST_F(VectorTest, EdgesClipsAndDashesShow) {
+TEST_F(PaintTest, EdgesClipsAndDashesShow) {
   const std::string edge = Element(2, 5, I({0})) + Element(5, 30, I({1})) + Element(5, 28, I({4})) +
                            Element(5, 29, std::string(1, '\0') + "\xFF" + std::string(1, '\0'));
   Canvas framed(Metafile(edge + kRedFill + Element(4, 11, I({20, 20, 80, 80}))));
@@ -269,7 +277,7 @@ TEST_F(VectorTest, EdgesClipsAndDashesShow) {
   EXPECT_LT(line(3), line(2));
 }
 
-TEST_F(VectorTest, TextStandsWhereItsAlignmentSays) {
+TEST_F(PaintTest, TextStandsWhereItsAlignmentSays) {
   const std::string look = Element(5, 15, I({20})) + Element(5, 14, std::string(3, '\0'));
   const auto marked = [&](const std::string& more, uint32_t left, uint32_t top, uint32_t right,
                           uint32_t bottom) {
@@ -298,7 +306,7 @@ TEST_F(VectorTest, ExtentsFollowTheObjects) {
   EXPECT_NEAR(greatest.y, 90, 1e-9);
 }
 
-TEST_F(VectorTest, DrawingsWithoutAFrameAreDrawnPixelByPixel) {
+TEST_F(PaintTest, DrawingsWithoutAFrameAreDrawnPixelByPixel) {
   Canvas canvas(Metafile(kRedFill + Element(4, 11, I({40, 60, 50, 70})), "", I({0, 32767, 32767, 0})));
   EXPECT_EQ(canvas.At(0, 0), kRed) << "the objects begin at the rectangle's corner";
   EXPECT_EQ(canvas.CountNot(test::kWhite), 100);
@@ -312,7 +320,7 @@ test::Record Symbol(int level, const char* location, const char* bound) {
   return record;
 }
 
-TEST_F(VectorTest, GraphicsAreDrawnOverAndUnderImages) {
+TEST_F(PaintTest, GraphicsAreDrawnOverAndUnderImages) {
   test::ImageForm form;
   form.width = form.height = 40;
   test::Record image = test::ImageRecord(form);
@@ -331,7 +339,7 @@ TEST_F(VectorTest, GraphicsAreDrawnOverAndUnderImages) {
   EXPECT_EQ(picture.At(26, 12), test::Grey(0x40));
 }
 
-TEST_F(VectorTest, ObjectGraphicsGiveAnEmptyLayerAndBrokenOnesTheirStatus) {
+TEST_F(PaintTest, ObjectGraphicsGiveAnEmptyLayerAndBrokenOnesTheirStatus) {
   test::Record object = Symbol(1, "0000000000", "0001000010");
   object.Set("SFMT", "O");
   NitfBuilder file;
@@ -352,7 +360,7 @@ TEST_F(VectorTest, ObjectGraphicsGiveAnEmptyLayerAndBrokenOnesTheirStatus) {
             -9);
 }
 
-TEST_F(VectorTest, DrawingSurvivesEveryFault) {
+TEST_F(PaintTest, DrawingSurvivesEveryFault) {
   const std::string cgm =
       Metafile(kRedFill + Element(4, 11, I({0, 0, 50, 50})) + Element(4, 4, I({7, 8, 1}) + S("text")));
   const test::TempFile file(NitfBuilder().Graphic(Symbol(1, "0000000000", "0002000020"), cgm).Bytes());

@@ -18,6 +18,8 @@ struct Codec {
 };
 extern const Codec kJpegCodec;
 extern const Codec kJpeg2000Codec;
+/// The codecs of this build, in the order in which they are asked; none where the libraries are missing.
+std::span<const Codec* const> Codecs();
 
 /// Encodes a bitmap as JPEG.
 int32_t EncodeJpeg(const KernelBitmap& bitmap, uint32_t format, uint32_t bitsPerPixel,

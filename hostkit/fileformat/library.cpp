@@ -9,8 +9,6 @@ namespace {
 using hostkit::Bytes;
 using hostkit::Codec;
 
-const Codec* const kCodecs[] = {&hostkit::kJpegCodec, &hostkit::kJpeg2000Codec};
-
 struct InfoCallback {
   HostLoadInfoCallback callback = nullptr;
   void* userData = nullptr;
@@ -18,7 +16,7 @@ struct InfoCallback {
 thread_local InfoCallback infoCallback;
 
 const Codec* FindCodec(Bytes bytes, HostFileInfo& info) {
-  for (const Codec* codec : kCodecs) {
+  for (const Codec* codec : hostkit::Codecs()) {
     if (codec->describe(bytes, info)) return codec;
   }
   return nullptr;
@@ -49,7 +47,7 @@ int32_t Load(Bytes bytes, const HostLoadOptions& options, uint32_t bitsPerPixel,
     return status == kHostOk ? ChangeDepth(bitmap, bitsPerPixel) : status;
   }
   const Codec* codec = FindCodec(bytes, info);
-  if (codec == nullptr) return kHostNotRecognised;
+  if (codec == nullptr) return hostkit::Codecs().empty() ? kHostUnsupported : kHostNotRecognised;
   const int32_t status = codec->load(bytes, options, bitmap);
   return status == kHostOk ? ChangeDepth(bitmap, bitsPerPixel) : status;
 }

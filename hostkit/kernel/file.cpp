@@ -1,58 +1,16 @@
 // Files: 64-bit, buffered, positions kept by arithmetic so that a seek costs no system call.
-#include <fcntl.h>
-#include <sys/stat.h>
-#if defined(_WIN32)
-#include <io.h>
-#else
-#include <unistd.h>
-#endif
-
 #include <algorithm>
-#include <cerrno>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <vector>
 
-#include "hostkit/kernel/internal.h"
+#include "hostkit/kernel/system_file.h"
 
 namespace {
 
 constexpr size_t kReadWindow = 64 * 1024;
 constexpr size_t kWriteBuffer = 256 * 1024;
-
-#if defined(_WIN32)
-int OpenPath(const char16_t* path, bool create) {
-  const int flags = create ? _O_RDWR | _O_CREAT | _O_TRUNC | _O_BINARY : _O_RDONLY | _O_BINARY;
-  return _wopen(reinterpret_cast<const wchar_t*>(path), flags, _S_IREAD | _S_IWRITE);
-}
-int64_t FileSize(int fd) { return _filelengthi64(fd); }
-int64_t ReadAt(int fd, void* buffer, size_t count, int64_t offset) {
-  if (_lseeki64(fd, offset, SEEK_SET) != offset) return -1;
-  return _read(fd, buffer, static_cast<unsigned>(std::min<size_t>(count, 1 << 30)));
-}
-int64_t WriteAt(int fd, const void* buffer, size_t count, int64_t offset) {
-  if (_lseeki64(fd, offset, SEEK_SET) != offset) return -1;
-  return _write(fd, buffer, static_cast<unsigned>(std::min<size_t>(count, 1 << 30)));
-}
-bool CloseFile(int fd) { return _close(fd) == 0; }
-#else
-int OpenPath(const char16_t* path, bool create) {
-  const int flags = create ? O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC : O_RDONLY | O_CLOEXEC;
-  return open(hostkit::ToUtf8(path).c_str(), flags, 0666);
-}
-int64_t FileSize(int fd) {
-  struct stat status;
-  return fstat(fd, &status) == 0 ? static_cast<int64_t>(status.st_size) : -1;
-}
-int64_t ReadAt(int fd, void* buffer, size_t count, int64_t offset) {
-  return pread(fd, buffer, count, offset);
-}
-int64_t WriteAt(int fd, const void* buffer, size_t count, int64_t offset) {
-  return pwrite(fd, buffer, count, offset);
-}
-bool CloseFile(int fd) { return close(fd) == 0; }
-#endif
 
 class File {
  public:
@@ -68,7 +26,7 @@ class File {
         continue;
       }
       if (wanted >= kReadWindow) {
-        const int64_t got = RetryRead(buffer + moved, wanted, position_);
+        const int64_t got = hostkit::ReadAt(fd_, buffer + moved, wanted, position_);
         if (got <= 0) break;
         moved += static_cast<uint32_t>(got);
         position_ += got;
@@ -103,18 +61,10 @@ class File {
 
   bool Close() {
     const bool flushed = Flush();
-    return CloseFile(fd_) && flushed;
+    return hostkit::CloseFile(fd_) && flushed;
   }
 
  private:
-  int64_t RetryRead(void* buffer, size_t count, int64_t offset) {
-    int64_t got = 0;
-    do {
-      got = ReadAt(fd_, buffer, count, offset);
-    } while (got < 0 && errno == EINTR);
-    return got;
-  }
-
   size_t TakeFromWindow(uint8_t* buffer, size_t wanted) {
     const int64_t into = position_ - windowStart_;
     if (into < 0 || into >= static_cast<int64_t>(window_.size())) return 0;
@@ -131,7 +81,7 @@ class File {
     const int64_t ahead = static_cast<int64_t>(kReadWindow) - wanted;
     windowStart_ = backwards ? std::max<int64_t>(0, position_ - ahead) : position_;
     window_.resize(kReadWindow);
-    const int64_t got = RetryRead(window_.data(), kReadWindow, windowStart_);
+    const int64_t got = hostkit::ReadAt(fd_, window_.data(), kReadWindow, windowStart_);
     window_.resize(got > 0 ? static_cast<size_t>(got) : 0);
     return windowStart_ + static_cast<int64_t>(window_.size()) > position_;
   }
@@ -139,9 +89,8 @@ class File {
   bool Flush() {
     size_t done = 0;
     while (!failed_ && done < pending_.size()) {
-      const int64_t wrote = WriteAt(fd_, pending_.data() + done, pending_.size() - done,
-                                    pendingStart_ + static_cast<int64_t>(done));
-      if (wrote < 0 && errno == EINTR) continue;
+      const int64_t wrote = hostkit::WriteAt(fd_, pending_.data() + done, pending_.size() - done,
+                                             pendingStart_ + static_cast<int64_t>(done));
       if (wrote <= 0) failed_ = true;  // a lost byte is never forgotten: the close fails too
       done += wrote > 0 ? static_cast<size_t>(wrote) : 0;
     }
@@ -187,11 +136,11 @@ int32_t ORB_CALL KernelOpen(const char16_t* path, int32_t flags, int32_t) {
   if (path == nullptr || HostkitShouldFail(kFaultOpen)) return kNoFile;
   try {
     const bool create = flags == kOpenCreate;
-    const int fd = OpenPath(path, create);
+    const int fd = hostkit::OpenPath(path, create);
     if (fd < 0) return kNoFile;
-    const int64_t size = FileSize(fd);
+    const int64_t size = hostkit::FileSize(fd);
     if (size < 0) {
-      CloseFile(fd);
+      hostkit::CloseFile(fd);
       return kNoFile;
     }
     return Enter(std::make_unique<File>(fd, size));

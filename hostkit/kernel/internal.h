@@ -20,9 +20,7 @@ void Untrack(int32_t kind, const void* resource);
 /// Global memory blocks, the handles that GlobalLock opens. Null when memory is out.
 HGLOBAL CopyToGlobal(const std::string& bytes);
 
-#if !defined(_WIN32)
 std::string ToUtf8(const char16_t* text);
-#endif
 
 inline uint8_t* Pixels(const KernelBitmap& bitmap) {
   return reinterpret_cast<uint8_t*>(static_cast<uintptr_t>(bitmap.pixels));
@@ -60,19 +58,5 @@ void BgrToRow(const KernelBitmap& bitmap, NearestColour& nearest, const uint8_t*
 /// Copies pixels between rows of one depth, at any bit position.
 void CopyPixels(uint32_t bitsPerPixel, const uint8_t* source, uint32_t sourceFirst, uint8_t* destination,
                 uint32_t destinationFirst, uint32_t count);
-
-#if !defined(_WIN32)
-/// What a palette handle points to.
-struct PaletteObject {
-  uint32_t count;
-  KernelColour entries[256];
-};
-/// What a device context points to.
-struct DeviceContext {
-  KernelBitmap* bitmap;
-  HPALETTE palette;
-};
-inline DeviceContext* Context(HDC dc) { return reinterpret_cast<DeviceContext*>(dc); }
-#endif
 
 }  // namespace hostkit

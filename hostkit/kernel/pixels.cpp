@@ -138,7 +138,7 @@ void CopyPixels(uint32_t depth, const uint8_t* source, uint32_t sourceFirst, uin
   uint64_t to = static_cast<uint64_t>(destinationFirst) * depth;
   uint64_t bits = static_cast<uint64_t>(count) * depth;
   if (from % 8 == 0 && to % 8 == 0) {
-    std::memcpy(destination + to / 8, source + from / 8, bits / 8);
+    std::memcpy(destination + to / 8, source + from / 8, static_cast<size_t>(bits / 8));
     from += bits / 8 * 8;
     to += bits / 8 * 8;
     bits %= 8;

@@ -43,7 +43,6 @@ char16_t* ORB_CALL KernelWiden(const char* narrow) {
   return wide;
 }
 
-#if !defined(_WIN32)
 std::string hostkit::ToUtf8(const char16_t* text) {
   std::string utf8;
   while (*text != 0) {
@@ -61,4 +60,3 @@ std::string hostkit::ToUtf8(const char16_t* text) {
   }
   return utf8;
 }
-#endif

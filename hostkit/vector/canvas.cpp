@@ -6,7 +6,7 @@
 #include <memory>
 #include <new>
 
-#include "hostkit/kernel/internal.h"
+#include "hostkit/kernel/gdi.h"
 #include "hostkit/vector/paint.h"
 
 namespace hostkit {

@@ -39,13 +39,8 @@ enum OrbStatus {
 struct HostInformationRecord;
 struct HostLoadRecord;
 struct KernelBitmap;
-#if !defined(_WIN32)
-struct HDC__;
-#define ORB_HDC struct HDC__*
-#else
-#define ORB_HDC HDC
-#include <windows.h>
-#endif
+struct HDC__;   /* what a Windows HDC points to */
+struct tagRECT; /* a Windows RECT */
 
 #ifdef __cplusplus
 struct NitfFile;
@@ -82,7 +77,7 @@ ORB_API int32_t ORB_CALL Orb_NtfRenderBitmap(struct KernelBitmap* bitmap, NitfHa
  * @param record the record of a running fltLoad, or null.
  * @param bitmap the bitmap that the device context paints on.
  * @return 1, or the first failure; what was drawn before it stays. */
-ORB_API int32_t ORB_CALL Orb_NitfDrawObjects(struct HostLoadRecord* record, ORB_HDC dc,
+ORB_API int32_t ORB_CALL Orb_NitfDrawObjects(struct HostLoadRecord* record, struct HDC__* dc,
                                              struct KernelBitmap* bitmap, NitfHandle document);
 
 /** Size of the composite display, in pixels.
@@ -356,12 +351,6 @@ ORB_API int32_t ORB_CALL Orb_NITFFreeTextHeader(struct TextHeader* record);
 /* ------------------------------------------------------------------ documents: appending */
 
 struct VectorHandle;
-#if !defined(_WIN32)
-struct RECT;
-#define ORB_RECT struct RECT
-#else
-#define ORB_RECT RECT
-#endif
 
 /** Compresses a bitmap into a new image segment behind the others, one display level above everything.
  * @param formatCode 182 for RGB components, 10 for YCbCr.
@@ -380,7 +369,7 @@ ORB_API int32_t ORB_CALL Orb_NITFAppendImageSegment(NitfHandle handle, struct Ke
  * one; -13 an extent beyond 99999 or more than 999999 bytes; the host's failure. After a failure the
  * document is as it was. */
 ORB_API int32_t ORB_CALL Orb_NITFAppendGraphicSegment(NitfHandle handle, struct VectorHandle* drawing,
-                                                      const ORB_RECT* rectangle);
+                                                      const struct tagRECT* rectangle);
 /** Reads a text file into a new text segment.
  * @return 1; 0 when there are 999 texts; -261 null handle; -14 when the file does not open; -13 when it
  * has more than 99999 bytes; -7; -1. After

@@ -1,11 +1,11 @@
 #include "tests/support/support.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <new>
+#include <random>
 #include <sstream>
 
 // Allocations of the module that do not pass through the kernel fail on demand as well.
@@ -26,19 +26,10 @@ void* operator new[](size_t bytes, const std::nothrow_t&) noexcept {
   }
 }
 
-// Libraries that keep what they loaded until the process ends.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
-  return "leak:libfontconfig\nleak:libcairo\n";
-}
-
 namespace test {
 namespace {
 
 std::vector<std::string> messages;
-
-void KeepMessage(const char* text, const char* caption) {
-  messages.push_back(std::string(caption) + ": " + text);
-}
 
 struct Sink {
   Picture& picture;
@@ -79,22 +70,24 @@ int32_t LoadRows(const char16_t* path, const RenderRequest& request, Picture& pi
 }  // namespace
 
 TempFile::TempFile(const std::string& bytes, const std::string& suffix)
-    : path_(testing::TempDir() + "orbntf-XXXXXX" + suffix) {
-  const int fd = mkstemps(path_.data(), static_cast<int>(suffix.size()));
-  EXPECT_GE(fd, 0);
-  close(fd);
-  std::ofstream(path_, std::ios::binary) << bytes;
-  wide_ = Widen(path_);
+    : path_(testing::TempDir() + "orbntf-" + std::to_string(std::random_device()()) +
+            std::to_string(std::random_device()()) + suffix),
+      wide_(Widen(path_)) {
+  EXPECT_FALSE(std::filesystem::exists(wide_));
+  std::ofstream(std::filesystem::path(wide_), std::ios::binary) << bytes;
 }
-TempFile::~TempFile() { unlink(path_.c_str()); }
-std::string TempFile::Contents() const { return ReadFile(path_); }
+TempFile::~TempFile() {
+  std::error_code ignored;
+  std::filesystem::remove(wide_, ignored);
+}
+std::string TempFile::Contents() const { return ReadFile(wide_); }
 
 std::u16string Widen(const std::string& path) {
   Orb_A2W wide;
   return wide.Convert(path.c_str()) != 0 ? wide.Value() : u"";
 }
 
-std::string ReadFile(const std::string& path) {
+std::string ReadFile(const std::filesystem::path& path) {
   std::ostringstream bytes;
   bytes << std::ifstream(path, std::ios::binary).rdbuf();
   return bytes.str();
@@ -130,14 +123,27 @@ std::vector<std::string>& ModuleTest::Messages() { return messages; }
 
 void ModuleTest::SetUp() {
   messages.clear();
-  HostkitSetMessageHandler(&KeepMessage);
+  CatchMessages(&messages);
 }
 
 void ModuleTest::TearDown() {
   for (int kind = 0; kind < kFaultKinds; ++kind) HostkitArmFault(kind, 0);
-  HostkitSetMessageHandler(nullptr);
+  CatchMessages(nullptr);
   HostkitSetMaxPixels(0);
   ExpectNoLeaks();
+}
+
+bool HostHasCodecs() {
+  const HostLoadOptions options = {};
+  KernelBitmap bitmap;
+  KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 0);
+  const char bytes[] = "not an image";
+  return FileFormatLoadMemory(bytes, &bitmap, kBitmapRecordSize, 0, kOrderAsDecoded, sizeof bytes,
+                              &options, nullptr) != kHostUnsupported;
+}
+
+bool HostPaintsDrawings() {
+  return VectorPaint(nullptr, nullptr, 0, 0, 0, 0, nullptr, nullptr, 0) != kHostUnsupported;
 }
 
 void ExpectNoLeaks() {

@@ -1,6 +1,7 @@
 // The fixture of every test that runs the module: no leaks, message boxes kept, faults disarmed.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -30,7 +31,7 @@ class TempFile {
   std::u16string wide_;
 };
 std::u16string Widen(const std::string& path);
-std::string ReadFile(const std::string& path);
+std::string ReadFile(const std::filesystem::path& path);
 
 struct Rgb {
   uint8_t red = 0, green = 0, blue = 0;
@@ -71,6 +72,13 @@ class ModuleTest : public testing::Test {
   /// Texts of the message boxes since the test began.
   static std::vector<std::string>& Messages();
 };
+
+/// Whether the host toolkit of this build encodes and decodes images, and paints drawings.
+bool HostHasCodecs();
+bool HostPaintsDrawings();
+
+/// Directs message boxes into the list, null to where they go otherwise.
+void CatchMessages(std::vector<std::string>* messages);
 
 /// Fails with the list of what is outstanding unless nothing is.
 void ExpectNoLeaks();

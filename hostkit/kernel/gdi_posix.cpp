@@ -1,7 +1,7 @@
 // Palette handles, global memory and device contexts where Windows has none to offer.
 #include <new>
 
-#include "hostkit/kernel/internal.h"
+#include "hostkit/kernel/gdi.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <new>
 
-#include "hostkit/kernel/internal.h"
+#include "hostkit/kernel/gdi.h"
 
 namespace {
 

@@ -1,0 +1,60 @@
+// Painting into the stand-in device contexts, which are bitmaps.
+#include <algorithm>
+#include <new>
+#include <vector>
+
+#include "hostkit/display/placement.h"
+#include "hostkit/kernel/gdi.h"
+
+namespace {
+
+bool SameForm(const KernelBitmap& a, const KernelBitmap& b) {
+  return (a.bitsPerPixel == 24 || a.bitsPerPixel == 32) && a.bitsPerPixel == b.bitsPerPixel &&
+         (a.colourOrder == kOrderRgb) == (b.colourOrder == kOrderRgb);
+}
+
+// Writes the runs of `row` that differ from the transparent colour.
+void PutOpaqueRuns(const KernelBitmap& canvas, hostkit::NearestColour& nearest, const uint8_t* bgr,
+                   COLORREF transparent, uint32_t x, uint32_t count, uint8_t* row) {
+  const auto isTransparent = [&](uint32_t i) {
+    const uint8_t* p = bgr + 3 * static_cast<size_t>(i);
+    return (p[2] | p[1] << 8 | static_cast<COLORREF>(p[0]) << 16) == transparent;
+  };
+  for (uint32_t i = 0; i < count;) {
+    uint32_t end = i;
+    while (end < count && !isTransparent(end)) ++end;
+    hostkit::BgrToRow(canvas, nearest, bgr + 3 * static_cast<size_t>(i), x + i, end - i, row);
+    for (i = end; i < count && isTransparent(i);) ++i;
+  }
+}
+
+}  // namespace
+
+int32_t hostkit::PaintBitmap(HDC dc, const KernelBitmap& bitmap, const RECT* source,
+                             const RECT& destination, const RECT* clip, const COLORREF* transparent) {
+  KernelBitmap& canvas = *Context(dc)->bitmap;
+  const RECT bounds = {0, 0, static_cast<LONG>(canvas.width), static_cast<LONG>(canvas.height)};
+  const Placement place = PlaceBitmap(bounds, bitmap, source, destination, clip);
+  if (place.width <= 0 || place.height <= 0) return kHostOk;
+  const auto width = static_cast<uint32_t>(place.width);
+  const auto left = static_cast<uint32_t>(place.left);
+  const auto from = static_cast<uint32_t>(place.sourceX);
+  std::vector<uint8_t> bgr(3 * static_cast<size_t>(width));
+  NearestColour nearest(canvas);
+  const bool copy = transparent == nullptr && SameForm(canvas, bitmap);
+  for (int64_t y = 0; y < place.height; ++y) {
+    const uint8_t* in = PictureRow(bitmap, static_cast<uint32_t>(place.sourceY + y));
+    uint8_t* out = PictureRow(canvas, static_cast<uint32_t>(place.top + y));
+    if (copy) {
+      CopyPixels(canvas.bitsPerPixel, in, from, out, left, width);
+      continue;
+    }
+    RowToBgr(bitmap, in, from, width, bgr.data());
+    if (transparent != nullptr) {
+      PutOpaqueRuns(canvas, nearest, bgr.data(), *transparent, left, width, out);
+    } else {
+      BgrToRow(canvas, nearest, bgr.data(), left, width, out);
+    }
+  }
+  return kHostOk;
+}

@@ -1,0 +1,20 @@
+// Palettes and device contexts where Windows has none to offer.
+#pragma once
+
+#include "hostkit/kernel/internal.h"
+
+namespace hostkit {
+
+/// What a palette handle points to.
+struct PaletteObject {
+  uint32_t count;
+  KernelColour entries[256];
+};
+/// What a device context points to.
+struct DeviceContext {
+  KernelBitmap* bitmap;
+  HPALETTE palette;
+};
+inline DeviceContext* Context(HDC dc) { return reinterpret_cast<DeviceContext*>(dc); }
+
+}  // namespace hostkit

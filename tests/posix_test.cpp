@@ -1,0 +1,56 @@
+// Saving where the file system has symbolic links and files can be limited in size.
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "tests/support/support.h"
+
+namespace {
+
+class PosixTest : public test::ModuleTest {
+ protected:
+  void SetUp() override {
+    ModuleTest::SetUp();
+    ASSERT_EQ(Orb_NITFCreate(&handle_, file_.Wide()), 1);
+  }
+  void TearDown() override {
+    EXPECT_EQ(Orb_NITFDestroy(&handle_), 1);
+    ModuleTest::TearDown();
+  }
+
+  const std::string bytes_ = test::NitfBuilder()
+                                 .Image(test::ImageForm{}, std::string(64, 'i'))
+                                 .Text("some text")
+                                 .Text("")
+                                 .Bytes();
+  const test::TempFile file_{bytes_};
+  NitfHandle handle_ = nullptr;
+};
+
+TEST_F(PosixTest, ALinkToTheSourceIsNotOverwritten) {
+  const std::string link = file_.Path() + ".link";
+  ASSERT_EQ(symlink(file_.Path().c_str(), link.c_str()), 0);
+  EXPECT_EQ(Orb_NITFSaveFileA(handle_, link.c_str()), -13);
+  unlink(link.c_str());
+  EXPECT_EQ(file_.Contents(), bytes_);
+}
+
+TEST_F(PosixTest, AFullDiskIsAShortWriteAndASecondSaveSucceeds) {
+  rlimit old;
+  getrlimit(RLIMIT_FSIZE, &old);
+  std::signal(SIGXFSZ, SIG_IGN);
+  for (rlim_t limit = 0; limit < bytes_.size(); limit += 97) {
+    const test::TempFile out;
+    const rlimit small = {limit, old.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const int32_t status = Orb_NITFSaveFile(handle_, out.Wide());
+    setrlimit(RLIMIT_FSIZE, &old);
+    ASSERT_EQ(status, -5) << limit;
+  }
+  const test::TempFile out;
+  EXPECT_EQ(Orb_NITFSaveFile(handle_, out.Wide()), 1);
+  EXPECT_EQ(out.Contents(), bytes_);
+}
+
+}  // namespace
