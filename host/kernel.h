@@ -137,7 +137,8 @@ ORB_HOST_API KernelColour* ORB_CALL KernelMakePaletteTable(uint32_t bitsPerPixel
 ORB_HOST_API HPALETTE ORB_CALL KernelCreatePalette(const KernelColour* colours, uint32_t count);
 /// Gives a bitmap a copy of a palette's entries.
 ORB_HOST_API int32_t ORB_CALL KernelSetPalette(KernelBitmap* bitmap, HPALETTE palette);
-/// Opens a device context that paints on a bitmap; null on failure.
+/// Opens a device context that paints on a bitmap; null on failure. The bitmap has what was painted once
+/// the context is deleted.
 ORB_HOST_API HDC ORB_CALL KernelCreateBitmapDc(KernelBitmap* bitmap);
 ORB_HOST_API int32_t ORB_CALL KernelDeleteBitmapDc(HDC dc);
 /// Clears a readers' scratch bitmap for its next block.

@@ -13,6 +13,7 @@ for group in "$@"; do
     check) packages+=(clang clang-tidy clang-format libclang-rt-14-dev) ;;
     bench) packages+=(libbenchmark-dev) ;;
     windows) packages+=(g++-mingw-w64-i686 googletest debootstrap) ;;
+    emulation) packages+=(qemu-system-x86 busybox-static cpio e2fsprogs) ;;
     *) echo "deps.sh: unknown group $group" >&2; exit 2 ;;
   esac
 done

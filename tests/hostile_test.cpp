@@ -110,7 +110,8 @@ TEST_F(HostileTest, RandomDamageNeverBreaksTheReader) {
   file.Text("text").extensions.push_back({test::DataExtensionRecord("TRE_OVERFLOW"), "data"});
   const std::string whole = file.Bytes();
   std::mt19937 random(2500);
-  for (int round = 0; round < 4000; ++round) {
+  constexpr int kRounds = sizeof(void*) == 4 ? 1000 : 4000;  // 32-bit programs often run emulated
+  for (int round = 0; round < kRounds; ++round) {
     std::string damaged = whole;
     for (int i = 0; i < 3; ++i) {
       const size_t at = random() % damaged.size();

@@ -79,13 +79,13 @@ TEST_F(KernelTest, EveryDepthKeepsAColourThroughPaint) {
     HDC dc = KernelCreateBitmapDc(&canvas);
     const RECT place = {-1, 1, 4, 3};
     EXPECT_EQ(DisplayPaintBitmap(dc, &source, nullptr, nullptr, &place, nullptr, SRCCOPY), 1);
+    KernelDeleteBitmapDc(dc);
     uint8_t row[24];
     KernelGetRow(&canvas, row, 2, 24);  // picture row 1
     EXPECT_GT(row[9], 100) << bits << " bits, pixel 3";
     EXPECT_EQ(row[12], 0) << "pixel 4 is untouched";
     KernelGetRow(&canvas, row, 3, 24);
     EXPECT_EQ(row[0], 0) << "picture row 0 is untouched";
-    KernelDeleteBitmapDc(dc);
     KernelFreeBitmap(&source);
     KernelFreeBitmap(&canvas);
   }
