@@ -26,7 +26,8 @@ struct HostLoadOptions {
   int32_t bands[3];        ///< +16, red, green and blue band with kLoadSelectedBands
   uint32_t reserved28[4];  ///< +28
 };
-static_assert(sizeof(HostLoadOptions) == kLoadOptionsSize && offsetof(HostLoadOptions, flags) == 12);
+static_assert(sizeof(HostLoadOptions) == kLoadOptionsSize && offsetof(HostLoadOptions, flags) == 12 &&
+              offsetof(HostLoadOptions, bands) == 16);
 
 #pragma pack(push, 1)
 /// Save options.
@@ -64,8 +65,11 @@ struct HostFileInfo {
   uint32_t pageCount;          ///< +1096
   uint8_t reserved1100[1072];  ///< +1100
 };
-static_assert(sizeof(HostFileInfo) == kFileInfoSize && offsetof(HostFileInfo, width) == 1032 &&
-              offsetof(HostFileInfo, imageBytes) == 1048 && offsetof(HostFileInfo, pageNumber) == 1092);
+static_assert(sizeof(HostFileInfo) == kFileInfoSize && offsetof(HostFileInfo, format) == 4 &&
+              offsetof(HostFileInfo, width) == 1032 && offsetof(HostFileInfo, height) == 1036 &&
+              offsetof(HostFileInfo, bitsPerPixel) == 1040 &&
+              offsetof(HostFileInfo, imageBytes) == 1048 && offsetof(HostFileInfo, pageNumber) == 1092 &&
+              offsetof(HostFileInfo, pageCount) == 1096);
 
 /// Answer of a load-information callback to a decoder of raw data.
 struct HostRawDataInfo {
@@ -127,12 +131,13 @@ struct HostLoadRecord {
   uint32_t required2224;                    ///< +2224, required to be non-zero
 };
 
-static_assert(sizeof(void*) != 4 || (offsetof(HostInformationRecord, file) == 8 &&
+static_assert(sizeof(void*) != 4 || (offsetof(HostInformationRecord, fileName) == 0 &&
+                                     offsetof(HostInformationRecord, file) == 8 &&
                                      offsetof(HostInformationRecord, info) == 12 &&
                                      offsetof(HostInformationRecord, options) == 36));
 static_assert(sizeof(void*) != 4 ||
-              (offsetof(HostLoadRecord, bitmap) == 4 && offsetof(HostLoadRecord, rowCallback) == 12 &&
-               offsetof(HostLoadRecord, userData) == 16 &&
+              (offsetof(HostLoadRecord, fileName) == 0 && offsetof(HostLoadRecord, bitmap) == 4 &&
+               offsetof(HostLoadRecord, rowCallback) == 12 && offsetof(HostLoadRecord, userData) == 16 &&
                offsetof(HostLoadRecord, callbackContext) == 56 &&
                offsetof(HostLoadRecord, options) == 2160 &&
                offsetof(HostLoadRecord, loadMemory) == 2192 &&

@@ -98,9 +98,10 @@ struct KernelBitmap {
   uint64_t byteCount;        ///< +64, bytesPerLine x height
   uint8_t reserved72[96];    ///< +72
 };
-static_assert(sizeof(KernelBitmap) == kBitmapRecordSize && offsetof(KernelBitmap, height) == 16 &&
-              offsetof(KernelBitmap, bitsPerPixel) == 20 && offsetof(KernelBitmap, bytesPerLine) == 24 &&
-              offsetof(KernelBitmap, flags) == 36);
+static_assert(sizeof(KernelBitmap) == kBitmapRecordSize && offsetof(KernelBitmap, width) == 12 &&
+              offsetof(KernelBitmap, height) == 16 && offsetof(KernelBitmap, bitsPerPixel) == 20 &&
+              offsetof(KernelBitmap, bytesPerLine) == 24 && offsetof(KernelBitmap, flags) == 36 &&
+              offsetof(KernelBitmap, pixels) == 48 && offsetof(KernelBitmap, byteCount) == 64);
 
 /// Makes an empty record: size as given, no pixels.
 ORB_HOST_API int32_t ORB_CALL KernelInitialiseBitmap(KernelBitmap* bitmap, uint32_t recordSize,

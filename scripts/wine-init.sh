@@ -5,10 +5,10 @@ box=/bin/busybox
 $box mount -t proc proc /proc
 $box mount -t devtmpfs dev /dev
 # Some modules need others first.
-for round in 1 2 3; do
+until [ -e /dev/vda ] && [ -e /dev/vdb ]; do
   for module in /modules/*.ko; do $box insmod "$module" 2>/dev/null; done
+  $box sleep 0.1
 done
-until [ -e /dev/vda ] && [ -e /dev/vdb ]; do $box sleep 0.1; done
 $box mount -t ext4 /dev/vda /machine
 $box tar -xf /dev/vdb -C /machine
 $box mount -t proc proc /machine/proc

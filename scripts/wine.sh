@@ -11,7 +11,7 @@ project=$(cd "$(dirname "$0")/.." && pwd)
 home=$project/build/wine
 root=$home/root
 environment=(HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8 WINEDEBUG=-all
-  WINEDLLOVERRIDES=mscoree,mshtml=)
+  "WINEDLLOVERRIDES=mscoree,mshtml=")
 
 # Sets Wine's folders up and waits until everything is on the disk.
 boot=(bash -c 'wineboot -i && wineserver -w')

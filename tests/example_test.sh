@@ -8,5 +8,5 @@ printf 'Some words' >words.txt
 "$1" new -o in.ntf --text words.txt
 "$2" in.ntf out.ntf 'A new title' | grep -q '^text 0:'
 "$1" info --json out.ntf | grep -q '"FTITLE": "A new title *"'
-! "$2" missing.ntf out.ntf title 2>err.txt
+if "$2" missing.ntf out.ntf title 2>err.txt; then exit 1; fi
 grep -q 'status -10' err.txt
