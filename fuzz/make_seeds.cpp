@@ -6,42 +6,30 @@
 #include "host/fileformat.h"
 #include "orbntf/orbntf.h"
 #include "tests/support/builder.h"
+#include "tests/support/metafile.h"
 
 namespace {
 
+using test::Element;
+using test::I;
 using test::ImageForm;
 using test::NitfBuilder;
 
-std::string Element(int elementClass, int id, const std::string& parameters) {
-  return test::Big(static_cast<uint64_t>(elementClass << 12 | id << 5) | parameters.size(), 2) +
-         parameters + std::string(parameters.size() % 2, '\0');
-}
-
-std::string Numbers(std::initializer_list<int> numbers) {
-  std::string bytes;
-  for (const int number : numbers) bytes += test::Big(static_cast<uint16_t>(number), 2);
-  return bytes;
-}
-
 // A metafile of one primitive of every kind.
 std::string Drawing() {
-  std::string cgm = Element(0, 1, "\x01s") + Element(1, 1, Numbers({1})) + Element(0, 3, "\x01p") +
-                    Element(2, 2, Numbers({1})) + Element(2, 6, Numbers({0, 0, 100, 100})) +
-                    Element(0, 4, "");
-  cgm += Element(5, 22, Numbers({1})) + Element(5, 23, "\xFF\x80\x10") + Element(5, 30, Numbers({1}));
-  cgm += Element(5, 2, Numbers({2})) + Element(5, 15, Numbers({9})) +
-         Element(5, 18, Numbers({3, 1, 0, 0, 0, 0}));
-  for (const int id : {1, 2, 3, 7}) cgm += Element(4, id, Numbers({10, 10, 40, 30, 70, 20, 20, 80}));
-  cgm += Element(4, 4, Numbers({20, 30, 1}) + "\x04text") +
-         Element(4, 5, Numbers({30, 9, 20, 60, 1}) + "\x03box");
-  cgm += Element(4, 8, Numbers({1, 1, 1, 9, 1, 1, 9, 9, 3}));
-  cgm += Element(4, 9, Numbers({10, 10, 50, 50, 50, 10, 2, 2, 8, 1}) + std::string(12, '\x7F'));
-  cgm += Element(4, 11, Numbers({20, 20, 60, 50})) + Element(4, 12, Numbers({50, 50, 20}));
-  for (const int id : {13, 14}) cgm += Element(4, id, Numbers({10, 50, 50, 90, 90, 50, 1}));
-  for (const int id : {15, 16}) cgm += Element(4, id, Numbers({50, 50, 10, 0, 0, 10, 30, 0}));
-  cgm += Element(4, 17, Numbers({50, 50, 80, 50, 50, 70}));
-  for (const int id : {18, 19}) cgm += Element(4, id, Numbers({50, 50, 80, 50, 50, 70, 1, 0, 0, 1, 1}));
-  return cgm + Element(0, 5, "") + Element(0, 2, "");
+  std::string cgm;
+  cgm += Element(5, 22, I({1})) + Element(5, 23, "\xFF\x80\x10") + Element(5, 30, I({1}));
+  cgm += Element(5, 2, I({2})) + Element(5, 15, I({9})) + Element(5, 18, I({3, 1, 0, 0, 0, 0}));
+  for (const int id : {1, 2, 3, 7}) cgm += Element(4, id, I({10, 10, 40, 30, 70, 20, 20, 80}));
+  cgm += Element(4, 4, I({20, 30, 1}) + "\x04text") + Element(4, 5, I({30, 9, 20, 60, 1}) + "\x03box");
+  cgm += Element(4, 8, I({1, 1, 1, 9, 1, 1, 9, 9, 3}));
+  cgm += Element(4, 9, I({10, 10, 50, 50, 50, 10, 2, 2, 8, 1}) + std::string(12, '\x7F'));
+  cgm += Element(4, 11, I({20, 20, 60, 50})) + Element(4, 12, I({50, 50, 20}));
+  for (const int id : {13, 14}) cgm += Element(4, id, I({10, 50, 50, 90, 90, 50, 1}));
+  for (const int id : {15, 16}) cgm += Element(4, id, I({50, 50, 10, 0, 0, 10, 30, 0}));
+  cgm += Element(4, 17, I({50, 50, 80, 50, 50, 70}));
+  for (const int id : {18, 19}) cgm += Element(4, id, I({50, 50, 80, 50, 50, 70, 1, 0, 0, 1, 1}));
+  return test::Metafile(cgm);
 }
 
 void Write(const std::filesystem::path& path, const std::string& bytes) {

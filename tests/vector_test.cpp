@@ -1,8 +1,8 @@
-// Metafiles, drawings and their painting.
+// Metafiles and drawings.
 #include <random>
 
-#include "Common/HandlGfx.h"
 #include "hostkit/vector/drawing.h"
+#include "tests/support/metafile.h"
 #include "tests/support/support.h"
 
 namespace {
@@ -12,35 +12,10 @@ using hostkit::Object;
 using hostkit::ObjectKind;
 using hostkit::Point;
 using test::Big;
-using test::NitfBuilder;
-using test::Rgb;
-
-// ---------------------------------------------------------------- metafiles written by hand
-
-std::string Element(int elementClass, int id, const std::string& parameters) {
-  std::string bytes;
-  const auto head = static_cast<uint64_t>(elementClass << 12 | id << 5);
-  if (parameters.size() < 31) {
-    bytes = Big(head | parameters.size(), 2) + parameters;
-  } else {
-    bytes = Big(head | 31, 2) + Big(parameters.size(), 2) + parameters;
-  }
-  return parameters.size() % 2 != 0 ? bytes + '\0' : bytes;
-}
-std::string I(std::initializer_list<int> numbers) {
-  std::string bytes;
-  for (int number : numbers) bytes += Big(static_cast<uint16_t>(number), 2);
-  return bytes;
-}
-std::string S(const std::string& text) { return static_cast<char>(text.size()) + text; }
-
-// A picture of direct colours whose extent is 100 x 100 units, y upwards.
-std::string Metafile(const std::string& body, const std::string& descriptors = "",
-                     const std::string& extent = I({0, 0, 100, 100})) {
-  return Element(0, 1, S("test")) + Element(1, 1, I({1})) + descriptors + Element(0, 3, S("picture")) +
-         Element(2, 2, I({1})) + Element(2, 6, extent) + Element(0, 4, "") + body + Element(0, 5, "") +
-         Element(0, 2, "");
-}
+using test::Element;
+using test::I;
+using test::Metafile;
+using test::S;
 
 Drawing Decode(const std::string& bytes) {
   Drawing drawing;
@@ -50,14 +25,6 @@ Drawing Decode(const std::string& bytes) {
 const std::vector<Object>& Objects(const Drawing& drawing) { return drawing.layers.at(0).objects; }
 
 using VectorTest = test::ModuleTest;
-/// Tests that have the host paint drawings.
-class PaintTest : public test::ModuleTest {
- protected:
-  void SetUp() override {
-    ModuleTest::SetUp();
-    if (!test::HostPaintsDrawings()) GTEST_SKIP() << "the host toolkit of this build does not paint";
-  }
-};
 
 TEST_F(VectorTest, EveryPrimitiveIsDecoded) {
   const Drawing drawing = Decode(
@@ -198,103 +165,6 @@ TEST_F(VectorTest, EncodingLosesNothing) {
   }
 }
 
-// ---------------------------------------------------------------- painting
-
-// A white 24-bit canvas of 100 x 100 pixels with a metafile painted over all of it.
-class Canvas {
- public:
-  explicit Canvas(const std::string& cgm, uint32_t side = 100) : side_(side) {
-    KernelAllocateBitmap(&bitmap_, kBitmapRecordSize, 1, side, side, 24, kOrderBgr, nullptr,
-                         kViewBottomLeft, nullptr, 0);
-    KernelFillBitmap(&bitmap_, 0xFFFFFF);
-    VectorHandle handle{};
-    VectorInitialise(&handle);
-    EXPECT_EQ(
-        FileFormatLoadDrawingMemory(cgm.data(), &handle, static_cast<uint32_t>(cgm.size()), nullptr, 0),
-        1);
-    HDC dc = KernelCreateBitmapDc(&bitmap_);
-    const RECT place = {0, 0, static_cast<LONG>(side), static_cast<LONG>(side)};
-    EXPECT_EQ(VectorPaint(dc, &handle, static_cast<int32_t>(side), static_cast<int32_t>(side), 0, 0,
-                          &place, nullptr, 0),
-              1);
-    KernelDeleteBitmapDc(dc);
-    VectorFree(&handle);
-  }
-  ~Canvas() { KernelFreeBitmap(&bitmap_); }
-  Rgb At(uint32_t x, uint32_t y) {
-    std::vector<uint8_t> row(bitmap_.bytesPerLine);
-    KernelGetRow(&bitmap_, row.data(), side_ - 1 - y, bitmap_.bytesPerLine);
-    return {row[3 * x + 2], row[3 * x + 1], row[3 * x]};
-  }
-  int CountNot(Rgb colour) {
-    int count = 0;
-    for (uint32_t y = 0; y < side_; ++y) {
-      for (uint32_t x = 0; x < side_; ++x) count += At(x, y) != colour;
-    }
-    return count;
-  }
-
- private:
-  uint32_t side_;
-  KernelBitmap bitmap_;
-};
-
-const std::string kRedFill = Element(5, 22, I({1})) + Element(5, 23, "\xFF" + std::string(2, '\0'));
-constexpr Rgb kRed{255, 0, 0};
-
-TEST_F(PaintTest, FilledShapesCoverTheirPixels) {
-  Canvas rectangle(Metafile(kRedFill + Element(4, 11, I({10, 20, 30, 40}))));
-  EXPECT_EQ(rectangle.At(10, 60), kRed) << "y runs upwards";
-  EXPECT_EQ(rectangle.At(29, 79), kRed);
-  EXPECT_EQ(rectangle.At(30, 70), test::kWhite);
-  EXPECT_EQ(rectangle.CountNot(test::kWhite), 400);
-  Canvas ring(Metafile(kRedFill + Element(4, 8, I({10, 10, 1, 90, 10, 1, 90, 90, 1, 10, 90, 3,
-                                                   40, 40, 1, 60, 40, 1, 60, 60, 1, 40, 60, 3}))));
-  EXPECT_EQ(ring.At(20, 20), kRed);
-  EXPECT_EQ(ring.At(50, 50), test::kWhite) << "even and odd";
-  Canvas circle(Metafile(kRedFill + Element(4, 12, I({50, 50, 20}))));
-  EXPECT_EQ(circle.At(50, 31), kRed);
-  EXPECT_EQ(circle.At(50, 28), test::kWhite);
-  EXPECT_NEAR(circle.CountNot(test::kWhite), 1257, 120);
-}
-
-TEST_F(PaintTest, EdgesClipsAndDashesShow) {
-  const std::string edge = Element(2, 5, I({0})) + Element(5, 30, I({1})) + Element(5, 28, I({4})) +
-                           Element(5, 29, std::string(1, '\0') + "\xFF" + std::string(1, '\0'));
-  Canvas framed(Metafile(edge + kRedFill + Element(4, 11, I({20, 20, 80, 80}))));
-  EXPECT_EQ(framed.At(19, 50), (Rgb{0, 255, 0}));
-  EXPECT_EQ(framed.At(50, 50), kRed);
-  Canvas clipped(
-      Metafile(Element(3, 5, I({0, 0, 50, 100})) + kRedFill + Element(4, 11, I({20, 20, 80, 80}))));
-  EXPECT_EQ(clipped.At(49, 50), kRed);
-  EXPECT_EQ(clipped.At(51, 50), test::kWhite);
-  const auto line = [](int type) {
-    return Canvas(Metafile(Element(5, 2, I({type})) + Element(5, 4, std::string(3, '\0')) +
-                           Element(4, 1, I({0, 50, 100, 50}))))
-        .CountNot(test::kWhite);
-  };
-  EXPECT_LT(line(2), line(1));
-  EXPECT_LT(line(3), line(2));
-}
-
-TEST_F(PaintTest, TextStandsWhereItsAlignmentSays) {
-  const std::string look = Element(5, 15, I({20})) + Element(5, 14, std::string(3, '\0'));
-  const auto marked = [&](const std::string& more, uint32_t left, uint32_t top, uint32_t right,
-                          uint32_t bottom) {
-    Canvas canvas(Metafile(look + more + Element(4, 4, I({50, 50, 1}) + S("HHH"))));
-    int inside = 0;
-    for (uint32_t y = top; y < bottom; ++y) {
-      for (uint32_t x = left; x < right; ++x) inside += canvas.At(x, y) != test::kWhite;
-    }
-    const int all = canvas.CountNot(test::kWhite);
-    EXPECT_GT(all, 50);
-    return 100 * inside / all;
-  };
-  EXPECT_GE(marked("", 50, 29, 100, 51), 99) << "right of and above its point";
-  EXPECT_GE(marked(Element(5, 18, I({3, 1}) + Big(0, 8)), 0, 50, 51, 80), 99) << "right and top aligned";
-  EXPECT_GE(marked(Element(5, 16, I({-1, 0, 0, 1})), 29, 0, 51, 51), 99) << "turned to read upwards";
-}
-
 TEST_F(VectorTest, ExtentsFollowTheObjects) {
   Point least, greatest;
   const Drawing drawing =
@@ -306,82 +176,20 @@ TEST_F(VectorTest, ExtentsFollowTheObjects) {
   EXPECT_NEAR(greatest.y, 90, 1e-9);
 }
 
-TEST_F(PaintTest, DrawingsWithoutAFrameAreDrawnPixelByPixel) {
-  Canvas canvas(Metafile(kRedFill + Element(4, 11, I({40, 60, 50, 70})), "", I({0, 32767, 32767, 0})));
-  EXPECT_EQ(canvas.At(0, 0), kRed) << "the objects begin at the rectangle's corner";
-  EXPECT_EQ(canvas.CountNot(test::kWhite), 100);
-}
-
-// ---------------------------------------------------------------- graphics in files
-
-test::Record Symbol(int level, const char* location, const char* bound) {
-  test::Record record = test::GraphicRecord();
-  record.Set("SDLVL", level).Set("SLOC", location).Set("SBND1", "0000000000").Set("SBND2", bound);
-  return record;
-}
-
-TEST_F(PaintTest, GraphicsAreDrawnOverAndUnderImages) {
-  test::ImageForm form;
-  form.width = form.height = 40;
-  test::Record image = test::ImageRecord(form);
-  image.Set("IDLVL", 2);
-  NitfBuilder file;
-  file.Image(image, std::string(1600, '\x40'));
-  const std::string square = Metafile(kRedFill + Element(4, 11, I({0, 0, 100, 100})));
-  file.Graphic(Symbol(1, "0000000000", "0005000050"), square)
-      .Graphic(Symbol(3, "0001000020", "0000500005"), square);
-  const auto picture = test::RenderBytes(file.Bytes());
-  ASSERT_EQ(picture.status, 1);
-  EXPECT_EQ(picture.width, 50u);
-  EXPECT_EQ(picture.At(10, 10), test::Grey(0x40)) << "the image covers the lower graphic";
-  EXPECT_EQ(picture.At(45, 45), kRed);
-  EXPECT_EQ(picture.At(22, 12), kRed) << "the upper graphic lies at row 10, column 20";
-  EXPECT_EQ(picture.At(26, 12), test::Grey(0x40));
-}
-
-TEST_F(PaintTest, ObjectGraphicsGiveAnEmptyLayerAndBrokenOnesTheirStatus) {
-  test::Record object = Symbol(1, "0000000000", "0001000010");
-  object.Set("SFMT", "O");
-  NitfBuilder file;
-  file.Graphic(object, "anything");
-  const test::TempFile onDisk(file.Bytes());
-  EXPECT_EQ(test::Render(onDisk).status, 1);
-  {
-    NitfFile document;
-    ASSERT_EQ(document.ReadDocument(onDisk.Wide()), Status::Success);
-    ASSERT_EQ(LoadGraphicDrawing(document, 0), Status::Success);
-    const Drawing* drawing = hostkit::DrawingOf(&document.graphics.At(0)->drawing.handle);
-    ASSERT_NE(drawing, nullptr);
-    EXPECT_EQ(drawing->layers.at(0).name, u"Object Layer");
-  }
-  EXPECT_EQ(test::RenderBytes(
-                NitfBuilder().Graphic(Symbol(1, "0000000000", "0001000010"), "no metafile").Bytes())
-                .status,
-            -9);
-}
-
-TEST_F(PaintTest, DrawingSurvivesEveryFault) {
-  const std::string cgm =
-      Metafile(kRedFill + Element(4, 11, I({0, 0, 50, 50})) + Element(4, 4, I({7, 8, 1}) + S("text")));
-  const test::TempFile file(NitfBuilder().Graphic(Symbol(1, "0000000000", "0002000020"), cgm).Bytes());
-  const auto render = [&] { return test::Render(file).status; };
-  EXPECT_GT(test::ForEachFault(kFaultAllocation, {-1}, render), 5);
-  test::ForEachFault(kFaultRead, {-7}, render);
-  test::ForEachFault(kFaultCodec, {-9, -1}, render);
-}
-
 TEST_F(VectorTest, DamagedMetafilesAreDrawnAsFarAsTheyGo) {
   const std::string whole = hostkit::EncodeCgm([] {
     Drawing drawing = EveryKind(1);
     drawing.layers[0].objects[3].text = "short";
     return drawing;
   }());
+  test::Record record = test::GraphicRecord();
+  record.Set("SLOC", "0000000000").Set("SBND1", "0000000000").Set("SBND2", "0002000020");
   std::mt19937 random(11);
   for (int round = 0; round < 400; ++round) {
     std::string cgm = whole;
     if (round % 4 == 0) cgm.resize(random() % cgm.size());
     for (int i = 0; i < 6 && !cgm.empty(); ++i) cgm[random() % cgm.size()] = static_cast<char>(random());
-    (void)test::RenderBytes(NitfBuilder().Graphic(Symbol(1, "0000000000", "0002000020"), cgm).Bytes());
+    (void)test::RenderBytes(test::NitfBuilder().Graphic(record, cgm).Bytes());
   }
 }
 
