@@ -73,31 +73,28 @@ void PutOneColour(KernelBitmap& bitmap, uint32_t entry, KernelColour colour) {
   (void)KernelPutColours(&bitmap, 0, 2, both);
 }
 
-// Facsimile decoders give white as 1, the reverse of the file's sample values.
-Status AdjustBiLevel(KernelBitmap& bitmap, ImageSubheader& header) {
-  if (header.palette.size() >= 2) {
-    PutOneColour(bitmap, 1, header.palette[0]);
-    PutOneColour(bitmap, 0, header.palette[1]);
-  }
-  if (header.mask.TPXCD.size() == 0) return Status::Success;
-  const uint8_t code = header.mask.TPXCD[0] == 0 ? 1 : 0;
-  TrackedArray<uint8_t> single;
-  if (Status s = single.Make(1, ORB_HERE); !Ok(s)) return s;
-  single[0] = code;
-  header.mask.TPXCD.Swap(single);
-  return Status::Success;
+// Facsimile bitmaps show a lookup table's two colours the other way round.
+void AdjustBiLevel(KernelBitmap& bitmap, const ImageSubheader& header) {
+  if (header.palette.size() < 2) return;
+  PutOneColour(bitmap, 1, header.palette[0]);
+  PutOneColour(bitmap, 0, header.palette[1]);
+}
+
+Reader ReaderOf(const ImageSubheader& header) {
+  return kReaders[std::min<uint32_t>(header.IC.code, std::size(kReaders) - 1)];
 }
 
 Status FillSegmentBitmap(HostLoadRecord* record, NitfFile& document, uint32_t index,
                          OwnedBitmap& bitmap) {
   const ImageSource source = ImageSource::Of(document, index, record);
   ImageSubheader& header = source.header;
-  const Reader reader = kReaders[std::min<uint32_t>(header.IC.code, std::size(kReaders) - 1)];
+  const Reader reader = ReaderOf(header);
   if (Status s = source.Require(0, LeastDataBytes(header)); !Ok(s)) return s;
   if (Status s = CreateSegmentBitmap(bitmap, header); !Ok(s)) return s;
   if (reader == nullptr) return Status::Unsupported;
   if (Status s = reader(bitmap.record, source); !Ok(s)) return s;
-  return reader == ReadFacsimileImage ? AdjustBiLevel(bitmap.record, header) : Status::Success;
+  if (reader == ReadFacsimileImage) AdjustBiLevel(bitmap.record, header);
+  return Status::Success;
 }
 
 int32_t Clamp(int64_t coordinate) {
@@ -131,12 +128,18 @@ Status PadColour(const KernelBitmap& bitmap, uint8_t code, COLORREF& colour) {
   return Status::Success;
 }
 
+// The palette index that a segment bitmap has for the pad pixel code; facsimile bitmaps have it inverted.
+uint8_t PadIndex(const ImageSubheader& header) {
+  const uint8_t code = header.mask.TPXCD[0];
+  return ReaderOf(header) == ReadFacsimileImage ? code == 0 : code;
+}
+
 Status PaintPixels(HDC dc, KernelBitmap& bitmap, const ImageSubheader& header, const RECT& place) {
   if (header.mask.TPXCD.size() == 0) {
     return FromHost(DisplayPaintBitmap(dc, &bitmap, nullptr, nullptr, &place, nullptr, SRCCOPY));
   }
   COLORREF pad = 0;
-  if (Status s = PadColour(bitmap, header.mask.TPXCD[0], pad); !Ok(s)) return s;
+  if (Status s = PadColour(bitmap, PadIndex(header), pad); !Ok(s)) return s;
   return FromHost(EffectsPaintTransparent(dc, &bitmap, nullptr, nullptr, &place, nullptr, 1000, 1, 1, 1,
                                           1, 1, 1, 1, pad, 0, 0, SRCCOPY));
 }

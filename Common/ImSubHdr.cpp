@@ -97,7 +97,8 @@ Status TakeMagnification(H& header) {
 
 bool HasCoordinates(const H& header) { return header.ICORDS.text[0] != ' '; }
 bool HasCompressionRate(const H& header) { return header.IsCompressed(); }
-bool HasExtendedBands(const H& header) { return header.NBANDS.value == 0; }
+// More bands than one digit counts are counted by XBANDS.
+bool HasExtendedBands(const H& header) { return header.NBANDS.value == 0 || header.bandCount > 9; }
 
 // ---------------------------------------------------------------- comments and bands
 
@@ -201,13 +202,18 @@ Status WriteBands(const H& header, FieldWriter& writer) {
 }
 
 Status WriteOrdinaryBands(const H& header, FieldWriter& writer) {
-  return header.NBANDS.value == 0 ? Status::Success : WriteBands(header, writer);
+  return HasExtendedBands(header) ? Status::Success : WriteBands(header, writer);
 }
 
 // ---------------------------------------------------------------- written forms
 
 void FormatCompressionRate(const H& header, char (&text)[16]) {
   std::strncpy(text, kBiLevelOptions.WrittenFor(header.biLevelOption, "00.0"), sizeof text - 1);
+}
+
+// The count of the band records that follow, 0 where XBANDS gives it.
+void FormatBandCount(const H& header, char (&text)[16]) {
+  text[0] = static_cast<char>('0' + (HasExtendedBands(header) ? 0 : header.bandCount));
 }
 
 // The magnification as "%f", cut to three characters; done by hand because a host may have set a locale.
@@ -255,7 +261,7 @@ constexpr auto kTable = JoinRows<H>(
             .WriteWith(&FormatCompressionRate),
         Field<&H::NBANDS>("NBANDS", 1)
             .SetNumber(true)
-            .Write(WriteFrom::Value)
+            .WriteWith(&FormatBandCount)
             .Then(&ReadOrdinaryBands, &WriteOrdinaryBands),
         Field<&H::XBANDS>("XBANDS", 5)
             .Fill('0')
