@@ -341,4 +341,33 @@ TEST_F(ApiTest, ExchangeSurvivesEveryFault) {
   EXPECT_GT(test::ForEachFault(kFaultAllocation, {-1}, exchange), 60);
 }
 
+TEST_F(ApiTest, NegativeBoundsAndPlacesAreStoredInTheirForms) {
+  const NitfHandle handle = Open(FullFile().Bytes());
+  GraphicHeader graphic = {};
+  ASSERT_EQ(Orb_NITFGetGraphicHeader(handle, 0, &graphic), 1);
+  graphic.SBND1row = -12;
+  graphic.SBND2column = 7;
+  graphic.SLOCrow = -12;
+  graphic.SLOCcolumn = 345;
+  EXPECT_EQ(Orb_NITFSetGraphicHeader(handle, 0, &graphic), 1);
+  EXPECT_EQ(std::string(handle->graphics.At(0)->SBND1.text, 5), "00-12");
+  EXPECT_EQ(std::string(handle->graphics.At(0)->SLOC.text), "-001200345");
+  EXPECT_EQ(std::string(handle->graphics.At(0)->SBND2.text + 5, 5), "00007");
+  Orb_NITFFreeGraphicHeader(&graphic);
+}
+
+TEST_F(ApiTest, NullPointersLeaveExtendedDataAlone) {
+  const NitfHandle handle = Open(FullFile().Bytes());
+  ImageHeader image = {};
+  ASSERT_EQ(Orb_NITFGetImageHeader(handle, 0, &image), 1);
+  uint8_t* extended = image.IXSHD;
+  const std::string before(handle->images.At(0)->extended.Data());
+  image.IXSHD = nullptr;
+  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), 1);
+  EXPECT_EQ(std::string(handle->images.At(0)->extended.Data()), before);
+  EXPECT_FALSE(before.empty());
+  image.IXSHD = extended;
+  Orb_NITFFreeImageHeader(&image);
+}
+
 }  // namespace

@@ -536,4 +536,79 @@ TEST_F(CompressedTest, ReadersSurviveEveryFault) {
   }
 }
 
+TEST_F(CompressedTest, AMaskedFacsimileLooksTheSameEveryTime) {
+  ImageForm form = Form("M1", 1, 1, 1, "MONO");
+  form.bits = 1;
+  form.pixelType = "B";
+  form.rate = "1D";
+  const std::string data = test::MaskBytes({.padCode = 1}) + EncodeFacsimile(kSide, kSide, false);
+  const test::TempFile file(NitfBuilder().Image(form, data).Bytes());
+  NitfHandle handle = nullptr;
+  ASSERT_EQ(Orb_NITFCreate(&handle, file.Wide()), 1);
+  std::string rows[2];
+  KernelBitmap bitmap = {};
+  for (std::string& picture : rows) {
+    ASSERT_EQ(Orb_NtfRenderBitmap(&bitmap, handle), 1);
+    picture.resize(bitmap.bytesPerLine);
+    KernelGetRow(&bitmap, picture.data(), 5, bitmap.bytesPerLine);
+  }
+  KernelFreeBitmap(&bitmap);
+  EXPECT_EQ(rows[0], rows[1]);
+  ImageHeader header = {};
+  ASSERT_EQ(Orb_NITFGetImageHeader(handle, 0, &header), 1);
+  EXPECT_EQ(header.TPXCD[0], 1);
+  Orb_NITFFreeImageHeader(&header);
+  Orb_NITFDestroy(&handle);
+}
+
+int loads = 0, callbacks = 0;
+int32_t ORB_CALL CountedLoad(const void* bytes, KernelBitmap* bitmap, uint32_t recordSize,
+                             uint32_t bitsPerPixel, uint32_t colourOrder, uint32_t byteCount,
+                             const HostLoadOptions* options, HostFileInfo* info) {
+  ++loads;
+  return FileFormatLoadMemory(bytes, bitmap, recordSize, bitsPerPixel, colourOrder, byteCount, options,
+                              info);
+}
+HostLoadInfoCallback ORB_CALL CountedSetCallback(HostLoadInfoCallback callback, void* userData) {
+  ++callbacks;
+  return FileFormatSetLoadInfoCallback(callback, userData);
+}
+
+TEST_F(CompressedTest, TheHostsOwnEntryPointsAreUsedWhereItGivesThem) {
+  ImageForm fax = Form("C1", 1, 1, 1, "MONO");
+  fax.bits = 1;
+  fax.pixelType = "B";
+  fax.rate = "1D";
+  const test::TempFile file(NitfBuilder().Image(fax, EncodeFacsimile(kSide, kSide, false)).Bytes());
+  const test::RenderRequest request = {.loadMemory = &CountedLoad,
+                                       .setLoadCallback = &CountedSetCallback};
+  loads = callbacks = 0;
+  EXPECT_EQ(test::Render(file, request).status, 1);
+  EXPECT_EQ(loads, 1);
+  EXPECT_EQ(callbacks, 2) << "set, and put back";
+  loads = callbacks = 0;
+  NitfHandle handle = nullptr;
+  ASSERT_EQ(Orb_NITFCreate(&handle, file.Wide()), 1);
+  KernelBitmap bitmap = {};
+  EXPECT_EQ(Orb_NtfRenderBitmap(&bitmap, handle), 1);
+  EXPECT_EQ(loads + callbacks, 0);
+  KernelFreeBitmap(&bitmap);
+  Orb_NITFDestroy(&handle);
+}
+
+TEST_F(CompressedTest, VectorQuantisedIndexesAreShownThroughTheirTables) {
+  const VqForm vq;
+  ImageForm form = VqImage(vq, "C4", 1, 1);
+  form.representation = "RGB/LUT";
+  form.lookupTables = 3;
+  for (int table = 0; table < 3; ++table) {
+    for (int i = 0; i < 256; ++i) form.lookup += static_cast<char>(i + 10 * table);
+  }
+  const auto picture = RenderImage(form, VqData(vq));
+  ASSERT_EQ(picture.status, 1);
+  const int value = VqValue(VqCode(1), 2, 0);
+  EXPECT_EQ(picture.At(6, 0), (Rgb{static_cast<uint8_t>(value), static_cast<uint8_t>(value + 10),
+                                   static_cast<uint8_t>(value + 20)}));
+}
+
 }  // namespace

@@ -152,4 +152,83 @@ TEST_F(FilterTest, LoadingSurvivesEveryFault) {
   EXPECT_GT(test::ForEachFault(kFaultRead, {-7}, render), 100);
 }
 
+TEST_F(FilterTest, WhatWasDrawnBeforeAFailureStays) {
+  NitfBuilder file = RampFile(5, 4);
+  ImageForm small;
+  small.width = small.height = 2;
+  for (const int level : {2, 3}) {
+    small.compression = level == 2 ? "C0" : "NC";  // which no reader takes
+    test::Record record = test::ImageRecord(small);
+    record.Set("IDLVL", level).Set("ILOC", level == 2 ? "0000000000" : "0000200002");
+    file.Image(record, "yyyy");
+  }
+  const test::TempFile onDisk(file.Bytes());
+  NitfFile document;
+  ASSERT_EQ(document.ReadDocument(onDisk.Wide()), Status::Success);
+  KernelBitmap canvas;
+  ASSERT_EQ(KernelAllocateBitmap(&canvas, kBitmapRecordSize, 1, 5, 4, 24, kOrderBgr, nullptr,
+                                 kViewTopLeft, nullptr, 0),
+            1);
+  const HDC dc = KernelCreateBitmapDc(&canvas);
+  const int32_t status = Orb_NitfDrawObjects(nullptr, dc, &canvas, &document);
+  KernelDeleteBitmapDc(dc);
+  uint8_t row[16];
+  KernelGetRow(&canvas, row, 3, sizeof row);
+  KernelFreeBitmap(&canvas);
+  EXPECT_EQ(status, -16);
+  EXPECT_EQ(row[3 * 4], 19) << "the first image";
+  EXPECT_EQ(row[3 * 3], 18) << "the third is not drawn";
+}
+
+TEST_F(FilterTest, AFailedRenderLeavesNoCanvas) {
+  ImageForm unknown;
+  unknown.compression = "M0";
+  const test::TempFile good(RampFile(5, 4).Bytes());
+  const test::TempFile bad(NitfBuilder().Image(unknown, test::MaskBytes({})).Bytes());
+  NitfFile first, second;
+  ASSERT_EQ(first.ReadDocument(good.Wide()), Status::Success);
+  ASSERT_EQ(second.ReadDocument(bad.Wide()), Status::Success);
+  KernelBitmap bitmap;
+  KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 0);
+  ASSERT_EQ(Orb_NtfRenderBitmap(&bitmap, &first), 1);
+  EXPECT_EQ(Orb_NtfRenderBitmap(&bitmap, &second), -16);
+  EXPECT_EQ(bitmap.flags & kBitmapAllocated, 0u);
+  HostFileInfo info = {};
+  HostLoadOptions options = {};
+  HostInformationRecord record = {};
+  record.fileName = u"no such file";
+  record.file = kNoFile;
+  record.info = &info;
+  record.options = &options;
+  EXPECT_EQ(fltInfo(&record), -7);
+  EXPECT_EQ(info.format, 0u) << "filled on success only";
+  EXPECT_EQ(options.flags, kLoadFlagsAlways);
+}
+
+TEST_F(FilterTest, TheHostsHandleIsRewound) {
+  const test::TempFile file(RampFile(5, 4).Bytes());
+  const int32_t handle = KernelOpen(file.Wide(), kOpenRead, kPermissionRead);
+  ASSERT_NE(handle, kNoFile);
+  KernelSeek(handle, 100, kSeekStart);
+  HostFileInfo info = {};
+  HostLoadOptions options = {};
+  HostInformationRecord record = {};
+  record.fileName = file.Wide();
+  record.file = handle;
+  record.info = &info;
+  record.options = &options;
+  EXPECT_EQ(fltInfo(&record), 1);
+  EXPECT_EQ(KernelSeek(handle, 0, kSeekCurrent), 0);
+  KernelClose(handle);
+}
+
+TEST_F(FilterTest, CompressionsWithoutAReaderAreUnsupported) {
+  for (const char* compression : {"C0", "C2", "C7", "M0", "M2", "ZZ"}) {
+    ImageForm form;
+    form.compression = compression;
+    EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, std::string(200, '\0')).Bytes()).status, -16)
+        << compression;
+  }
+}
+
 }  // namespace

@@ -1,6 +1,7 @@
 // Composite size, display order and attachment.
 #include "Common/NitfFile.h"
 #include "Common/Utility.h"
+#include "tests/support/metafile.h"
 #include "tests/support/support.h"
 
 namespace {
@@ -117,6 +118,40 @@ TEST_F(GeometryTest, LongAttachmentChainsAreFollowedQuickly) {
   std::vector<Placed> chain;
   for (int i = 1; i <= 999; ++i) chain.push_back({i, i - 1, "0000100001", 1, 1});
   EXPECT_EQ(SizeOf(Compose(chain)), (Size{1, 1000, 1000}));
+}
+
+TEST_F(GeometryTest, DrawnSegmentsStandWhereTheirAttachmentsPutThem) {
+  const auto picture = test::RenderBytes(Compose({{1, 0, "0000100003", 12, 9, 10},
+                                                  {2, 1, "0000200005", 2, 3, 20},
+                                                  {3, 2, "0000300001", 1, 1, 30}})
+                                             .Bytes());
+  ASSERT_EQ(picture.status, 1);
+  EXPECT_EQ(picture.width, 15u);
+  EXPECT_EQ(picture.height, 10u);
+  EXPECT_EQ(picture.At(2, 1), test::kWhite);
+  EXPECT_EQ(picture.At(3, 1), test::Grey(10));
+  EXPECT_EQ(picture.At(8, 3), test::Grey(20));
+  EXPECT_EQ(picture.At(9, 5), test::Grey(20));
+  EXPECT_EQ(picture.At(10, 5), test::Grey(10));
+  EXPECT_EQ(picture.At(9, 6), test::Grey(30));
+}
+
+TEST_F(GeometryTest, AttachmentsReachAcrossKinds) {
+  NitfBuilder file = Compose({{1, 0, "0001000020", 1, 1}, {3, 2, "0000300004", 50, 40}});
+  test::Record graphic = test::GraphicRecord();
+  graphic.Set("SFMT", "B").Set("SDLVL", 2).Set("SALVL", 1).Set("SLOC", "0010000200");
+  file.Graphic(graphic, "");
+  EXPECT_EQ(SizeOf(file), (Size{1, 20 + 200 + 4 + 50, 10 + 100 + 3 + 40}));
+}
+
+TEST_F(GeometryTest, MetafilesReachTheirBoundsFromTheirPlace) {
+  const auto size = [](const char* location, const char* first, const char* second) {
+    test::Record graphic = test::GraphicRecord();
+    graphic.Set("SLOC", location).Set("SBND1", first).Set("SBND2", second);
+    return SizeOf(NitfBuilder().Graphic(graphic, test::Metafile("")));
+  };
+  EXPECT_EQ(size("0001000020", "0000000000", "0010000050"), (Size{1, 120, 60})) << "100 columns, 50 rows";
+  EXPECT_EQ(size("0000000000", "0000000000", "-003000040"), (Size{1, 30, 40})) << "without the sign";
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "Common/NitfFile.h"
 #include "tests/support/layout.h"
+#include "tests/support/metafile.h"
 #include "tests/support/support.h"
 
 namespace {
@@ -428,6 +429,81 @@ TEST_F(CompressedSaveTest, SavingAndAppendingSurviveEveryFault) {
       if (!met) break;
     }
   }
+}
+
+TEST_F(SaveTest, ANewDocumentIsWrittenWithItsDefaults) {
+  const Handle handle;
+  const std::string bytes = Saved(handle);
+  ASSERT_EQ(bytes.size(), 388u);
+  EXPECT_EQ(bytes.substr(0, 9), "NITF02.10");
+  EXPECT_EQ(bytes.substr(15, 10), "0000000000") << "OSTAID";
+  EXPECT_EQ(bytes.substr(286, 11), "00000000000") << "FSCOP, FSCPYS, ENCRYP";
+  EXPECT_EQ(test::CheckLayout(bytes), "");
+}
+
+TEST_F(SaveTest, BandRecordsAreAsManyAsTheCountSays) {
+  for (const int extended : {5, 12}) {
+    ImageForm form;
+    form.bands = extended;
+    form.representation = "MULTI";
+    test::Record record = test::ImageRecord(form);
+    if (extended == 5) record.Set("NBANDS", 0).InsertAfter("NBANDS", "XBANDS", "00005");
+    const test::TempFile file(NitfBuilder().Image(record, std::string(64 * 12, 'i')).Bytes());
+    const Handle handle(file);
+    EXPECT_EQ(Saved(handle), file.Contents()) << "XBANDS counts the bands";
+    ASSERT_EQ(handle->images.At(0)->SetBandCount(3), Status::Success);
+    EXPECT_EQ(handle->images.At(0)->BandCount(), static_cast<uint32_t>(extended)) << "the larger one";
+    const std::string bytes = Saved(handle);
+    const size_t place = bytes.find("NC", 404 + 300);
+    EXPECT_EQ(bytes[place + 2], extended == 5 ? '5' : '0');
+    EXPECT_EQ(bytes.substr(place + 3 + (extended == 5 ? 13 * 5 : 5 + 13 * 12), 2), "0B")
+        << "ISYNC, IMODE";
+  }
+}
+
+TEST_F(SaveTest, ExtentsBeyondFiveDigitsAreRefused) {
+  const Handle handle;
+  const RECT rectangle = {0, 0, 60, 60};
+  // 32-bit coordinates: a line to (x, y).
+  const auto append = [&](int32_t x, int32_t y) {
+    const std::string cgm =
+        test::Metafile(test::Element(3, 1, test::I({32})) +
+                       test::Element(4, 1,
+                                     std::string(8, '\0') + test::Big(static_cast<uint32_t>(x), 4) +
+                                         test::Big(static_cast<uint32_t>(y), 4)));
+    VectorHandle drawing{};
+    VectorInitialise(&drawing);
+    EXPECT_EQ(
+        FileFormatLoadDrawingMemory(cgm.data(), &drawing, static_cast<uint32_t>(cgm.size()), nullptr, 0),
+        1);
+    VectorPoint least, before, after;
+    VectorGetExtent(&drawing, &least, &before);
+    const int32_t status = Orb_NITFAppendGraphicSegment(handle, &drawing, &rectangle);
+    VectorGetExtent(&drawing, &least, &after);
+    EXPECT_TRUE(status == 1 || (before.x == after.x && before.y == after.y))
+        << "a refused drawing is not moved";
+    VectorFree(&drawing);
+    return status;
+  };
+  EXPECT_EQ(append(100000, 5), -13);
+  EXPECT_EQ(append(5, -100000), -13);
+  EXPECT_EQ(Orb_NITFGetGraphicHeaderCount(handle), 0u);
+  EXPECT_EQ(handle->header.fileLength, 388u);
+  EXPECT_EQ(append(99999, 5), 1);
+}
+
+TEST_F(SaveTest, TextsCutShortGiveTheirLengthOnly) {
+  NitfBuilder builder;
+  builder.Text("twenty characters...");
+  std::string bytes = builder.Bytes();
+  bytes.resize(bytes.size() - 5);
+  const test::TempFile file(bytes);
+  const Handle handle(file);
+  uint32_t length = 0;
+  char buffer[32];
+  EXPECT_EQ(Orb_NITFGetTextSegment(handle, 0, nullptr, &length), 1);
+  EXPECT_EQ(length, 20u);
+  EXPECT_EQ(Orb_NITFGetTextSegment(handle, 0, buffer, &length), -7);
 }
 
 }  // namespace

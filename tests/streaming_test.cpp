@@ -42,7 +42,9 @@ using StreamingTest = test::ModuleTest;
 TEST_F(StreamingTest, LengthsComeFromTheReplacementData) {
   NitfBuilder file = OneImage();
   const std::string header = TrueHeader(file, StreamingData(TrueHeader(file, 0)).size());
-  for (size_t trailing : {0u, 200u, 231u, 232u, 233u, 234u, 235u, 255u, 3000u}) {
+  std::vector<size_t> trailings = {0, 3000};
+  for (size_t trailing = 60; trailing < 95; ++trailing) trailings.push_back(trailing);
+  for (const size_t trailing : trailings) {  // the delimiter lies across two chunks of some
     NitfBuilder streamed = OneImage();
     streamed.extensions[0].data = StreamingData(header) + std::string(trailing, '.');
     streamed.Patch("FL", "999999999999").Patch("LI0", "9999999999").Patch("LISH0", "999999");
@@ -103,6 +105,58 @@ TEST_F(StreamingTest, FaultyStreamingHeadersAreRefused) {
   file.extensions[0].data = StreamingData(bytes.substr(0, bytes.find("IMTest")));
   NitfFile document;
   EXPECT_EQ(ReadBytes(file.Bytes(), document), 1);
+}
+
+// Fields whose nines are placeholders start the search for a streaming header, others do not.
+TEST_F(StreamingTest, PlaceholdersAreThoseOfCertainFields) {
+  const auto statusOf = [](const std::string& name, const std::string& nines, bool subheader = false) {
+    NitfBuilder file;
+    file.Image(test::ImageForm{}, std::string(64, 'i')).Text("text");
+    test::Record graphic = test::GraphicRecord();
+    graphic.Set("SFMT", "B");
+    file.Graphic(graphic, "");
+    if (name[0] != 'L' || name[1] != 'T')
+      file.extensions.push_back({test::DataExtensionRecord("OTHER"), "data"});
+    if (subheader) {
+      file.images[0].subheader.Set(name, nines);
+    } else {
+      file.Patch(name, nines);
+    }
+    NitfFile document;
+    return ReadBytes(file.Bytes(), document);
+  };
+  for (const auto& [name, nines] :
+       {std::pair("FL", "999999999999"), std::pair("LISH0", "999999"), std::pair("LI0", "9999999999"),
+        std::pair("LSSH0", "9999"), std::pair("LTSH0", "9999"), std::pair("LDSH0", "9999"),
+        std::pair("LD0", "999999999")}) {
+    EXPECT_EQ(statusOf(name, nines), -13) << name;
+  }
+  EXPECT_EQ(statusOf("LT0", "99999"), 1);
+  for (const char* name : {"NROWS", "NCOLS"}) EXPECT_EQ(statusOf(name, "99999999", true), -13) << name;
+  for (const char* name : {"NBPR", "NBPC", "NPPBH", "NPPBV"})
+    EXPECT_EQ(statusOf(name, "9999", true), -13) << name;
+  EXPECT_EQ(statusOf("ABPP", "99", true), 1);
+}
+
+TEST_F(StreamingTest, ImagesConsumeTheReplacementDataOneAfterTheOther) {
+  NitfBuilder file;
+  test::ImageForm wide, tall;
+  wide.width = 6;
+  tall.height = 7;
+  file.Image(wide, std::string(48, 'w')).Image(tall, std::string(56, 't'));
+  file.extensions.push_back({test::DataExtensionRecord("STREAMING_FILE_HEADER"), ""});
+  const std::string images = file.images[0].subheader.Bytes() + file.images[1].subheader.Bytes();
+  const size_t size = StreamingData(TrueHeader(file, 0) + images).size();
+  const std::string replacement = TrueHeader(file, size) + images;
+  for (test::Segment& image : file.images)
+    image.subheader.Set("NROWS", "99999999").Set("NCOLS", "99999999");
+  file.extensions[0].data = StreamingData(replacement);
+  file.Patch("FL", "999999999999");
+  NitfFile document;
+  ASSERT_EQ(ReadBytes(file.Bytes(), document), 1);
+  EXPECT_EQ(document.images.At(0)->NCOLS.value, 6u);
+  EXPECT_EQ(document.images.At(1)->NROWS.value, 7u);
+  EXPECT_EQ(document.replacementConsumed, replacement.size());
 }
 
 }  // namespace

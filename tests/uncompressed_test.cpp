@@ -263,4 +263,89 @@ TEST_F(UncompressedTest, ShortDataIsAShortRead) {
   }
 }
 
+// A plane reaches from the first stored block to the last, whatever lies between.
+TEST_F(UncompressedTest, PlanesOfMaskedImagesEndWithTheLastStoredBlock) {
+  constexpr uint32_t kBlock = kWidth * kHeight;
+  ImageForm form;
+  form.width = kWidth;
+  form.height = kHeight;
+  form.blocksAcross = form.blocksDown = 2;
+  form.bands = 3;
+  form.mode = "S";
+  form.compression = "NM";
+  form.representation = "RGB";
+  form.bandCodes = {"R", "G", "B"};
+  std::string data;
+  for (const char band : {'r', 'g', 'b'})
+    data += std::string(kBlock, band) + std::string(kBlock, static_cast<char>(band + 1));
+  std::vector<uint32_t> records = {0, kBlock, kNone, kNone};
+  for (int i = 0; i < 8; ++i) records.push_back(kNone);
+  NitfBuilder file;
+  const auto picture =
+      test::RenderBytes(file.Image(form, test::MaskBytes({.blocks = records}) + data).Bytes());
+  ASSERT_EQ(picture.status, 1);
+  EXPECT_EQ(picture.At(0, 0), (Rgb{'r', 'g', 'b'}));
+  EXPECT_EQ(picture.At(kWidth, 0), (Rgb{'s', 'h', 'c'}));
+}
+
+TEST_F(UncompressedTest, PadPixelsOfPalettesAndColourAreLeftOut) {
+  ImageForm form;
+  form.width = 4;
+  form.height = 1;
+  form.compression = "NM";
+  form.representation = "RGB/LUT";
+  // Entries 0 and 2 have one colour: the pad code names it, and both are left out.
+  form.lookup = std::string("\x50\x60\x50\x51\x61\x51\x52\x62\x52", 9);
+  form.lookupTables = 3;
+  NitfBuilder indexed;
+  indexed.header.SetRaw("FBKGC", "\x01\x02\x03");
+  const auto palette = test::RenderBytes(
+      indexed.Image(form, test::MaskBytes({.padCode = 2}) + std::string("\0\1\2\1", 4)).Bytes());
+  ASSERT_EQ(palette.status, 1);
+  EXPECT_EQ(palette.At(0, 0), (Rgb{1, 2, 3}));
+  EXPECT_EQ(palette.At(1, 0), (Rgb{0x60, 0x61, 0x62}));
+  EXPECT_EQ(palette.At(2, 0), (Rgb{1, 2, 3}));
+  // Without a palette black is left out, whatever the code.
+  form = {};
+  form.width = 2;
+  form.height = 1;
+  form.bands = 3;
+  form.mode = "P";
+  form.representation = "RGB";
+  form.compression = "NM";
+  form.blocksAcross = 2;
+  form.mode = "B";
+  NitfBuilder coloured;
+  coloured.header.SetRaw("FBKGC", "\x01\x02\x03");
+  const std::string block = std::string("\0\x09\0\x09\0\x09", 6);
+  const auto colour =
+      test::RenderBytes(coloured.Image(form, test::MaskBytes({.padCode = 9}) + block + block).Bytes());
+  ASSERT_EQ(colour.status, 1);
+  EXPECT_EQ(colour.At(0, 0), (Rgb{1, 2, 3}));
+  EXPECT_EQ(colour.At(1, 0), test::Grey(9));
+}
+
+TEST_F(UncompressedTest, RecordsBeyondTheDataAreAbsentBlocks) {
+  for (const char* mode : {"B", "P", "R"}) {
+    for (const int bands : {1, 3}) {
+      ImageForm form;
+      form.width = form.height = 2;
+      form.blocksAcross = 2;
+      form.bands = bands;
+      form.mode = mode;
+      form.representation = bands == 3 ? "RGB" : "MONO";
+      form.compression = "NM";
+      const std::string block(static_cast<size_t>(4 * bands), 'x');
+      std::vector<uint32_t> records = {0, 1000};
+      records.resize(static_cast<size_t>(2 * bands), kNone);
+      const auto picture = test::RenderBytes(
+          NitfBuilder().Image(form, test::MaskBytes({.blocks = records}) + block + block).Bytes());
+      ASSERT_EQ(picture.status, 1) << mode << bands;
+      EXPECT_EQ(picture.At(0, 0), test::Grey('x')) << mode << bands;
+      const bool ignoresMasks = std::string(mode) == "R" && bands == 3;
+      EXPECT_EQ(picture.At(2, 0), ignoresMasks ? test::Grey('x') : Rgb{}) << mode << bands;
+    }
+  }
+}
+
 }  // namespace

@@ -34,13 +34,16 @@ std::vector<std::string> messages;
 struct Sink {
   Picture& picture;
   const RenderRequest& request;
+  const KernelBitmap* bitmap;
 };
 
-int32_t ORB_CALL TakeRow(void* context, KernelBitmap*, uint8_t* row, uint32_t flags, int32_t number,
-                         int32_t count, void* userData) {
-  EXPECT_EQ(context, userData);
+int32_t ORB_CALL TakeRow(void* context, KernelBitmap* bitmap, uint8_t* row, uint32_t flags,
+                         int32_t number, int32_t count, void* userData) {
+  auto& sink = *static_cast<Sink*>(context);
+  EXPECT_EQ(userData, &sink.picture);
+  EXPECT_EQ(bitmap, sink.bitmap);
   EXPECT_EQ(count, 1);
-  auto& sink = *static_cast<Sink*>(userData);
+  EXPECT_EQ(number, static_cast<int32_t>(sink.picture.rowFlags.size()));
   sink.picture.rowFlags.push_back(flags);
   if (number == sink.request.stopAtRow) return sink.request.stopResult;
   for (uint32_t x = 0; sink.request.bitsPerPixel == 24 && x < sink.picture.width; ++x, row += 3) {
@@ -50,21 +53,24 @@ int32_t ORB_CALL TakeRow(void* context, KernelBitmap*, uint8_t* row, uint32_t fl
 }
 
 int32_t LoadRows(const char16_t* path, const RenderRequest& request, Picture& picture) {
-  Sink sink{picture, request};
+  KernelBitmap bitmap;
+  Sink sink{picture, request, &bitmap};
   HostLoadOptions options = {};
   options.flags = request.flags;
-  KernelBitmap bitmap;
   KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, request.bitsPerPixel);
   HostLoadRecord record = {};
   record.fileName = path;
   record.bitmap = &bitmap;
   record.rowCallback = &TakeRow;
-  record.userData = record.callbackContext = &sink;
+  record.userData = &picture;
+  record.callbackContext = &sink;
   record.options = &options;
-  record.loadMemory = &FileFormatLoadMemory;
-  record.setLoadCallback = &FileFormatSetLoadInfoCallback;
+  record.loadMemory = request.loadMemory;
+  record.setLoadCallback = request.setLoadCallback;
   record.required2224 = 1;
-  return fltLoad(&record);
+  const int32_t status = fltLoad(&record);
+  EXPECT_EQ(options.flags, request.flags | kLoadFlagsAlways) << "set whatever comes of it";
+  return status;
 }
 
 }  // namespace

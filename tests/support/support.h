@@ -57,6 +57,8 @@ struct RenderRequest {
   int stopAtRow = -1;  ///< the callback gives `stopResult` there
   int32_t stopResult = 0;
   uint32_t bitsPerPixel = 24;
+  HostLoadMemory loadMemory = &FileFormatLoadMemory;
+  HostSetLoadInfoCallback setLoadCallback = &FileFormatSetLoadInfoCallback;
 };
 /// Renders a file through fltInfo and fltLoad.
 Picture Render(const char16_t* path, const RenderRequest& request = {});
