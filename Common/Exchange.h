@@ -47,6 +47,9 @@ constexpr size_t SizeOf(PublicTable table) {
   return size;
 }
 
+static_assert(sizeof(void*) != 4 || (sizeof(NITFHeader) == 234 && sizeof(ImageHeader) == 276 &&
+                                     sizeof(GraphicHeader) == 152 && sizeof(TextHeader) == 126));
+
 /// A field's place in a public record.
 struct PublicPlace {
   const PublicField* field;

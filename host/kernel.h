@@ -100,8 +100,10 @@ struct KernelBitmap {
 };
 static_assert(sizeof(KernelBitmap) == kBitmapRecordSize && offsetof(KernelBitmap, width) == 12 &&
               offsetof(KernelBitmap, height) == 16 && offsetof(KernelBitmap, bitsPerPixel) == 20 &&
-              offsetof(KernelBitmap, bytesPerLine) == 24 && offsetof(KernelBitmap, flags) == 36 &&
-              offsetof(KernelBitmap, pixels) == 48 && offsetof(KernelBitmap, byteCount) == 64);
+              offsetof(KernelBitmap, bytesPerLine) == 24 && offsetof(KernelBitmap, colourOrder) == 28 &&
+              offsetof(KernelBitmap, viewPerspective) == 32 && offsetof(KernelBitmap, flags) == 36 &&
+              offsetof(KernelBitmap, colourCount) == 40 && offsetof(KernelBitmap, pixels) == 48 &&
+              offsetof(KernelBitmap, palette) == 56 && offsetof(KernelBitmap, byteCount) == 64);
 
 /// Makes an empty record: size as given, no pixels.
 ORB_HOST_API int32_t ORB_CALL KernelInitialiseBitmap(KernelBitmap* bitmap, uint32_t recordSize,

@@ -2,17 +2,22 @@
 # Installs the Debian packages that building and testing take. Works as root and as a user with sudo.
 set -euo pipefail
 
-packages=(
-  g++ cmake ninja-build pkg-config ca-certificates
+packages=(g++ cmake ninja-build pkg-config ca-certificates)
+libraries=(
   libjpeg62-turbo-dev libopenjp2-7-dev libtiff-dev libcairo2-dev libpng-dev libfontconfig-dev
   libdcmtk-dev libcli11-dev nlohmann-json3-dev fonts-liberation2
 )
+case "$*" in
+  windows | wine | emulation) ;;  # cross-builds take none of them
+  *) packages+=("${libraries[@]}") ;;
+esac
 for group in "$@"; do
   case "$group" in
     test) packages+=(libgtest-dev) ;;
     check) packages+=(clang clang-tidy clang-format libclang-rt-14-dev) ;;
     bench) packages+=(libbenchmark-dev) ;;
-    windows) packages+=(g++-mingw-w64-i686 googletest debootstrap) ;;
+    windows) packages+=(g++-mingw-w64-i686 googletest) ;;
+    wine) packages+=(debootstrap) ;;
     emulation) packages+=(qemu-system-x86 busybox-static cpio e2fsprogs) ;;
     *) echo "deps.sh: unknown group $group" >&2; exit 2 ;;
   esac

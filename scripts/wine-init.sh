@@ -16,8 +16,9 @@ $box mount -t devtmpfs dev /machine/dev
 $box stty -F /dev/ttyS1 raw
 # Through a pipe: Wine draws a console on a terminal.
 $box chroot /machine /bin/bash -c 'bash /command 2>&1 | cat; exit "${PIPESTATUS[0]}"' </dev/null >/dev/ttyS1
-echo "wine.sh: exit $?" >/dev/ttyS1
-$box chroot /machine wineserver -k
+status=$?
+printf '\nwine.sh: exit %s\n' "$status" >/dev/ttyS1
+HOME=/root $box chroot /machine wineserver -k
 $box umount /machine/proc /machine/dev
 $box sync
 $box mount -o remount,ro /machine

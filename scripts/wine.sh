@@ -34,7 +34,9 @@ runs_32_bit() {
 # while they are installed.
 make_root() {
   [ -e "$root" ] && return
-  "${as_root[@]}" rm -rf "$root.part"
+  "$project/scripts/deps.sh" wine || return 1
+  "${as_root[@]}" umount "$root.part/proc" "$root.part/sys" 2>/dev/null || true  # of a run cut short
+  "${as_root[@]}" rm -rf --one-file-system "$root.part"
   "${as_root[@]}" debootstrap --variant=minbase bookworm "$root.part" >"$home/root.log" 2>&1 || return 1
   in_part() { "${as_root[@]}" chroot "$root.part" env DEBIAN_FRONTEND=noninteractive "$@" >>"$home/root.log" 2>&1; }
   in_part dpkg --add-architecture i386 && in_part apt-get update -q &&
@@ -51,7 +53,7 @@ run_in_chroot() {
     mkdir -p "$root$project"
     mount --bind "$project" "$root$project"
     mount -t proc proc "$root/proc"
-    exec chroot "$root" bash -c "cd \"\$0\" && \"\$@\"; status=\$?; wineserver -k; exit \$status" \
+    exec chroot "$root" bash -c "cd \"\$0\" && \"\$@\"; status=\$?; HOME=/root wineserver -k; exit \$status" \
       "$folder" env -i "$@"' - "$root" "$project" "$PWD" "${environment[@]}" "$@"
 }
 
@@ -61,17 +63,18 @@ kernel() { echo "$home"/kernel/boot/vmlinuz*; }
 
 make_kernel() {
   [ "$home/initrd" -nt "$project/scripts/wine-init.sh" ] && return
-  local package
-  package=$(apt-cache depends linux-image-cloud-amd64 | awk '/Depends: linux-image/ { print $2; exit }')
-  mkdir -p "$home/download" && cd "$home/download"
-  apt-get download -q "$package" >>"$home/root.log" 2>&1 || return 1
-  dpkg -x linux-image-*.deb "$home/kernel"
-  rm -rf "$home/initrd.d" && mkdir -p "$home/initrd.d"/{bin,dev,machine,modules,proc}
-  cp /bin/busybox "$home/initrd.d/bin/"
+  if [ ! -e "$(kernel)" ]; then
+    local package
+    package=$(apt-cache depends linux-image-cloud-amd64 | awk '/Depends: linux-image/ { print $2; exit }')
+    rm -rf "$home/download" "$home/kernel" && mkdir -p "$home/download" || return 1
+    (cd "$home/download" && apt-get download -q "$package") >>"$home/root.log" 2>&1 || return 1
+    dpkg -x "$home"/download/linux-image-*.deb "$home/kernel" || return 1
+  fi
+  rm -rf "$home/initrd.d" && mkdir -p "$home/initrd.d"/{bin,dev,machine,modules,proc} || return 1
+  cp /bin/busybox "$home/initrd.d/bin/" && cp "$project/scripts/wine-init.sh" "$home/initrd.d/init" || return 1
   find "$home/kernel" -path '*/drivers/*' \( -name 'virtio*ring.ko' -o -name virtio.ko -o -name virtio_blk.ko \
-    -o -name 'virtio_pci*.ko' \) -exec cp {} "$home/initrd.d/modules/" ';'
-  cp "$project/scripts/wine-init.sh" "$home/initrd.d/init"
-  (cd "$home/initrd.d" && find . | cpio --quiet -o -H newc | gzip -1) >"$home/initrd.part"
+    -o -name 'virtio_pci*.ko' \) -exec cp {} "$home/initrd.d/modules/" ';' || return 1
+  (cd "$home/initrd.d" && find . | cpio --quiet -o -H newc | gzip -1) >"$home/initrd.part" || return 1
   mv "$home/initrd.part" "$home/initrd"
 }
 
@@ -89,14 +92,13 @@ run_in_machine() {
   local job keep=()
   job=$(mktemp -d)
   if [ -z "${disk-}" ]; then keep=(-snapshot); fi
-  printf '%q ' cd "$PWD" >"$job/command"
-  printf '\nexec ' >>"$job/command"
+  printf 'mkdir -p %q && cd %q && exec ' "$PWD" "$PWD" >"$job/command"
   printf '%q ' env -i "${environment[@]}" "$@" >>"$job/command"
   tar -cf "$job/archive" -C "$job" command -C / "${project#/}"/{docs,include,build/windows-x86/bin}
   truncate -s %1M "$job/archive"
   local status=0
   timeout 1400 qemu-system-x86_64 -accel tcg,thread=multi -m 2048 -smp 2 -display none -no-reboot \
-    -nic none -kernel "$(kernel)" -initrd "$home/initrd" -append 'console=ttyS0 quiet mitigations=off' \
+    -nic none -kernel "$(kernel)" -initrd "$home/initrd" -append 'console=ttyS0 quiet mitigations=off panic=-1' \
     -serial null -serial stdio "${keep[@]}" -drive "file=${disk-$home/disk},format=raw,if=virtio" \
     -drive "file=$job/archive,format=raw,if=virtio" </dev/null |
     awk 'BEGIN { status = 125 } /^wine.sh: exit / { status = $3; next } { print; fflush() } END { exit status }' ||
@@ -113,11 +115,12 @@ if [ "${1-}" = --prepare ]; then
   make_root || fail "no Debian root with Wine could be made; see build/wine/root.log"
   if runs_32_bit; then
     echo "wine.sh: programs run in a chroot"
+    rm -f "$home/disk"
     if [ ! -e "$root/root/.wine" ]; then run_in_chroot "${boot[@]}" >>"$home/root.log" 2>&1 || fail "Wine does not start"; fi
   else
     echo "wine.sh: this kernel runs no 32-bit programs; they run in an emulated machine"
     "$project/scripts/deps.sh" emulation
-    (make_kernel) || fail "no kernel for the emulated machine could be had; see build/wine/root.log"
+    make_kernel || fail "no kernel for the emulated machine could be had; see build/wine/root.log"
     make_disk || fail "Wine does not start in the emulated machine; see build/wine/root.log"
   fi
   exit

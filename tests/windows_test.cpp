@@ -235,6 +235,14 @@ TEST_F(WindowsTest, WhatNeedsALibraryIsNotSupported) {
   form.rate = "00.0";
   EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, "\xFF\xD8\xFF\xD9").Bytes()).status,
             kHostUnsupported);
+  form.blocksAcross = 2;
+  const std::string stream = std::string("\xFF\xD8\xFF\xD9", 4) + std::string(60, 'x');
+  for (const char* mode : {"B", "P", "S"}) {
+    form.mode = mode;
+    EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, stream + stream).Bytes()).status,
+              kHostUnsupported)
+        << mode;
+  }
   NitfHandle document = nullptr;
   ASSERT_EQ(Orb_NITFCreate(&document, nullptr), 1);
   KernelBitmap bitmap;

@@ -51,7 +51,7 @@ class TransparentStrip {
 int32_t hostkit::PaintBitmap(HDC dc, const KernelBitmap& bitmap, const RECT* source,
                              const RECT& destination, const RECT* clip, const COLORREF* transparent) {
   RECT bounds = {};
-  if (GetClipBox(dc, &bounds) == NULLREGION) return kHostOk;
+  if (GetClipBox(dc, &bounds) == ERROR) return kHostInvalid;
   const Placement place = PlaceBitmap(bounds, bitmap, source, destination, clip);
   if (place.width <= 0 || place.height <= 0) return kHostOk;
   const int64_t stride = (3 * place.width + 3) & ~int64_t{3};
@@ -75,8 +75,10 @@ int32_t hostkit::PaintBitmap(HDC dc, const KernelBitmap& bitmap, const RECT* sou
     } else {
       convert(rows.data());
       const BITMAPINFO form = StripForm(width, count);
-      SetDIBitsToDevice(dc, left, top, static_cast<DWORD>(width), static_cast<DWORD>(height), 0, 0, 0,
-                        static_cast<UINT>(height), rows.data(), &form, DIB_RGB_COLORS);
+      if (SetDIBitsToDevice(dc, left, top, static_cast<DWORD>(width), static_cast<DWORD>(height), 0, 0, 0,
+                            static_cast<UINT>(height), rows.data(), &form, DIB_RGB_COLORS) == 0) {
+        return kHostInvalid;
+      }
     }
   }
   return kHostOk;

@@ -18,8 +18,10 @@ struct Codec {
 };
 extern const Codec kJpegCodec;
 extern const Codec kJpeg2000Codec;
-/// The codecs of this build, in the order in which they are asked; none where the libraries are missing.
+/// The codecs of this build, in the order in which they are asked.
 std::span<const Codec* const> Codecs();
+/// Status of an image that none of them knows.
+int32_t UnknownImage();
 
 /// Encodes a bitmap as JPEG.
 int32_t EncodeJpeg(const KernelBitmap& bitmap, uint32_t format, uint32_t bitsPerPixel,

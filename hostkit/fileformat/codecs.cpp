@@ -5,3 +5,5 @@ std::span<const hostkit::Codec* const> hostkit::Codecs() {
   static constexpr const Codec* kAll[] = {&kJpegCodec, &kJpeg2000Codec};
   return kAll;
 }
+
+int32_t hostkit::UnknownImage() { return kHostNotRecognised; }

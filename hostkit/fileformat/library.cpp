@@ -47,7 +47,7 @@ int32_t Load(Bytes bytes, const HostLoadOptions& options, uint32_t bitsPerPixel,
     return status == kHostOk ? ChangeDepth(bitmap, bitsPerPixel) : status;
   }
   const Codec* codec = FindCodec(bytes, info);
-  if (codec == nullptr) return hostkit::Codecs().empty() ? kHostUnsupported : kHostNotRecognised;
+  if (codec == nullptr) return hostkit::UnknownImage();
   const int32_t status = codec->load(bytes, options, bitmap);
   return status == kHostOk ? ChangeDepth(bitmap, bitsPerPixel) : status;
 }

@@ -10,6 +10,7 @@ namespace {
 std::atomic<uint64_t> maxPixels{0};
 
 constexpr uint32_t kMaxDepth = 64;
+constexpr uint32_t kMaxWidth = INT32_MAX / 4;  // a row converted to 24 bits stays countable
 constexpr const char16_t* kFile = u"bitmap";
 
 uint32_t PaletteEntries(uint32_t bitsPerPixel) { return bitsPerPixel <= 8 ? 1u << bitsPerPixel : 0; }
@@ -25,6 +26,7 @@ void FillGreyRamp(KernelColour* colours, uint32_t bitsPerPixel) {
 // Bytes of the pixel rows, 0 when the geometry is refused.
 uint64_t RowsSize(uint32_t width, uint32_t height, uint32_t bitsPerPixel, uint64_t* bytesPerLine) {
   if (width == 0 || height == 0 || bitsPerPixel == 0 || bitsPerPixel > kMaxDepth) return 0;
+  if (width > kMaxWidth) return 0;
   const uint64_t limit = maxPixels;
   if (limit != 0 && static_cast<uint64_t>(width) * height > limit) return 0;
   *bytesPerLine = (static_cast<uint64_t>(width) * bitsPerPixel + 31) / 32 * 4;

@@ -134,19 +134,16 @@ int32_t Enter(std::unique_ptr<File> file) {
 
 int32_t ORB_CALL KernelOpen(const char16_t* path, int32_t flags, int32_t) {
   if (path == nullptr || HostkitShouldFail(kFaultOpen)) return kNoFile;
+  int fd = -1;
   try {
-    const bool create = flags == kOpenCreate;
-    const int fd = hostkit::OpenPath(path, create);
-    if (fd < 0) return kNoFile;
-    const int64_t size = hostkit::FileSize(fd);
-    if (size < 0) {
-      hostkit::CloseFile(fd);
-      return kNoFile;
-    }
-    return Enter(std::make_unique<File>(fd, size));
+    fd = hostkit::OpenPath(path, flags == kOpenCreate);
+    const int64_t size = fd < 0 ? -1 : hostkit::FileSize(fd);
+    if (size >= 0) return Enter(std::make_unique<File>(fd, size));
   } catch (const std::bad_alloc&) {
-    return kNoFile;
+    // closed below
   }
+  if (fd >= 0) hostkit::CloseFile(fd);
+  return kNoFile;
 }
 
 uint32_t ORB_CALL KernelRead(int32_t handle, void* buffer, uint32_t count) {

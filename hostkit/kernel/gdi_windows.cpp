@@ -20,6 +20,7 @@ struct Surface {
   HBITMAP section;
   HGDIOBJ selectedBefore;
   uint8_t* bits;
+  std::vector<uint8_t> row;  // taken early: what was painted is never lost for want of memory
   size_t Stride() const { return (3 * static_cast<size_t>(bitmap->width) + 3) & ~size_t{3}; }
 };
 
@@ -38,9 +39,9 @@ void CopyIn(const Surface& surface) {
 }
 
 // Pixels that were not painted keep bits that 24-bit colour cannot hold.
-void CopyChangesBack(const Surface& surface) {
+void CopyChangesBack(Surface& surface) {
   const KernelBitmap& bitmap = *surface.bitmap;
-  std::vector<uint8_t> before(3 * static_cast<size_t>(bitmap.width));
+  std::vector<uint8_t>& before = surface.row;
   hostkit::NearestColour nearest(bitmap);
   for (uint32_t y = 0; y < bitmap.height; ++y) {
     uint8_t* row = hostkit::PictureRow(bitmap, y);
@@ -133,14 +134,15 @@ HDC ORB_CALL KernelCreateBitmapDc(KernelBitmap* bitmap) {
   if (!hostkit::IsAllocated(bitmap) || HostkitShouldFail(kFaultAllocation)) return nullptr;
   const HDC dc = CreateCompatibleDC(nullptr);
   if (dc == nullptr) return nullptr;
-  Surface surface = {bitmap, nullptr, nullptr, nullptr};
+  Surface surface = {bitmap, nullptr, nullptr, nullptr, {}};
   try {
+    surface.row.resize(3 * static_cast<size_t>(bitmap->width));
     if (MakeSection(dc, surface)) {
       surface.selectedBefore = SelectObject(dc, surface.section);
       CopyIn(surface);
       hostkit::Track(hostkit::kKindBitmap, dc, 0, __LINE__, kFile);
       std::lock_guard<std::mutex> lock(surfacesMutex);
-      Surfaces().emplace(dc, surface);
+      Surfaces()[dc] = std::move(surface);
       return dc;
     }
   } catch (const std::bad_alloc&) {
@@ -156,17 +158,12 @@ int32_t ORB_CALL KernelDeleteBitmapDc(HDC dc) {
     std::lock_guard<std::mutex> lock(surfacesMutex);
     const auto found = Surfaces().find(dc);
     if (found == Surfaces().end()) return kHostInvalid;
-    surface = found->second;
+    surface = std::move(found->second);
     Surfaces().erase(found);
   }
   hostkit::Untrack(hostkit::kKindBitmap, dc);
   GdiFlush();
-  int32_t status = kHostOk;
-  try {
-    CopyChangesBack(surface);
-  } catch (const std::bad_alloc&) {
-    status = kHostNoMemory;
-  }
+  CopyChangesBack(surface);
   ReleaseSurface(dc, surface);
-  return status;
+  return kHostOk;
 }

@@ -1,4 +1,6 @@
 // Texts measured with the fonts of Windows.
+#include <algorithm>
+
 #include "hostkit/vector/text.h"
 
 namespace hostkit {
@@ -9,12 +11,14 @@ constexpr int kMeasureSize = 1000;
 // A font in a device context of its own.
 class MeasuringDc {
  public:
-  explicit MeasuringDc(const FontName& name) : dc_(CreateCompatibleDC(nullptr)) {
+  explicit MeasuringDc(const FontName& name) {
     std::wstring family;
     for (const char c : name.family) family += static_cast<wchar_t>(static_cast<uint8_t>(c));
+    family.resize(std::min<size_t>(family.size(), LF_FACESIZE - 1));
+    dc_ = CreateCompatibleDC(nullptr);
     font_ = CreateFontW(-kMeasureSize, 0, 0, 0, name.bold ? FW_BOLD : FW_NORMAL, name.slanted, 0, 0,
                         DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
-                        DEFAULT_PITCH | FF_SWISS, family.substr(0, LF_FACESIZE - 1).c_str());
+                        DEFAULT_PITCH | FF_SWISS, family.c_str());
     before_ = SelectObject(dc_, font_);
   }
   ~MeasuringDc() {
