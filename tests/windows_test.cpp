@@ -236,7 +236,7 @@ TEST_F(WindowsTest, WhatNeedsALibraryIsNotSupported) {
   EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, "\xFF\xD8\xFF\xD9").Bytes()).status,
             kHostUnsupported);
   form.blocksAcross = 2;
-  const std::string stream = std::string("\xFF\xD8\xFF\xD9", 4) + std::string(60, 'x');
+  const std::string stream = std::string("\xFF\xD8\xFF\xD9", 4) + std::string(2000, 'x');
   for (const char* mode : {"B", "P", "S"}) {
     form.mode = mode;
     EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, stream + stream).Bytes()).status,
