@@ -86,8 +86,8 @@ make_disk() {
   mv "$home/disk.part" "$home/disk"
 }
 
-# The machine gets the programs, what the tests read of the sources, and the command, as an archive on its second disk;
-# it answers on its second serial line, the exit status last.
+# The machine gets the programs, what the tests read of the sources, and the command, as an archive on its
+# second disk; it answers on its second serial line, the exit status last.
 run_in_machine() {
   local job keep=()
   job=$(mktemp -d)
@@ -116,7 +116,10 @@ if [ "${1-}" = --prepare ]; then
   if runs_32_bit; then
     echo "wine.sh: programs run in a chroot"
     rm -f "$home/disk"
-    if [ ! -e "$root/root/.wine" ]; then run_in_chroot "${boot[@]}" >>"$home/root.log" 2>&1 || fail "Wine does not start"; fi
+    if [ ! -e "$home/booted" ]; then
+      run_in_chroot "${boot[@]}" >>"$home/root.log" 2>&1 || fail "Wine does not start; see build/wine/root.log"
+      touch "$home/booted"
+    fi
   else
     echo "wine.sh: this kernel runs no 32-bit programs; they run in an emulated machine"
     "$project/scripts/deps.sh" emulation

@@ -28,11 +28,7 @@ TEST_F(FilterTest, InfoFillsTheHostsRecord) {
     HostFileInfo info = {};
     HostLoadOptions options = {};
     options.flags = 2;
-    HostInformationRecord record = {};
-    record.fileName = file.Wide();
-    record.file = kNoFile;
-    record.info = &info;
-    record.options = &options;
+    HostInformationRecord record = test::InformationRecord(file.Wide(), info, options);
     EXPECT_EQ(fltInfo(&record), 1);
     EXPECT_EQ(info.width, static_cast<uint32_t>(width));
     EXPECT_EQ(info.height, 50u);
@@ -195,11 +191,7 @@ TEST_F(FilterTest, AFailedRenderLeavesNoCanvas) {
   EXPECT_EQ(bitmap.flags & kBitmapAllocated, 0u);
   HostFileInfo info = {};
   HostLoadOptions options = {};
-  HostInformationRecord record = {};
-  record.fileName = u"no such file";
-  record.file = kNoFile;
-  record.info = &info;
-  record.options = &options;
+  HostInformationRecord record = test::InformationRecord(u"no such file", info, options);
   EXPECT_EQ(fltInfo(&record), -7);
   EXPECT_EQ(info.format, 0u) << "filled on success only";
   EXPECT_EQ(options.flags, kLoadFlagsAlways);
@@ -212,11 +204,8 @@ TEST_F(FilterTest, TheHostsHandleIsRewound) {
   KernelSeek(handle, 100, kSeekStart);
   HostFileInfo info = {};
   HostLoadOptions options = {};
-  HostInformationRecord record = {};
-  record.fileName = file.Wide();
+  HostInformationRecord record = test::InformationRecord(file.Wide(), info, options);
   record.file = handle;
-  record.info = &info;
-  record.options = &options;
   EXPECT_EQ(fltInfo(&record), 1);
   EXPECT_EQ(KernelSeek(handle, 0, kSeekCurrent), 0);
   KernelClose(handle);

@@ -70,11 +70,7 @@ TEST_F(WindowsTest, AHostLoadsAPictureThroughTheDll) {
   const Module module;
   HostLoadOptions options = {};
   HostFileInfo info = {};
-  HostInformationRecord information = {};
-  information.fileName = file.Wide();
-  information.file = kNoFile;
-  information.info = &info;
-  information.options = &options;
+  HostInformationRecord information = test::InformationRecord(file.Wide(), info, options);
   ASSERT_EQ(EXPORT(module, fltInfo)(&information), 1);
   EXPECT_EQ(info.format, kFormatNitf);
   EXPECT_EQ(info.imageBytes, 8u * 24);

@@ -103,16 +103,22 @@ std::ostream& operator<<(std::ostream& out, Rgb colour) {
   return out << '(' << int{colour.red} << ',' << int{colour.green} << ',' << int{colour.blue} << ')';
 }
 
-Picture Render(const char16_t* path, const RenderRequest& request) {
-  Picture picture;
-  HostLoadOptions options = {};
-  options.flags = request.flags;
-  HostFileInfo info = {};
+HostInformationRecord InformationRecord(const char16_t* path, HostFileInfo& info,
+                                        HostLoadOptions& options) {
   HostInformationRecord record = {};
   record.fileName = path;
   record.file = kNoFile;
   record.info = &info;
   record.options = &options;
+  return record;
+}
+
+Picture Render(const char16_t* path, const RenderRequest& request) {
+  Picture picture;
+  HostLoadOptions options = {};
+  options.flags = request.flags;
+  HostFileInfo info = {};
+  HostInformationRecord record = InformationRecord(path, info, options);
   picture.status = fltInfo(&record);
   if (picture.status != 1) return picture;
   picture.width = info.width;

@@ -60,6 +60,9 @@ struct RenderRequest {
   HostLoadMemory loadMemory = &FileFormatLoadMemory;
   HostSetLoadInfoCallback setLoadCallback = &FileFormatSetLoadInfoCallback;
 };
+/// The record that a host without an open handle passes to fltInfo.
+HostInformationRecord InformationRecord(const char16_t* path, HostFileInfo& info,
+                                        HostLoadOptions& options);
 /// Renders a file through fltInfo and fltLoad.
 Picture Render(const char16_t* path, const RenderRequest& request = {});
 inline Picture Render(const TempFile& file, const RenderRequest& request = {}) {
