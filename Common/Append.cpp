@@ -15,8 +15,10 @@ constexpr uint32_t kTextSubheaderBytes = 282;
 constexpr uint32_t kMaxTextBytes = 99999;      // LT has five digits
 constexpr uint32_t kMaxGraphicBytes = 999999;  // LS has six
 constexpr int32_t kMaxCoordinate = 99999;
-constexpr uint32_t kMaxBlockSide = 9999;  // NPPBH and NPPBV have four digits
-constexpr uint32_t kMaxLevel = 999;       // IDLVL and SDLVL have three
+constexpr uint32_t kMaxBlockSide = 9998;  // NPPBH and NPPBV have four digits; all nines are a placeholder
+constexpr uint64_t kMaxFileLength = 999999999999;  // FL has twelve
+constexpr uint32_t kMaxHeaderLength = 999998;      // HL has six; all nines are a placeholder
+constexpr uint32_t kMaxLevel = 999;                // IDLVL and SDLVL have three
 
 /// A record at the end of a list that is taken away again unless it is kept.
 template <class R>
@@ -49,6 +51,10 @@ Status EnterLengths(FileHeader& header, LengthTable& table, Number<3>& count, co
   const uint32_t entryBytes = fields.subheaderWidth + fields.dataWidth;
   const uint64_t fileLength =
       LongLengthOf(header.FL.text) + lengths.subheader + lengths.data + entryBytes;
+  // What does not fit is found before anything changes.
+  if (fileLength > kMaxFileLength || header.currentHeaderLength > kMaxHeaderLength - entryBytes) {
+    return Status::InvalidParameter;
+  }
   if (Status s = table.Append(lengths); !Ok(s)) return s;
   if (Status s = header.SetFileLength(fileLength); !Ok(s)) return s;
   header.currentHeaderLength += entryBytes;
@@ -80,7 +86,7 @@ Status SetSegmentDate(char* field, const FileHeader& header, std::span<const int
 // The lowest display level of the images and graphics; false when there are none.
 Status LowestLevel(const NitfFile& document, bool& any, uint32_t& level) {
   DisplayList list;
-  if (Status s = list.Build(document); !Ok(s)) return s;
+  if (Status s = BuildDisplayList(document, list); !Ok(s)) return s;
   any = list.Count() != 0;
   if (any) level = list.Items()[0].level;
   return Status::Success;

@@ -45,8 +45,12 @@ constexpr auto kTable = [] {
           Field<&H::DESID>("DESID", 25),
           Field<&H::DESVER>("DESVER", 2).Accept(&AcceptVersion),
       },
-      SecurityRows<H, &H::security>(
-          {.prefix = "DES", .classPrefix = "DE", .fill = '0', .classFill = '0', .blank = false}),
+      SecurityRows<H, &H::security>({.prefix = "DES",
+                                     .classPrefix = "DE",
+                                     .fill = '0',
+                                     .classFill = '0',
+                                     .blank = false,
+                                     .narrow = true}),
       std::array{
           Field<&H::DESOFLW>("DESOFLW", 6).When(&HasOverflow),
           Field<&H::DESITEM>("DESITEM", 3).When(&HasOverflow),

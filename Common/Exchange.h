@@ -95,7 +95,7 @@ Status GetFields(PublicTable table, R& record, void* publicRecord) {
 /// Stores one field of a public record through its row's setter. `leadingSign` is for locations.
 template <class R>
 Status SetField(const FieldRow<R>& row, R& record, const PublicPlace& place) {
-  const FieldView field = row.view(record);
+  const FieldView field = row.ViewOf(record);
   const uint8_t* bytes = place.bytes;
   switch (row.setAs) {
     case SetAs::Number:
@@ -127,21 +127,56 @@ struct SpecialSetter {
   Status (*set)(R& record, PublicTable table, void* publicRecord);
 };
 
-/// Stores the named fields in their order; the first refusal ends it.
+/// Stores one named field, through its special setter when it has one.
+template <class R>
+Status SetNamed(std::string_view name, PublicTable table, std::span<const SpecialSetter<R>> specials,
+                R& record, void* source) {
+  for (const SpecialSetter<R>& special : specials) {
+    if (name == special.name) return special.set(record, table, source);
+  }
+  return SetField(*FindRow<R>(R::Table(), name), record, FindPlace(table, source, name));
+}
+
+/// A numeric field as it was.
+class KeptNumber {
+ public:
+  KeptNumber() = default;
+  explicit KeptNumber(FieldView field) : field_(field), value_(*field.value) {
+    std::memcpy(text_, field.text, field.capacity + 1u);
+  }
+  void PutBack() const {
+    if (field_.text == nullptr) return;
+    std::memcpy(field_.text, text_, field_.capacity + 1u);
+    *field_.value = value_;
+  }
+
+ private:
+  FieldView field_ = {};
+  char text_[16] = {};
+  uint32_t value_ = 0;
+};
+
+/// Stores the named fields in their order; the first refusal ends it. Then a length of extended data
+/// whose overflow field or bytes were refused is put back, so that it still measures what is there.
 template <class R>
 Status SetFields(std::span<const char* const> order, PublicTable table,
                  std::type_identity_t<std::span<const SpecialSetter<R>>> specials, R& record,
                  const void* publicRecord) {
   void* source = const_cast<void*>(publicRecord);
+  KeptNumber length;
+  size_t behind = 0;  // fields since the length
   for (const char* name : order) {
-    const SpecialSetter<R>* special = nullptr;
-    for (const auto& candidate : specials) {
-      if (std::string_view(candidate.name) == name) special = &candidate;
+    const FieldRow<R>* row = FindRow<R>(R::Table(), name);
+    if (row != nullptr && row->measuresOverflow) {
+      length = KeptNumber(row->view(record));
+      behind = 0;
     }
-    const Status status = special != nullptr ? special->set(record, table, source)
-                                             : SetField(*FindRow<R>(R::Table(), name), record,
-                                                        FindPlace(table, source, name));
-    if (!Ok(status)) return status;
+    if (Status s = SetNamed<R>(name, table, specials, record, source); !Ok(s)) {
+      constexpr size_t kMeasured = 2;  // the overflow field and the bytes
+      if (behind <= kMeasured) length.PutBack();
+      return s;
+    }
+    ++behind;
   }
   return Status::Success;
 }

@@ -105,6 +105,10 @@ template <Status (H::*Set)(const char*), const auto& kName>
 Status SetString(H& header, PublicTable table, void* record) {
   return (header.*Set)(StringAt(table, record, kName));
 }
+template <Status (H::*Set)(int32_t), const auto& kName>
+Status SetInteger(H& header, PublicTable table, void* record) {
+  return (header.*Set)(LoadFrom<int32_t>(FindPlace(table, record, kName).bytes));
+}
 template <auto Member, const auto& kName>
 Status SetMaskValue(H& header, PublicTable table, void* record) {
   auto& value = header.mask.*Member;
@@ -112,9 +116,9 @@ Status SetMaskValue(H& header, PublicTable table, void* record) {
   return Status::Success;
 }
 
-constexpr char kIcords[] = "ICORDS", kIc[] = "IC", kComrat[] = "COMRAT", kImag[] = "IMAG",
-               kImdatoff[] = "IMDATOFF", kBmrlnth[] = "BMRLNTH", kTmrlnth[] = "TMRLNTH",
-               kTpxcdlnth[] = "TPXCDLNTH";
+constexpr char kNicom[] = "NICOM", kNbands[] = "NBANDS", kXbands[] = "XBANDS", kIcords[] = "ICORDS",
+               kIc[] = "IC", kComrat[] = "COMRAT", kImag[] = "IMAG", kImdatoff[] = "IMDATOFF",
+               kBmrlnth[] = "BMRLNTH", kTmrlnth[] = "TMRLNTH", kTpxcdlnth[] = "TPXCDLNTH";
 
 constexpr SpecialSetter<H> kSpecials[] = {
     {kIcords, &SetString<&H::SetCoordinates, kIcords>},
@@ -122,10 +126,9 @@ constexpr SpecialSetter<H> kSpecials[] = {
     {kComrat, &SetString<&H::SetCompressionRate, kComrat>},
     {kImag, &SetString<&H::SetMagnification, kImag>},
     {"ICOM", &SetComments},
-    {"NBANDS",
-     [](H& header, PublicTable table, void* record) {
-       return header.SetBandCount(LoadFrom<int32_t>(FindPlace(table, record, "NBANDS").bytes));
-     }},
+    {kNicom, &SetInteger<&H::SetCommentCount, kNicom>},
+    {kNbands, &SetInteger<&H::SetBandCount, kNbands>},
+    {kXbands, &SetInteger<&H::SetExtendedBandCount, kXbands>},
     {"UDID",
      [](H& header, PublicTable table, void* record) {
        return SetExtended(header.userDefined, FindPlace(table, record, "UDID"));
@@ -200,7 +203,11 @@ Status GetImageHeader(ImageSubheader& header, ImageHeader& record) {
 }
 
 Status SetImageHeader(ImageSubheader& header, const ImageHeader& record) {
-  return SetFields(kSetOrder, kFields, kSpecials, header, &record);
+  // The pad pixel code is the last field and its length the one before it.
+  const uint16_t padCodeBits = header.mask.TPXCDLNTH;
+  const Status status = SetFields(kSetOrder, kFields, kSpecials, header, &record);
+  if (!Ok(status)) header.mask.TPXCDLNTH = padCodeBits;
+  return status;
 }
 
 void FreeImageHeader(ImageHeader& record) {

@@ -9,6 +9,7 @@
 // ReadRows, WriteRows and ApplyDefaults run over any record's table.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <string_view>
@@ -188,6 +189,7 @@ struct FieldRow {
   const char* name = "";
   FieldView (*view)(R&) = nullptr;
   uint16_t width = 0;
+  uint16_t capacity = UINT16_MAX;  ///< most characters that setters take where the member holds more
   char fill = ' ';
   WriteFrom writeFrom = WriteFrom::Text;
   SetAs setAs = SetAs::Text;
@@ -198,7 +200,7 @@ struct FieldRow {
   bool blank = false;             ///< starts as spaces to its capacity
   const char* initial = "";       ///< starts as this text
   const CodeTable* codes = nullptr;
-  const char* otherwise = "";                      ///< written for a code outside the table
+  const char* otherwise = nullptr;  ///< written for a code outside the table, null for the stored text
   bool (*present)(const R&) = nullptr;             ///< whether the file has the field
   Status (*accept)(R&) = nullptr;                  ///< judges the field after it was read
   Status (*readMore)(R&, FieldReader&) = nullptr;  ///< reads what the file has behind it
@@ -244,7 +246,7 @@ struct FieldRow {
     row.custom = format;
     return row;
   }
-  constexpr FieldRow Codes(const CodeTable* table, const char* writtenOtherwise = "") const {
+  constexpr FieldRow Codes(const CodeTable* table, const char* writtenOtherwise = nullptr) const {
     FieldRow row = *this;
     row.codes = table;
     row.otherwise = writtenOtherwise;
@@ -294,6 +296,12 @@ struct FieldRow {
     return mnemonic.substr(0, front.size()) == front && mnemonic.substr(front.size()) == name;
   }
   bool IsPresent(const R& record) const { return present == nullptr || present(record); }
+  /// The field as setters see it.
+  FieldView ViewOf(R& record) const {
+    FieldView field = view(record);
+    field.capacity = std::min(field.capacity, capacity);
+    return field;
+  }
 };
 
 template <auto Member>
@@ -417,8 +425,10 @@ Status WriteRow(const FieldRow<R>& row, const R& record, FieldWriter& writer) {
       return writer.PutNumber(static_cast<int32_t>(*field.value), row.width);
     case WriteFrom::TextValue:
       return writer.PutNumber(DecimalOf(field.text), row.width);
-    case WriteFrom::Code:
-      return writer.PutText(row.codes->WrittenFor(*field.value, row.otherwise), row.width, row.fill);
+    case WriteFrom::Code: {
+      const char* otherwise = row.otherwise != nullptr ? row.otherwise : field.text;
+      return writer.PutText(row.codes->WrittenFor(*field.value, otherwise), row.width, row.fill);
+    }
     case WriteFrom::Custom: {
       char text[16] = {};
       row.custom(record, text);
@@ -459,7 +469,7 @@ Status SetNumber(const FieldRow<R>& row, R& record, int32_t value) {
 /// Stores text in a coded field together with its code; -13 when the table has no row for it.
 template <class R>
 Status SetCode(const FieldRow<R>& row, R& record, const char* text) {
-  const FieldView field = row.view(record);
+  const FieldView field = row.ViewOf(record);
   const CodeRow* code = text != nullptr ? row.codes->Find(text) : nullptr;
   if (code == nullptr) return Status::InvalidParameter;
   if (Status s = CopyTextField(field.text, field.capacity, text); !Ok(s)) return s;

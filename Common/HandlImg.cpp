@@ -89,9 +89,9 @@ Status FillSegmentBitmap(HostLoadRecord* record, NitfFile& document, uint32_t in
   const ImageSource source = ImageSource::Of(document, index, record);
   ImageSubheader& header = source.header;
   const Reader reader = ReaderOf(header);
-  if (Status s = source.Require(0, LeastDataBytes(header)); !Ok(s)) return s;
   if (Status s = CreateSegmentBitmap(bitmap, header); !Ok(s)) return s;
   if (reader == nullptr) return Status::Unsupported;
+  if (Status s = source.Require(0, LeastDataBytes(header)); !Ok(s)) return s;
   if (Status s = reader(bitmap.record, source); !Ok(s)) return s;
   if (reader == ReadFacsimileImage) AdjustBiLevel(bitmap.record, header);
   return Status::Success;
@@ -205,11 +205,11 @@ Status DrawImageSegment(HostLoadRecord* record, HDC dc, NitfFile& document, uint
   return PaintSegment(dc, bitmap.record, header, rowOffset, columnOffset);
 }
 
-Status RequireImageData(NitfFile& document) {
-  uint32_t index = 0;
-  for (const ImageSubheader& header : document.images) {
-    const ImageSource source = ImageSource::Of(document, index++, nullptr);
-    if (Status s = source.Require(0, LeastDataBytes(header)); !Ok(s)) return s;
-  }
-  return Status::Success;
+Status RequireImageData(NitfFile& document, uint32_t index, bool& known) {
+  const ImageSubheader& header = *document.images.At(index);
+  known = header.CompressionCode() == Compression::NC && header.Pixel() != PixelType::BiLevel;
+  if (!known) return Status::Success;
+  OwnedBitmap bitmap;
+  if (Status s = CreateSegmentBitmap(bitmap, header); !Ok(s)) return s;
+  return ImageSource::Of(document, index, nullptr).Require(0, LeastDataBytes(header));
 }

@@ -12,9 +12,10 @@ Status DrawImageSegment(HostLoadRecord* record, HDC dc, NitfFile& document, uint
 /// none. After a failure the bitmap holds no pixels.
 Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index, OwnedBitmap& bitmap);
 
-/// -7 when the file is too short for what some image's reader needs of it: found before memory is taken
-/// for a canvas.
-Status RequireImageData(NitfFile& document);
+/// Whether the file has what an uncompressed image's reader needs at the least: what drawing the segment
+/// would answer first, found without touching a pixel. `known` is false, the result 1, for images of
+/// which that cannot be told.
+Status RequireImageData(NitfFile& document, uint32_t index, bool& known);
 
 /// Gives a bitmap the colours of depth `bits`, entries 0 to 254.
 Status PutDefaultColours(KernelBitmap& bitmap, uint32_t bits);

@@ -65,6 +65,13 @@ Status TakeJustification(H& header) {
   return Status::Success;
 }
 
+Status TakeCompression(H& header) {
+  if (kCompressions.Find(header.IC.text) == nullptr) {
+    header.IC.code = static_cast<uint32_t>(Compression::Unknown);
+  }
+  return Status::Success;
+}
+
 Status TakeCompressionRate(H& header) {
   if (const CodeRow* row = kBiLevelOptions.Find(header.COMRAT.text)) header.biLevelOption = row->code;
   return Status::Success;
@@ -253,7 +260,7 @@ constexpr auto kTable = JoinRows<H>(
         Field<&H::ICORDS>("ICORDS", 1).Blank(),
         Field<&H::IGEOLO>("IGEOLO", 60).Fill('0').Blank().When(&HasCoordinates),
         Field<&H::NICOM>("NICOM", 1).Fill('0').SetNumber().Then(&ReadComments, &WriteComments),
-        Field<&H::IC>("IC", 2).Blank().Codes(&kCompressions),
+        Field<&H::IC>("IC", 2).Blank().Codes(&kCompressions).Accept(&TakeCompression),
         Field<&H::COMRAT>("COMRAT", 4)
             .Blank()
             .When(&HasCompressionRate)
@@ -445,26 +452,46 @@ Status ImageSubheader::SetCompressionRate(const char* text) {
   return Status::Success;
 }
 
-Status ImageSubheader::SetBandCount(int32_t count) {
-  char text[2];
-  if (Status s = FormatNumberField(text, 1, count); !Ok(s)) return s;
-  const uint32_t wanted = std::max(static_cast<uint32_t>(count), LengthOf(XBANDS.text));
-  // An unchanged count keeps the bands, so that a record given back as it was taken changes nothing.
-  if (wanted != bands.size()) {
+// An unchanged count keeps the bands, so that a record given back as it was taken changes nothing.
+Status ImageSubheader::MakeBands(uint32_t count) {
+  if (count != bands.size()) {
     TrackedArray<BandFields> fresh;
-    if (Status s = fresh.Make(wanted, ORB_HERE); !Ok(s)) return s;
+    if (Status s = fresh.Make(count, ORB_HERE); !Ok(s)) return s;
     for (BandFields& band : fresh) band = kFreshBand;
     bands.Swap(fresh);
   }
-  bandCount = wanted;
-  NBANDS.value = static_cast<uint32_t>(count);
-  std::memcpy(NBANDS.text, text, sizeof text);
+  bandCount = count;
+  return Status::Success;
+}
+
+Status ImageSubheader::SetBandCount(int32_t count) {
+  Number<1> next;
+  if (Status s = FormatNumberField(next.text, 1, count); !Ok(s)) return s;
+  next.value = static_cast<uint32_t>(count);
+  if (Status s = MakeBands(std::max(next.value, LengthOf(XBANDS.text))); !Ok(s)) return s;
+  NBANDS = next;
+  return Status::Success;
+}
+
+Status ImageSubheader::SetExtendedBandCount(int32_t count) {
+  Number<5> next;
+  if (Status s = FormatNumberField(next.text, 5, count); !Ok(s)) return s;
+  if (Status s = MakeBands(std::max(NBANDS.value, LengthOf(next.text))); !Ok(s)) return s;
+  next.value = LengthOf(next.text);
+  XBANDS = next;
   return Status::Success;
 }
 
 Status ImageSubheader::SetBandCode(uint32_t band, const char* text) {
-  if (band >= bands.size()) return Status::InvalidParameter;
-  return SetCode(kBandTable[0], bands[band], text);
+  const CodeRow* code = text != nullptr ? kBandCodes.Find(text) : nullptr;
+  if (band >= bands.size() || code == nullptr) return Status::InvalidParameter;
+  bands[band].IREPBAND.code = code->code;
+  return CopyTextField(bands[band].IREPBAND.text, 2, code->written);
+}
+
+Status ImageSubheader::SetCommentCount(int32_t count) {
+  if (count > 0 && static_cast<uint32_t>(count) > comments.size()) return Status::InvalidParameter;
+  return FormatNumberField(NICOM.text, 1, count);
 }
 
 Status ImageSubheader::SetComment(uint32_t comment, const char* text) {

@@ -128,7 +128,12 @@ struct ImageSubheader {
   Status SetCompressionRate(const char* text);
   /// Makes fresh band fields for the larger of the count and XBANDS.
   Status SetBandCount(int32_t count);
+  /// Stores XBANDS; the same for the larger of the count and NBANDS.
+  Status SetExtendedBandCount(int32_t count);
+  /// Stores the code of what the text begins with; -13 for no such band or code.
   Status SetBandCode(uint32_t band, const char* text);
+  /// Stores NICOM; -13 for more comments than there are.
+  Status SetCommentCount(int32_t count);
   Status SetComment(uint32_t comment, const char* text);
   Status SetMagnification(const char* text);
   /// Copies as many bytes as TPXCDLNTH says; -814 for null.
@@ -148,8 +153,11 @@ struct ImageSubheader {
   /// Whether the subheader is followed by a mask table that the parse reads.
   bool HasMaskTable() const;
   uint32_t BandCount() const { return bandCount; }
+  /// NBANDS, or XBANDS where that is 0: the bands that have a representation.
+  uint32_t CodedBandCount() const { return NBANDS.value != 0 ? NBANDS.value : LengthOf(XBANDS.text); }
   BandRepresentation BandCode(uint32_t band) const {
-    return band < bands.size() ? bands[band].Code() : BandRepresentation::BANDREPRESENTATION_NON;
+    return band < CodedBandCount() && band < bands.size() ? bands[band].Code()
+                                                          : BandRepresentation::BANDREPRESENTATION_NON;
   }
   /// Size of the image with every block, in pixels; `Within` tests apply.
   CheckedSize FullWidth() const { return CheckedSize(NPPBH.value) * NBPR.value; }
@@ -206,4 +214,5 @@ struct ImageSubheader {
 
  private:
   Status ChangeLength(bool longer, uint32_t bytes);
+  Status MakeBands(uint32_t count);
 };

@@ -45,7 +45,7 @@ bool FitsPlace(const HostFileInfo& info, uint64_t width, uint64_t height) {
 // have.
 Status ReadStream(const ImageSource& source, int64_t offset, int64_t bytes, KernelBuffer<uint8_t>& stream,
                   uint32_t spaceInFront = 0) {
-  if (offset < 0 || bytes < 0 || bytes > INT32_MAX) return Status::ShortRead;
+  if (offset < 0 || bytes < 0 || bytes > int64_t{UINT32_MAX} - spaceInFront) return Status::ShortRead;
   if (Status s = source.Require(offset, static_cast<uint64_t>(bytes)); !Ok(s)) return s;
   if (Status s = stream.Allocate(static_cast<uint64_t>(bytes) + spaceInFront, ORB_HERE); !Ok(s)) return s;
   return source.ReadAt(offset, stream.data() + spaceInFront, static_cast<uint32_t>(bytes));
@@ -99,34 +99,32 @@ class StreamFinder {
   /// The stream from the position to the next start of an image; -7 when there is none.
   Status FindNext(StreamPlace& place) {
     uint8_t chunk[kScanChunk];
+    constexpr int64_t kStep = kScanChunk - kMarkerBytes;
     const int64_t start = position_ + source_.header.mask.IMDATOFF;
-    for (int64_t scanned = 0; scanned < remaining_; scanned += kScanChunk - kMarkerBytes) {
+    // Chunks that lie wholly where an earlier search found nothing are passed over.
+    const int64_t clean = std::max<int64_t>(0, cleanEnd_ - start - kScanChunk);
+    for (int64_t scanned = clean / kStep * kStep; scanned < remaining_; scanned += kStep) {
       if (Status s = source_.ReadAt(start + scanned, chunk, kScanChunk); !Ok(s)) return s;
       const uint8_t* found = FindMarker(chunk + 1, std::end(chunk));
-      if (found == std::end(chunk)) continue;
+      if (found == std::end(chunk)) {
+        cleanEnd_ = start + scanned + kScanChunk;
+        continue;
+      }
       place = {start, scanned + (found - chunk)};
       return place.length < remaining_ ? Status::Success : Status::ShortRead;
     }
     return Status::ShortRead;
   }
   /// The stream from the last start of an image to the end of the data; -7 when there is none.
-  Status FindLast(StreamPlace& place) const {
-    uint8_t chunk[kScanChunk];
-    for (int64_t end = source_.length; end > 0; end -= kScanChunk) {
-      const int64_t start = std::max<int64_t>(0, end - kScanChunk);
-      const auto bytes = static_cast<uint32_t>(end - start);
-      if (Status s = source_.ReadAt(start, chunk, bytes); !Ok(s)) return s;
-      const uint8_t* found = std::find_end(chunk, chunk + bytes, kStartOfImage, std::end(kStartOfImage));
-      if (found == chunk + bytes) continue;
-      place.offset = start + (found - chunk);
-      place.length = source_.length - place.offset;
-      return Status::Success;
-    }
-    return Status::ShortRead;
+  Status FindLast(StreamPlace& place) {
+    if (!soughtLast_) last_ = {}, lastStatus_ = SearchLast(last_), soughtLast_ = true;
+    place = last_;
+    return lastStatus_;
   }
-  /// The stream that block record n points to; false when the block is not stored.
+  /// Whether block record n points to a stream.
   bool IsStored(uint64_t n) const { return source_.header.mask.BlockRecord(n) != MaskTable::kNoBlock; }
-  Status FindRecorded(uint64_t n, uint64_t recordCount, StreamPlace& place) const {
+  /// The stream of block record n, which ends where the next of `recordCount` records points.
+  Status FindRecorded(uint64_t n, uint64_t recordCount, StreamPlace& place) {
     const MaskTable& mask = source_.header.mask;
     for (uint64_t next = n + 1; next < recordCount; ++next) {
       if (mask.BlockRecord(next) == MaskTable::kNoBlock) continue;
@@ -145,9 +143,28 @@ class StreamFinder {
   }
 
  private:
+  Status SearchLast(StreamPlace& place) const {
+    uint8_t chunk[kScanChunk];
+    for (int64_t end = source_.length; end > 0; end -= kScanChunk) {
+      const int64_t start = std::max<int64_t>(0, end - kScanChunk);
+      const auto bytes = static_cast<uint32_t>(end - start);
+      if (Status s = source_.ReadAt(start, chunk, bytes); !Ok(s)) return s;
+      const uint8_t* found = std::find_end(chunk, chunk + bytes, kStartOfImage, std::end(kStartOfImage));
+      if (found == chunk + bytes) continue;
+      place.offset = start + (found - chunk);
+      place.length = source_.length - place.offset;
+      return Status::Success;
+    }
+    return Status::ShortRead;
+  }
+
   const ImageSource& source_;
   int64_t position_ = 0;
   int64_t remaining_;
+  int64_t cleanEnd_ = 0;  // no stream starts between the last one found and here
+  StreamPlace last_ = {};
+  Status lastStatus_ = Status::ShortRead;
+  bool soughtLast_ = false;
 };
 
 // ---------------------------------------------------------------- JPEG family
@@ -186,7 +203,11 @@ Status ReadSingleStream(KernelBitmap& segment, const ImageSource& source) {
   HostLoadOptions options;
   if (Status s = FillLoadOptions(source.header, options); !Ok(s)) return s;
   (void)KernelFreeBitmap(&segment);
-  return Codec(source.record).Load(stream.Span(), segment, 0, kOrderAsDecoded, &options);
+  if (Status s = Codec(source.record).Load(stream.Span(), segment, 0, kOrderAsDecoded, &options); !Ok(s))
+    return s;
+  // The decoder's bitmap took the place of the one that had the display palette.
+  const bool coloured = header.palette.size() != 0 && segment.bitsPerPixel <= 16;
+  return coloured ? PutDisplayPalette(segment, header) : Status::Success;
 }
 
 Status PlaceBlock(KernelBitmap& segment, KernelBitmap& block, BlockPlace place) {
@@ -227,7 +248,7 @@ Status ReadBlocks(KernelBitmap& segment, const ImageSource& source) {
     StreamPlace place{};
     if (header.mask.HasBlockRecords()) {
       if (!finder.IsStored(n)) continue;
-      if (Status s = finder.FindRecorded(n, count * header.BandCount(), place); !Ok(s)) return s;
+      if (Status s = finder.FindRecorded(n, count, place); !Ok(s)) return s;
     } else {
       if (Status s = n + 1 == count ? finder.FindLast(place) : finder.FindNext(place); !Ok(s)) return s;
       finder.Pass(place);
@@ -251,7 +272,11 @@ Status ReadBlocks(KernelBitmap& segment, const ImageSource& source) {
 class BandSequentialReader {
  public:
   BandSequentialReader(KernelBitmap& segment, const ImageSource& source)
-      : segment_(segment), source_(source), header_(source.header), codec_(source.record) {}
+      : segment_(segment),
+        source_(source),
+        header_(source.header),
+        codec_(source.record),
+        finder_(source) {}
 
   Status Read() {
     bandCount_ = header_.BandCount();
@@ -268,20 +293,26 @@ class BandSequentialReader {
   }
 
  private:
+  // Finds streams until they reach the end of the data; any further one is the last stream again.
   Status FindStreams() {
-    const CheckedSize count = CheckedSize(bandCount_) * blockCount_;
-    // Each stream takes more bytes than a marker, which bounds the table by the data.
-    if (!(count * kMarkerBytes).Within(source_.length)) return Status::ShortRead;
-    if (Status s = streams_.Allocate(count.Value(), ORB_HERE); !Ok(s)) return s;
-    StreamFinder finder(source_);
+    constexpr uint64_t kLeastStream = 2;  // starts of an image can lie as close
+    const CheckedSize wanted = CheckedSize(bandCount_) * blockCount_;
+    const uint64_t most = source_.length / kLeastStream + 1;
+    if (Status s = streams_.Allocate(wanted.Within(most) ? wanted.Value() : most, ORB_HERE); !Ok(s))
+      return s;
     for (StreamPlace& place : streams_) {
-      // A last stream that was taken already leaves nothing for the bands that are still missing.
-      if (finder.IsExhausted()) return Status::ShortRead;
-      if (!Ok(finder.FindNext(place))) {
-        if (Status s = finder.FindLast(place); !Ok(s)) return s;
+      if (finder_.IsExhausted()) break;
+      if (!Ok(finder_.FindNext(place))) {
+        if (Status s = finder_.FindLast(place); !Ok(s)) return s;
       }
-      finder.Pass(place);
+      finder_.Pass(place);
+      ++streamCount_;
     }
+    return Status::Success;
+  }
+  Status FindStream(uint64_t number, StreamPlace& place) {
+    if (number >= streamCount_) return finder_.FindLast(place);
+    place = streams_[static_cast<size_t>(number)];
     return Status::Success;
   }
 
@@ -308,12 +339,16 @@ class BandSequentialReader {
     const uint64_t number = band * blockCount_ + n;
     StreamPlace place{};
     if (header_.mask.HasBlockRecords()) {
-      StreamFinder finder(source_);
-      if (!finder.IsStored(number)) return Status::Success;
-      if (Status s = finder.FindRecorded(number, bandCount_ * blockCount_, place); !Ok(s)) return s;
-    } else {
-      place = streams_[static_cast<size_t>(number)];
+      if (!finder_.IsStored(number)) return Status::Success;
+      if (Status s = finder_.FindRecorded(number, bandCount_ * blockCount_, place); !Ok(s)) return s;
+    } else if (Status s = FindStream(number, place); !Ok(s)) {
+      return s;
     }
+    const size_t slot = bandCount_ - 1 - band + (bands_.size() - bandCount_);
+    // Only the last three are merged; the others are decoded for their statuses alone, and a last stream
+    // that stands for many bands gives its status with one that is shown.
+    const bool isShown = slot + 3 >= bands_.size();
+    if (!isShown && !header_.mask.HasBlockRecords() && number >= streamCount_) return Status::Success;
     BlockStream stream;
     if (Status s = stream.Read(source_, place); !Ok(s)) return s;
     if (!stream.IsUsable(header_)) return Status::Success;
@@ -323,10 +358,8 @@ class BandSequentialReader {
     if (representation == Representation::Rgb || representation == Representation::Multi) {
       options.flags |= kLoadComponentsAreRgb;
     }
-    const size_t slot = bandCount_ - 1 - band + (bands_.size() - bandCount_);
     const Status status = codec_.Load(stream.Plain(), bands_[slot].record, 0, kOrderAsDecoded, &options);
-    // Only the last three are merged; the others are decoded for their statuses alone.
-    if (slot + 3 < bands_.size()) bands_[slot].Free();
+    if (!isShown) bands_[slot].Free();
     return status;
   }
 
@@ -334,9 +367,11 @@ class BandSequentialReader {
   const ImageSource& source_;
   ImageSubheader& header_;
   Codec codec_;
+  StreamFinder finder_;
   uint32_t bandCount_ = 0;
   uint64_t blockCount_ = 0;
   KernelBuffer<StreamPlace> streams_;
+  uint64_t streamCount_ = 0;
   TrackedArray<OwnedBitmap> bands_;
 };
 

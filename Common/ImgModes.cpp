@@ -15,9 +15,7 @@ class ScratchBlock {
     return bitmap_.Allocate(header.NPPBH.value, header.NPPBV.value, bitsPerPixel, order, kViewTopLeft);
   }
   void Prepare() { (void)KernelPrepareScratchBitmap(&bitmap_.record); }
-  void PutRow(const void* row, uint32_t y) {
-    (void)KernelPutRow(&bitmap_.record, row, y, bitmap_.record.bytesPerLine);
-  }
+  KernelBitmap& Record() { return bitmap_.record; }
   Status Place(KernelBitmap& segment, BlockPlace place) {
     KernelBitmap& scratch = bitmap_.record;
     scratch.colourOrder = segment.colourOrder;
@@ -68,10 +66,11 @@ class BitRows {
 
 Status UnpackBiLevelBlock(const ImageSubheader& header, BitRows& bits, std::span<uint8_t> row,
                           ScratchBlock& scratch) {
+  RowAccess rows(scratch.Record());
   for (uint32_t y = 0; y < header.NPPBV.value; ++y) {
     std::fill(row.begin(), row.end(), uint8_t{0});
     if (Status s = bits.Take(row, header.NPPBH.value); !Ok(s)) return s;
-    scratch.PutRow(row.data(), y);
+    if (Status s = rows.Put(row.data(), y); !Ok(s)) return s;
   }
   return Status::Success;
 }
@@ -116,7 +115,13 @@ bool IsNarrowed(const ImageSubheader& header) {
   return IsMono(header) && (header.NBPP.value == 32 || header.NBPP.value == 64);
 }
 
+// 12-bit samples of one band stand two in three bytes.
+bool IsTwelveBit(const ImageSubheader& header) {
+  return header.BandCount() == 1 && header.NBPP.value == 12;
+}
+
 uint32_t SingleBlockRowLength(const ImageSubheader& header, uint32_t width, uint32_t bytesPerLine) {
+  if (IsTwelveBit(header)) return std::min(bytesPerLine, width) + (std::min(bytesPerLine, width) + 1) / 2;
   const uint32_t bytesPerSample = IsMono(header) ? std::max(1u, header.NBPP.value / 8) : 1;
   return std::min(bytesPerLine, width) * bytesPerSample;
 }
@@ -129,12 +134,14 @@ Status ReadSingleBlock(KernelBitmap& segment, const ImageSource& source) {
   const uint32_t length = SingleBlockRowLength(header, segment.width, segment.bytesPerLine);
   KernelBuffer<uint8_t> row;
   if (Status s = row.Allocate(std::max(length, segment.bytesPerLine), ORB_HERE); !Ok(s)) return s;
-  const bool convert = nbpp != abpp || nbpp == 16;
+  // Samples of 16 significant bits get host order, pairs of 12 bits are repacked.
+  const bool convert = nbpp != abpp || nbpp == 16 || IsTwelveBit(header);
+  RowAccess rows(segment);
   for (uint32_t y = 0; y < segment.height; ++y) {
     const int64_t offset = int64_t{header.mask.IMDATOFF} + int64_t{y} * length;
     if (Status s = source.ReadAt(offset, row.data(), length); !Ok(s)) return s;
     if (convert) ConvertSamples(row.Span().first(length), nbpp, abpp, range);
-    (void)KernelPutRow(&segment, row.data(), y, segment.bytesPerLine);
+    if (Status s = rows.Put(row.data(), y); !Ok(s)) return s;
   }
   return Status::Success;
 }
@@ -142,6 +149,19 @@ Status ReadSingleBlock(KernelBitmap& segment, const ImageSource& source) {
 CheckedSize MultiBlockRowLength(const ImageSubheader& header) {
   const uint32_t bits = IsNarrowed(header) ? header.NBPP.value : SegmentBitsPerPixel(header);
   return CheckedSize((uint64_t{bits} * header.NPPBH.value + 7) / 8);
+}
+
+Status ReadRowBlock(const ImageSource& source, int64_t offset, KernelBuffer<uint8_t>& row,
+                    uint32_t length, ScratchBlock& scratch) {
+  const ImageSubheader& header = source.header;
+  scratch.Prepare();
+  RowAccess rows(scratch.Record());
+  for (uint32_t y = 0; y < header.NPPBV.value; ++y, offset += length) {
+    if (Status s = source.ReadAt(offset, row.data(), length); !Ok(s)) return s;
+    ConvertSamples(row.Span().first(length), header.NBPP.value, header.ABPP.value, {});
+    if (Status s = rows.Put(row.data(), y); !Ok(s)) return s;
+  }
+  return Status::Success;
 }
 
 Status ReadMultiBlock(KernelBitmap& segment, const ImageSource& source) {
@@ -158,12 +178,8 @@ Status ReadMultiBlock(KernelBitmap& segment, const ImageSource& source) {
   int64_t next = mask.IMDATOFF;
   for (uint64_t n = 0; n < source.BlockCount(); ++n) {
     if (mask.HasBlockRecords() && !IsStored(source, mask.BlockRecord(n))) continue;
-    scratch.Prepare();
-    for (uint32_t y = 0; y < header.NPPBV.value; ++y, next += length) {
-      if (Status s = source.ReadAt(next, row.data(), length); !Ok(s)) return s;
-      ConvertSamples(row.Span().first(length), header.NBPP.value, header.ABPP.value, {});
-      scratch.PutRow(row.data(), y);
-    }
+    if (Status s = ReadRowBlock(source, next, row, length, scratch); !Ok(s)) return s;
+    next += int64_t{length} * header.NPPBV.value;
     if (Status s = scratch.Place(segment, PlaceOfBlock(header, n)); !Ok(s)) return s;
   }
   return Status::Success;
@@ -178,7 +194,7 @@ struct ModeLayout {
   int64_t rowStride;
   uint32_t pixelStride;
   bool segmentDepth;      // the scratch has the segment bitmap's depth, else 24 bits
-  bool usesMask;          // masked blocks are left out and records give offsets
+  bool usesPadRecords;    // without block records, pad pixel records give offsets
   bool repeatsLastRow;    // the last row of a block shows the row above it
   bool marksInterleaved;  // the segment bitmap's hint is set
   uint8_t readOrder[3];   // of blue (0), green (1) and red (2)
@@ -213,7 +229,7 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
               .rowStride = width,
               .pixelStride = 1,
               .segmentDepth = true,
-              .usesMask = true,
+              .usesPadRecords = true,
               .repeatsLastRow = false,
               .marksInterleaved = false,
               .readOrder = {2, 0, 1}};
@@ -223,7 +239,7 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
               .rowStride = width * bands,
               .pixelStride = static_cast<uint32_t>(bands),
               .segmentDepth = true,
-              .usesMask = true,
+              .usesPadRecords = true,
               .repeatsLastRow = true,
               .marksInterleaved = true,
               .readOrder = {0, 1, 2}};
@@ -233,7 +249,7 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
               .rowStride = width * bands,
               .pixelStride = 1,
               .segmentDepth = false,
-              .usesMask = false,
+              .usesPadRecords = false,
               .repeatsLastRow = false,
               .marksInterleaved = false,
               .readOrder = {2, 1, 0}};
@@ -246,7 +262,7 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
           .rowStride = width,
           .pixelStride = 1,
           .segmentDepth = false,
-          .usesMask = true,
+          .usesPadRecords = true,
           .repeatsLastRow = false,
           .marksInterleaved = true,
           .readOrder = {2, 1, 0}};
@@ -256,10 +272,10 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
 bool OffsetOfBlock(const ImageSource& source, const ModeLayout& layout, uint64_t n, int64_t& offset) {
   const MaskTable& mask = source.header.mask;
   offset = static_cast<int64_t>(n) * layout.blockLength;
-  if (layout.usesMask && mask.HasBlockRecords()) {
+  if (mask.HasBlockRecords()) {
     if (!IsStored(source, mask.BlockRecord(n))) return false;
     offset = mask.BlockRecord(n);
-  } else if (layout.usesMask && mask.PadRecord(n) != MaskTable::kNoBlock) {
+  } else if (layout.usesPadRecords && mask.PadRecord(n) != MaskTable::kNoBlock) {
     offset = mask.PadRecord(n);
   }
   offset += mask.IMDATOFF;
@@ -314,12 +330,13 @@ Status ReadBandBlock(const ImageSubheader& header, const ModeLayout& layout, int
                      BandRows& rows, ScratchBlock& scratch) {
   const uint32_t height = header.NPPBV.value;
   rows.Clear();
+  RowAccess target(scratch.Record());
   for (uint32_t y = 0; y < height; ++y) {
     const bool repeated = layout.repeatsLastRow && y + 1 == height;
     if (!repeated) {
       if (Status s = rows.Read(offset + y * layout.rowStride); !Ok(s)) return s;
     }
-    scratch.PutRow(rows.Pixels(), y);
+    if (Status s = target.Put(rows.Pixels(), y); !Ok(s)) return s;
   }
   return Status::Success;
 }

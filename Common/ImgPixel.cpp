@@ -11,8 +11,10 @@ using Band = BandRepresentation;
 constexpr int32_t kNotFound = -1;
 
 int32_t FirstBandWith(const ImageSubheader& header, Band code) {
-  for (uint32_t band = 0; band < header.bands.size(); ++band) {
-    if (header.bands[band].Code() == code) return static_cast<int32_t>(band);
+  const uint32_t count =
+      std::min<uint32_t>(header.CodedBandCount(), static_cast<uint32_t>(header.bands.size()));
+  for (uint32_t band = 0; band < count; ++band) {
+    if (header.BandCode(band) == code) return static_cast<int32_t>(band);
   }
   return kNotFound;
 }
@@ -66,6 +68,12 @@ void RepackTwelveBits(std::span<uint8_t> row) {
     row[i + 1] = static_cast<uint8_t>(a >> 8 | (b & 15) << 4);
     row[i + 2] = static_cast<uint8_t>(b >> 4);
   }
+  if (row.size() % 3 != 2) return;
+  // The last sample of an odd row.
+  uint8_t* last = &row[row.size() - 2];
+  const uint32_t a = static_cast<uint32_t>(last[0] << 4 | last[1] >> 4);
+  last[0] = static_cast<uint8_t>(a);
+  last[1] = static_cast<uint8_t>(a >> 8);
 }
 
 bool Stretches(uint32_t nbpp, uint32_t abpp) {
@@ -97,7 +105,7 @@ Status ImageSource::Require(int64_t offset, CheckedSize bytes) const {
 }
 
 BandSelection SelectBands(ImageSubheader& header, BandSelection initial) {
-  const int32_t last = static_cast<int32_t>(header.BandCount()) - 1;
+  const int32_t last = static_cast<int32_t>(header.CodedBandCount()) - 1;
   for (const SelectionRule& rule : kRules) {
     const int32_t red = FirstBandWith(header, rule.red);
     const int32_t green = FirstBandWith(header, rule.green);

@@ -36,12 +36,10 @@ void NitfFile::TakeOptions(uint32_t loadFlags) {
 
 Status NitfFile::ReadDocument(const char16_t* fileName) {
   StreamingFileHeader streaming;
-  if (Status s = RememberPath(fileName); !Ok(s)) return s;
+  if (fileName == nullptr) return Status::ShortRead;
   file.OpenForReading(fileName);
-  if (Status s = header.ReadHeader(*this, streaming, ReadMode::Normal); !Ok(s)) {
-    headerPresent = header.loaded;
-    return s;
-  }
+  hasSource = file.IsOpen() && WideIdentify(fileName, &source);
+  if (Status s = header.ReadHeader(*this, streaming, ReadMode::Normal); !Ok(s)) return s;
   headerPresent = header.loaded;
   background = header.background;
   if (Status s = AllocateObjects(); !Ok(s)) return s;
@@ -58,14 +56,6 @@ Status NitfFile::ReadSubheaders(SegmentKind kind, SegmentList<R>& list, Streamin
     (void)SeekToSubheader(kind, index++);
     if (Status s = record.ReadSubheader(*this, streaming, ReadMode::Normal); !Ok(s)) return s;
   }
-  return Status::Success;
-}
-
-Status NitfFile::RememberPath(const char16_t* fileName) {
-  if (fileName == nullptr) return Status::ShortRead;
-  const std::u16string_view path(fileName);
-  if (Status s = sourcePath.Allocate(path.size() + 1, ORB_HERE); !Ok(s)) return s;
-  path.copy(sourcePath.data(), path.size());
   return Status::Success;
 }
 

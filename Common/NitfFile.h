@@ -48,7 +48,8 @@ struct NitfFile {
   uint32_t TextCount() const { return texts.Count(); }
 
   OwnedFile file;
-  KernelBuffer<char16_t> sourcePath;  ///< of the open file, terminated
+  bool hasSource = false;        ///< `source` is known
+  WideFileIdentity source = {};  ///< of the open file
   bool graphicOption = false;
   bool liftDarkImages = false;
   bool fixedCanvas = false;
@@ -64,7 +65,6 @@ struct NitfFile {
   SegmentList<DataExtensionSubheader> dataExtensions;
 
  private:
-  Status RememberPath(const char16_t* fileName);
   template <class R>
   Status ReadSubheaders(SegmentKind kind, SegmentList<R>& list, StreamingFileHeader& streaming);
   Status SeekToReplacement(StreamingFileHeader& streaming);

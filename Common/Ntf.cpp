@@ -44,21 +44,36 @@ Status ReportSize(HostInformationRecord& record) {
   return Status::Success;
 }
 
+// A small file that claims a large canvas is found out before its pixels are touched: the failure with
+// which drawing would end, as far as the segments in front tell.
+Status FindMissingData(NitfFile& document) {
+  DisplayList list;
+  if (Status s = BuildDisplayList(document, list); !Ok(s)) return s;
+  for (const DisplayItem& item : list.Items()) {
+    bool known = false;
+    if (item.kind != SegmentKind::Image) return Status::Success;
+    if (Status s = RequireImageData(document, item.index, known); !Ok(s)) return s;
+    if (!known) return Status::Success;
+  }
+  return Status::Success;
+}
+
 // Draws the composite into a fresh canvas. `drawn` receives the drawing's own result: any above 0 leaves
 // the canvas to be used.
 Status RenderCanvas(HostLoadRecord* record, NitfFile& document, uint32_t bitsPerPixel,
                     OwnedBitmap& canvas, Status& drawn) {
   uint32_t width = 0, height = 0;
   if (Status s = Measure(document, width, height); !Ok(s)) return s;
-  // A small file that claims a large canvas is found out before memory is taken for it.
-  if (uint64_t{width} * height > kLargeCanvas) {
-    if (Status s = RequireImageData(document); !Ok(s)) return s;
-  }
   if (Status s = canvas.Allocate(width, height, bitsPerPixel, kOrderBgr, kViewBottomLeft); !Ok(s))
     return s;
-  (void)KernelFillBitmap(&canvas.record, document.background);
+  const bool large = uint64_t{width} * height > kLargeCanvas;
+  const Status missing = large ? FindMissingData(document) : Status::Success;
+  if (Ok(missing)) {
+    if (Status s = FromHost(KernelFillBitmap(&canvas.record, document.background)); !Ok(s)) return s;
+  }
   const BitmapDc dc(canvas.record);
   if (dc.get() == nullptr) return Status::OutOfMemory;
+  if (!Ok(missing)) return missing;
   drawn = FromHost(Orb_NitfDrawObjects(record, dc.get(), &canvas.record, &document));
   return ToCaller(drawn) < 1 ? drawn : Status::Success;
 }
@@ -67,22 +82,22 @@ Status DeliverBitmap(void* context, KernelBitmap* hostBitmap, KernelBitmap& canv
                      HostRowCallback callback, void* userData) {
   KernelBuffer<uint8_t> row;
   if (Status s = row.Allocate(canvas.bytesPerLine, ORB_HERE); !Ok(s)) return s;
-  (void)KernelAccessBitmap(&canvas);
-  Status status = Status::Success;
+  RowAccess rows(canvas);
+  Status status = rows.Result();
   for (uint32_t r = 0; r < canvas.height && Ok(status); ++r) {
-    (void)KernelGetRow(&canvas, row.data(), canvas.height - 1 - r, canvas.bytesPerLine);
+    if (Status s = rows.Get(row.data(), canvas.height - 1 - r); !Ok(s)) return s;
     const uint32_t flags =
         kRowAlways | (r == 0 ? kRowFirst : 0) | (r + 1 == canvas.height ? kRowLast : 0);
     status =
         FromHost(callback(context, hostBitmap, row.data(), flags, static_cast<int32_t>(r), 1, userData));
   }
-  (void)KernelReleaseBitmap(&canvas);
   return status;
 }
 
 Status LoadComposite(HostLoadRecord& record) {
   NitfFile document;
-  if (record.loadMemory == nullptr || record.setLoadCallback == nullptr || record.required2224 == 0) {
+  if (record.loadMemory == nullptr || record.setLoadCallback == nullptr || record.required2224 == 0 ||
+      record.rowCallback == nullptr) {
     return Status::BadStructure;
   }
   TakeOptions(document, record.options);
@@ -107,7 +122,7 @@ Status DrawItem(HostLoadRecord* record, HDC dc, NitfFile& document, DisplayList&
 
 Status DrawObjects(HostLoadRecord* record, HDC dc, NitfFile& document) {
   DisplayList list;
-  if (Status s = list.Build(document); !Ok(s)) return s;
+  if (Status s = BuildDisplayList(document, list); !Ok(s)) return s;
   for (const DisplayItem& item : list.Items()) {
     if (Status s = DrawItem(record, dc, document, list, item); !Ok(s)) return s;
   }

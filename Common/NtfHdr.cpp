@@ -6,6 +6,8 @@ namespace {
 
 constexpr char16_t kSourceFile[] = u"NtfHdr";
 
+constexpr uint32_t kComplexityLevel = 3;  // the only one that is read
+
 Status AcceptMark(FileHeader& header) {
   const std::string_view mark(header.FHDR.text);
   if (mark != "NITF" && mark != "NSIF") return Status::BadStructure;
@@ -18,7 +20,9 @@ Status AcceptVersion(FileHeader& header) {
 }
 
 Status AcceptComplexity(FileHeader& header) {
-  if (std::string_view(header.CLEVEL.text) == "03") return Status::Success;
+  const bool supported = std::string_view(header.CLEVEL.text) == "03";
+  header.CLEVEL.value = kComplexityLevel;  // a refused level is not taken
+  if (supported) return Status::Success;
   MessageBoxA(nullptr, "Unsupported CLEVEL", "Error", MB_OK);
   return Status::BadComplexity;
 }
@@ -156,7 +160,7 @@ FieldTable<FileHeader> FileHeader::Table() { return kTable; }
 
 FileHeader::FileHeader() {
   ApplyDefaults<FileHeader>(kTable, *this);
-  CLEVEL.value = 3;
+  CLEVEL.value = kComplexityLevel;
 }
 
 void FileHeader::FreeTables() {

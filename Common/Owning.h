@@ -219,6 +219,31 @@ class OwnedBitmap {
   KernelBitmap record;
 };
 
+/// Access to a bitmap's rows, given back at its end.
+class RowAccess {
+ public:
+  explicit RowAccess(KernelBitmap& bitmap)
+      : bitmap_(bitmap), status_(FromHost(KernelAccessBitmap(&bitmap))) {}
+  ~RowAccess() {
+    if (Ok(status_)) (void)KernelReleaseBitmap(&bitmap_);
+  }
+  RowAccess(const RowAccess&) = delete;
+  RowAccess& operator=(const RowAccess&) = delete;
+
+  /// Whether there is access: 1, or the kernel's code, which Get and Put give too.
+  Status Result() const { return status_; }
+  Status Get(void* to, uint32_t row) {
+    return Ok(status_) ? FromHost(KernelGetRow(&bitmap_, to, row, bitmap_.bytesPerLine)) : status_;
+  }
+  Status Put(const void* from, uint32_t row) {
+    return Ok(status_) ? FromHost(KernelPutRow(&bitmap_, from, row, bitmap_.bytesPerLine)) : status_;
+  }
+
+ private:
+  KernelBitmap& bitmap_;
+  Status status_;
+};
+
 /// A device context on a bitmap.
 class BitmapDc {
  public:

@@ -38,7 +38,8 @@ Status WriteBuffer(int32_t output, const void* bytes, size_t held, uint32_t coun
 Status SaveDocument(NitfFile& document, const char16_t* path) {
   if (path == nullptr) return Status::InvalidParameter;
   // The output is truncated while data is still to be copied from the source.
-  if (document.sourcePath.size() != 0 && WideIsSameFile(document.sourcePath.data(), path)) {
+  WideFileIdentity target;
+  if (document.hasSource && WideIdentify(path, &target) && target == document.source) {
     return Status::InvalidParameter;
   }
   OrbNitfSaveFile writer;
@@ -80,8 +81,10 @@ Status OrbNitfSaveFile::WriteSegments() {
   for (const TextSubheader& text : document.texts) {
     if (Status s = WriteSubheader(text, output_); !Ok(s)) return s;
     const uint32_t length = header.texts.Current(text.index).data;
-    const Status status = text.hasText ? WriteBuffer(output_, text.text.data(), text.text.size(), length)
-                                       : CopyFromSource(SegmentKind::Text, text.index, length);
+    // The terminator behind an appended text is not the file's.
+    const Status status = text.hasText
+                              ? WriteBuffer(output_, text.text.data(), text.text.size() - 1, length)
+                              : CopyFromSource(SegmentKind::Text, text.index, length);
     if (!Ok(status)) return status;
   }
   uint32_t index = 0;
@@ -116,7 +119,7 @@ Status OrbNitfSaveFile::WriteImage(ImageSubheader& image) {
       if (Status s = PatchLength(image, length, true); !Ok(s)) return s;
     }
   }
-  if (Status s = WriteImageData(image, subheaderEnd); !Ok(s)) return s;
+  if (Status s = WriteImageData(image); !Ok(s)) return s;
   if (!HasCheckedLengths(image)) return Status::Success;
   lengthsPatched_ = true;
   const auto length = static_cast<uint64_t>(OutputEnd() - subheaderEnd) + maskTableSize_;
@@ -135,18 +138,30 @@ Status OrbNitfSaveFile::PatchLength(const ImageSubheader& image, uint64_t value,
   return Status::Success;
 }
 
-Status OrbNitfSaveFile::WriteImageData(ImageSubheader& image, int64_t subheaderEnd) {
+Status OrbNitfSaveFile::WriteImageData(ImageSubheader& image) {
   const uint32_t length = document_->header.images.Current(image.index).data;
   if (image.hasAppendedData) {
     return WriteBuffer(output_, image.appendedData.data(), image.appendedData.size(), length);
   }
-  return IsVectorQuantised(image) ? WriteVectorQuantised(image) : WriteRawImage(image, subheaderEnd);
+  return IsVectorQuantised(image) ? WriteVectorQuantised(image) : WriteRawImage(image);
+}
+
+// Where the file header says that an image's data begins; behind a masked vector-quantised image, whose
+// lengths may have been patched, in front of the mask table just written.
+int64_t OrbNitfSaveFile::RawDataStart(const ImageSubheader& image) const {
+  if (lengthsPatched_) return OutputEnd() - image.mask.IMDATOFF;
+  const LengthTable& table = document_->header.images;
+  int64_t start = document_->header.currentHeaderLength;
+  for (uint32_t i = 0; i < image.index; ++i) {
+    start += int64_t{table.current[i].subheader} + table.current[i].data;
+  }
+  return start + table.Current(image.index).subheader;
 }
 
 // The source's data begins with its own mask table, which takes the place of the one written from the
 // record.
-Status OrbNitfSaveFile::WriteRawImage(ImageSubheader& image, int64_t subheaderEnd) {
-  (void)KernelSeek(output_, subheaderEnd - maskTableSize_, kSeekStart);
+Status OrbNitfSaveFile::WriteRawImage(ImageSubheader& image) {
+  if (KernelSeek(output_, RawDataStart(image), kSeekStart) < 0) return Status::ShortWrite;
   return CopyFromSource(SegmentKind::Image, image.index,
                         document_->header.images.Current(image.index).data);
 }

@@ -18,8 +18,9 @@ class OrbNitfSaveFile {
  private:
   Status WriteSegments();
   Status WriteImage(ImageSubheader& image);
-  Status WriteImageData(ImageSubheader& image, int64_t subheaderEnd);
-  Status WriteRawImage(ImageSubheader& image, int64_t subheaderEnd);
+  Status WriteImageData(ImageSubheader& image);
+  Status WriteRawImage(ImageSubheader& image);
+  int64_t RawDataStart(const ImageSubheader& image) const;
   /// The codes of a vector-quantised image, block by block.
   Status WriteVectorQuantised(ImageSubheader& image);
   Status PatchLength(const ImageSubheader& image, uint64_t value, bool ofSubheader);

@@ -59,6 +59,7 @@ struct SecurityForm {
   char classFill;           ///< the same for the classification
   bool validated = true;    ///< whether the parse judges the classification
   bool blank = true;        ///< whether a fresh record has "U" and spaces, or nothing
+  bool narrow = false;      ///< whether setters take no more than the file's width
 };
 
 /// A record's security rows.
@@ -69,6 +70,7 @@ constexpr std::array<FieldRow<R>, 16> SecurityRows(const SecurityForm& form) {
     row.prefix = form.prefix;
     row.fill = form.fill;
     row.blank = row.blank && form.blank;
+    if (form.narrow) row.capacity = row.width;
   }
   rows[0].prefix = form.classPrefix;
   rows[0].fill = form.classFill;

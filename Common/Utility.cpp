@@ -39,10 +39,6 @@ Status AddGraphic(NitfFile& document, uint32_t index, int32_t rowOffset, int32_t
     return Status::Success;
   }
   const RECT bounds = GraphicRectangle(graphic, rowOffset, columnOffset);
-  // A graphic wholly at negative coordinates reaches nothing.
-  if (bounds.right <= 0 && bounds.left <= 0 && bounds.bottom <= 0 && bounds.top <= 0) {
-    return Status::Success;
-  }
   extent.Add(std::abs(int64_t{bounds.right}), std::abs(int64_t{bounds.bottom}));
   return Status::Success;
 }
@@ -62,7 +58,7 @@ Status MeasureComposite(NitfFile& document, uint32_t& width, uint32_t& height) {
     return Status::Success;
   }
   DisplayList list;
-  if (Status s = list.Build(document); !Ok(s)) return s;
+  if (Status s = BuildDisplayList(document, list); !Ok(s)) return s;
   if (list.Count() == 0 && document.TextCount() != 0) {
     width = height = kTextOnlySide;
     return Status::Success;
@@ -80,7 +76,9 @@ Status MeasureComposite(NitfFile& document, uint32_t& width, uint32_t& height) {
 
 }  // namespace
 
-Status DisplayList::Build(const NitfFile& document) {
+Status BuildDisplayList(const NitfFile& document, DisplayList& list) { return list.Fill(document); }
+
+Status DisplayList::Fill(const NitfFile& document) {
   imageCount_ = document.ImageCount();
   const uint32_t count = imageCount_ + document.GraphicCount();
   if (count == 0) return Status::Success;

@@ -13,9 +13,6 @@ struct DisplayItem {
 /// The items of a document in drawing order, and the way from each to its place.
 class DisplayList {
  public:
-  /// Lists every image, then every graphic, and sorts by display level. -1.
-  Status Build(const NitfFile& document);
-
   std::span<const DisplayItem> Items() const { return items_.Span(); }
   uint32_t Count() const { return static_cast<uint32_t>(items_.size()); }
 
@@ -34,6 +31,8 @@ class DisplayList {
     uint32_t level, segment;
   };
 
+  friend Status BuildDisplayList(const NitfFile& document, DisplayList& list);
+  Status Fill(const NitfFile& document);
   void SortItems();
   Status IndexLevels();
   Segment* FirstOfLevel(std::span<const LevelEntry> levels, uint32_t level);
@@ -44,6 +43,9 @@ class DisplayList {
   uint32_t imageCount_ = 0;
   uint32_t visits_ = 0;
 };
+
+/// Lists every image, then every graphic, and sorts by display level. -1.
+Status BuildDisplayList(const NitfFile& document, DisplayList& list);
 
 /// The highest display level plus 1; 1 for a document without images and graphics.
 uint32_t NextDisplayLevel(const NitfFile& document);

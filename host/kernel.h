@@ -63,6 +63,7 @@ ORB_HOST_API int32_t ORB_CALL KernelClose(int32_t file);
 
 inline constexpr uint32_t kBitmapRecordSize = 168;
 inline constexpr uint32_t kBitmapAllocated = 1;  ///< bit of KernelBitmap::flags
+inline constexpr uint32_t kBitmapAccessed = 2;   ///< the same: between access and release
 
 /// Order of a pixel's colour bytes.
 enum KernelColourOrder : uint32_t {

@@ -2,7 +2,15 @@
 // hostkit supplies calls of the same names and meanings.
 #pragma once
 
+#include <cstdint>
+
 #include "orbntf/platform.h"
+
+/// What tells one file from every other while it is open, whatever its names.
+struct WideFileIdentity {
+  uint64_t volume, index;
+  bool operator==(const WideFileIdentity&) const = default;
+};
 
 #if defined(_WIN32)
 
@@ -23,21 +31,20 @@ inline const wchar_t* WindowsText(const char16_t* text) { return reinterpret_cas
 /// Tests a wide path as `_waccess` does: 0 when the file grants `mode` (0 tests existence), else -1.
 inline int WideAccess(const char16_t* path, int mode) { return _waccess(WindowsText(path), mode); }
 
-/// Whether two wide paths name one existing file, links followed.
-inline bool WideIsSameFile(const char16_t* a, const char16_t* b) {
-  const auto identify = [](const char16_t* path, BY_HANDLE_FILE_INFORMATION& identity) {
-    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE file = CreateFileW(WindowsText(path), 0, kShareAll, nullptr, OPEN_EXISTING,
-                                    FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    if (file == INVALID_HANDLE_VALUE) return false;
-    const bool known = GetFileInformationByHandle(file, &identity) != 0;
-    CloseHandle(file);
-    return known;
-  };
-  BY_HANDLE_FILE_INFORMATION first, second;
-  return identify(a, first) && identify(b, second) &&
-         first.dwVolumeSerialNumber == second.dwVolumeSerialNumber &&
-         first.nFileIndexHigh == second.nFileIndexHigh && first.nFileIndexLow == second.nFileIndexLow;
+/// Finds the identity of the file that a wide path names, links followed; false when there is none.
+inline bool WideIdentify(const char16_t* path, WideFileIdentity* identity) {
+  constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const HANDLE file = CreateFileW(WindowsText(path), 0, kShareAll, nullptr, OPEN_EXISTING,
+                                  FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return false;
+  BY_HANDLE_FILE_INFORMATION information;
+  const bool known = GetFileInformationByHandle(file, &information) != 0;
+  CloseHandle(file);
+  if (known) {
+    *identity = {information.dwVolumeSerialNumber,
+                 uint64_t{information.nFileIndexHigh} << 32 | information.nFileIndexLow};
+  }
+  return known;
 }
 
 #else
@@ -73,8 +80,8 @@ ORB_HOST_API void ORB_CALL OutputDebugStringA(const char* text);
 ORB_HOST_API void* ORB_CALL GlobalLock(HGLOBAL memory);
 /// Ends a GlobalLock.
 ORB_HOST_API int ORB_CALL GlobalUnlock(HGLOBAL memory);
-/// Whether two wide paths name one existing file, links followed.
-ORB_HOST_API bool ORB_CALL WideIsSameFile(const char16_t* a, const char16_t* b);
+/// Finds the identity of the file that a wide path names, links followed; false when there is none.
+ORB_HOST_API bool ORB_CALL WideIdentify(const char16_t* path, WideFileIdentity* identity);
 /// Tests a wide path: 0 when the file grants `mode` (0 tests existence), else -1.
 ORB_HOST_API int ORB_CALL WideAccess(const char16_t* path, int mode);
 

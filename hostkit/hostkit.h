@@ -67,6 +67,8 @@ ORB_HOST_API uint64_t ORB_CALL HostkitFaultCalls(int32_t kind);
 struct VectorHandle;
 inline constexpr int32_t kDrawingSvg = 0;
 inline constexpr int32_t kDrawingPng = 1;
-/// Paints a drawing, its extent filling `width` x `height` pixels, into a file (narrow path).
+/// Paints all of a drawing, with what its lines, markers and texts take beyond their points, into a file
+/// (narrow path). Its objects take `longerSide` pixels; 0 for their own units, or, where that makes no
+/// picture, 64 to 4096 pixels.
 ORB_HOST_API int32_t ORB_CALL HostkitSaveDrawing(const VectorHandle* handle, const char* path,
-                                                 int32_t form, int32_t width, int32_t height);
+                                                 int32_t form, int32_t longerSide);

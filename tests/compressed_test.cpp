@@ -14,7 +14,7 @@
 #include <dcmtk/dcmjpeg/djeijg12.h>
 #endif
 
-#include "tests/support/support.h"
+#include "tests/support/objects.h"
 
 namespace {
 
@@ -549,8 +549,8 @@ TEST_F(CompressedTest, AMaskedFacsimileLooksTheSameEveryTime) {
   KernelBitmap bitmap = {};
   for (std::string& picture : rows) {
     ASSERT_EQ(Orb_NtfRenderBitmap(&bitmap, handle), 1);
-    picture.resize(bitmap.bytesPerLine);
-    KernelGetRow(&bitmap, picture.data(), 5, bitmap.bytesPerLine);
+    const std::vector<uint8_t> row = test::RowOf(bitmap, 5);
+    picture.assign(row.begin(), row.end());
   }
   KernelFreeBitmap(&bitmap);
   EXPECT_EQ(rows[0], rows[1]);

@@ -1,6 +1,6 @@
 // Filter entry points: the host's records and the row callback.
 #include "Common/NitfFile.h"
-#include "tests/support/support.h"
+#include "tests/support/objects.h"
 
 namespace {
 
@@ -50,6 +50,9 @@ TEST_F(FilterTest, SaveAndIncompleteRecordsAreRefused) {
   record.setLoadCallback = &FileFormatSetLoadInfoCallback;
   EXPECT_EQ(fltLoad(&record), -9);
   record.required2224 = 1;
+  EXPECT_EQ(fltLoad(&record), -9) << "no row callback";
+  record.rowCallback = [](void*, KernelBitmap*, uint8_t*, uint32_t, int32_t, int32_t, void*)
+                           ORB_CALL -> int32_t { return 1; };
   EXPECT_EQ(fltLoad(&record), -7);
   record.loadMemory = nullptr;
   EXPECT_EQ(fltLoad(&record), -9);
@@ -106,9 +109,7 @@ TEST_F(FilterTest, RenderExportOwnsAndReplacesItsCanvas) {
   EXPECT_EQ(Orb_NtfRenderBitmap(&bitmap, &document), 1);
   EXPECT_EQ(Orb_NtfRenderBitmap(&bitmap, &document), 1);
   EXPECT_EQ(bitmap.bitsPerPixel, 24u);
-  uint8_t row[16];
-  EXPECT_EQ(KernelGetRow(&bitmap, row, 3, 15), 1) << "the last kernel row is the top of the picture";
-  EXPECT_EQ(row[3], 1);
+  EXPECT_EQ(test::RowOf(bitmap, 3)[3], 1) << "the last kernel row is the top of the picture";
   KernelFreeBitmap(&bitmap);
 }
 
@@ -168,8 +169,7 @@ TEST_F(FilterTest, WhatWasDrawnBeforeAFailureStays) {
   const HDC dc = KernelCreateBitmapDc(&canvas);
   const int32_t status = Orb_NitfDrawObjects(nullptr, dc, &canvas, &document);
   KernelDeleteBitmapDc(dc);
-  uint8_t row[16];
-  KernelGetRow(&canvas, row, 3, sizeof row);
+  const std::vector<uint8_t> row = test::RowOf(canvas, 3);
   KernelFreeBitmap(&canvas);
   EXPECT_EQ(status, -16);
   EXPECT_EQ(row[3 * 4], 19) << "the first image";

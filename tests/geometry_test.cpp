@@ -94,7 +94,7 @@ TEST_F(GeometryTest, EqualLevelsFollowTheExchangeSort) {
   NitfFile document;
   ASSERT_EQ(document.ReadDocument(onDisk.Wide()), Status::Success);
   DisplayList list;
-  ASSERT_EQ(list.Build(document), Status::Success);
+  ASSERT_EQ(BuildDisplayList(document, list), Status::Success);
   std::vector<uint32_t> order;
   for (const DisplayItem& item : list.Items()) order.push_back(item.index);
   EXPECT_EQ(order, (std::vector<uint32_t>{2, 1, 0}));

@@ -1,6 +1,6 @@
 // The stand-in toolkit where the module relies on it: files, bitmaps, painting, text.
 #include "host/display.h"
-#include "tests/support/support.h"
+#include "tests/support/objects.h"
 
 namespace {
 
@@ -80,11 +80,10 @@ TEST_F(KernelTest, EveryDepthKeepsAColourThroughPaint) {
     const RECT place = {-1, 1, 4, 3};
     EXPECT_EQ(DisplayPaintBitmap(dc, &source, nullptr, nullptr, &place, nullptr, SRCCOPY), 1);
     KernelDeleteBitmapDc(dc);
-    uint8_t row[24];
-    KernelGetRow(&canvas, row, 2, 24);  // picture row 1
+    std::vector<uint8_t> row = test::RowOf(canvas, 2);  // picture row 1
     EXPECT_GT(row[9], 100) << bits << " bits, pixel 3";
     EXPECT_EQ(row[12], 0) << "pixel 4 is untouched";
-    KernelGetRow(&canvas, row, 3, 24);
+    row = test::RowOf(canvas, 3);
     EXPECT_EQ(row[0], 0) << "picture row 0 is untouched";
     KernelFreeBitmap(&source);
     KernelFreeBitmap(&canvas);

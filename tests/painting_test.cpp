@@ -5,7 +5,7 @@
 #include "Common/HandlGfx.h"
 #include "hostkit/vector/drawing.h"
 #include "tests/support/metafile.h"
-#include "tests/support/support.h"
+#include "tests/support/objects.h"
 
 namespace {
 
@@ -34,23 +34,17 @@ class Canvas {
     KernelAllocateBitmap(&bitmap_, kBitmapRecordSize, 1, side, side, 24, kOrderBgr, nullptr,
                          kViewBottomLeft, nullptr, 0);
     KernelFillBitmap(&bitmap_, 0xFFFFFF);
-    VectorHandle handle{};
-    VectorInitialise(&handle);
-    EXPECT_EQ(
-        FileFormatLoadDrawingMemory(cgm.data(), &handle, static_cast<uint32_t>(cgm.size()), nullptr, 0),
-        1);
+    const test::Drawing drawing(cgm);
     HDC dc = KernelCreateBitmapDc(&bitmap_);
     const RECT place = {0, 0, static_cast<LONG>(side), static_cast<LONG>(side)};
-    EXPECT_EQ(VectorPaint(dc, &handle, static_cast<int32_t>(side), static_cast<int32_t>(side), 0, 0,
-                          &place, nullptr, 0),
+    EXPECT_EQ(VectorPaint(dc, &drawing.handle, static_cast<int32_t>(side), static_cast<int32_t>(side), 0,
+                          0, &place, nullptr, 0),
               1);
     KernelDeleteBitmapDc(dc);
-    VectorFree(&handle);
   }
   ~Canvas() { KernelFreeBitmap(&bitmap_); }
   Rgb At(uint32_t x, uint32_t y) {
-    std::vector<uint8_t> row(bitmap_.bytesPerLine);
-    KernelGetRow(&bitmap_, row.data(), side_ - 1 - y, bitmap_.bytesPerLine);
+    const std::vector<uint8_t> row = test::RowOf(bitmap_, side_ - 1 - y);
     return {row[3 * x + 2], row[3 * x + 1], row[3 * x]};
   }
   int CountNot(Rgb colour) {
@@ -145,7 +139,8 @@ TEST_F(PaintTest, GraphicsAreDrawnOverAndUnderImages) {
   file.Image(image, std::string(1600, '\x40'));
   const std::string square = Metafile(kRedFill + Element(4, 11, I({0, 0, 100, 100})));
   file.Graphic(Symbol(1, "0000000000", "0005000050"), square)
-      .Graphic(Symbol(3, "0001000020", "0000500005"), square);
+      .Graphic(Symbol(3, "0001000020", "0000500005"),
+               Metafile(kRedFill + Element(4, 11, I({0, 95, 5, 100}))));
   const auto picture = test::RenderBytes(file.Bytes());
   ASSERT_EQ(picture.status, 1);
   EXPECT_EQ(picture.width, 50u);

@@ -8,7 +8,7 @@ using PixelsTest = test::ModuleTest;
 
 void GiveBands(ImageSubheader& header, const std::vector<std::string>& codes) {
   ASSERT_TRUE(header.bands.Make(codes.size(), {0, u"test"}) == Status::Success);
-  header.bandCount = static_cast<uint32_t>(codes.size());
+  header.bandCount = header.NBANDS.value = static_cast<uint32_t>(codes.size());
   for (uint32_t band = 0; band < codes.size(); ++band)
     (void)header.SetBandCode(band, codes[band].c_str());
 }

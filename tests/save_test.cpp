@@ -1,10 +1,9 @@
 // Saving, appending, replacing and reading content.
 #include <filesystem>
 
-#include "Common/NitfFile.h"
 #include "tests/support/layout.h"
 #include "tests/support/metafile.h"
-#include "tests/support/support.h"
+#include "tests/support/objects.h"
 
 namespace {
 
@@ -12,53 +11,19 @@ using test::ImageForm;
 using test::NitfBuilder;
 using namespace std::string_literals;
 
-class Handle {
- public:
-  Handle() { EXPECT_EQ(Orb_NITFCreate(&handle_, nullptr), 1); }
-  explicit Handle(const test::TempFile& file) { EXPECT_EQ(Orb_NITFCreate(&handle_, file.Wide()), 1); }
-  ~Handle() {
-    if (handle_ != nullptr) Orb_NITFDestroy(&handle_);
-  }
-  operator NitfHandle() const { return handle_; }  // NOLINT: stands for the handle
-  NitfFile* operator->() const { return handle_; }
-
- private:
-  NitfHandle handle_ = nullptr;
-};
-
-class Bitmap {
- public:
-  Bitmap(uint32_t width, uint32_t height, uint32_t bits) {
-    KernelAllocateBitmap(&record, kBitmapRecordSize, 1, width, height, bits, kOrderBgr, nullptr,
-                         kViewTopLeft, nullptr, 0);
-    KernelFillBitmap(&record, 0x4080C0);
-  }
-  ~Bitmap() { KernelFreeBitmap(&record); }
-  KernelBitmap record;
-};
+using test::Bitmap;
+using test::Handle;
+using test::Saved;
 
 // A drawing of one square.
-class Square {
+class Square : public test::Drawing {
  public:
-  explicit Square(const std::string& corner = std::string("\x00\x0A\x00\x0A\x00\x32\x00\x28", 8)) {
-    const std::string cgm = std::string("\x00\x22\x01t", 4) + std::string("\x00\x62\x01p", 4) +
-                            std::string("\x20\x42\x00\x01", 4) + std::string("\x00\x80", 2) +
-                            std::string("\x52\xC2\x00\x01", 4) + std::string("\x41\x68", 2) + corner +
-                            std::string("\x00\xA0\x00\x40", 4);
-    VectorInitialise(&handle);
-    EXPECT_EQ(
-        FileFormatLoadDrawingMemory(cgm.data(), &handle, static_cast<uint32_t>(cgm.size()), nullptr, 0),
-        1);
-  }
-  ~Square() { VectorFree(&handle); }
-  VectorHandle handle{};
+  explicit Square(const std::string& corner = std::string("\x00\x0A\x00\x0A\x00\x32\x00\x28", 8))
+      : Drawing(std::string("\x00\x22\x01t", 4) + std::string("\x00\x62\x01p", 4) +
+                std::string("\x20\x42\x00\x01", 4) + std::string("\x00\x80", 2) +
+                std::string("\x52\xC2\x00\x01", 4) + std::string("\x41\x68", 2) + corner +
+                std::string("\x00\xA0\x00\x40", 4)) {}
 };
-
-std::string Saved(NitfHandle handle, int32_t expected = 1) {
-  const test::TempFile out;
-  EXPECT_EQ(Orb_NITFSaveFile(handle, out.Wide()), expected);
-  return out.Contents();
-}
 
 using SaveTest = test::ModuleTest;
 /// Tests that have the host compress images.
@@ -471,18 +436,13 @@ TEST_F(SaveTest, ExtentsBeyondFiveDigitsAreRefused) {
                        test::Element(4, 1,
                                      std::string(8, '\0') + test::Big(static_cast<uint32_t>(x), 4) +
                                          test::Big(static_cast<uint32_t>(y), 4)));
-    VectorHandle drawing{};
-    VectorInitialise(&drawing);
-    EXPECT_EQ(
-        FileFormatLoadDrawingMemory(cgm.data(), &drawing, static_cast<uint32_t>(cgm.size()), nullptr, 0),
-        1);
+    test::Drawing drawing(cgm);
     VectorPoint least, before, after;
-    VectorGetExtent(&drawing, &least, &before);
-    const int32_t status = Orb_NITFAppendGraphicSegment(handle, &drawing, &rectangle);
-    VectorGetExtent(&drawing, &least, &after);
+    VectorGetExtent(&drawing.handle, &least, &before);
+    const int32_t status = Orb_NITFAppendGraphicSegment(handle, &drawing.handle, &rectangle);
+    VectorGetExtent(&drawing.handle, &least, &after);
     EXPECT_TRUE(status == 1 || (before.x == after.x && before.y == after.y))
         << "a refused drawing is not moved";
-    VectorFree(&drawing);
     return status;
   };
   EXPECT_EQ(append(100000, 5), -13);

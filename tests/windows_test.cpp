@@ -6,7 +6,7 @@
 #include <set>
 
 #include "host/display.h"
-#include "tests/support/support.h"
+#include "tests/support/objects.h"
 
 namespace {
 
@@ -118,9 +118,11 @@ TEST_F(WindowsTest, PathsOfOneFileAreKnownAsOne) {
       << GetLastError();
   std::u16string upper = file.Wide();
   for (char16_t& c : upper) c = c >= 'a' && c <= 'z' ? static_cast<char16_t>(c - 32) : c;
-  EXPECT_TRUE(WideIsSameFile(file.Wide(), upper.c_str()));
-  EXPECT_FALSE(WideIsSameFile(file.Wide(), other.Wide()));
-  EXPECT_FALSE(WideIsSameFile(file.Wide(), u"no such file"));
+  WideFileIdentity first, second;
+  ASSERT_TRUE(WideIdentify(file.Wide(), &first));
+  EXPECT_TRUE(WideIdentify(upper.c_str(), &second) && first == second);
+  EXPECT_TRUE(WideIdentify(other.Wide(), &second) && !(first == second));
+  EXPECT_FALSE(WideIdentify(u"no such file", &second));
 
   NitfHandle handle = nullptr;
   ASSERT_EQ(Orb_NITFCreate(&handle, link.Wide()), 1);
@@ -164,8 +166,7 @@ TEST_F(WindowsTest, ADeviceContextPaintsOnEveryDepth) {
               1);
     EXPECT_EQ(ImageEffectsCombine(&shown, 0, 0, 5, 3, &canvas, 0, 0, kCombineCopy), 1);
     for (uint32_t y = 0; y < 3; ++y) {
-      uint8_t row[16];
-      KernelGetRow(&shown, row, y, sizeof row);
+      const std::vector<uint8_t> row = test::RowOf(shown, y);
       for (uint32_t x = 0; x < 5; ++x) {
         const Rgb expected = x >= 1 && x < 3 && y < 2 ? form.shown : test::kWhite;
         const Rgb got = {row[3 * x + 2], row[3 * x + 1], row[3 * x]};
@@ -184,12 +185,12 @@ TEST_F(WindowsTest, PixelsThatAreNotPaintedKeepTheirBits) {
                                  kViewTopLeft, nullptr, 0),
             1);
   const uint16_t before[4] = {0x1234, 0x00FF, 0xABCD, 0xFFFF};
-  KernelPutRow(&canvas, before, 0, sizeof before);
+  KernelSetBitmapData(&canvas, before, sizeof before);
   const HDC dc = KernelCreateBitmapDc(&canvas);
   SetPixel(dc, 1, 0, RGB(255, 255, 255));
   KernelDeleteBitmapDc(dc);
   uint16_t after[4];
-  KernelGetRow(&canvas, after, 0, sizeof after);
+  std::memcpy(after, test::RowOf(canvas, 0).data(), sizeof after);
   EXPECT_EQ(after[0], before[0]);
   EXPECT_EQ(after[1] >> 8, 0xFF);
   EXPECT_EQ(after[2], before[2]);
@@ -207,18 +208,17 @@ TEST_F(WindowsTest, PaintingHonoursTheClipRegion) {
                                  nullptr, 0),
             1);
   const uint8_t greys[6] = {10, 20, 30, 40, 30, 60};
-  KernelPutRow(&stamp, greys, 0, sizeof greys);
+  KernelSetBitmapData(&stamp, greys, sizeof greys);
   const HDC dc = KernelCreateBitmapDc(&canvas);
   IntersectClipRect(dc, 1, 0, 5, 1);
   const RECT place = {0, 0, 6, 1};
-  EXPECT_EQ(EffectsPaintTransparent(dc, &stamp, nullptr, nullptr, &place, nullptr, 0, 0, 0, 0, 0, 0, 0, 0,
-                                    RGB(30, 30, 30), 0, 0, SRCCOPY),
+  EXPECT_EQ(EffectsPaintTransparent(dc, &stamp, nullptr, nullptr, &place, nullptr, 1000, 1, 1, 1, 1, 1, 1,
+                                    1, RGB(30, 30, 30), 0, 0, SRCCOPY),
             1);
   const RECT last = {4, 0, 6, 1};
   EXPECT_EQ(DisplayPaintBitmap(dc, &stamp, nullptr, nullptr, &last, nullptr, SRCCOPY), 1);
   KernelDeleteBitmapDc(dc);
-  uint8_t row[20];
-  KernelGetRow(&canvas, row, 0, sizeof row);
+  const std::vector<uint8_t> row = test::RowOf(canvas, 0);
   const int expected[6] = {0, 20, 0, 40, 10, 0};
   for (int x = 0; x < 6; ++x) EXPECT_EQ(row[3 * x], expected[x]) << x;
   KernelFreeBitmap(&stamp);

@@ -54,13 +54,23 @@ HPALETTE ORB_CALL DisplayCreatePalette(HDC, const KernelBitmap* bitmap) {
 }
 
 int32_t ORB_CALL DisplayPaintBitmap(HDC dc, KernelBitmap* bitmap, const RECT* source, const RECT*,
-                                    const RECT* destination, const RECT* destinationClip, uint32_t) {
+                                    const RECT* destination, const RECT* destinationClip,
+                                    uint32_t rasterOperation) {
+  if (rasterOperation != SRCCOPY) return kHostInvalid;
   return Paint(dc, bitmap, source, destination, destinationClip, nullptr);
 }
 
 int32_t ORB_CALL EffectsPaintTransparent(HDC dc, KernelBitmap* bitmap, const RECT* source, const RECT*,
-                                         const RECT* destination, const RECT* destinationClip, int32_t,
-                                         int32_t, int32_t, int32_t, int32_t, int32_t, int32_t, int32_t,
-                                         COLORREF transparent, int32_t, int32_t, uint32_t) {
+                                         const RECT* destination, const RECT* destinationClip,
+                                         int32_t steps, int32_t delay, int32_t speed, int32_t cycles,
+                                         int32_t pass, int32_t maximumPass, int32_t kind, int32_t smooth,
+                                         COLORREF transparent, int32_t reserved1, int32_t reserved2,
+                                         uint32_t rasterOperation) {
+  // A paint at once: one step of every effect.
+  for (const int32_t setting : {delay, speed, cycles, pass, maximumPass, kind, smooth}) {
+    if (setting != 1) return kHostInvalid;
+  }
+  if (steps != 1000 || reserved1 != 0 || reserved2 != 0 || rasterOperation != SRCCOPY)
+    return kHostInvalid;
   return Paint(dc, bitmap, source, destination, destinationClip, &transparent);
 }

@@ -6,8 +6,12 @@
 #include "hostkit/vector/drawing.h"
 
 int32_t ORB_CALL FileFormatLoadDrawingMemory(const void* bytes, VectorHandle* handle, uint32_t byteCount,
-                                             const HostLoadOptions*, uint32_t) {
+                                             const HostLoadOptions* options, uint32_t flags) {
   if (handle == nullptr || (bytes == nullptr && byteCount != 0)) return kHostInvalid;
+  if (options == nullptr || options->size != kLoadOptionsSize || flags != 0 ||
+      (options->flags & kLoadFlagsAlways) != kLoadFlagsAlways || handle->flags2 != kVectorHandleFlags2) {
+    return kHostInvalid;
+  }
   if (HostkitShouldFail(kFaultCodec)) return kHostBadData;
   if (HostkitShouldFail(kFaultAllocation)) return kHostNoMemory;
   try {
@@ -22,9 +26,10 @@ int32_t ORB_CALL FileFormatLoadDrawingMemory(const void* bytes, VectorHandle* ha
 }
 
 int32_t ORB_CALL FileFormatSaveDrawingMemory(HGLOBAL* memory, const VectorHandle* handle, uint32_t format,
-                                             uint32_t* byteCount, const HostSaveOptions*) {
+                                             uint32_t* byteCount, const HostSaveOptions* options) {
   const hostkit::Drawing* drawing = hostkit::DrawingOf(handle);
   if (memory == nullptr || byteCount == nullptr || drawing == nullptr) return kHostInvalid;
+  if (options == nullptr || (options->flags & kSaveToMemory) == 0) return kHostInvalid;
   if (format != kFormatCgm) return kHostUnsupported;
   if (HostkitShouldFail(kFaultCodec)) return kHostUnsupported;
   try {

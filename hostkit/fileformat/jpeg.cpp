@@ -18,9 +18,16 @@ bool IsFrameMarker(uint8_t marker) {
   return marker >= 0xC0 && marker <= 0xCF && marker != 0xC4 && marker != 0xC8 && marker != 0xCC;
 }
 
+// Fill bytes may stand in front of any marker (ISO/IEC 10918-1, B.1.1.2), which decoders do not expect in
+// front of the first.
+Bytes WithoutFill(Bytes bytes) {
+  while (bytes.size() > 1 && bytes[0] == 0xFF && bytes[1] == 0xFF) bytes = bytes.subspan(1);
+  return bytes;
+}
+
 bool Describe(Bytes bytes, HostFileInfo& info) {
   JpegFrame frame;
-  if (!FindJpegFrame(bytes, frame)) return false;
+  if (!FindJpegFrame(WithoutFill(bytes), frame)) return false;
   info.format = kFormatJpegYcc;
   info.width = frame.width;
   info.height = frame.height;
@@ -114,7 +121,8 @@ bool RunDecoder(jpeg_decompress_struct& codec, ErrorReturn& errors, Bytes bytes,
   return true;
 }
 
-int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) {
+int32_t Load(Bytes stream, const HostLoadOptions& options, KernelBitmap& bitmap) {
+  const Bytes bytes = WithoutFill(stream);
   JpegFrame frame;
   if (!FindJpegFrame(bytes, frame)) return kHostNotRecognised;
   if (uint64_t{frame.width} * frame.height / kMaxPixelsPerByte > bytes.size()) return kHostBadData;

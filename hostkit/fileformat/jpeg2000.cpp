@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <memory>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <openjpeg.h>
@@ -121,7 +122,8 @@ using CodecPtr = std::unique_ptr<opj_codec_t, decltype(&opj_destroy_codec)>;
 using StreamPtr = std::unique_ptr<opj_stream_t, decltype(&opj_stream_destroy)>;
 struct ImageOwner {
   opj_image_t* image = nullptr;
-  ~ImageOwner() { opj_image_destroy(image); }
+  ~ImageOwner() { Reset(); }
+  void Reset() { opj_image_destroy(std::exchange(image, nullptr)); }
 };
 
 StreamPtr OpenMemory(MemoryStream& memory) {
@@ -135,8 +137,19 @@ StreamPtr OpenMemory(MemoryStream& memory) {
   return stream;
 }
 
+bool AreUsable(const opj_image_t& image) {
+  for (uint32_t c = 0; c < image.numcomps; ++c) {
+    const opj_image_comp_t& component = image.comps[c];
+    if (component.data == nullptr || component.w == 0 || component.h == 0 || component.dx == 0 ||
+        component.dy == 0 || component.prec == 0 || component.prec > 31) {
+      return false;
+    }
+  }
+  return image.numcomps != 0;
+}
+
 // The image must be the one that was measured.
-bool Decode(Bytes bytes, const SizeSegment& size, ImageOwner& owner) {
+bool DecodeAsIs(Bytes bytes, const SizeSegment& size, ImageOwner& owner) {
   const bool jp2 = StartsWith(bytes, kJp2Signature);
   CodecPtr codec(opj_create_decompress(jp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K), &opj_destroy_codec);
   MemoryStream memory{bytes};
@@ -158,6 +171,17 @@ bool Decode(Bytes bytes, const SizeSegment& size, ImageOwner& owner) {
   }
   return opj_decode(codec.get(), stream.get(), owner.image) &&
          opj_end_decompress(codec.get(), stream.get());
+}
+
+// A file whose boxes the library refuses, or that say something else than the codestream, is decoded from
+// its codestream.
+bool Decode(Bytes bytes, const SizeSegment& size, ImageOwner& owner) {
+  if (DecodeAsIs(bytes, size, owner) && AreUsable(*owner.image)) return true;
+  if (!StartsWith(bytes, kJp2Signature)) return false;
+  const auto start =
+      std::search(bytes.begin(), bytes.end(), std::begin(kCodestreamStart), std::end(kCodestreamStart));
+  owner.Reset();
+  return DecodeAsIs({start, bytes.end()}, size, owner) && AreUsable(*owner.image);
 }
 
 // ---------------------------------------------------------------- components to pixels
@@ -191,17 +215,6 @@ class Component {
   int64_t from_, to_;
 };
 
-bool AreUsable(const opj_image_t& image) {
-  for (uint32_t c = 0; c < image.numcomps; ++c) {
-    const opj_image_comp_t& component = image.comps[c];
-    if (component.data == nullptr || component.w == 0 || component.h == 0 || component.dx == 0 ||
-        component.dy == 0 || component.prec == 0 || component.prec > 31) {
-      return false;
-    }
-  }
-  return image.numcomps != 0;
-}
-
 void PutGrey(const opj_image_t& image, const SizeSegment& size, KernelBitmap& bitmap) {
   const uint32_t depth = bitmap.bitsPerPixel;
   const Component grey(image.comps[0], size, depth);
@@ -219,9 +232,18 @@ void PutGrey(const opj_image_t& image, const SizeSegment& size, KernelBitmap& bi
   }
 }
 
+// Three components that nothing declares are taken as luminance and chrominance, as for JPEG.
+bool IsYcc(const opj_image_t& image, const HostLoadOptions& options) {
+  if ((options.flags & kLoadSelectedBands) != 0) return false;
+  if (image.color_space == OPJ_CLRSPC_SYCC) return true;
+  const bool declared =
+      image.color_space != OPJ_CLRSPC_UNKNOWN && image.color_space != OPJ_CLRSPC_UNSPECIFIED;
+  return image.numcomps == 3 && !declared && (options.flags & kLoadComponentsAreRgb) == 0;
+}
+
 void PutColour(const opj_image_t& image, const SizeSegment& size, const HostLoadOptions& options,
                KernelBitmap& bitmap) {
-  const bool isYcc = image.color_space == OPJ_CLRSPC_SYCC && (options.flags & kLoadSelectedBands) == 0;
+  const bool isYcc = IsYcc(image, options);
   const auto shown = [&](uint32_t colour) {
     return Component(image.comps[ShownComponent(options, colour, image.numcomps)], size, 8);
   };
@@ -246,7 +268,7 @@ int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) 
   if (pixels > kMaxSamples || pixels * size.components > kMaxSamples) return kHostNoMemory;
   if (pixels * size.components / kMaxSamplesPerByte > stream.size()) return kHostBadData;
   ImageOwner owner;
-  if (!Decode(stream, size, owner) || !AreUsable(*owner.image)) return kHostBadData;
+  if (!Decode(stream, size, owner)) return kHostBadData;
   const opj_image_t& image = *owner.image;
   const bool grey = image.numcomps < 3;
   const uint32_t depth = !grey ? 24 : image.comps[0].prec <= 8 ? 8 : 16;

@@ -99,9 +99,11 @@ int32_t ORB_CALL FileFormatInfoMemory(const void* bytes, HostFileInfo* info, uin
 }
 
 int32_t ORB_CALL FileFormatLoadMemory(const void* bytes, KernelBitmap* bitmap, uint32_t recordSize,
-                                      uint32_t bitsPerPixel, uint32_t, uint32_t byteCount,
+                                      uint32_t bitsPerPixel, uint32_t colourOrder, uint32_t byteCount,
                                       const HostLoadOptions* options, HostFileInfo* info) {
   if (bytes == nullptr || bitmap == nullptr || recordSize != kBitmapRecordSize) return kHostInvalid;
+  if (colourOrder != kOrderBgr && colourOrder != kOrderAsDecoded) return kHostInvalid;
+  if (options != nullptr && options->size != kLoadOptionsSize) return kHostInvalid;
   return Guarded(bitmap, [&] {
     HostFileInfo ownInfo = {};
     const HostLoadOptions ownOptions = {};
@@ -113,7 +115,9 @@ int32_t ORB_CALL FileFormatLoadMemory(const void* bytes, KernelBitmap* bitmap, u
 
 int32_t ORB_CALL FileFormatSaveBitmapMemory(HGLOBAL* memory, const KernelBitmap* bitmap, uint32_t format,
                                             uint32_t bitsPerPixel, int32_t qualityFactor,
-                                            uint32_t* byteCount, const HostSaveOptions*) {
+                                            uint32_t* byteCount, const HostSaveOptions* options) {
+  if (options == nullptr || options->size != kSaveOptionsSize || (options->flags & kSaveToMemory) == 0)
+    return kHostInvalid;
   if (memory == nullptr || byteCount == nullptr || !hostkit::IsAllocated(bitmap)) return kHostInvalid;
   if (format != kFormatJpegYcc && format != kFormatJpegRgb) return kHostUnsupported;
   return Guarded(nullptr, [&] {

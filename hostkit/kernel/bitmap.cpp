@@ -11,6 +11,7 @@ std::atomic<uint64_t> maxPixels{0};
 
 constexpr uint32_t kMaxDepth = 64;
 constexpr uint32_t kMaxWidth = INT32_MAX / 4;  // a row converted to 24 bits stays countable
+constexpr uint32_t kMaxPaletteDepth = 16;
 constexpr const char16_t* kFile = u"bitmap";
 
 uint32_t PaletteEntries(uint32_t bitsPerPixel) { return bitsPerPixel <= 8 ? 1u << bitsPerPixel : 0; }
@@ -22,6 +23,20 @@ void FillGreyRamp(KernelColour* colours, uint32_t bitsPerPixel) {
     colours[i] = {grey, grey, grey, 0};
   }
 }
+
+bool IsAccessed(const KernelBitmap& bitmap) { return (bitmap.flags & kBitmapAccessed) != 0; }
+bool HasRow(const KernelBitmap* bitmap, uint32_t row) {
+  return hostkit::IsAllocated(bitmap) && IsAccessed(*bitmap) && row < bitmap->height;
+}
+
+// What an allocation may ask for: pixels to keep (1) or to work on (2).
+bool IsAllowed(uint32_t memoryKind, uint32_t colourOrder, uint32_t viewPerspective) {
+  return (memoryKind == 1 || memoryKind == 2) && colourOrder <= kOrderGrey &&
+         (viewPerspective == kViewTopLeft || viewPerspective == kViewBottomLeft);
+}
+
+// A palette of more than 8 bits stands apart from the rows.
+bool HasOwnPalette(const KernelBitmap& bitmap) { return bitmap.bitsPerPixel > 8 && bitmap.palette != 0; }
 
 // Bytes of the pixel rows, 0 when the geometry is refused.
 uint64_t RowsSize(uint32_t width, uint32_t height, uint32_t bitsPerPixel, uint64_t* bytesPerLine) {
@@ -53,7 +68,10 @@ int32_t ORB_CALL KernelAllocateBitmap(KernelBitmap* bitmap, uint32_t recordSize,
                                       uint32_t width, uint32_t height, uint32_t bitsPerPixel,
                                       uint32_t colourOrder, HPALETTE palette, uint32_t viewPerspective,
                                       const void* data, uint32_t size) {
-  if (bitmap == nullptr || recordSize != kBitmapRecordSize) return kHostInvalid;
+  if (bitmap == nullptr || recordSize != kBitmapRecordSize ||
+      !IsAllowed(memoryKind, colourOrder, viewPerspective)) {
+    return kHostInvalid;
+  }
   uint64_t bytesPerLine = 0;
   const uint64_t bytes = RowsSize(width, height, bitsPerPixel, &bytesPerLine);
   if (bytes == 0 || HostkitShouldFail(kFaultAllocation)) return kHostNoMemory;
@@ -86,12 +104,30 @@ int32_t ORB_CALL KernelAllocateBitmap(KernelBitmap* bitmap, uint32_t recordSize,
 
 int32_t ORB_CALL KernelFreeBitmap(KernelBitmap* bitmap) {
   if (!hostkit::IsAllocated(bitmap)) return kHostOk;
+  if (HasOwnPalette(*bitmap)) {
+    hostkit::Untrack(hostkit::kKindBitmap, hostkit::Palette(*bitmap));
+    std::free(hostkit::Palette(*bitmap));
+  }
   hostkit::Untrack(hostkit::kKindBitmap, hostkit::Pixels(*bitmap));
   std::free(hostkit::Pixels(*bitmap));
-  bitmap->flags &= ~kBitmapAllocated;
+  bitmap->flags &= ~(kBitmapAllocated | kBitmapAccessed);
   bitmap->pixels = bitmap->palette = bitmap->byteCount = 0;
   bitmap->colourCount = 0;
   return kHostOk;
+}
+
+int32_t hostkit::TakePalette(KernelBitmap& bitmap, const KernelColour* colours, uint32_t count) {
+  const uint32_t depth = bitmap.bitsPerPixel;
+  if (depth > 8 && depth <= kMaxPaletteDepth && bitmap.palette == 0) {
+    const uint32_t entries = std::min(count, 1u << depth);
+    const size_t bytes = entries * sizeof(KernelColour);
+    void* block = HostkitShouldFail(kFaultAllocation) ? nullptr : std::calloc(1, bytes);
+    if (block == nullptr) return kHostNoMemory;
+    Track(kKindBitmap, block, bytes, 0, kFile);
+    bitmap.palette = reinterpret_cast<uintptr_t>(block);
+    bitmap.colourCount = entries;
+  }
+  return KernelPutColours(&bitmap, 0, count, colours);
 }
 
 int32_t ORB_CALL KernelFillBitmap(KernelBitmap* bitmap, COLORREF colour) {
@@ -108,21 +144,25 @@ int32_t ORB_CALL KernelFillBitmap(KernelBitmap* bitmap, COLORREF colour) {
 }
 
 int32_t ORB_CALL KernelAccessBitmap(KernelBitmap* bitmap) {
-  return hostkit::IsAllocated(bitmap) ? kHostOk : kHostInvalid;
+  if (!hostkit::IsAllocated(bitmap) || IsAccessed(*bitmap)) return kHostInvalid;
+  bitmap->flags |= kBitmapAccessed;
+  return kHostOk;
 }
 
 int32_t ORB_CALL KernelReleaseBitmap(KernelBitmap* bitmap) {
-  return hostkit::IsAllocated(bitmap) ? kHostOk : kHostInvalid;
+  if (!hostkit::IsAllocated(bitmap) || !IsAccessed(*bitmap)) return kHostInvalid;
+  bitmap->flags &= ~kBitmapAccessed;
+  return kHostOk;
 }
 
 int32_t ORB_CALL KernelGetRow(KernelBitmap* bitmap, void* buffer, uint32_t row, uint32_t bytes) {
-  if (!hostkit::IsAllocated(bitmap) || buffer == nullptr || row >= bitmap->height) return kHostInvalid;
+  if (!HasRow(bitmap, row) || buffer == nullptr) return kHostInvalid;
   std::memcpy(buffer, hostkit::Row(*bitmap, row), std::min(bytes, bitmap->bytesPerLine));
   return kHostOk;
 }
 
 int32_t ORB_CALL KernelPutRow(KernelBitmap* bitmap, const void* buffer, uint32_t row, uint32_t bytes) {
-  if (!hostkit::IsAllocated(bitmap) || buffer == nullptr || row >= bitmap->height) return kHostInvalid;
+  if (!HasRow(bitmap, row) || buffer == nullptr) return kHostInvalid;
   std::memcpy(hostkit::Row(*bitmap, row), buffer, std::min(bytes, bitmap->bytesPerLine));
   return kHostOk;
 }

@@ -132,11 +132,13 @@ int32_t Enter(std::unique_ptr<File> file) {
 
 }  // namespace
 
-int32_t ORB_CALL KernelOpen(const char16_t* path, int32_t flags, int32_t) {
-  if (path == nullptr || HostkitShouldFail(kFaultOpen)) return kNoFile;
+int32_t ORB_CALL KernelOpen(const char16_t* path, int32_t flags, int32_t permission) {
+  const bool reads = flags == kOpenRead && permission == kPermissionRead;
+  const bool creates = flags == kOpenCreate && permission == kPermissionWrite;
+  if (path == nullptr || (!reads && !creates) || HostkitShouldFail(kFaultOpen)) return kNoFile;
   int fd = -1;
   try {
-    fd = hostkit::OpenPath(path, flags == kOpenCreate);
+    fd = hostkit::OpenPath(path, creates);
     const int64_t size = fd < 0 ? -1 : hostkit::FileSize(fd);
     if (size >= 0) return Enter(std::make_unique<File>(fd, size));
   } catch (const std::bad_alloc&) {

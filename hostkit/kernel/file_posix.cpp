@@ -23,7 +23,11 @@ int64_t Restarted(auto call) {
 
 int OpenPath(const char16_t* path, bool create) {
   const int flags = create ? O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC : O_RDONLY | O_CLOEXEC;
-  return open(ToUtf8(path).c_str(), flags, 0666);
+  const int fd = open(ToUtf8(path).c_str(), flags, 0666);
+  struct stat status;
+  if (fd < 0 || (fstat(fd, &status) == 0 && !S_ISDIR(status.st_mode))) return fd;
+  close(fd);  // a folder has no bytes
+  return -1;
 }
 
 int64_t FileSize(int fd) {

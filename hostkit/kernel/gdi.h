@@ -1,6 +1,8 @@
 // Palettes and device contexts where Windows has none to offer.
 #pragma once
 
+#include <memory>
+
 #include "hostkit/kernel/internal.h"
 
 namespace hostkit {
@@ -8,7 +10,7 @@ namespace hostkit {
 /// What a palette handle points to.
 struct PaletteObject {
   uint32_t count;
-  KernelColour entries[256];
+  std::unique_ptr<KernelColour[]> entries;
 };
 /// What a device context points to.
 struct DeviceContext {

@@ -32,11 +32,10 @@ int32_t ORB_CALL KernelFreeGlobal(HGLOBAL memory, uint32_t, const char16_t*) {
 
 HPALETTE ORB_CALL KernelCreatePalette(const KernelColour* colours, uint32_t count) {
   if (colours == nullptr || count == 0 || HostkitShouldFail(kFaultAllocation)) return nullptr;
-  auto* palette = new (std::nothrow) hostkit::PaletteObject{};
-  if (palette == nullptr) return nullptr;
-  palette->count = count < 256 ? count : 256;
-  std::memcpy(palette->entries, colours, palette->count * sizeof(KernelColour));
-  return reinterpret_cast<HPALETTE>(palette);
+  std::unique_ptr<KernelColour[]> entries(new (std::nothrow) KernelColour[count]);
+  if (entries == nullptr) return nullptr;
+  std::memcpy(entries.get(), colours, count * sizeof(KernelColour));
+  return reinterpret_cast<HPALETTE>(new (std::nothrow) hostkit::PaletteObject{count, std::move(entries)});
 }
 
 int32_t ORB_CALL KernelDeleteObject(HPALETTE object, uint32_t, const char16_t*) {
@@ -48,7 +47,7 @@ int32_t ORB_CALL KernelDeleteObject(HPALETTE object, uint32_t, const char16_t*) 
 int32_t ORB_CALL KernelSetPalette(KernelBitmap* bitmap, HPALETTE palette) {
   if (!hostkit::IsAllocated(bitmap) || palette == nullptr) return kHostInvalid;
   const auto* object = reinterpret_cast<const hostkit::PaletteObject*>(palette);
-  return KernelPutColours(bitmap, 0, object->count, object->entries);
+  return hostkit::TakePalette(*bitmap, object->entries.get(), object->count);
 }
 
 HDC ORB_CALL KernelCreateBitmapDc(KernelBitmap* bitmap) {

@@ -30,6 +30,13 @@ std::unordered_map<HDC, Surface>& Surfaces() {
   return *surfaces;
 }
 
+// GDI's palettes show the first colours of long ones; all of them are kept here.
+constexpr uint32_t kGdiColours = 256;
+std::unordered_map<HPALETTE, std::vector<KernelColour>>& LongPalettes() {
+  static auto* palettes = new std::unordered_map<HPALETTE, std::vector<KernelColour>>;
+  return *palettes;
+}
+
 void CopyIn(const Surface& surface) {
   const KernelBitmap& bitmap = *surface.bitmap;
   for (uint32_t y = 0; y < bitmap.height; ++y) {
@@ -106,28 +113,49 @@ HPALETTE ORB_CALL KernelCreatePalette(const KernelColour* colours, uint32_t coun
   if (colours == nullptr || count == 0 || HostkitShouldFail(kFaultAllocation)) return nullptr;
   struct {
     WORD version, count;
-    PALETTEENTRY entries[256];
-  } palette = {kPaletteVersion, static_cast<WORD>(count < 256 ? count : 256), {}};
+    PALETTEENTRY entries[kGdiColours];
+  } palette = {kPaletteVersion, static_cast<WORD>(count < kGdiColours ? count : kGdiColours), {}};
   for (uint32_t i = 0; i < palette.count; ++i) {
     palette.entries[i] = {colours[i].red, colours[i].green, colours[i].blue, 0};
   }
-  return CreatePalette(reinterpret_cast<const LOGPALETTE*>(&palette));
+  const HPALETTE handle = CreatePalette(reinterpret_cast<const LOGPALETTE*>(&palette));
+  if (handle == nullptr || count <= kGdiColours) return handle;
+  try {
+    std::lock_guard<std::mutex> lock(surfacesMutex);
+    LongPalettes()[handle].assign(colours, colours + count);
+    return handle;
+  } catch (const std::bad_alloc&) {
+    DeleteObject(handle);
+    return nullptr;
+  }
 }
 
 int32_t ORB_CALL KernelDeleteObject(HPALETTE object, uint32_t, const char16_t*) {
   hostkit::Untrack(kResourceHandle, object);
+  {
+    std::lock_guard<std::mutex> lock(surfacesMutex);
+    LongPalettes().erase(object);
+  }
   return object == nullptr || DeleteObject(object) ? kHostOk : kHostInvalid;
 }
 
 int32_t ORB_CALL KernelSetPalette(KernelBitmap* bitmap, HPALETTE palette) {
   if (!hostkit::IsAllocated(bitmap) || palette == nullptr) return kHostInvalid;
-  PALETTEENTRY entries[256];
-  const UINT count = GetPaletteEntries(palette, 0, 256, entries);
-  KernelColour colours[256];
+  {
+    std::lock_guard<std::mutex> lock(surfacesMutex);
+    const auto found = LongPalettes().find(palette);
+    if (found != LongPalettes().end()) {
+      const std::vector<KernelColour>& colours = found->second;
+      return hostkit::TakePalette(*bitmap, colours.data(), static_cast<uint32_t>(colours.size()));
+    }
+  }
+  PALETTEENTRY entries[kGdiColours];
+  const UINT count = GetPaletteEntries(palette, 0, kGdiColours, entries);
+  KernelColour colours[kGdiColours];
   for (UINT i = 0; i < count; ++i) {
     colours[i] = {entries[i].peBlue, entries[i].peGreen, entries[i].peRed, 0};
   }
-  return count > 0 ? KernelPutColours(bitmap, 0, count, colours) : kHostInvalid;
+  return count > 0 ? hostkit::TakePalette(*bitmap, colours, count) : kHostInvalid;
 }
 
 HDC ORB_CALL KernelCreateBitmapDc(KernelBitmap* bitmap) {

@@ -39,6 +39,9 @@ inline bool IsAllocated(const KernelBitmap* bitmap) {
   return bitmap != nullptr && (bitmap->flags & kBitmapAllocated) != 0;
 }
 
+/// Gives a bitmap a copy of `count` palette entries; one of 9 to 16 bits has none before. A host status.
+int32_t TakePalette(KernelBitmap& bitmap, const KernelColour* colours, uint32_t count);
+
 /// Pixels of any depth to and from blue, green, red triples; `first` and `count` are pixels of the row.
 void RowToBgr(const KernelBitmap& bitmap, const uint8_t* row, uint32_t first, uint32_t count,
               uint8_t* bgr);

@@ -38,6 +38,14 @@ uint32_t GetIndex(const uint8_t* row, uint32_t depth, uint32_t x) {
   return index;
 }
 
+// A sample of 9 to 16 bits.
+uint32_t GetSample(const uint8_t* row, uint32_t depth, uint32_t x) {
+  if (depth != 16) return GetBits(row, static_cast<uint64_t>(x) * depth, depth);
+  uint16_t value;
+  std::memcpy(&value, row + 2 * static_cast<size_t>(x), 2);
+  return value;
+}
+
 void PutIndex(uint8_t* row, uint32_t depth, uint32_t x, uint32_t index) {
   if (depth == 8) {
     row[x] = static_cast<uint8_t>(index);
@@ -90,12 +98,13 @@ void RowToBgr(const KernelBitmap& bitmap, const uint8_t* row, uint32_t first, ui
     const uint32_t x = first + i;
     if (depth <= 8) {
       std::memcpy(bgr, &palette[GetIndex(row, depth, x)], 3);
-    } else if (depth == 16) {
-      uint16_t value;
-      std::memcpy(&value, row + 2 * static_cast<size_t>(x), 2);
-      std::memset(bgr, value >> 8, 3);
-    } else if (depth < 16) {
-      std::memset(bgr, HighByte(GetBits(row, static_cast<uint64_t>(x) * depth, depth), depth), 3);
+    } else if (depth <= 16) {
+      const uint32_t value = GetSample(row, depth, x);
+      if (value < bitmap.colourCount) {
+        std::memcpy(bgr, &palette[value], 3);
+      } else {
+        std::memset(bgr, HighByte(value, depth), 3);
+      }
     } else {
       const uint32_t bits = depth / 3;
       for (uint32_t c = 0; c < 3; ++c) {

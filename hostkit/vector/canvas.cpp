@@ -86,10 +86,12 @@ int32_t PaintOnto(KernelBitmap& canvas, const Drawing& drawing, const RECT& plac
 }  // namespace
 }  // namespace hostkit
 
-int32_t ORB_CALL VectorPaint(HDC dc, const VectorHandle* handle, int32_t width, int32_t height, int32_t,
-                             int32_t, const RECT* destination, const RECT*, uint32_t) {
+int32_t ORB_CALL VectorPaint(HDC dc, const VectorHandle* handle, int32_t width, int32_t height,
+                             int32_t sourceX, int32_t sourceY, const RECT* destination, const RECT* clip,
+                             uint32_t flags) {
   const hostkit::Drawing* drawing = hostkit::DrawingOf(handle);
   if (dc == nullptr || drawing == nullptr || destination == nullptr) return kHostInvalid;
+  if (sourceX != 0 || sourceY != 0 || clip != nullptr || flags != 0) return kHostInvalid;
   if (HostkitShouldFail(kFaultCodec)) return kHostNoMemory;
   try {
     return hostkit::PaintOnto(*hostkit::Context(dc)->bitmap, *drawing, *destination,
@@ -100,19 +102,76 @@ int32_t ORB_CALL VectorPaint(HDC dc, const VectorHandle* handle, int32_t width, 
   }
 }
 
+namespace hostkit {
+namespace {
+
+constexpr double kSmallestPicture = 64, kLargestPicture = 4096, kUsualPicture = 1024;
+
+// Pixels of the longer side of a drawing's objects: those of its own units as far as that makes a
+// picture.
+double LongerSide(const Drawing& drawing, double span, int32_t wanted) {
+  if (wanted > 0) return wanted;
+  if (span >= kSmallestPicture && span <= kLargestPicture) return span;
+  return drawing.wholeUnits ? std::clamp(span, kSmallestPicture, kLargestPicture) : kUsualPicture;
+}
+
+// A drawing painted into a recording, and the rectangle that its ink covers.
+class Recording {
+ public:
+  Recording(const Drawing& drawing, int32_t longerSide)
+      : surface_(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr),
+                 &cairo_surface_destroy) {
+    Point least, greatest;
+    if (!FindExtent(drawing, TextBox::Full, least, greatest)) return;
+    const double spanX = greatest.x - least.x, spanY = greatest.y - least.y;
+    const double span = std::max({spanX, spanY, 1e-300});
+    const double scale = LongerSide(drawing, span, longerSide) / span;
+    Box frame = {least, greatest};
+    if (spanX == 0) frame.second.x += span;
+    if (spanY == 0) frame.second.y += span;
+    const DeviceMap map(frame, 0, 0, (frame.second.x - frame.first.x) * scale,
+                        (frame.second.y - frame.first.y) * scale);
+    const ContextPtr cairo(cairo_create(surface_.get()), &cairo_destroy);
+    PaintDrawing(cairo.get(), drawing, map);
+    double x = 0, y = 0, width = 0, height = 0;
+    cairo_recording_surface_ink_extents(surface_.get(), &x, &y, &width, &height);
+    left_ = std::floor(x) - kMargin;
+    top_ = std::floor(y) - kMargin;
+    width_ = std::clamp(std::ceil(x + width) + kMargin - left_, 1.0, kLargestSurface);
+    height_ = std::clamp(std::ceil(y + height) + kMargin - top_, 1.0, kLargestSurface);
+  }
+
+  int Width() const { return static_cast<int>(width_); }
+  int Height() const { return static_cast<int>(height_); }
+  void Replay(cairo_surface_t* onto) const {
+    const ContextPtr cairo(cairo_create(onto), &cairo_destroy);
+    cairo_set_source_surface(cairo.get(), surface_.get(), -left_, -top_);
+    cairo_paint(cairo.get());
+  }
+
+ private:
+  static constexpr double kMargin = 1, kLargestSurface = 32767;
+  SurfacePtr surface_;
+  double left_ = 0, top_ = 0, width_ = 1, height_ = 1;
+};
+
+}  // namespace
+}  // namespace hostkit
+
 int32_t ORB_CALL HostkitSaveDrawing(const VectorHandle* handle, const char* path, int32_t form,
-                                    int32_t width, int32_t height) {
+                                    int32_t longerSide) {
   using namespace hostkit;
   const Drawing* drawing = DrawingOf(handle);
-  if (drawing == nullptr || path == nullptr || width <= 0 || height <= 0) return kHostInvalid;
+  if (drawing == nullptr || path == nullptr || longerSide < 0) return kHostInvalid;
   try {
+    const Recording recording(*drawing, longerSide);
+    const int width = recording.Width(), height = recording.Height();
     const SurfacePtr surface(form == kDrawingSvg
                                  ? cairo_svg_surface_create(path, width, height)
                                  : cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height),
                              &cairo_surface_destroy);
     if (!Usable(surface.get())) return kHostNoMemory;
-    const ContextPtr cairo(cairo_create(surface.get()), &cairo_destroy);
-    PaintDrawing(cairo.get(), *drawing, DeviceMap::ForDrawing(*drawing, 0, 0, width, height));
+    recording.Replay(surface.get());
     if (form != kDrawingSvg && cairo_surface_write_to_png(surface.get(), path) != CAIRO_STATUS_SUCCESS) {
       return kHostCloseFailed;
     }

@@ -16,6 +16,7 @@ int32_t CgmReader::Run() {
     return kHostBadData;
   }
   RunElements(bytes_, 0);
+  drawing_.wholeUnits = !coding_.vdcReal;
   if (drawing_.extent.second.y < drawing_.extent.first.y) TurnUpright();
   return sawPicture_ ? kHostOk : kHostBadData;
 }
@@ -78,6 +79,8 @@ CgmBytes CgmReader::LongForm(CgmBytes bytes, size_t& at, std::vector<uint8_t>& j
 void CgmReader::RunElement(Element element, CgmBytes bytes, int depth) {
   Parameters p(bytes, coding_, table_);
   const auto number = static_cast<uint32_t>(element);
+  // What is drawn begins the body where its delimiter is missing.
+  if (sawPicture_ && !startedBody_ && (number / 128 == 4 || number / 128 == 5)) StartBody();
   switch (number / 128) {
     case 0:
       return Delimiter(element);
@@ -103,14 +106,19 @@ void CgmReader::Delimiter(Element element) {
 }
 
 void CgmReader::StartBody() {
+  startedBody_ = true;
   Attributes& now = state_;
   const double side = std::max(std::abs(drawing_.extent.second.x - drawing_.extent.first.x),
                                std::abs(drawing_.extent.second.y - drawing_.extent.first.y));
-  now.clipBox = drawing_.extent;
-  if (!heightSet_) now.text.height = side / 100;
-  if (!lineWidthSet_) now.line.width = now.line.scaled ? 1 : side / 1000;
-  if (!edgeWidthSet_) now.edge.width = now.edge.scaled ? 1 : side / 1000;
-  if (!markerSizeSet_) now.marker.size = now.marker.scaled ? 1 : side / 100;
+  // Integer coordinates take whole sizes.
+  const auto share = [&](double parts) {
+    return coding_.vdcReal ? side / parts : std::max(1.0, std::round(side / parts));
+  };
+  if (!now.clipGiven) now.clipBox = drawing_.extent;
+  if (!heightSet_) now.text.height = share(100);
+  if (!lineWidthSet_) now.line.width = now.line.scaled ? 1 : share(1000);
+  if (!edgeWidthSet_) now.edge.width = now.edge.scaled ? 1 : share(1000);
+  if (!markerSizeSet_) now.marker.size = now.marker.scaled ? 1 : share(100);
   if (!colourSet_) {
     for (Colour* colour :
          {&now.line.colour, &now.edge.colour, &now.marker.colour, &now.fill.colour, &now.text.colour}) {
@@ -216,6 +224,7 @@ void CgmReader::Control(Element element, Parameters& p) {
     case Element::ClipRectangle:
       next.clipBox.first = p.ReadPoint();
       next.clipBox.second = p.ReadPoint();
+      next.clipGiven = true;
       break;
     case Element::ClipIndicator:
       next.clip = p.Enumerated() == 1;

@@ -60,7 +60,7 @@ class CgmReader {
   std::shared_ptr<const Attributes> shared_;  // of the last one, while nothing changed
   uint64_t cellsTaken_ = 0;
   bool changed_ = true;
-  bool sawPicture_ = false, finished_ = false, textOpen_ = false;
+  bool sawPicture_ = false, startedBody_ = false, finished_ = false, textOpen_ = false;
   bool extentSet_ = false, heightSet_ = false, lineWidthSet_ = false, edgeWidthSet_ = false;
   bool markerSizeSet_ = false, colourSet_ = false;
 };

@@ -1,8 +1,11 @@
 // Encodes drawings as version 1 binary metafiles with direct colours. Precisions are the narrowest that
-// lose nothing: 16- or 32-bit integer coordinates where all are whole, else 64-bit reals.
+// lose nothing: 16- or 32-bit integer coordinates for drawings of whole units, else 64-bit reals.
 #include <algorithm>
 #include <bit>
+#include <chrono>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 
 #include "hostkit/vector/cgm.h"
 #include "hostkit/vector/drawing.h"
@@ -18,47 +21,74 @@ struct NumberForms {
   int indexBytes = 2;
 };
 
-// Visits every coordinate and every real attribute of a drawing.
+// Visits every coordinate and every real attribute that a drawing's objects use.
 template <class Vdc, class Real, class Index>
-void VisitNumbers(const Drawing& drawing, Vdc vdc, Real real, Index index) {
-  const auto point = [&](Point p) {
-    vdc(p.x);
-    vdc(p.y);
-  };
-  const auto width = [&](double value, bool scaled) { scaled ? real(value) : vdc(value); };
-  point(drawing.extent.first);
-  point(drawing.extent.second);
-  for (const Layer& layer : drawing.layers) {
-    for (const Object& object : layer.objects) {
-      const Attributes& a = *object.attributes;
-      std::for_each(object.points.begin(), object.points.end(), point);
-      vdc(object.radius);
-      point(object.box);
-      width(a.line.width, a.line.scaled);
-      width(a.edge.width, a.edge.scaled);
-      width(a.marker.size, a.marker.scaled);
-      for (Point p : {a.fill.patternHeight, a.fill.patternWidth, a.text.up, a.text.base, a.clipBox.first,
-                      a.clipBox.second}) {
-        point(p);
-      }
-      vdc(a.text.height);
-      for (double value :
-           {a.text.expansion, a.text.spacing, a.text.continuousHorizontal, a.text.continuousVertical}) {
-        real(value);
-      }
-      for (int32_t value : {object.columns, object.rows, a.line.type, a.edge.type, a.marker.type,
-                            a.fill.hatch, a.fill.pattern, a.text.font}) {
-        index(value);
-      }
+class NumberVisitor {
+ public:
+  NumberVisitor(Vdc vdc, Real real, Index index) : vdc_(vdc), real_(real), index_(index) {}
+
+  void Visit(const Drawing& drawing) {
+    Visit(drawing.extent);
+    for (const Layer& layer : drawing.layers) {
+      for (const Object& object : layer.objects) Visit(object);
     }
   }
-}
+
+ private:
+  void Visit(Point p) {
+    vdc_(p.x);
+    vdc_(p.y);
+  }
+  void Visit(const Box& box) {
+    Visit(box.first);
+    Visit(box.second);
+  }
+  void VisitSize(int32_t type, double size, bool scaled) {
+    index_(type);
+    scaled ? real_(size) : vdc_(size);
+  }
+  void Visit(const FillLook& fill) {
+    index_(fill.hatch);
+    index_(fill.pattern);
+    Visit(fill.patternHeight);
+    Visit(fill.patternWidth);
+  }
+  void Visit(const TextLook& text) {
+    index_(text.font);
+    vdc_(text.height);
+    Visit(text.up);
+    Visit(text.base);
+    for (double value :
+         {text.expansion, text.spacing, text.continuousHorizontal, text.continuousVertical}) {
+      real_(value);
+    }
+  }
+  void Visit(const Object& object) {
+    const Attributes& a = *object.attributes;
+    const UsedLooks used = LooksOf(object);
+    for (Point p : object.points) Visit(p);
+    vdc_(object.radius);
+    Visit(object.box);
+    index_(object.columns);
+    index_(object.rows);
+    if (a.clipGiven) Visit(a.clipBox);
+    if (used.line) VisitSize(a.line.type, a.line.width, a.line.scaled);
+    if (used.edge) VisitSize(a.edge.type, a.edge.width, a.edge.scaled);
+    if (used.marker) VisitSize(a.marker.type, a.marker.size, a.marker.scaled);
+    if (used.fill) Visit(a.fill);
+    if (used.text) Visit(a.text);
+  }
+
+  Vdc vdc_;
+  Real real_;
+  Index index_;
+};
 
 NumberForms ChooseForms(const Drawing& drawing) {
   NumberForms forms;
+  forms.vdcReal = !drawing.wholeUnits;
   const auto whole = [](double v, double limit) { return v == std::trunc(v) && std::abs(v) <= limit; };
-  VisitNumbers(
-      drawing,
+  NumberVisitor(
       [&](double v) {
         if (!whole(v, 32767)) forms.vdcBytes = std::max(forms.vdcBytes, 4);
         if (!whole(v, INT32_MAX)) forms.vdcReal = true;
@@ -68,10 +98,40 @@ NumberForms ChooseForms(const Drawing& drawing) {
       },
       [&](int32_t v) {
         if (v < INT16_MIN || v > INT16_MAX) forms.indexBytes = 4;
-      });
+      })
+      .Visit(drawing);
   if (forms.vdcReal) forms.vdcBytes = 8;
   return forms;
 }
+
+// What the NITF graphics profile has a metafile say of itself (MIL-STD-2301A): profile, source and date.
+std::string Description() {
+  using std::chrono::floor, std::chrono::days;
+  std::chrono::sys_seconds now = floor<std::chrono::seconds>(std::chrono::system_clock::now());
+  if (const char* epoch = std::getenv("SOURCE_DATE_EPOCH"))
+    now = std::chrono::sys_seconds(std::chrono::seconds(std::strtoll(epoch, nullptr, 10)));
+  const std::chrono::year_month_day date = floor<days>(now);
+  char day[32];
+  std::snprintf(day, sizeof day, "%04d%02u%02u", static_cast<int>(date.year()),
+                static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
+  return std::string("ProfileId:SAMI;ProfileEd:1;Source:orbntf;Date:") + day;
+}
+
+// An attribute as it was last written, if ever.
+template <class T>
+class Written {
+ public:
+  bool Changes(const T& value) {
+    const bool changes = !written_ || !(value == value_);
+    value_ = value;
+    written_ = true;
+    return changes;
+  }
+
+ private:
+  T value_{};
+  bool written_ = false;
+};
 
 class CgmWriter {
  public:
@@ -85,7 +145,7 @@ class CgmWriter {
     for (const auto& [index, pattern] : drawing_.patterns) WritePattern(index, pattern);
     for (const Layer& layer : drawing_.layers) {
       for (const Object& object : layer.objects) {
-        WriteAttributes(*object.attributes);
+        WriteAttributes(object);
         WriteObject(object);
       }
     }
@@ -167,9 +227,9 @@ class CgmWriter {
   void WriteDescriptors() {
     Begin(Element::BeginMetafile).String("drawing").End();
     Begin(Element::MetafileVersion).Integer(1).End();
-    Begin(Element::MetafileDescription).String("MIL-STD-2301A").End();
     Begin(Element::MetafileElementList).Integer(1).Index(-1).Index(1).End();  // drawing plus control set
-    Begin(Element::VdcType).Enumerated(forms_.vdcReal ? 1 : 0).End();
+    Begin(Element::MetafileDescription).String(Description()).End();
+    if (forms_.vdcReal) Begin(Element::VdcType).Enumerated(1).End();
     if (forms_.indexBytes != 2) {
       Begin(Element::IntegerPrecision).Integer(8 * forms_.indexBytes).End();
       integerBytes_ = forms_.indexBytes;
@@ -178,12 +238,12 @@ class CgmWriter {
     }
     if (!forms_.real.fixedPoint)
       Begin(Element::RealPrecision).Enumerated(0).Integer(12).Integer(52).End();
-    Begin(Element::ColourPrecision).Integer(8).End();
     if (!drawing_.fonts.empty()) {
       Begin(Element::FontList);
       for (const std::string& font : drawing_.fonts) String(font);
       End();
     }
+    if (!forms_.vdcReal && forms_.vdcBytes == 2) return;
     // Coordinates in front of the picture body are written in the picture's own precision.
     std::string nested;
     std::swap(nested, out_);
@@ -207,7 +267,8 @@ class CgmWriter {
     const Attributes* first = FirstAttributes();
     if (first != nullptr) WriteWidthModes(*first);
     Begin(Element::VdcExtent).Put(drawing_.extent.first).Put(drawing_.extent.second).End();
-    Begin(Element::BackgroundColour).Put(drawing_.background).End();
+    if (!(drawing_.background == Colour{255, 255, 255}))
+      Begin(Element::BackgroundColour).Put(drawing_.background).End();
   }
 
   const Attributes* FirstAttributes() const {
@@ -221,6 +282,7 @@ class CgmWriter {
     Begin(Element::LineWidthMode).Enumerated(a.line.scaled).End();
     Begin(Element::MarkerSizeMode).Enumerated(a.marker.scaled).End();
     Begin(Element::EdgeWidthMode).Enumerated(a.edge.scaled).End();
+    modes_ = a;
   }
 
   void WritePattern(int32_t index, const Pattern& pattern) {
@@ -239,44 +301,48 @@ class CgmWriter {
 
   // ---------------------------------------------------------------- attributes
 
-  // Writes what differs from the attributes written before; the first time, everything.
-  void WriteAttributes(const Attributes& a) {
-    const auto differs = [this](const auto& now, const auto& before) {
-      return !written_ || !(now == before);
-    };
-    const Attributes& b = before_;
-    if (written_ && (a.line.scaled != b.line.scaled || a.edge.scaled != b.edge.scaled ||
-                     a.marker.scaled != b.marker.scaled)) {
+  // Writes what an object uses and what differs from what was written of it before.
+  void WriteAttributes(const Object& object) {
+    const Attributes& a = *object.attributes;
+    const UsedLooks used = LooksOf(object);
+    if (a.line.scaled != modes_.line.scaled || a.edge.scaled != modes_.edge.scaled ||
+        a.marker.scaled != modes_.marker.scaled) {
       WriteWidthModes(a);
     }
-    if (differs(a.line, b.line)) {
+    if (used.line && line_.Changes(a.line)) {
       Begin(Element::LineType).Index(a.line.type).End();
       WriteWidth(Element::LineWidth, a.line.width, a.line.scaled);
       Begin(Element::LineColour).Put(a.line.colour).End();
     }
-    if (differs(a.edge, b.edge)) {
+    if (used.fill && fill_.Changes(a.fill)) WriteFill(a.fill);
+    if (used.fill && edgeVisible_.Changes(a.edgeVisible))
+      Begin(Element::EdgeVisibility).Enumerated(a.edgeVisible).End();
+    if (used.edge && edge_.Changes(a.edge)) {
       Begin(Element::EdgeType).Index(a.edge.type).End();
       WriteWidth(Element::EdgeWidth, a.edge.width, a.edge.scaled);
       Begin(Element::EdgeColour).Put(a.edge.colour).End();
     }
-    if (differs(a.edgeVisible, b.edgeVisible))
-      Begin(Element::EdgeVisibility).Enumerated(a.edgeVisible).End();
-    if (differs(a.marker, b.marker)) {
+    if (used.marker && marker_.Changes(a.marker)) {
       Begin(Element::MarkerType).Index(a.marker.type).End();
       WriteWidth(Element::MarkerSize, a.marker.size, a.marker.scaled);
       Begin(Element::MarkerColour).Put(a.marker.colour).End();
     }
-    if (differs(a.fill, b.fill)) WriteFill(a.fill);
-    if (differs(a.text, b.text)) WriteText(a.text);
-    if (differs(a.auxiliary, b.auxiliary)) Begin(Element::AuxiliaryColour).Put(a.auxiliary).End();
-    if (differs(a.transparent, b.transparent))
+    if (used.text && text_.Changes(a.text)) WriteText(a.text);
+    WriteControls(a);
+  }
+
+  // Controls start as a reader has them.
+  void WriteControls(const Attributes& a) {
+    if (!(a.auxiliary == controls_.auxiliary)) Begin(Element::AuxiliaryColour).Put(a.auxiliary).End();
+    if (a.transparent != controls_.transparent)
       Begin(Element::Transparency).Enumerated(a.transparent).End();
-    if (differs(a.clipBox, b.clipBox)) {
+    // A picture that left its extent's clip goes back to it by saying so.
+    const bool clipDiffers = a.clipGiven != controls_.clipGiven || !(a.clipBox == controls_.clipBox);
+    if (clipDiffers && (a.clipGiven || controls_.clipGiven)) {
       Begin(Element::ClipRectangle).Put(a.clipBox.first).Put(a.clipBox.second).End();
     }
-    if (differs(a.clip, b.clip)) Begin(Element::ClipIndicator).Enumerated(a.clip).End();
-    before_ = a;
-    written_ = true;
+    if (a.clip != controls_.clip) Begin(Element::ClipIndicator).Enumerated(a.clip).End();
+    controls_ = a;
   }
 
   void WriteWidth(Element element, double width, bool scaled) {
@@ -361,8 +427,12 @@ class CgmWriter {
   std::string out_;
   Element element_ = Element::NoOp;
   std::string parameters_;
-  Attributes before_;
-  bool written_ = false;
+  Attributes modes_, controls_;  // as last written
+  Written<LineLook> line_, edge_;
+  Written<MarkerLook> marker_;
+  Written<FillLook> fill_;
+  Written<TextLook> text_;
+  Written<bool> edgeVisible_;
 };
 
 }  // namespace

@@ -78,6 +78,7 @@ struct Attributes {
   Colour auxiliary{255, 255, 255};
   bool transparent = true;  ///< gaps of hatches and dashes show what lies beneath
   bool clip = true;
+  bool clipGiven = false;  ///< a clip rectangle of its own, else the extent's
   Box clipBox;
   bool operator==(const Attributes&) const = default;
 };
@@ -135,6 +136,7 @@ struct Layer {
 
 struct Drawing {
   Box extent{{0, 0}, {32767, 32767}};  ///< the part of the plane that is shown
+  bool wholeUnits = false;             ///< read with integer coordinates: one unit is one pixel
   Colour background{255, 255, 255};
   std::vector<std::string> fonts;
   std::map<int32_t, Pattern> patterns;
@@ -144,7 +146,7 @@ struct Drawing {
 
   bool operator==(const Drawing& other) const {
     return extent == other.extent && background == other.background && fonts == other.fonts &&
-           patterns == other.patterns && layers == other.layers;
+           patterns == other.patterns && layers == other.layers && wholeUnits == other.wholeUnits;
   }
 };
 
@@ -157,6 +159,12 @@ struct Path {
   std::vector<Point> points;
   bool closed = false;
 };
+/// What an object is drawn with.
+struct UsedLooks {
+  bool line = false, fill = false, edge = false, marker = false, text = false;
+};
+UsedLooks LooksOf(const Object& object);
+
 /// An object's outline, curves flattened; texts, markers and cell arrays have none.
 std::vector<Path> OutlineOf(const Object& object);
 /// Whether an object encloses an area.

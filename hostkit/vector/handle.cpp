@@ -50,7 +50,7 @@ void hostkit::GiveDrawing(VectorHandle* handle, Drawing drawing) {
 }
 
 int32_t ORB_CALL VectorInitialise(VectorHandle* handle) {
-  if (handle == nullptr) return kHostInvalid;
+  if (handle == nullptr || handle->flags != kVectorHandleFlags) return kHostInvalid;
   handle->drawing = nullptr;
   return kHostOk;
 }
@@ -81,7 +81,9 @@ int32_t ORB_CALL VectorSetBackground(VectorHandle* handle, COLORREF colour) {
   return kHostOk;
 }
 
-int32_t ORB_CALL VectorSetPaintMode(VectorHandle*, uint32_t) { return kHostOk; }
+int32_t ORB_CALL VectorSetPaintMode(VectorHandle* handle, uint32_t mode) {
+  return handle != nullptr && mode == 1 ? kHostOk : kHostInvalid;
+}
 
 int32_t ORB_CALL VectorGetExtent(const VectorHandle* handle, VectorPoint* least, VectorPoint* greatest) {
   const Drawing* drawing = DrawingOf(handle);
@@ -89,6 +91,11 @@ int32_t ORB_CALL VectorGetExtent(const VectorHandle* handle, VectorPoint* least,
   return Guarded([&] {
     hostkit::Point low, high;
     hostkit::FindExtent(*drawing, hostkit::TextBox::Full, low, high);
+    // Drawings of whole units stay so where their holder moves them by their extent.
+    if (drawing->wholeUnits) {
+      low = {std::floor(low.x), std::floor(low.y)};
+      high = {std::ceil(high.x), std::ceil(high.y)};
+    }
     *least = {low.x, low.y, 0};
     *greatest = {high.x, high.y, 0};
     return kHostOk;
@@ -142,6 +149,7 @@ int32_t ORB_CALL VectorSetViewRectangle(VectorHandle* handle, const RECT* rectan
     // What is clipped to the old extent is clipped to the new one.
     for (hostkit::Layer& layer : drawing->layers) {
       for (hostkit::Object& object : layer.objects) {
+        if (object.attributes->clipGiven) continue;
         hostkit::Attributes attributes = *object.attributes;
         attributes.clipBox = drawing->extent;
         object.attributes = std::make_shared<const hostkit::Attributes>(attributes);

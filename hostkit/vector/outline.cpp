@@ -135,29 +135,6 @@ std::vector<Path> ArcOutline(const Object& object) {
 
 }  // namespace
 
-bool Object::operator==(const Object& other) const {
-  return kind == other.kind && *attributes == *other.attributes && points == other.points &&
-         edgeFlags == other.edgeFlags && cells == other.cells && columns == other.columns &&
-         rows == other.rows && text == other.text && radius == other.radius && box == other.box &&
-         close == other.close;
-}
-
-bool IsFilled(ObjectKind kind) {
-  switch (kind) {
-    case ObjectKind::Polygon:
-    case ObjectKind::PolygonSet:
-    case ObjectKind::Rectangle:
-    case ObjectKind::Circle:
-    case ObjectKind::ArcThreePointClose:
-    case ObjectKind::ArcCentreClose:
-    case ObjectKind::Ellipse:
-    case ObjectKind::EllipticalArcClose:
-      return true;
-    default:
-      return false;
-  }
-}
-
 bool IsFinite(const Object& object) {
   const bool points = std::all_of(object.points.begin(), object.points.end(),
                                   [](Point p) { return std::isfinite(p.x) && std::isfinite(p.y); });

@@ -65,16 +65,35 @@ double LengthOf(const std::vector<Path>& paths, const DeviceMap& map) {
   return length;
 }
 
+// Lines without length are as long as they are wide.
+void FillDots(cairo_t* cairo, double width, const DeviceMap& map, const std::vector<Path>& paths) {
+  for (const Path& path : paths) {
+    if (path.points.empty() || LengthOf({path}, map) != 0) continue;
+    const Point p = map.ToDevice(path.points[0]);
+    cairo_rectangle(cairo, p.x - width / 2, p.y - width / 2, width, width);
+  }
+  cairo_fill(cairo);
+}
+
 // Strokes the current path, which is that of `paths`. So many dashes that none could be told from the
-// next are drawn as a solid line.
-void Stroke(cairo_t* cairo, const LineLook& look, const DeviceMap& map, const std::vector<Path>& paths) {
+// next are drawn as a solid line. Gaps of an opaque line have the auxiliary colour.
+void Stroke(cairo_t* cairo, const LineLook& look, const Attributes& attributes, const DeviceMap& map,
+            const std::vector<Path>& paths) {
   constexpr double kMostDashes = 50000;
   const double width = PixelWidth(look, map);
   cairo_set_line_width(cairo, width);
-  const bool dashed = look.type != 1 && LengthOf(paths, map) / width < kMostDashes;
+  const bool dashed = look.type >= static_cast<int32_t>(LineType::Dash) &&
+                      look.type <= static_cast<int32_t>(LineType::DashDotDot) &&
+                      LengthOf(paths, map) / width < kMostDashes;
+  if (dashed && !attributes.transparent) {
+    SetDashes(cairo, 1, width);
+    SetColour(cairo, attributes.auxiliary);
+    cairo_stroke_preserve(cairo);
+  }
   SetDashes(cairo, dashed ? look.type : 1, width);
   SetColour(cairo, look.colour);
   cairo_stroke(cairo);
+  FillDots(cairo, width, map, paths);
 }
 
 // ---------------------------------------------------------------- fills
@@ -180,7 +199,7 @@ void Fill(cairo_t* cairo, const Drawing& drawing, const Object& object, const De
       return FillPattern(cairo, drawing, attributes.fill, map);
     case Interior::Hollow:
       if (attributes.edgeVisible) return cairo_new_path(cairo);
-      return Stroke(cairo, {1, 1, true, attributes.fill.colour}, map, paths);
+      return Stroke(cairo, {1, 1, true, attributes.fill.colour}, attributes, map, paths);
     case Interior::Empty:
       return cairo_new_path(cairo);
   }
@@ -203,12 +222,14 @@ std::vector<Path> VisibleEdges(const Object& object) {
 void PaintOutline(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map) {
   const std::vector<Path> paths = OutlineOf(object);
   for (const Path& path : paths) AddPath(cairo, path, map);
-  if (!IsFilled(object.kind)) return Stroke(cairo, object.attributes->line, map, paths);
+  if (!IsFilled(object.kind))
+    return Stroke(cairo, object.attributes->line, *object.attributes, map, paths);
   Fill(cairo, drawing, object, map, paths);
   if (!object.attributes->edgeVisible) return;
   const bool single = object.kind == ObjectKind::PolygonSet;
-  for (const Path& path : single ? VisibleEdges(object) : paths) AddPath(cairo, path, map);
-  Stroke(cairo, object.attributes->edge, map, paths);
+  const std::vector<Path> edges = single ? VisibleEdges(object) : paths;
+  for (const Path& path : edges) AddPath(cairo, path, map);
+  Stroke(cairo, object.attributes->edge, *object.attributes, map, edges);
 }
 
 // ---------------------------------------------------------------- markers and cells
@@ -294,23 +315,38 @@ DeviceMap::DeviceMap(const Box& extent, double left, double top, double width, d
             std::isfinite(originX_) && std::isfinite(originY_) && width > 0 && height > 0;
 }
 
-DeviceMap DeviceMap::ForDrawing(const Drawing& drawing, double left, double top, double width,
-                                double height) {
+// A drawing without a frame begins at its objects' corner.
+DeviceMap DeviceMap::OneUnitAPixel(const Drawing& drawing, double left, double top) {
   constexpr double kWholeRange = 32767;
-  const Box& extent = drawing.extent;
-  const double spanX = extent.second.x - extent.first.x, spanY = extent.second.y - extent.first.y;
+  Box frame = drawing.extent;
+  const double spanX = frame.second.x - frame.first.x, spanY = frame.second.y - frame.first.y;
   Point least, greatest;
-  if (std::abs(spanX) != kWholeRange || std::abs(spanY) != kWholeRange ||
-      !FindExtent(drawing, TextBox::Capitals, least, greatest)) {
-    return DeviceMap(extent, left, top, width, height);
+  if (std::abs(spanX) == kWholeRange && std::abs(spanY) == kWholeRange &&
+      FindExtent(drawing, TextBox::Capitals, least, greatest)) {
+    frame = {{spanX < 0 ? greatest.x : least.x, spanY < 0 ? greatest.y : least.y},
+             {spanX < 0 ? least.x : greatest.x, spanY < 0 ? least.y : greatest.y}};
   }
   DeviceMap map;
-  map.scaleX_ = spanX > 0 ? 1 : -1;
-  map.scaleY_ = spanY > 0 ? -1 : 1;
-  map.originX_ = left - (map.scaleX_ > 0 ? least.x : -greatest.x);
-  map.originY_ = top - (map.scaleY_ > 0 ? least.y : -greatest.y);
+  map.scaleX_ = spanX < 0 ? -1 : 1;
+  map.scaleY_ = spanY < 0 ? 1 : -1;
+  map.originX_ = left - map.scaleX_ * frame.first.x;
+  map.originY_ = top - map.scaleY_ * frame.second.y;
   map.usable_ = std::isfinite(map.originX_) && std::isfinite(map.originY_);
   return map;
+}
+
+DeviceMap DeviceMap::ForDrawing(const Drawing& drawing, double left, double top, double width,
+                                double height) {
+  if (drawing.wholeUnits) return OneUnitAPixel(drawing, left, top);
+  Box frame = drawing.extent;
+  const auto isFlat = [&frame] {
+    return frame.first.x == frame.second.x || frame.first.y == frame.second.y;
+  };
+  // A degenerate extent frames nothing: the objects are their own frame, a line has one unit across.
+  if (isFlat() && !FindExtent(drawing, TextBox::Full, frame.first, frame.second)) return {};
+  if (frame.first.x == frame.second.x) frame.second.x += 1;
+  if (frame.first.y == frame.second.y) frame.second.y += 1;
+  return DeviceMap(frame, left, top, width, height);
 }
 
 DeviceMap DeviceMap::Shifted(double left, double top) const {

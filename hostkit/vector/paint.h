@@ -12,8 +12,9 @@ class DeviceMap {
  public:
   /// The extent fills `width` x `height` pixels whose top-left corner is at (left, top).
   DeviceMap(const Box& extent, double left, double top, double width, double height);
-  /// As above; but a drawing whose extent is the whole 16-bit range has no frame of its own: as the NITF
-  /// graphics profile has it, one unit is one pixel, and its objects begin at (left, top).
+  /// As above; but a drawing of whole units is shown one unit a pixel, as the NITF graphics profile has
+  /// it (MIL-STD-2301A), its extent's corner at (left, top). One whose extent is the whole 16-bit range
+  /// has no frame of its own: its objects begin there.
   static DeviceMap ForDrawing(const Drawing& drawing, double left, double top, double width,
                               double height);
   /// The same with (left, top) as the origin.
@@ -27,6 +28,7 @@ class DeviceMap {
 
  private:
   DeviceMap() = default;
+  static DeviceMap OneUnitAPixel(const Drawing& drawing, double left, double top);
   double scaleX_ = 0, scaleY_ = 0, originX_ = 0, originY_ = 0;
   bool usable_ = false;
 };

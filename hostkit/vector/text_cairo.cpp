@@ -69,6 +69,22 @@ FontMeasure MeasureFont(const FontName& name, const std::string& text) {
   return measure;
 }
 
+namespace {
+
+// The box behind an opaque text.
+void FillTextBox(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map) {
+  Point corners[4];
+  TextCorners(drawing, object, TextBox::Full, corners);
+  for (const Point& corner : corners) {
+    const Point p = map.ToDevice(corner);
+    cairo_line_to(cairo, p.x, p.y);
+  }
+  SetColour(cairo, object.attributes->auxiliary);
+  cairo_fill(cairo);
+}
+
+}  // namespace
+
 void PaintText(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map) {
   const Attributes& attributes = *object.attributes;
   const LaidOutText text = LayOutText(drawing, object);
@@ -79,6 +95,7 @@ void PaintText(cairo_t* cairo, const Drawing& drawing, const Object& object, con
   constexpr double kLargest = 10000;  // pixels; larger glyphs are nothing but memory
   const double area = std::abs(x.x * y.y - x.y * y.x);
   if (!(area > 1e-6) || std::hypot(x.x, x.y) > kLargest || std::hypot(y.x, y.y) > kLargest) return;
+  if (!attributes.transparent) FillTextBox(cairo, drawing, object, map);
   SelectFont(cairo, FontOf(drawing, attributes.text));
   cairo_matrix_t matrix;
   cairo_matrix_init(&matrix, x.x, x.y, -y.x, -y.y, 0, 0);

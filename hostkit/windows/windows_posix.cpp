@@ -51,12 +51,12 @@ void* ORB_CALL GlobalLock(HGLOBAL memory) {
 
 int ORB_CALL GlobalUnlock(HGLOBAL) { return 0; }
 
-bool ORB_CALL WideIsSameFile(const char16_t* a, const char16_t* b) {
+bool ORB_CALL WideIdentify(const char16_t* path, WideFileIdentity* identity) {
   try {
-    struct stat first, second;
-    return stat(hostkit::ToUtf8(a).c_str(), &first) == 0 &&
-           stat(hostkit::ToUtf8(b).c_str(), &second) == 0 && first.st_dev == second.st_dev &&
-           first.st_ino == second.st_ino;
+    struct stat status;
+    if (stat(hostkit::ToUtf8(path).c_str(), &status) != 0) return false;
+    *identity = {status.st_dev, status.st_ino};
+    return true;
   } catch (const std::bad_alloc&) {
     return false;
   }

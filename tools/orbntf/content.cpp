@@ -1,5 +1,4 @@
 // orbntf text and graphic: segment content.
-#include <cmath>
 #include <cstdio>
 
 #include "host/fileformat.h"
@@ -13,6 +12,7 @@ namespace {
 struct ContentOptions {
   std::string file, output;
   uint32_t index = 0;
+  int32_t size = 0;
 };
 
 // Writes bytes to a file that appears when complete, or to standard output for "-" and "".
@@ -48,6 +48,7 @@ int RunText(const ContentOptions& options) {
 int32_t SaveCgm(const VectorHandle& drawing, const std::string& output) {
   HostSaveOptions saveOptions;
   FileFormatDefaultSaveOptions(&saveOptions, kSaveOptionsSize);
+  saveOptions.flags |= kSaveToMemory;
   HGLOBAL memory = nullptr;
   uint32_t count = 0;
   int32_t status = FileFormatSaveDrawingMemory(&memory, &drawing, kFormatCgm, &count, &saveOptions);
@@ -59,18 +60,11 @@ int32_t SaveCgm(const VectorHandle& drawing, const std::string& output) {
   return status;
 }
 
-int32_t SavePicture(const VectorHandle& drawing, const std::string& output, int32_t form) {
-  static constexpr double kLargest = 16384, kMargin = 8;
-  VectorPoint least, greatest;
-  if (const int32_t status = VectorGetExtent(&drawing, &least, &greatest); status != ORB_SUCCESS)
-    return status;
-  const auto side = [](double span) {
-    return static_cast<int32_t>(std::ceil(std::min(span + kMargin, kLargest)));
-  };
+int32_t SavePicture(const VectorHandle& drawing, const std::string& output, int32_t form,
+                    int32_t longerSide) {
   OutputFile file(output);
   if (file.TemporaryPath().empty()) return ORB_SHORT_WRITE;
-  const int32_t status = HostkitSaveDrawing(&drawing, file.TemporaryPath().c_str(), form,
-                                            side(greatest.x - least.x), side(greatest.y - least.y));
+  const int32_t status = HostkitSaveDrawing(&drawing, file.TemporaryPath().c_str(), form, longerSide);
   if (status != ORB_SUCCESS) return status;
   return file.Commit() ? ORB_SUCCESS : ORB_SHORT_WRITE;
 }
@@ -92,9 +86,10 @@ int RunGraphic(const ContentOptions& options) {
   if (drawing == nullptr || VectorIsEmpty(drawing) != 0) {
     return Report("graphic", options.file, ORB_EMPTY_DRAWING);
   }
-  const int32_t status =
-      end == ".cgm" ? SaveCgm(*drawing, options.output)
-                    : SavePicture(*drawing, options.output, end == ".svg" ? kDrawingSvg : kDrawingPng);
+  const int32_t status = end == ".cgm"
+                             ? SaveCgm(*drawing, options.output)
+                             : SavePicture(*drawing, options.output,
+                                           end == ".svg" ? kDrawingSvg : kDrawingPng, options.size);
   return Report("graphic", options.output, status);
 }
 
@@ -113,6 +108,8 @@ void AddContent(CLI::App& app, Work& work) {
   command->add_option("FILE", graphic->file, "file to read")->required();
   command->add_option("INDEX", graphic->index, "graphic segment, from 0")->required();
   command->add_option("-o,--output", graphic->output, "OUT.cgm, OUT.svg or OUT.png")->required();
+  command->add_option("--size", graphic->size, "pixels of the picture's longer side")
+      ->check(CLI::Range(1, 16384));
   command->callback([&work, graphic] { work = [graphic] { return RunGraphic(*graphic); }; });
 }
 

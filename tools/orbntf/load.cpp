@@ -58,6 +58,7 @@ int32_t DrawingHolder::Load(const std::string& path) {
   if (!ReadFile(path, bytes)) return -7;
   HostLoadOptions options;
   FileFormatDefaultLoadOptions(&options, kLoadOptionsSize);
+  options.flags |= kLoadFlagsAlways;
   return FileFormatLoadDrawingMemory(bytes.data(), &handle, static_cast<uint32_t>(bytes.size()), &options,
                                      0);
 }

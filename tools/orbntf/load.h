@@ -25,6 +25,7 @@ class DrawingHolder {
   DrawingHolder() {
     handle.flags = kVectorHandleFlags;
     VectorInitialise(&handle);
+    handle.flags2 = kVectorHandleFlags2;
   }
   ~DrawingHolder() { VectorFree(&handle); }
   DrawingHolder(const DrawingHolder&) = delete;

@@ -73,6 +73,7 @@ Object Make(ObjectKind kind, const Attributes& attributes, std::vector<Point> po
 Drawing Symbols() {
   Drawing drawing;
   drawing.extent = {{0, 0}, {340, 200}};
+  drawing.wholeUnits = true;
   drawing.fonts = {"HELVETICA_BOLD"};
   drawing.layers.resize(1);
   Attributes look;
