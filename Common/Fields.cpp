@@ -217,7 +217,9 @@ Status FieldReader::RequireField(CheckedSize bytes) const {
 }
 
 Status FieldWriter::PutText(std::string_view text, uint32_t width, char pad) {
-  if (Status s = WritePaddedField(file_, text, width, pad); !Ok(s)) return s;
+  if (!measures_) {
+    if (Status s = WritePaddedField(file_, text, width, pad); !Ok(s)) return s;
+  }
   written_ += width;
   return Status::Success;
 }
@@ -228,7 +230,9 @@ Status FieldWriter::PutNumber(int64_t value, uint32_t width) {
 }
 
 Status FieldWriter::PutBytes(const void* bytes, uint32_t count) {
-  if (Status s = WriteExactly(file_, bytes, count); !Ok(s)) return s;
+  if (!measures_) {
+    if (Status s = WriteExactly(file_, bytes, count); !Ok(s)) return s;
+  }
   written_ += count;
   return Status::Success;
 }

@@ -154,18 +154,20 @@ class FieldReader {
   bool sawPlaceholder_ = false;
 };
 
-/// Writes the fields of one header at a file's position.
+/// Writes the fields of one header at a file's position, or only measures them.
 class FieldWriter {
  public:
+  /// A writer that counts the bytes of what it is given and writes nothing.
+  FieldWriter() : file_(kNoFile), measures_(true) {}
   explicit FieldWriter(int32_t file) : file_(file) {}
   Status PutText(std::string_view text, uint32_t width, char pad);
   Status PutNumber(int64_t value, uint32_t width);
   Status PutBytes(const void* bytes, uint32_t count);
-  int32_t File() const { return file_; }
   uint32_t Written() const { return written_; }
 
  private:
   int32_t file_;
+  bool measures_ = false;
   uint32_t written_ = 0;
 };
 
@@ -452,6 +454,15 @@ Status WriteRows(std::type_identity_t<FieldTable<R>> table, const R& record, Fie
     }
   }
   return Status::Success;
+}
+
+/// How many bytes a header takes as it would be written now. -1.
+template <class R>
+Status MeasureRows(std::type_identity_t<FieldTable<R>> table, const R& record, uint32_t& bytes) {
+  FieldWriter writer;
+  const Status status = WriteRows<R>(table, record, writer);
+  bytes = writer.Written();
+  return status;
 }
 
 /// Stores a number in a numeric field: its text, and the value where the row says so. -13 when it does

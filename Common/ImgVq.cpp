@@ -267,6 +267,42 @@ Status VqLookupRecord::Read(int32_t file, uint8_t (&raw)[kBytes]) {
   return Status::Success;
 }
 
+Status FindVqDataExtent(const ImageSource& source, VqDataExtent& extent) {
+  const ImageSubheader& image = source.header;
+  const int32_t file = source.document.FileHandle();
+  MaskTable mask;  // the source's, whatever the record says
+  (void)KernelSeek(file, source.dataStart, kSeekStart);
+  if (image.CompressionCode() == Compression::M4) {
+    FieldReader reader(file, ReadMode::Normal, 0);
+    const CheckedSize records = CheckedSize(image.NBPR.value) * image.NBPC.value * image.BandCount();
+    if (Status s = mask.Read(reader, records); !Ok(s)) return s;
+  }
+  extent.start = KernelSeek(file, 0, kSeekCurrent) - source.dataStart;
+  VqHeader vq;
+  uint8_t raw[VqHeader::kBytes];
+  if (Status s = vq.Read(file, raw); !Ok(s)) return s;
+  if (vq.codeRows == 0 || vq.codeRows > image.NPPBV.value) return Status::BadStructure;
+  const uint32_t step = image.NPPBV.value / vq.codeRows;
+  VqLookupRecord first = {};
+  uint8_t rawRecord[VqLookupRecord::kBytes];
+  if (vq.lookupRecordCount != 0) {
+    if (Status s = first.Read(file, rawRecord); !Ok(s)) return s;
+  }
+  uint64_t stored = 0;
+  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
+    stored += !mask.HasBlockRecords() || mask.BlockRecord(n) != MaskTable::kNoBlock;
+  }
+  const CheckedSize tables = CheckedSize(first.recordCount) * step *
+                             VqBytesPerPixel(SegmentBitsPerPixel(image)) * vq.lookupRecordCount;
+  const uint64_t codeRows = (image.NPPBV.value + step - 1) / step;
+  const CheckedSize codes = CheckedSize(uint64_t{vq.codeBits} * vq.codesPerRow / 8) * codeRows * stored;
+  const CheckedSize all = CheckedSize(VqHeader::kBytes) +
+                          CheckedSize(VqLookupRecord::kBytes) * vq.lookupRecordCount + tables + codes;
+  extent.bytes = all.Value();
+  return (all + static_cast<uint64_t>(extent.start)).Within(source.length) ? Status::Success
+                                                                           : Status::ShortRead;
+}
+
 Status SeekPastMaskTable(const ImageSource& source) {
   uint8_t head[10];
   if (Status s = source.ReadAt(0, head, sizeof head); !Ok(s)) return s;

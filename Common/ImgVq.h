@@ -38,5 +38,15 @@ constexpr uint32_t VqBytesPerPixel(uint32_t bitsPerPixel) {
   return bitsPerPixel == 8 ? 1 : bitsPerPixel == 12 || bitsPerPixel == 16 ? 2 : 3;
 }
 
+/// The part of a vector-quantised image's data that means something: from the header behind the mask
+/// table to the last code, the codes of `mask`'s absent blocks left out. Offsets count from the data's
+/// start.
+struct VqDataExtent {
+  int64_t start;
+  uint64_t bytes;
+};
+/// 1, -1, -7 (also for data that the segment does not hold) or -9.
+Status FindVqDataExtent(const ImageSource& source, VqDataExtent& extent);
+
 /// Goes to the first byte behind the mask table that "M4" data starts with; -7.
 Status SeekPastMaskTable(const ImageSource& source);

@@ -186,39 +186,11 @@ Status OrbNitfSaveFile::CopyBytes(uint64_t bytes) {
   return Status::Success;
 }
 
+// What the image's blocks do not need is left behind.
 Status OrbNitfSaveFile::WriteVectorQuantised(ImageSubheader& image) {
   const ImageSource source = ImageSource::Of(*document_, image.index, nullptr);
-  const int32_t file = document_->FileHandle();
-  (void)KernelSeek(file, source.dataStart, kSeekStart);
-  MaskTable mask;  // the source's, whatever the record says
-  if (image.CompressionCode() == Compression::M4) {
-    FieldReader reader(file, ReadMode::Normal, 0);
-    const CheckedSize records = CheckedSize(image.NBPR.value) * image.NBPC.value * image.BandCount();
-    if (Status s = mask.Read(reader, records); !Ok(s)) return s;
-  }
-  VqHeader vq;
-  uint8_t raw[VqHeader::kBytes];
-  if (Status s = vq.Read(file, raw); !Ok(s)) return s;
-  if (vq.codeRows == 0 || vq.codeRows > image.NPPBV.value) return Status::BadStructure;
-  if (Status s = WriteExactly(output_, raw, sizeof raw); !Ok(s)) return s;
-  const uint32_t step = image.NPPBV.value / vq.codeRows;
-  uint64_t firstTableRecords = 0;
-  for (uint32_t table = 0; table < vq.lookupRecordCount; ++table) {
-    VqLookupRecord record;
-    uint8_t rawRecord[VqLookupRecord::kBytes];
-    if (Status s = record.Read(file, rawRecord); !Ok(s)) return s;
-    if (Status s = WriteExactly(output_, rawRecord, sizeof rawRecord); !Ok(s)) return s;
-    if (table == 0) firstTableRecords = record.recordCount;
-  }
-  const uint64_t valueBytes = VqBytesPerPixel(SegmentBitsPerPixel(image));
-  const CheckedSize tables = CheckedSize(firstTableRecords) * step * valueBytes * vq.lookupRecordCount;
-  if (!tables.Within(INT64_MAX)) return Status::ShortRead;
-  if (Status s = CopyBytes(tables.Value()); !Ok(s)) return s;
-  const uint64_t codeRowBytes = uint64_t{vq.codeBits} * vq.codesPerRow / 8;
-  const uint64_t codeRows = (image.NPPBV.value + step - 1) / step;
-  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
-    if (mask.HasBlockRecords() && mask.BlockRecord(n) == MaskTable::kNoBlock) continue;
-    if (Status s = CopyBytes(codeRowBytes * codeRows); !Ok(s)) return s;
-  }
-  return Status::Success;
+  VqDataExtent extent;
+  if (Status s = FindVqDataExtent(source, extent); !Ok(s)) return s;
+  (void)KernelSeek(document_->FileHandle(), source.dataStart + extent.start, kSeekStart);
+  return CopyBytes(extent.bytes);
 }

@@ -152,6 +152,9 @@ TEST_F(GeometryTest, MetafilesReachTheirBoundsFromTheirPlace) {
   };
   EXPECT_EQ(size("0001000020", "0000000000", "0010000050"), (Size{1, 120, 60})) << "100 columns, 50 rows";
   EXPECT_EQ(size("0000000000", "0000000000", "-003000040"), (Size{1, 30, 40})) << "without the sign";
+  EXPECT_EQ(size("-0020-0020", "-0090-0080", "-0010-0005"), (Size{1, 30, 25}))
+      << "wholly at negative coordinates";
+  EXPECT_EQ(size("0000000000", "00000-0080", "00010-0005"), (Size{1, 10, 5}));
 }
 
 }  // namespace

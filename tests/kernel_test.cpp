@@ -6,6 +6,45 @@ namespace {
 
 using KernelTest = test::ModuleTest;
 
+TEST_F(KernelTest, ArgumentsOutsideTheInterfaceAreRefused) {
+  const test::TempFile file("bytes");
+  EXPECT_EQ(KernelOpen(file.Wide(), kOpenRead, kPermissionWrite), kNoFile);
+  EXPECT_EQ(KernelOpen(file.Wide(), 0, kPermissionRead), kNoFile);
+  EXPECT_EQ(KernelOpen(file.Wide(), kOpenCreate, kPermissionRead), kNoFile);
+  EXPECT_EQ(file.Contents(), "bytes");
+  test::Bitmap bitmap(4, 4, 24);
+  uint8_t row[12] = {};
+  EXPECT_NE(KernelGetRow(&bitmap.record, row, 0, 12), 1) << "rows are between access and release";
+  EXPECT_NE(KernelReleaseBitmap(&bitmap.record), 1);
+  ASSERT_EQ(KernelAccessBitmap(&bitmap.record), 1);
+  EXPECT_NE(KernelAccessBitmap(&bitmap.record), 1);
+  EXPECT_EQ(KernelPutRow(&bitmap.record, row, 3, 12), 1);
+  EXPECT_NE(KernelPutRow(&bitmap.record, row, 4, 12), 1);
+  EXPECT_EQ(KernelReleaseBitmap(&bitmap.record), 1);
+  EXPECT_NE(KernelPutRow(&bitmap.record, row, 0, 12), 1);
+  KernelBitmap refused;
+  for (const auto& [kind, order, view] :
+       {std::array{0u, 1u, 1u}, {3u, 1u, 1u}, {1u, 4u, 1u}, {1u, 1u, 2u}}) {
+    EXPECT_NE(KernelAllocateBitmap(&refused, kBitmapRecordSize, kind, 2, 2, 24, order, nullptr, view,
+                                   nullptr, 0),
+              1);
+  }
+  VectorHandle drawing = {};
+  EXPECT_NE(VectorInitialise(&drawing), 1) << "the flags word comes first";
+  drawing.flags = kVectorHandleFlags;
+  EXPECT_EQ(VectorInitialise(&drawing), 1);
+  HostLoadOptions options;
+  FileFormatDefaultLoadOptions(&options, kLoadOptionsSize);
+  options.flags = kLoadFlagsAlways;
+  EXPECT_EQ(FileFormatLoadDrawingMemory("", &drawing, 0, &options, 0), kHostInvalid)
+      << "the second flags word";
+  drawing.flags2 = kVectorHandleFlags2;
+  EXPECT_EQ(FileFormatLoadDrawingMemory("", &drawing, 0, &options, 0), kHostBadData);
+  options.flags = 1;
+  EXPECT_EQ(FileFormatLoadDrawingMemory("", &drawing, 0, &options, 0), kHostInvalid);
+  EXPECT_NE(VectorSetPaintMode(&drawing, 0), 1);
+}
+
 TEST_F(KernelTest, FilesKeepTheirPositionsThroughBuffers) {
   const test::TempFile file(std::string(100000, 'a') + "tail");
   const int32_t handle = KernelOpen(file.Wide(), kOpenRead, kPermissionRead);

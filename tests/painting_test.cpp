@@ -122,6 +122,67 @@ TEST_F(PaintTest, DrawingsWithoutAFrameAreDrawnPixelByPixel) {
   EXPECT_EQ(canvas.CountNot(test::kWhite), 100);
 }
 
+TEST_F(PaintTest, DrawingsOfWholeUnitsAreDrawnPixelByPixel) {
+  // The extent is half as wide as the rectangle: its corner stands at the rectangle's.
+  Canvas whole(Metafile(kRedFill + Element(4, 11, I({10, 60, 50, 90})), "", I({0, 50, 50, 100})));
+  EXPECT_EQ(whole.At(10, 10), kRed);
+  EXPECT_EQ(whole.At(9, 10), test::kWhite);
+  EXPECT_EQ(whole.CountNot(test::kWhite), 40 * 30);
+  // The same in reals fills the rectangle.
+  const auto R = [](std::initializer_list<int> numbers) {
+    std::string bytes;
+    for (int number : numbers) bytes += test::Big(static_cast<uint32_t>(number) << 16, 4);
+    return bytes;
+  };
+  Canvas real(Metafile(kRedFill + Element(4, 11, R({10, 60, 50, 90})), Element(1, 3, I({1})),
+                       R({0, 50, 50, 100})));
+  EXPECT_EQ(real.CountNot(test::kWhite), 80 * 60);
+  // An extent without width frames nothing: the object is its own frame.
+  Canvas flat(Metafile(kRedFill + Element(4, 11, R({10, 60, 50, 90})), Element(1, 3, I({1})),
+                       R({7, 50, 7, 100})));
+  EXPECT_EQ(flat.CountNot(test::kWhite), 0) << "clipped to nothing";
+  Canvas unclipped(Metafile(Element(3, 6, I({0})) + kRedFill + Element(4, 11, R({10, 60, 50, 90})),
+                            Element(1, 3, I({1})), R({7, 50, 7, 100})));
+  EXPECT_EQ(unclipped.CountNot(test::kWhite), 100 * 100);
+}
+
+TEST_F(PaintTest, OpaqueGapsHaveTheAuxiliaryColour) {
+  const std::string opaque = Element(3, 4, I({0})) + Element(3, 3, std::string("\0\xFF\0", 3));
+  const std::string dashed = Element(2, 3, I({0})) + Element(5, 3, I({4})) + Element(5, 2, I({2})) +
+                             Element(5, 4, "\xFF" + std::string(2, '\0'));
+  const std::string line = Element(4, 1, I({0, 50, 100, 50}));
+  Canvas gaps(Metafile(opaque + dashed + line)), clear(Metafile(dashed + line));
+  const Rgb green{0, 255, 0};
+  EXPECT_EQ(gaps.CountNot(test::kWhite), 400);
+  const int red = 10000 - gaps.CountNot(kRed), filled = 10000 - gaps.CountNot(green);
+  EXPECT_EQ(red + filled, 400);
+  EXPECT_EQ(red, 10000 - clear.CountNot(kRed));
+  EXPECT_EQ(clear.CountNot(test::kWhite), red) << "nothing lies in clear gaps";
+  // An edge's gaps and the box of a text.
+  Canvas edge(Metafile(Element(2, 5, I({0})) + Element(5, 30, I({1})) + Element(5, 28, I({4})) +
+                       Element(5, 27, I({2})) + opaque + Element(4, 11, I({20, 20, 80, 80}))));
+  EXPECT_LT(edge.CountNot(green), 100 * 100);
+  const std::string text = Element(5, 15, I({20})) + Element(5, 14, std::string(3, '\0')) +
+                           Element(4, 4, I({10, 50, 1}) + S("HH"));
+  Canvas box(Metafile(opaque + text)), bare(Metafile(text));
+  EXPECT_LT(box.CountNot(green), 100 * 100 - 400);
+  EXPECT_EQ(bare.CountNot(green), 100 * 100);
+}
+
+TEST_F(PaintTest, WhatSaysLittleIsDrawnAllTheSame) {
+  const std::string wide =
+      Element(2, 3, I({0})) + Element(5, 3, I({6})) + Element(5, 4, "\xFF" + std::string(2, '\0'));
+  Canvas dot(Metafile(wide + Element(4, 1, I({50, 50, 50, 50}))));
+  EXPECT_EQ(dot.CountNot(test::kWhite), 36) << "a line without length is as long as it is wide";
+  EXPECT_EQ(dot.At(50, 50), kRed);
+  // A picture whose body is not begun.
+  const std::string bodiless =
+      Element(0, 1, S("test")) + Element(1, 1, I({1})) + Element(0, 3, S("picture")) +
+      Element(2, 2, I({1})) + Element(2, 6, I({0, 0, 100, 100})) + kRedFill +
+      Element(4, 11, I({10, 20, 30, 40})) + Element(0, 5, "") + Element(0, 2, "");
+  EXPECT_EQ(Canvas(bodiless).CountNot(test::kWhite), 400);
+}
+
 // ---------------------------------------------------------------- graphics in files
 
 test::Record Symbol(int level, const char* location, const char* bound) {

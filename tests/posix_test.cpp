@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 
 #include "tests/support/support.h"
 
@@ -34,6 +35,33 @@ TEST_F(PosixTest, ALinkToTheSourceIsNotOverwritten) {
   EXPECT_EQ(Orb_NITFSaveFileA(handle_, link.c_str()), -13);
   unlink(link.c_str());
   EXPECT_EQ(file_.Contents(), bytes_);
+}
+
+TEST_F(PosixTest, TheSourceIsKnownByItselfAndNotByItsName) {
+  namespace fs = std::filesystem;
+  const fs::path folder = file_.Path() + ".folder";
+  fs::create_directories(folder / "other");
+  const fs::path before = fs::current_path();
+  fs::copy_file(file_.Path(), folder / "name.ntf");
+  fs::current_path(folder);
+  NitfHandle handle = nullptr;
+  ASSERT_EQ(Orb_NITFCreateA(&handle, "name.ntf"), 1);
+  fs::create_hard_link("name.ntf", "hard.ntf");
+  fs::create_symlink("name.ntf", "soft.ntf");
+  for (const char* name : {"name.ntf", "hard.ntf", "soft.ntf", "other/../name.ntf"})
+    EXPECT_EQ(Orb_NITFSaveFileA(handle, name), -13) << name;
+  fs::current_path("other");
+  EXPECT_EQ(Orb_NITFSaveFileA(handle, "../hard.ntf"), -13);
+  EXPECT_EQ(Orb_NITFSaveFileA(handle, "name.ntf"), 1) << "an unrelated file of the same relative name";
+  EXPECT_EQ(test::ReadFile("name.ntf"), bytes_);
+  EXPECT_EQ(Orb_NITFSaveFileA(handle, "name.ntf"), 1) << "also once it is there";
+  fs::rename(folder / "name.ntf", folder / "renamed.ntf");
+  EXPECT_EQ(Orb_NITFSaveFileA(handle, "../renamed.ntf"), -13);
+  EXPECT_EQ(Orb_NITFSaveFileA(handle, "../name.ntf"), 1) << "the old name is free";
+  EXPECT_EQ(test::ReadFile("../renamed.ntf"), bytes_);
+  EXPECT_EQ(Orb_NITFDestroy(&handle), 1);
+  fs::current_path(before);
+  fs::remove_all(folder);
 }
 
 TEST_F(PosixTest, AFullDiskIsAShortWriteAndASecondSaveSucceeds) {

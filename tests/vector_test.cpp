@@ -3,7 +3,7 @@
 
 #include "hostkit/vector/drawing.h"
 #include "tests/support/metafile.h"
-#include "tests/support/support.h"
+#include "tests/support/objects.h"
 
 namespace {
 
@@ -158,11 +158,80 @@ Drawing EveryKind(double scale) {
 
 TEST_F(VectorTest, EncodingLosesNothing) {
   for (const double scale : {1.0, 1000.0, 0.3, 1e7}) {
-    const Drawing drawing = EveryKind(scale);
+    Drawing drawing = EveryKind(scale);
+    drawing.wholeUnits = scale == 1 || scale == 1000;
     const Drawing decoded = Decode(hostkit::EncodeCgm(drawing));
     EXPECT_TRUE(decoded == drawing) << scale;
     EXPECT_EQ(decoded.patterns, drawing.patterns);
   }
+}
+
+// The elements of a metafile's descriptors, by class and number.
+std::vector<std::pair<int, int>> ElementsOf(const std::string& cgm) {
+  std::vector<std::pair<int, int>> elements;
+  for (size_t at = 0; at + 2 <= cgm.size();) {
+    const auto word = [&](size_t i) {
+      return static_cast<unsigned>(static_cast<uint8_t>(cgm[i]) << 8 | static_cast<uint8_t>(cgm[i + 1]));
+    };
+    const unsigned head = word(at);
+    size_t length = head & 31;
+    at += 2;
+    if (length == 31) length = word(at) & 0x7FFF, at += 2;
+    elements.emplace_back(head >> 12, head >> 5 & 127);
+    at += length + length % 2;
+  }
+  return elements;
+}
+
+TEST_F(VectorTest, WholeUnitsAreWrittenAsShortIntegersWhateverDefaultsAre) {
+  // Heights and widths that the file does not give come from its extent: fractions of 123 units.
+  const std::string cgm =
+      Metafile(Element(4, 1, I({1, 2, 3, 4})) + Element(4, 4, I({5, 5, 1}) + S("text")) +
+                   Element(4, 11, I({1, 1, 9, 9})),
+               "", I({0, 0, 123, 77}));
+  Drawing drawing = Decode(cgm);
+  EXPECT_TRUE(drawing.wholeUnits);
+  EXPECT_EQ(Objects(drawing)[1].attributes->text.height, 1);
+  const std::string written = hostkit::EncodeCgm(drawing);
+  using Elements = std::vector<std::pair<int, int>>;
+  const Elements elements = ElementsOf(written);
+  EXPECT_EQ(Elements(elements.begin(), elements.begin() + 4), (Elements{{0, 1}, {1, 1}, {1, 11}, {1, 2}}))
+      << "version, element list, description";
+  const size_t date = written.find("ProfileId:SAMI;ProfileEd:1;Source:orbntf;Date:20");
+  ASSERT_NE(date, std::string::npos);
+  EXPECT_EQ(written.find_first_not_of("0123456789", date + 46), date + 54) << "a date of eight digits";
+  for (const auto& element : {std::pair{1, 3}, {3, 1}, {3, 2}, {1, 12}, {3, 5}}) {
+    EXPECT_EQ(std::count(elements.begin(), elements.end(), element), 0)
+        << element.first << ' ' << element.second << " is not needed";
+  }
+  EXPECT_NE(written.find(I({1, 2, 3, 4})), std::string::npos) << "16-bit points";
+  EXPECT_TRUE(Decode(written) == drawing);
+  drawing.wholeUnits = false;
+  EXPECT_NE(hostkit::EncodeCgm(drawing).find(Element(1, 3, I({1}))), std::string::npos)
+      << "a drawing in reals stays one";
+}
+
+TEST_F(VectorTest, ExtentsOfWholeUnitsAreWhole) {
+  const test::Drawing drawing(Metafile(Element(5, 15, I({17})) + Element(4, 4, I({5, 5, 1}) + S("Wig"))));
+  VectorPoint least, greatest;
+  ASSERT_EQ(VectorGetExtent(&drawing.handle, &least, &greatest), 1);
+  EXPECT_GT(greatest.y, 5 + 17);
+  for (double value : {least.x, least.y, greatest.x, greatest.y}) EXPECT_EQ(value, std::trunc(value));
+}
+
+TEST_F(VectorTest, AClipRectangleSurvivesAnAppend) {
+  test::Drawing drawing(Metafile(Element(4, 1, I({1, 1, 9, 9})) + Element(3, 5, I({2, 3, 40, 50})) +
+                                 Element(4, 1, I({0, 0, 60, 60}))));
+  const test::Handle handle;
+  const RECT rectangle = {0, 0, 70, 80};
+  ASSERT_EQ(Orb_NITFAppendGraphicSegment(handle, &drawing.handle, &rectangle), 1);
+  const auto bytes = handle->graphics.At(0)->graphicData.Span();
+  const Drawing appended = Decode(std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+  const double down = 61;  // the drawing was moved below the zero line
+  EXPECT_EQ(Objects(appended)[0].attributes->clipBox, (hostkit::Box{{0, -80}, {70, 0}}))
+      << "the new extent";
+  EXPECT_EQ(Objects(appended)[1].attributes->clipBox, (hostkit::Box{{2, 3 - down}, {40, 50 - down}}));
+  EXPECT_EQ(Objects(appended)[1].points[1], (Point{60, 60 - down}));
 }
 
 TEST_F(VectorTest, ExtentsFollowTheObjects) {

@@ -98,11 +98,12 @@ Record ImageRecord(const ImageForm& form) {
                    Blank("TGTID", 17), Blank("IID2", 80)};
   Append(fields, SecurityFields("IS"));
   const int rows = form.height * form.blocksDown, columns = form.width * form.blocksAcross;
-  Append(fields, {Given("ENCRYP", "0"), Blank("ISORCE", 42), Given("NROWS", Digits(rows, 8)),
-                  Given("NCOLS", Digits(columns, 8)), Given("PVTYPE", Padded(form.pixelType, 3)),
-                  Given("IREP", Padded(form.representation, 8)), Given("ICAT", "VIS     "),
-                  Given("ABPP", Digits(form.bits, 2)), Given("PJUST", "R"), Given("ICORDS", " "),
-                  Given("NICOM", "0"), Given("IC", form.compression)});
+  Append(fields,
+         {Given("ENCRYP", "0"), Blank("ISORCE", 42), Given("NROWS", Digits(rows, 8)),
+          Given("NCOLS", Digits(columns, 8)), Given("PVTYPE", Padded(form.pixelType, 3)),
+          Given("IREP", Padded(form.representation, 8)), Given("ICAT", "VIS     "),
+          Given("ABPP", Digits(form.significantBits != 0 ? form.significantBits : form.bits, 2)),
+          Given("PJUST", "R"), Given("ICORDS", " "), Given("NICOM", "0"), Given("IC", form.compression)});
   if (form.compression != "NC" && form.compression != "NM")
     fields.push_back(Given("COMRAT", Padded(form.rate, 4)));
   fields.push_back(Given("NBANDS", form.bands > 9 ? "0" : Digits(form.bands, 1)));
@@ -120,12 +121,12 @@ Record ImageRecord(const ImageForm& form) {
       fields.push_back(Given("LUTD0", form.lookup));
     }
   }
-  Append(fields,
-         {Given("ISYNC", "0"), Given("IMODE", form.mode), Given("NBPR", Digits(form.blocksAcross, 4)),
-          Given("NBPC", Digits(form.blocksDown, 4)), Given("NPPBH", Digits(form.width, 4)),
-          Given("NPPBV", Digits(form.height, 4)), Given("NBPP", Digits(form.bits, 2)),
-          Given("IDLVL", "001"), Given("IALVL", "000"), Given("ILOC", "0000000000"),
-          Given("IMAG", "1.0 "), Given("UDIDL", "00000"), Given("IXSHDL", "00000")});
+  Append(fields, {Given("ISYNC", "0"), Given("IMODE", form.mode),
+                  Given("NBPR", Digits(form.blocksAcross, 4)), Given("NBPC", Digits(form.blocksDown, 4)),
+                  Given("NPPBH", Digits(form.width, 4)), Given("NPPBV", Digits(form.height, 4)),
+                  Given("NBPP", Digits(form.bits, 2)), Given("IDLVL", Digits(form.level, 3)),
+                  Given("IALVL", Digits(form.attachment, 3)), Given("ILOC", form.location),
+                  Given("IMAG", "1.0 "), Given("UDIDL", "00000"), Given("IXSHDL", "00000")});
   return Record(fields);
 }
 

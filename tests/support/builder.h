@@ -44,6 +44,7 @@ struct ImageForm {
   int blocksAcross = 1, blocksDown = 1;  ///< of width x height pixels each
   int bands = 1;
   int bits = 8;
+  int significantBits = 0;  ///< ABPP, 0 for all
   std::string compression = "NC";
   std::string representation = "MONO";
   std::string mode = "B";
@@ -52,6 +53,8 @@ struct ImageForm {
   std::string rate = "00.0";
   std::string lookup;  ///< lookup tables of the first band, one after the other
   int lookupTables = 0;
+  int level = 1, attachment = 0;
+  std::string location = "0000000000";
 };
 Record ImageRecord(const ImageForm& form);
 Record GraphicRecord();

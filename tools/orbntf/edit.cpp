@@ -10,35 +10,9 @@
 #include "Common/Exchange.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/tool.h"
+#include "tools/orbntf/verify.h"
 
 namespace tool {
-
-namespace {
-
-// Through a file of its own, since saving goes back to patch lengths.
-int SaveToStandardOutput(const std::string& command, Document& document) {
-  OutputFile file((std::filesystem::temp_directory_path() / "orbntf").string());
-  if (file.TemporaryPath().empty()) return Report(command, "-", ORB_SHORT_WRITE);
-  int32_t status = Orb_NITFSaveFileA(document.get(), file.TemporaryPath().c_str());
-  if (status == ORB_SUCCESS) {
-    std::cout << std::ifstream(file.TemporaryPath(), std::ios::binary).rdbuf() << std::flush;
-    if (!std::cout) status = ORB_SHORT_WRITE;
-  }
-  return Report(command, "-", status);
-}
-
-}  // namespace
-
-int SaveAs(const std::string& command, Document& document, const std::string& input,
-           const std::string& output) {
-  if (!input.empty() && IsSameFile(input, output)) return Refuse(command, "the output is the input");
-  if (output == "-") return SaveToStandardOutput(command, document);
-  OutputFile file(output);
-  if (file.TemporaryPath().empty()) return Report(command, output, ORB_SHORT_WRITE);
-  int32_t status = Orb_NITFSaveFileA(document.get(), file.TemporaryPath().c_str());
-  if (status == ORB_SUCCESS && !file.Commit()) status = ORB_SHORT_WRITE;
-  return Report(command, output, status);
-}
 
 namespace {
 
@@ -131,23 +105,12 @@ bool StoreValue(const std::string& text, const PublicPlace& place) {
   return false;
 }
 
-// The fields that Get leaves alone, so that Set keeps them.
-void FillSetOnlyFields(const FileHeader& header, NITFHeader& record) {
-  record.NUMX = DecimalOf(header.NUMX.text);
-  record.NUMDES = header.dataExtensions.Count();
-  record.NUMRES = header.reservedExtensions.Count();
-  record.UDHDL = header.userDefined.length.Signed();
-  record.UDHOFL = DecimalOf(header.userDefined.overflow.text);
-  record.XHDL = header.extended.length.Signed();
-  record.XHDLOFL = DecimalOf(header.extended.overflow.text);
-  record.FBKGC = header.background;
-}
-
-// Fields that say how much of something else the record holds.
+// Fields that describe the file's structure: lengths and counts of what is there.
 bool IsStructural(const std::string& name) {
-  constexpr const char* kNames[] = {"NICOM",     "UDIDL", "IXSHDL", "SXSHDL", "TXSHDL",
-                                    "TPXCDLNTH", "UDHDL", "XHDL",   "NUMI",   "NUMS",
-                                    "NUMT",      "NUMX",  "NUMDES", "NUMRES"};
+  constexpr const char* kNames[] = {"FL",      "HL",      "NICOM",    "NBANDS", "XBANDS", "UDIDL",
+                                    "IXSHDL",  "SXSHDL",  "TXSHDL",   "UDHDL",  "XHDL",   "NUMI",
+                                    "NUMS",    "NUMT",    "NUMX",     "NUMDES", "NUMRES", "IMDATOFF",
+                                    "BMRLNTH", "TMRLNTH", "TPXCDLNTH"};
   return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
 }
 

@@ -1,0 +1,36 @@
+// Streams made with the codecs' own encoders, of pictures that a test knows.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace test {
+
+/// Side of a picture's blocks.
+inline constexpr int kSide = 64;
+
+/// Sample of a band at a pixel: a picture that a lossy codec keeps well, with enough detail for its
+/// streams to be of some length.
+int Sample(int x, int y, int band);
+/// The samples of some bands of a piece of the picture, interleaved.
+std::string Samples(int left, int top, int width, int height, const std::vector<int>& bands);
+
+std::string EncodeJpeg(const std::string& samples, int width, int height, int components,
+                       bool rgb = false);
+/// Block `block` of a picture that is `across` blocks wide.
+std::string BlockStream(int block, int across, const std::vector<int>& bands, bool rgb = false);
+
+struct Jpeg2000Form {
+  int precision = 8;
+  bool jp2 = false;      ///< a JP2 file around the codestream
+  int chromaStep = 1;    ///< subsampling of the second and third component
+  bool declared = true;  ///< a JP2 file says sRGB, else nothing
+};
+std::string EncodeJpeg2000(int width, int height, const std::vector<int>& bands,
+                           const Jpeg2000Form& form = {});
+
+/// Where the facsimile picture is black; black is 1 in facsimile rows.
+bool IsBlack(int x, int y);
+std::string EncodeFacsimile(int width, int height, bool twoDimensional);
+
+}  // namespace test

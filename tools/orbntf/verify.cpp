@@ -1,0 +1,282 @@
+#include "tools/orbntf/verify.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <vector>
+
+#include "Common/HandlImg.h"
+#include "Common/ImgVq.h"
+#include "tools/orbntf/document.h"
+#include "tools/orbntf/tool.h"
+
+namespace tool {
+namespace {
+
+constexpr SegmentKind kKinds[] = {SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Text,
+                                  SegmentKind::DataExtension};
+
+const char* NameOf(SegmentKind kind) {
+  switch (kind) {
+    case SegmentKind::Image:
+      return "image";
+    case SegmentKind::Graphic:
+      return "graphic";
+    case SegmentKind::Text:
+      return "text";
+    case SegmentKind::DataExtension:
+      break;
+  }
+  return "data extension";
+}
+
+// Bytes that a document's segment was given by a caller, if it was.
+bool AppendedBytes(const NitfFile& document, SegmentKind kind, uint32_t index,
+                   std::span<const uint8_t>& bytes) {
+  if (kind == SegmentKind::Image) {
+    const ImageSubheader& image = *document.images.At(index);
+    bytes = image.appendedData.Span();
+    return image.hasAppendedData;
+  }
+  if (kind == SegmentKind::Graphic) {
+    const GraphicSubheader& graphic = *document.graphics.At(index);
+    bytes = graphic.graphicData.Span();
+    return graphic.hasGraphicData;
+  }
+  if (kind != SegmentKind::Text) return false;
+  const TextSubheader& text = *document.texts.At(index);
+  if (text.hasText) bytes = {reinterpret_cast<const uint8_t*>(text.text.data()), text.text.size() - 1};
+  return text.hasText;
+}
+
+bool IsVectorQuantised(const NitfFile& document, SegmentKind kind, uint32_t index) {
+  if (kind != SegmentKind::Image) return false;
+  const Compression code = document.images.At(index)->CompressionCode();
+  return code == Compression::C4 || code == Compression::M4;
+}
+
+// ---------------------------------------------------------------- comparing data
+
+// Whether the first `count` bytes of a segment's data are the same in two files.
+bool SameBytes(NitfFile& a, NitfFile& b, SegmentKind kind, uint32_t index, uint64_t count) {
+  constexpr uint32_t kPiece = 1 << 20;
+  std::vector<uint8_t> first(kPiece), second(kPiece);
+  for (uint64_t done = 0; done < count;) {
+    const auto bytes = static_cast<uint32_t>(std::min<uint64_t>(kPiece, count - done));
+    const auto read = [&](NitfFile& document, std::vector<uint8_t>& piece) {
+      document.SeekToData(kind, index);
+      KernelSeek(document.FileHandle(), static_cast<int64_t>(done), kSeekCurrent);
+      return KernelRead(document.FileHandle(), piece.data(), bytes) == bytes;
+    };
+    if (!read(a, first) || !read(b, second) ||
+        !std::equal(first.begin(), first.begin() + bytes, second.begin()))
+      return false;
+    done += bytes;
+  }
+  return true;
+}
+
+bool HoldsBytes(NitfFile& written, SegmentKind kind, uint32_t index, std::span<const uint8_t> bytes) {
+  std::vector<uint8_t> held(bytes.size());
+  written.SeekToData(kind, index);
+  const auto count = static_cast<uint32_t>(held.size());
+  return KernelRead(written.FileHandle(), held.data(), count) == count &&
+         std::equal(held.begin(), held.end(), bytes.begin());
+}
+
+// Vector-quantised data may lose what no block needs; then the image must still decode.
+bool SameVectors(NitfFile& document, NitfFile& written, uint32_t index, uint64_t count) {
+  if (!SameBytes(document, written, SegmentKind::Image, index, count)) return false;
+  OwnedBitmap before, after;
+  const Status expected = LoadImageSegment(nullptr, document, index, before);
+  if (LoadImageSegment(nullptr, written, index, after) != expected) return false;
+  const auto pixels = [](const OwnedBitmap& bitmap) {
+    return std::span<const uint8_t>(
+        reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(bitmap.record.pixels)),
+        static_cast<size_t>(bitmap.record.byteCount));
+  };
+  return std::equal(pixels(before).begin(), pixels(before).end(), pixels(after).begin(),
+                    pixels(after).end());
+}
+
+// The lookup tables of an image's bands as the file has them, one after the other.
+std::string LookupTablesOf(NitfFile& document, uint32_t index) {
+  const ImageSubheader& image = *document.images.At(index);
+  const FieldTable<ImageSubheader> table = ImageSubheader::Table();
+  const auto bands = static_cast<size_t>(FindRow<ImageSubheader>(table, "NBANDS") - table.data());
+  uint32_t at = 0;
+  (void)MeasureRows<ImageSubheader>(table.first(bands), image, at);
+  at += image.NBANDS.value != 0 ? 1 : 6;
+  std::string subheader(document.header.images.InFile(index).subheader, 0);
+  document.SeekToSubheader(SegmentKind::Image, index);
+  subheader.resize(
+      KernelRead(document.FileHandle(), subheader.data(), static_cast<uint32_t>(subheader.size())));
+  std::string tables;
+  for (const BandFields& band : image.bands) {
+    constexpr uint32_t kBandBytes = 13, kEntryCountBytes = 5;
+    at += kBandBytes;
+    if (band.NLUTS.value == 0) continue;
+    at += kEntryCountBytes;
+    const uint32_t bytes = band.NLUTS.value * band.NELUT.value;
+    if (at < subheader.size()) tables += subheader.substr(at, bytes);
+    at += bytes;
+  }
+  return tables;
+}
+
+// ---------------------------------------------------------------- the written file
+
+std::string FindSegmentFault(NitfFile& document, NitfFile& written, SegmentKind kind, uint32_t index) {
+  const std::string name = std::string(NameOf(kind)) + ' ' + std::to_string(index);
+  const uint32_t length = written.header.Lengths(kind).InFile(index).data;
+  std::span<const uint8_t> bytes;
+  if (AppendedBytes(document, kind, index, bytes)) {
+    if (length != bytes.size()) return name + " has another length than its data";
+    return HoldsBytes(written, kind, index, bytes) ? "" : name + " has other data";
+  }
+  if (IsVectorQuantised(document, kind, index)) {
+    return SameVectors(document, written, index, length) ? "" : name + " has other codes";
+  }
+  if (length != document.DataLength(kind, index)) return name + " has another length";
+  if (!SameBytes(document, written, kind, index, length)) return name + " has other data";
+  if (kind == SegmentKind::Image && LookupTablesOf(document, index) != LookupTablesOf(written, index)) {
+    return name + " has other lookup tables";
+  }
+  return "";
+}
+
+std::string FindSegmentFaults(NitfFile& document, NitfFile& written, uint64_t size) {
+  if (document.header.reservedExtensions.Count() != 0) return "reserved extension segments would be lost";
+  uint64_t end = written.header.headerLength;
+  for (SegmentKind kind : kKinds) {
+    const LengthTable& table = written.header.Lengths(kind);
+    if (table.Count() != document.header.Lengths(kind).Count())
+      return std::string("the number of ") + NameOf(kind) + " segments is another";
+    for (uint32_t i = 0; i < table.Count(); ++i) {
+      end += uint64_t{table.InFile(i).subheader} + table.InFile(i).data;
+      if (end > size)
+        return std::string(NameOf(kind)) + " " + std::to_string(i) + " ends behind the file";
+      if (const std::string fault = FindSegmentFault(document, written, kind, i); !fault.empty())
+        return fault;
+    }
+  }
+  return end == size ? "" : "bytes behind the last segment belong to none";
+}
+
+// ---------------------------------------------------------------- true lengths
+
+template <class R>
+uint32_t BytesOf(const R& record) {
+  uint32_t bytes = 0;
+  return Ok(MeasureRows<R>(R::Table(), record, bytes)) ? bytes : 0;
+}
+
+uint32_t SubheaderBytes(const NitfFile& document, SegmentKind kind, uint32_t index) {
+  switch (kind) {
+    case SegmentKind::Image:
+      return BytesOf(*document.images.At(index));
+    case SegmentKind::Graphic:
+      return BytesOf(*document.graphics.At(index));
+    case SegmentKind::Text:
+      return BytesOf(*document.texts.At(index));
+    case SegmentKind::DataExtension:
+      break;
+  }
+  return BytesOf(*document.dataExtensions.At(index));
+}
+
+uint32_t DataBytes(NitfFile& document, SegmentKind kind, uint32_t index) {
+  std::span<const uint8_t> bytes;
+  if (AppendedBytes(document, kind, index, bytes)) return static_cast<uint32_t>(bytes.size());
+  if (IsVectorQuantised(document, kind, index)) {
+    VqDataExtent extent;
+    const ImageSource source = ImageSource::Of(document, index, nullptr);
+    if (Ok(FindVqDataExtent(source, extent)))
+      return static_cast<uint32_t>(static_cast<uint64_t>(extent.start) + extent.bytes);
+  }
+  return document.DataLength(kind, index);
+}
+
+// The lengths of one kind's segments, as the public record holds them.
+struct TrueLengths {
+  std::vector<int32_t> subheaders, data;
+};
+
+TrueLengths MeasureSegments(NitfFile& document, SegmentKind kind, int64_t& total, bool& changed) {
+  TrueLengths lengths;
+  const LengthTable& table = document.header.Lengths(kind);
+  for (uint32_t i = 0; i < table.Count(); ++i) {
+    const SegmentLengths is = {SubheaderBytes(document, kind, i), DataBytes(document, kind, i)};
+    changed = changed || is.subheader != table.Current(i).subheader || is.data != table.Current(i).data;
+    total += int64_t{is.subheader} + is.data;
+    lengths.subheaders.push_back(static_cast<int32_t>(std::min<uint32_t>(is.subheader, INT32_MAX)));
+    lengths.data.push_back(static_cast<int32_t>(std::min<uint32_t>(is.data, INT32_MAX)));
+  }
+  return lengths;
+}
+
+}  // namespace
+
+void FillSetOnlyFields(const FileHeader& header, NITFHeader& record) {
+  record.NUMX = DecimalOf(header.NUMX.text);
+  record.NUMDES = header.dataExtensions.Count();
+  record.NUMRES = header.reservedExtensions.Count();
+  record.UDHDL = header.userDefined.length.Signed();
+  record.UDHOFL = DecimalOf(header.userDefined.overflow.text);
+  record.XHDL = header.extended.length.Signed();
+  record.XHDLOFL = DecimalOf(header.extended.overflow.text);
+  record.FBKGC = header.background;
+}
+
+std::string FindFault(NitfHandle document, const std::string& path) {
+  std::error_code error;
+  const uint64_t size = std::filesystem::file_size(path, error);
+  Document written;
+  if (const int32_t status = written.Open(path); error || status != ORB_SUCCESS)
+    return "it would not open (status " + std::to_string(status) + ": " + MeaningOf(status) + ")";
+  if (written.get()->header.fileLength != size) {
+    return "FL would be " + std::to_string(written.get()->header.fileLength) + " in a file of " +
+           std::to_string(size) + " bytes";
+  }
+  return FindSegmentFaults(*document, *written.get(), size);
+}
+
+bool SetTrueLengths(NitfHandle document) {
+  FileHeader& header = document->header;
+  const uint32_t headerBytes = BytesOf(header);
+  int64_t total = headerBytes;
+  bool changed = headerBytes != header.currentHeaderLength;
+  TrueLengths lengths[std::size(kKinds)];
+  for (size_t i = 0; i < std::size(kKinds); ++i)
+    lengths[i] = MeasureSegments(*document, kKinds[i], total, changed);
+  changed = changed || total != static_cast<int64_t>(header.fileLength);
+  if (!changed || total > INT32_MAX) return false;
+  NITFHeader taken = {};
+  if (Orb_NITFGetNITFHeader(document, &taken) == ORB_SUCCESS) {
+    NITFHeader record = taken;
+    FillSetOnlyFields(header, record);
+    const struct {
+      uint32_t NITFHeader::*count;
+      int32_t* NITFHeader::*subheaders;
+      int32_t* NITFHeader::*data;
+    } places[] = {{&NITFHeader::NUMI, &NITFHeader::LISH, &NITFHeader::LI},
+                  {&NITFHeader::NUMS, &NITFHeader::LSSH, &NITFHeader::LS},
+                  {&NITFHeader::NUMT, &NITFHeader::LTSH, &NITFHeader::LT},
+                  {&NITFHeader::NUMDES, &NITFHeader::LDSH, &NITFHeader::LD}};
+    for (size_t i = 0; i < std::size(kKinds); ++i) {
+      record.*places[i].count = static_cast<uint32_t>(lengths[i].data.size());
+      record.*places[i].subheaders = lengths[i].subheaders.data();
+      record.*places[i].data = lengths[i].data.data();
+    }
+    record.FL = static_cast<int32_t>(total);
+    // A header length that the text has already is not taken as a new one.
+    for (const int32_t headerLength :
+         {static_cast<int32_t>(headerBytes) + 1, static_cast<int32_t>(headerBytes)}) {
+      record.HL = headerLength;
+      Orb_NITFSetNITFHeader(document, &record);
+    }
+  }
+  Orb_NITFFreeNITFHeader(&taken);
+  return true;
+}
+
+}  // namespace tool
