@@ -49,6 +49,10 @@ expect 1 'status 87' "$tool" graphic first.ntf 0 -o x.svg
 expect 1 'status -5' "$tool" copy first.ntf -o no/such/folder.ntf
 expect 1 'status -1:' "$tool" --max-pixels 100 render first.ntf -o x.png
 expect 2 'no such field' "$tool" set first.ntf -o x.ntf NOFIELD=1
+for field in FL HL NUMI NUMT UDHDL; do expect 2 'no such field' "$tool" set first.ntf -o x.ntf $field=1; done
+for field in NBANDS IMDATOFF NICOM; do
+  expect 2 'no such field' "$tool" set first.ntf -o x.ntf image:0 $field=1
+done
 expect 2 'the output is the input' "$tool" copy first.ntf -o ./first.ntf
 expect 2 '1/N' "$tool" render first.ntf -o x.png --scale 3
 expect 2 '' "$tool" render first.ntf

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <vector>
 
+#include "Common/Exchange.h"
 #include "Common/HandlImg.h"
 #include "Common/ImgVq.h"
 #include "tools/orbntf/document.h"
@@ -14,6 +15,8 @@ namespace {
 
 constexpr SegmentKind kKinds[] = {SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Text,
                                   SegmentKind::DataExtension};
+constexpr LengthFields kLengthFields[] = {kImageLengths, kGraphicLengths, kTextLengths,
+                                          kDataExtensionLengths};
 
 const char* NameOf(SegmentKind kind) {
   switch (kind) {
@@ -58,10 +61,10 @@ bool IsVectorQuantised(const NitfFile& document, SegmentKind kind, uint32_t inde
 
 // Whether the first `count` bytes of a segment's data are the same in two files.
 bool SameBytes(NitfFile& a, NitfFile& b, SegmentKind kind, uint32_t index, uint64_t count) {
-  constexpr uint32_t kPiece = 1 << 20;
-  std::vector<uint8_t> first(kPiece), second(kPiece);
+  constexpr uint64_t kPiece = 1 << 20;
+  std::vector<uint8_t> first(static_cast<size_t>(std::min(kPiece, count))), second(first.size());
   for (uint64_t done = 0; done < count;) {
-    const auto bytes = static_cast<uint32_t>(std::min<uint64_t>(kPiece, count - done));
+    const auto bytes = static_cast<uint32_t>(std::min(kPiece, count - done));
     const auto read = [&](NitfFile& document, std::vector<uint8_t>& piece) {
       document.SeekToData(kind, index);
       KernelSeek(document.FileHandle(), static_cast<int64_t>(done), kSeekCurrent);
@@ -254,18 +257,13 @@ bool SetTrueLengths(NitfHandle document) {
   if (Orb_NITFGetNITFHeader(document, &taken) == ORB_SUCCESS) {
     NITFHeader record = taken;
     FillSetOnlyFields(header, record);
-    const struct {
-      uint32_t NITFHeader::*count;
-      int32_t* NITFHeader::*subheaders;
-      int32_t* NITFHeader::*data;
-    } places[] = {{&NITFHeader::NUMI, &NITFHeader::LISH, &NITFHeader::LI},
-                  {&NITFHeader::NUMS, &NITFHeader::LSSH, &NITFHeader::LS},
-                  {&NITFHeader::NUMT, &NITFHeader::LTSH, &NITFHeader::LT},
-                  {&NITFHeader::NUMDES, &NITFHeader::LDSH, &NITFHeader::LD}};
     for (size_t i = 0; i < std::size(kKinds); ++i) {
-      record.*places[i].count = static_cast<uint32_t>(lengths[i].data.size());
-      record.*places[i].subheaders = lengths[i].subheaders.data();
-      record.*places[i].data = lengths[i].data.data();
+      const auto place = [&](const char* name) {
+        return FindPlace(PublicFileFields(), &record, name).bytes;
+      };
+      StoreTo(place(kLengthFields[i].countName), static_cast<uint32_t>(lengths[i].data.size()));
+      StoreTo(place(kLengthFields[i].subheaderName), lengths[i].subheaders.data());
+      StoreTo(place(kLengthFields[i].dataName), lengths[i].data.data());
     }
     record.FL = static_cast<int32_t>(total);
     // A header length that the text has already is not taken as a new one.
