@@ -10,6 +10,7 @@
 
 #include "tests/support/encoders.h"
 #include "tests/support/objects.h"
+#include "tests/support/vq.h"
 
 namespace {
 
@@ -209,128 +210,6 @@ TEST_F(CompressedTest, FacsimileTakesTheColoursOfItsLookupTable) {
   EXPECT_EQ(picture.At(5, 0), (Rgb{0x01, 0x11, 0x21}));
 }
 
-// ---------------------------------------------------------------- vector quantisation
-
-struct VqForm {
-  int bytesPerPixel = 1;
-  std::vector<bool> stored = {true};
-  uint32_t codeRows = 4, codesPerRow = 4, tables = 4, entries = 16;
-  int codeBits = 12;
-};
-
-int VqValue(uint32_t entry, uint32_t pixel, int component) {
-  return static_cast<int>((entry * 13 + pixel * 5 + static_cast<uint32_t>(component) * 50) & 255);
-}
-uint32_t VqCode(uint32_t n) { return (n * 7 + 3) % 16; }
-
-// Blocks of 16 x 16 pixels from vectors of 4 x 4; one table per vector row.
-std::string VqData(const VqForm& form) {
-  std::string data = test::Big(form.codeRows, 4) + test::Big(form.codesPerRow, 4) +
-                     test::Big(static_cast<uint64_t>(form.codeBits), 1) + test::Big(1, 2) +
-                     test::Big(form.tables, 2) + test::Big(0, 2) + test::Big(6, 4) + test::Big(14, 2);
-  for (uint32_t table = 0; table < form.tables; ++table) {
-    data += test::Big(table, 2) + test::Big(form.entries, 4) + test::Big(4, 2) + test::Big(8, 2) +
-            test::Big(0, 4);
-  }
-  for (uint32_t table = 0; table < form.tables; ++table) {
-    for (uint32_t entry = 0; entry < form.entries; ++entry) {
-      for (uint32_t pixel = 0; pixel < 4; ++pixel) {
-        for (int c = 0; c < form.bytesPerPixel; ++c)
-          data += static_cast<char>(VqValue(entry, 4 * table + pixel, c));
-      }
-    }
-  }
-  uint64_t bits = 0;
-  int held = 0;
-  uint32_t n = 0;
-  for (const bool stored : form.stored) {
-    for (uint32_t i = 0; stored && i < form.codeRows * form.codesPerRow; ++i) {
-      bits = bits << form.codeBits | VqCode(n++);
-      for (held += form.codeBits; held >= 8; held -= 8) data += static_cast<char>(bits >> (held - 8));
-    }
-  }
-  return data;
-}
-
-ImageForm VqImage(const VqForm& vq, const std::string& compression, int across, int down) {
-  ImageForm form =
-      Form(compression, across, down, vq.bytesPerPixel, vq.bytesPerPixel == 3 ? "RGB" : "MONO");
-  form.width = form.height = 16;
-  return form;
-}
-
-void ExpectVq(const test::Picture& picture, const VqForm& vq, int across) {
-  ASSERT_EQ(picture.status, 1);
-  uint32_t first = 0;
-  for (size_t block = 0; block < vq.stored.size(); ++block) {
-    if (!vq.stored[block]) continue;
-    const uint32_t left = static_cast<uint32_t>(block % static_cast<size_t>(across)) * 16;
-    const uint32_t top = static_cast<uint32_t>(block / static_cast<size_t>(across)) * 16;
-    for (uint32_t y = 0; y < 16; ++y) {
-      for (uint32_t x = 0; x < 16; ++x) {
-        const uint32_t code = VqCode(first + y / 4 * 4 + x / 4), pixel = y % 4 * 4 + x % 4;
-        const int last = vq.bytesPerPixel - 1;
-        const Rgb expected = {static_cast<uint8_t>(VqValue(code, pixel, 0)),
-                              static_cast<uint8_t>(VqValue(code, pixel, last / 2)),
-                              static_cast<uint8_t>(VqValue(code, pixel, last))};
-        ASSERT_EQ(picture.At(left + x, top + y), expected) << block << ": " << x << ',' << y;
-      }
-    }
-    first += 16;
-  }
-}
-
-TEST_F(CompressedTest, VectorQuantisedImagesAreDecoded) {
-  VqForm vq;
-  ExpectVq(RenderImage(VqImage(vq, "C4", 1, 1), VqData(vq)), vq, 1);
-  vq.stored = {true, true, true, true};
-  ExpectVq(RenderImage(VqImage(vq, "C4", 2, 2), VqData(vq)), vq, 2);
-  vq.bytesPerPixel = 3;
-  ExpectVq(RenderImage(VqImage(vq, "C4", 2, 2), VqData(vq)), vq, 2);
-  // Codes of odd length run on from row to row and from block to block.
-  vq.bytesPerPixel = 1;
-  vq.codeBits = 5;
-  ExpectVq(RenderImage(VqImage(vq, "C4", 2, 2), VqData(vq)), vq, 2);
-}
-
-TEST_F(CompressedTest, MaskedVectorQuantisedBlocksConsumeNoCodes) {
-  VqForm vq;
-  vq.stored = {true, false, true, false};
-  const std::string mask = test::MaskBytes({.blocks = {0, 0xFFFFFFFF, 0, 0xFFFFFFFF}});
-  NitfBuilder file;
-  file.header.SetRaw("FBKGC", "\x01\x02\x03");
-  const auto picture = test::RenderBytes(file.Image(VqImage(vq, "M4", 2, 2), mask + VqData(vq)).Bytes());
-  ExpectVq(picture, vq, 2);
-  EXPECT_EQ(picture.At(16, 0), (Rgb{1, 2, 3})) << "the bitmap reaches as far as its stored blocks";
-}
-
-TEST_F(CompressedTest, FaultyVectorQuantisedDataIsRefused) {
-  const auto status = [](const VqForm& vq, size_t cut = 0) {
-    std::string data = VqData(vq);
-    data.resize(data.size() - cut);
-    return RenderImage(VqImage(vq, "C4", 1, 1), data).status;
-  };
-  VqForm vq;
-  EXPECT_EQ(status(vq, 1), -7);
-  vq.codeRows = 0;
-  EXPECT_EQ(status(vq), -9);
-  vq = {};
-  vq.codesPerRow = 17;
-  EXPECT_EQ(status(vq), -9);
-  vq = {};
-  vq.codeBits = 40;
-  EXPECT_EQ(status(vq), -9);
-  vq = {};
-  vq.entries = 10;
-  EXPECT_EQ(status(vq), -9) << "a code beyond the codebook";
-  vq = {};
-  vq.tables = 5;
-  EXPECT_EQ(status(vq), -9) << "more tables than a vector has rows";
-  std::string huge = VqData({});
-  huge.replace(21 + 2, 4, test::Big(0xFFFFFFFF, 4));
-  EXPECT_EQ(RenderImage(VqImage({}, "C4", 1, 1), huge).status, -7);
-}
-
 // ---------------------------------------------------------------- damage and faults
 
 struct Encoded {
@@ -349,13 +228,13 @@ std::vector<Encoded> OneOfEach() {
   std::string bands, blocks;
   for (int band = 0; band < 3; ++band) bands += BlockStream(0, 2, {band}) + BlockStream(1, 2, {band});
   for (int block = 0; block < 4; ++block) blocks += BlockStream(block, 2, {0});
-  VqForm vq;
+  const test::VqForm vq;
   return {{"single", Form("C3", 1, 1, 1, "MONO"), BlockStream(0, 1, {0})},
           {"blocks", Form("C3", 2, 2, 1, "MONO"), blocks},
           {"sequential", sequential, bands},
           {"jpeg2000", Form("C8", 1, 1, 3, "RGB"), EncodeJpeg2000(kSide, kSide, {0, 1, 2})},
           {"facsimile", fax, EncodeFacsimile(kSide, kSide, true)},
-          {"vq", VqImage(vq, "C4", 1, 1), VqData(vq)}};
+          {"vq", test::VqImage(vq, "C4", 1, 1), test::VqData(vq)}};
 }
 
 TEST_F(CompressedTest, DamagedStreamsEndWithAStatus) {
@@ -392,15 +271,6 @@ TEST_F(CompressedTest, StreamsThatShowTwoFramesAreRefused) {
   const std::string whole = BlockStream(0, 1, {0});
   const std::string stream = whole.substr(0, 2) + hidden + whole.substr(2);
   EXPECT_EQ(RenderImage(Form("C3", 1, 1, 1, "MONO"), stream).status, -20);
-}
-
-TEST_F(CompressedTest, VectorQuantisationOfOddDepthsIsRefused) {
-  for (const int bits : {1, 4, 9, 17, 20}) {
-    VqForm vq;
-    ImageForm form = VqImage(vq, "C4", 1, 1);
-    form.bits = bits;
-    EXPECT_EQ(RenderImage(form, VqData(vq)).status, -9) << bits;
-  }
 }
 
 TEST_F(CompressedTest, ReadersSurviveEveryFault) {
@@ -474,21 +344,6 @@ TEST_F(CompressedTest, TheHostsOwnEntryPointsAreUsedWhereItGivesThem) {
   EXPECT_EQ(loads + callbacks, 0);
   KernelFreeBitmap(&bitmap);
   Orb_NITFDestroy(&handle);
-}
-
-TEST_F(CompressedTest, VectorQuantisedIndexesAreShownThroughTheirTables) {
-  const VqForm vq;
-  ImageForm form = VqImage(vq, "C4", 1, 1);
-  form.representation = "RGB/LUT";
-  form.lookupTables = 3;
-  for (int table = 0; table < 3; ++table) {
-    for (int i = 0; i < 256; ++i) form.lookup += static_cast<char>(i + 10 * table);
-  }
-  const auto picture = RenderImage(form, VqData(vq));
-  ASSERT_EQ(picture.status, 1);
-  const int value = VqValue(VqCode(1), 2, 0);
-  EXPECT_EQ(picture.At(6, 0), (Rgb{static_cast<uint8_t>(value), static_cast<uint8_t>(value + 10),
-                                   static_cast<uint8_t>(value + 20)}));
 }
 
 }  // namespace

@@ -69,10 +69,10 @@ ORB_API int32_t ORB_CALL fltSave(void* record);
 /* ------------------------------------------------------------------ drawing */
 
 /** Draws the composite display into a caller's bitmap record. The background is the one that the file was
- * read with: one that Orb_NITFSetNITFHeader gave since is written by a save and drawn from the saved file.
- * An appended segment has its place on the canvas at once, but is drawn only from a saved and reopened file:
- * before that its data is looked for in the source file, which ends in -7 (always for a document without a
- * file) or in a codec's refusal.
+ * read with: one that Orb_NITFSetNITFHeader gave since is written by a save and drawn from the saved
+ * file. An appended segment has its place on the canvas at once, but is drawn only from a saved and
+ * reopened file: before that its data is looked for in the source file, which ends in -7 (always for a
+ * document without a file) or in a codec's refusal.
  * @param bitmap freed first when it holds pixels; on success it holds a 24-bit canvas, the caller's.
  * @return 1; -13 for a null bitmap record; otherwise the first failure. */
 ORB_API int32_t ORB_CALL Orb_NtfRenderBitmap(struct KernelBitmap* bitmap, NitfHandle document);
@@ -321,11 +321,12 @@ ORB_API uint32_t ORB_CALL Orb_NITFGetTextHeaderCount(NitfHandle handle);
 
 /** Fills a record from the file header. The fields marked "Set only" keep what the caller had in them: a
  * caller who gives the record back with Set fills them first, from the file's own header or from what it
- * wants, or they become zeros: the background black, the extended data absent (UDHDL, XHDL). A null UDHD or
- * XHD keeps the bytes that there are; the length beside it counts their 3 overflow characters too. When
- * the extended data becomes longer or shorter, HL and FL are the caller's to change by as much: they are
- * written as they were set. After an append Get still gives the HL and the counts that the file had, FL
- * with what was appended; a save writes the true ones as long as HL is given back unchanged. 1; 0 for a null handle; 87 for a null record; -1. */
+ * wants, or they become zeros: the background black, the extended data absent (UDHDL, XHDL). A null UDHD
+ * or XHD keeps the bytes that there are; the length beside it counts their 3 overflow characters too.
+ * When the extended data becomes longer or shorter, HL and FL are the caller's to change by as much: they
+ * are written as they were set. After an append Get still gives the HL and the counts that the file had,
+ * FL with what was appended; a save writes the true ones as long as HL is given back unchanged. 1; 0 for
+ * a null handle; 87 for a null record; -1. */
 ORB_API int32_t ORB_CALL Orb_NITFGetNITFHeader(NitfHandle handle, struct NITFHeader* record);
 /** Stores a record in the file header, field by field; a refused field keeps its old value and the rest
  * goes on. Lengths are stored for the segments that the document has. 1; 0 for a null handle; 87 for a
@@ -340,10 +341,10 @@ ORB_API int32_t ORB_CALL Orb_NITFGetImageHeader(NitfHandle handle, uint32_t inde
                                                 struct ImageHeader* record);
 /** Stores a record in an image subheader. The first refused field ends it: those before it are stored.
  * ICORDS and IC keep LISH and FL in step; a caller that changes NBANDS, XBANDS, UDIDL or IXSHDL sets them
- * itself, as what a save writes is found by them. NICOM cannot exceed the comments that there are. A level
- * set here is written and read back, but the next append counts from the level that was read.
- * 1; 0 for a null handle; 87 for a null record or an index without an image; -13 for a value outside its
- * field or table; -1. */
+ * itself, as what a save writes is found by them. NICOM cannot exceed the comments that there are. A
+ * level set here is written and read back, but the next append counts from the level that was read. 1; 0
+ * for a null handle; 87 for a null record or an index without an image; -13 for a value outside its field
+ * or table; -1. */
 ORB_API int32_t ORB_CALL Orb_NITFSetImageHeader(NitfHandle handle, uint32_t index,
                                                 const struct ImageHeader* record);
 /** Releases what Get allocated. 1; 87 for a null record. */
@@ -372,8 +373,8 @@ struct VectorHandle;
  * @param bitsPerPixel 24 or 8.
  * @param qualityFactor 2 (best) to 255.
  * @return 1; 0 when there are 999 images; -261 null handle; -2 no bitmap; -27, -21, -9 for the other
- * arguments; -13 for a side above 9998 or a file length that FL cannot take; -1; the host's failure. After a failure the document is as it
- * was. */
+ * arguments; -13 for a side above 9998 or a file length that FL cannot take; -1; the host's failure.
+ * After a failure the document is as it was. */
 ORB_API int32_t ORB_CALL Orb_NITFAppendImageSegment(NitfHandle handle, struct KernelBitmap* bitmap,
                                                     uint32_t formatCode, uint32_t bitsPerPixel,
                                                     int32_t qualityFactor);
@@ -381,8 +382,8 @@ ORB_API int32_t ORB_CALL Orb_NITFAppendImageSegment(NitfHandle handle, struct Ke
  * @param drawing moved below the zero line and seen through the rectangle; it stays the caller's.
  * @param rectangle its bounds on the canvas.
  * @return 1; 0 when there are 999 graphics; -261 null handle or rectangle; -814 no drawing; -501 an empty
- * one; -13 an extent beyond 99999, more than 999999 bytes or an FL that is full; the host's failure. After a failure the
- * document is as it was. */
+ * one; -13 an extent beyond 99999, more than 999999 bytes or an FL that is full; the host's failure.
+ * After a failure the document is as it was. */
 ORB_API int32_t ORB_CALL Orb_NITFAppendGraphicSegment(NitfHandle handle, struct VectorHandle* drawing,
                                                       const struct tagRECT* rectangle);
 /** Reads a text file into a new text segment.
@@ -409,10 +410,10 @@ ORB_API struct VectorHandle* ORB_CALL Orb_NITFGetVectorHandle(NitfHandle handle,
 ORB_API int32_t ORB_CALL Orb_NITFGetTextSegment(NitfHandle handle, uint32_t index, char* buffer,
                                                 uint32_t* length);
 /** Writes the document as a NITF 2.1 file; the document stays usable. Lengths are written as the header
- * holds them; after Orb_NITFSetVectorHandle FL is still the old one. A save that fails leaves what it wrote
- * under the name: save under another name and rename where a file is there already.
- * @return 1; -261 null handle; -13 when the path names the document's own file, by whatever name; -5 when the output does
- * not open or does not take everything; -7; -1; -700000. */
+ * holds them; after Orb_NITFSetVectorHandle FL is still the old one. A save that fails leaves what it
+ * wrote under the name: save under another name and rename where a file is there already.
+ * @return 1; -261 null handle; -13 when the path names the document's own file, by whatever name; -5 when
+ * the output does not open or does not take everything; -7; -1; -700000. */
 ORB_API int32_t ORB_CALL Orb_NITFSaveFile(NitfHandle handle, const char16_t* fileName);
 /** The same with a narrow path; -1 when it cannot be converted. */
 ORB_API int32_t ORB_CALL Orb_NITFSaveFileA(NitfHandle handle, const char* fileName);

@@ -1,0 +1,170 @@
+// Vector-quantised images.
+#include "tests/support/vq.h"
+#include "tests/support/objects.h"
+
+namespace {
+
+using test::ImageForm;
+using test::NitfBuilder;
+using test::Rgb;
+using test::VqCode;
+using test::VqData;
+using test::VqEntry;
+using test::VqForm;
+using test::VqImage;
+
+using VqTest = test::ModuleTest;
+
+test::Picture RenderImage(const ImageForm& form, const std::string& data) {
+  return test::RenderBytes(NitfBuilder().Image(form, data).Bytes());
+}
+
+// One block as its codes make it: a square of the vector's width at column k x vector height, as far as
+// the vector has values and the block has room; later squares cover earlier ones.
+std::vector<Rgb> BlockOf(const VqForm& vq, uint32_t firstCode) {
+  std::vector<Rgb> block(size_t{vq.blockWidth} * vq.blockHeight);
+  const uint32_t side = vq.VectorWidth(), height = vq.VectorHeight(), step = vq.ValueBytes();
+  uint32_t n = firstCode;
+  for (uint32_t y = 0; y < vq.blockHeight; y += height) {
+    for (uint32_t k = 0; k < vq.codesPerRow; ++k) {
+      const std::string entry = VqEntry(vq, VqCode(n++));
+      for (uint32_t j = 0; j < std::min({side, height, vq.blockHeight - y}); ++j) {
+        for (uint32_t i = 0; i < side && k * height + i < vq.blockWidth; ++i) {
+          const auto at = [&](uint32_t byte) {
+            return static_cast<uint8_t>(entry[(size_t{j} * side + i) * step + byte]);
+          };
+          const int word = at(0) << 8 | (step > 1 ? at(1) : 0);
+          Rgb& pixel = block[size_t{y + j} * vq.blockWidth + k * height + i];
+          pixel = step == 3   ? Rgb{at(0), at(1), at(2)}
+                  : step == 1 ? test::Grey(at(0))
+                              : test::Grey(word >> (vq.bits - 8));
+        }
+      }
+    }
+  }
+  return block;
+}
+
+void ExpectVq(const test::Picture& picture, const VqForm& vq, int across) {
+  ASSERT_EQ(picture.status, 1);
+  uint32_t first = 0;
+  for (size_t n = 0; n < vq.stored.size(); ++n) {
+    if (!vq.stored[n]) continue;
+    const std::vector<Rgb> block = BlockOf(vq, first);
+    const uint32_t left = static_cast<uint32_t>(n % static_cast<size_t>(across)) * vq.blockWidth;
+    const uint32_t top = static_cast<uint32_t>(n / static_cast<size_t>(across)) * vq.blockHeight;
+    for (uint32_t y = 0; y < vq.blockHeight; ++y) {
+      for (uint32_t x = 0; x < vq.blockWidth; ++x) {
+        ASSERT_EQ(picture.At(left + x, top + y), block[size_t{y} * vq.blockWidth + x])
+            << n << ": " << x << ',' << y;
+      }
+    }
+    first += vq.CodedRows() * vq.codesPerRow;
+  }
+}
+
+TEST_F(VqTest, EveryShapeOfVectorsIsDecoded) {
+  const std::pair<const char*, VqForm> forms[] = {
+      {"squares", {}},
+      {"wide vectors", {.codeRows = 8, .codesPerRow = 4, .tables = 4}},
+      {"tall vectors", {.codeRows = 2, .codesPerRow = 4, .tables = 4}},
+      {"fewer tables than columns", {.tables = 3}},
+      {"widths that are no multiple of four",
+       {.blockWidth = 10, .blockHeight = 15, .codeRows = 3, .codesPerRow = 2, .tables = 5}},
+      {"rows that are cut", {.blockWidth = 16, .blockHeight = 18, .codeRows = 4, .codesPerRow = 4}},
+      {"codes of five bits", {.codeBits = 5}},
+      {"codes of eight bits", {.codeBits = 8}},
+      {"colour", {.bands = 3}},
+      {"twelve bits", {.bits = 12}},
+      {"twelve bits, odd width",
+       {.blockWidth = 15, .blockHeight = 15, .codeRows = 5, .codesPerRow = 5, .tables = 3, .bits = 12}},
+      {"sixteen bits", {.bits = 16}}};
+  for (const auto& [name, form] : forms) {
+    SCOPED_TRACE(name);
+    ExpectVq(RenderImage(VqImage(form, "C4", 1, 1), VqData(form)), form, 1);
+    VqForm four = form;
+    four.stored = {true, true, true, true};
+    ExpectVq(RenderImage(VqImage(four, "C4", 2, 2), VqData(four)), four, 2);
+  }
+}
+
+TEST_F(VqTest, MaskTablesOfEveryKindArePassedOver) {
+  for (const int bands : {1, 3}) {
+    VqForm vq{.bands = bands};
+    vq.stored = {true, true};
+    std::vector<uint32_t> records(2 * static_cast<size_t>(bands), 0), none;
+    for (const auto& mask : {test::MaskForm{.blocks = records},
+                             {.pads = records},
+                             {.blocks = records, .pads = records, .padCode = 0},
+                             {.padCode = 0}}) {
+      ImageForm form = VqImage(vq, "M4", 2, 1);
+      const auto picture = RenderImage(form, test::MaskBytes(mask) + VqData(vq));
+      ASSERT_EQ(picture.status, 1) << bands;
+      if (mask.padCode < 0) ExpectVq(picture, vq, 2);
+    }
+  }
+}
+
+TEST_F(VqTest, MaskedVectorQuantisedBlocksConsumeNoCodes) {
+  VqForm vq;
+  vq.stored = {true, false, true, false};
+  const std::string mask = test::MaskBytes({.blocks = {0, 0xFFFFFFFF, 0, 0xFFFFFFFF}});
+  NitfBuilder file;
+  file.header.SetRaw("FBKGC", "\x01\x02\x03");
+  const auto picture = test::RenderBytes(file.Image(VqImage(vq, "M4", 2, 2), mask + VqData(vq)).Bytes());
+  ExpectVq(picture, vq, 2);
+  EXPECT_EQ(picture.At(16, 0), (Rgb{1, 2, 3})) << "the bitmap reaches as far as its stored blocks";
+}
+
+TEST_F(VqTest, FaultyVectorQuantisedDataIsRefused) {
+  const auto status = [](const VqForm& vq, size_t cut = 0) {
+    std::string data = VqData(vq);
+    data.resize(data.size() - cut);
+    return RenderImage(VqImage(vq, "C4", 1, 1), data).status;
+  };
+  VqForm vq;
+  EXPECT_EQ(status(vq, 1), -7);
+  vq.codeRows = 0;
+  EXPECT_EQ(status(vq), -9);
+  vq = {};
+  vq.codesPerRow = 17;
+  EXPECT_EQ(status(vq), -9);
+  vq = {};
+  vq.codeBits = 40;
+  EXPECT_EQ(status(vq), -9);
+  vq = {};
+  vq.entries = 10;
+  EXPECT_EQ(status(vq), -9) << "a code beyond the codebook";
+  vq = {};
+  vq.tables = 5;
+  EXPECT_EQ(status(vq), -9) << "more tables than a vector has rows";
+  std::string huge = VqData({});
+  huge.replace(21 + 2, 4, test::Big(0xFFFFFFFF, 4));
+  EXPECT_EQ(RenderImage(VqImage({}, "C4", 1, 1), huge).status, -7);
+}
+
+TEST_F(VqTest, VectorQuantisationOfOddDepthsIsRefused) {
+  for (const int bits : {1, 4, 9, 17, 20}) {
+    VqForm vq;
+    ImageForm form = VqImage(vq, "C4", 1, 1);
+    form.bits = bits;
+    EXPECT_EQ(RenderImage(form, VqData(vq)).status, -9) << bits;
+  }
+}
+
+TEST_F(VqTest, VectorQuantisedIndexesAreShownThroughTheirTables) {
+  const VqForm vq;
+  ImageForm form = VqImage(vq, "C4", 1, 1);
+  form.representation = "RGB/LUT";
+  form.lookupTables = 3;
+  for (int table = 0; table < 3; ++table) {
+    for (int i = 0; i < 256; ++i) form.lookup += static_cast<char>(i + 10 * table);
+  }
+  const auto picture = RenderImage(form, VqData(vq));
+  ASSERT_EQ(picture.status, 1);
+  const int value = static_cast<uint8_t>(VqEntry(vq, VqCode(1))[2]);
+  EXPECT_EQ(picture.At(6, 0), (Rgb{static_cast<uint8_t>(value), static_cast<uint8_t>(value + 10),
+                                   static_cast<uint8_t>(value + 20)}));
+}
+
+}  // namespace
