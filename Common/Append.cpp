@@ -2,37 +2,35 @@
 
 #include <algorithm>
 
-#include "Common/Utility.h"
+#include "Common/DisplayList.h"
+#include "Common/Encode.h"
 
 namespace {
 
 constexpr char16_t kSourceFile[] = u"NitfFile";
 
-// Lengths of subheaders without extended data, and of the file header's entries for one segment.
-constexpr uint32_t kImageSubheaderBytes = 430, kBandBytes = 13;
-constexpr uint32_t kGraphicSubheaderBytes = 258;
-constexpr uint32_t kTextSubheaderBytes = 282;
-constexpr uint32_t kMaxTextBytes = 99999;      // LT has five digits
-constexpr uint32_t kMaxGraphicBytes = 999999;  // LS has six
-constexpr int32_t kMaxCoordinate = 99999;
-constexpr uint32_t kMaxBlockSide = 9998;  // NPPBH and NPPBV have four digits; all nines are a placeholder
-constexpr uint64_t kMaxFileLength = 999999999999;  // FL has twelve
-constexpr uint32_t kMaxHeaderLength = 999998;      // HL has six; all nines are a placeholder
-constexpr uint32_t kMaxLevel = 999;                // IDLVL and SDLVL have three
+using H = ImageSubheader;
+
+// What the fields of a new segment and of the file header can hold; all nines are a placeholder where
+// they ask for replacement data.
+constexpr uint64_t kMaxTextBytes = LargestOf(LengthFieldsOf(SegmentKind::Text).dataWidth);
+constexpr uint64_t kMaxBlockSide = LargestOf(sizeof H::NPPBH.text - 1) - 1;
+constexpr uint64_t kMaxFileLength = LargestOf(sizeof FileHeader::FL.text - 1) - 1;
+constexpr uint64_t kMaxHeaderLength = LargestOf(sizeof FileHeader::HL.text - 1) - 1;
+constexpr auto kMaxLevel = static_cast<uint32_t>(LargestOf(sizeof H::IDLVL.text - 1));
+constexpr int32_t kMaxCoordinate = 99999;  // of a drawing's extent
 
 /// A record at the end of a list that is taken away again unless it is kept.
 template <class R>
-class NewRecord {
+class NewRecord : NonCopyable {
  public:
   explicit NewRecord(SegmentList<R>& list) : list_(list) {}
   ~NewRecord() {
     if (added_) list_.RemoveLast();
   }
-  NewRecord(const NewRecord&) = delete;
-  NewRecord& operator=(const NewRecord&) = delete;
 
-  Status Add(NitfFile& document, SourceTag where) {
-    const Status status = list_.Append(document, where);
+  Status Add(FileHeader& header, SourceTag where) {
+    const Status status = list_.Append(header, where);
     added_ = Ok(status);
     return status;
   }
@@ -45,20 +43,24 @@ class NewRecord {
   bool added_ = false;
 };
 
-// Enters a new segment's lengths into the file header; the last step of an append.
-Status EnterLengths(FileHeader& header, LengthTable& table, Number<3>& count, const LengthFields& fields,
-                    SegmentLengths lengths) {
-  const uint32_t entryBytes = fields.subheaderWidth + fields.dataWidth;
+// Enters a new segment's lengths into the file header: the last step of an append.
+template <class R>
+Status EnterLengths(FileHeader& header, const R& record, SegmentKind kind) {
+  const SegmentLengthFields& fields = LengthFieldsOf(kind);
+  SegmentLengths lengths = {0, static_cast<uint32_t>(record.appended.bytes.size())};
+  if (Status s = MeasureRows<R>(R::Table(), record, lengths.subheader); !Ok(s)) return s;
   const uint64_t fileLength =
-      LongLengthOf(header.FL.text) + lengths.subheader + lengths.data + entryBytes;
+      LongLengthOf(header.FL.text) + lengths.subheader + lengths.data + fields.EntryBytes();
   // What does not fit is found before anything changes.
-  if (fileLength > kMaxFileLength || header.currentHeaderLength > kMaxHeaderLength - entryBytes) {
+  if (fileLength > kMaxFileLength ||
+      uint64_t{header.currentHeaderLength} + fields.EntryBytes() > kMaxHeaderLength) {
     return Status::InvalidParameter;
   }
+  LengthTable& table = header.*fields.table;
   if (Status s = table.Append(lengths); !Ok(s)) return s;
   if (Status s = header.SetFileLength(fileLength); !Ok(s)) return s;
-  header.currentHeaderLength += entryBytes;
-  count.value = table.Count();
+  header.currentHeaderLength += fields.EntryBytes();
+  (header.*fields.count).value = table.Count();
   return Status::Success;
 }
 
@@ -96,17 +98,16 @@ Status LowestLevel(const NitfFile& document, bool& any, uint32_t& level) {
 template <class R>
 Status SetDecoded(R& record, const char* name, uint32_t value) {
   const FieldRow<R>* row = FindRow<R>(R::Table(), name);
-  if (Status s = SetNumber(*row, record, static_cast<int32_t>(std::min<uint32_t>(value, INT32_MAX)));
-      !Ok(s)) {
-    return s;
-  }
-  *row->view(record).value = value;
+  const FieldView field = row->view(record);
+  if (Status s = SetNumber(*row, field, static_cast<int32_t>(value)); !Ok(s)) return s;
+  *field.value = value;
   return Status::Success;
 }
 
 template <class R>
 Status SetCoded(R& record, const char* name, const char* text) {
-  return SetCode(*FindRow<R>(R::Table(), name), record, text);
+  const FieldRow<R>* row = FindRow<R>(R::Table(), name);
+  return SetCode(*row, row->view(record), text);
 }
 
 Status DescribeBands(ImageSubheader& image, uint32_t format, uint32_t bitsPerPixel) {
@@ -187,7 +188,7 @@ Status ReadWholeFile(const char16_t* fileName, KernelBuffer<char>& bytes, uint32
   if (!file.IsOpen()) return Status::TextNotOpened;
   const int64_t size = KernelSeek(file.Handle(), 0, kSeekEnd);
   (void)KernelSeek(file.Handle(), 0, kSeekStart);
-  if (size < 0 || size > kMaxTextBytes) return Status::InvalidParameter;
+  if (size < 0 || static_cast<uint64_t>(size) > kMaxTextBytes) return Status::InvalidParameter;
   count = static_cast<uint32_t>(size);
   if (Status s = bytes.Allocate(uint64_t{count} + 1, ORB_HERE); !Ok(s)) return s;
   return ReadExactly(file.Handle(), bytes.data(), count);
@@ -206,34 +207,15 @@ Status AppendImage(NitfFile& document, const KernelBitmap* bitmap, uint32_t form
   const uint32_t level = std::min(NextDisplayLevel(document), kMaxLevel);
   FileHeader& header = document.header;
   NewRecord image(document.images);
-  uint32_t byteCount = 0;
   constexpr int kDateOrder[] = {6, 5, 4, 3, 2, 1, 0};
-  if (Status s = image.Add(document, ORB_HERE); !Ok(s)) return s;
-  if (Status s = image->SetAppendedImage(*bitmap, format, bitsPerPixel, quality, byteCount); !Ok(s))
-    return s;
+  if (Status s = image.Add(header, ORB_HERE); !Ok(s)) return s;
+  if (Status s = EncodePicture(*bitmap, format, bitsPerPixel, quality, image->appended); !Ok(s)) return s;
   if (Status s = SetSegmentDate(image->IDATIM.text, header, kDateOrder); !Ok(s)) return s;
   if (Status s = DescribeImage(*image, *bitmap, level); !Ok(s)) return s;
   if (Status s = DescribeBands(*image, format, bitsPerPixel); !Ok(s)) return s;
-  const SegmentLengths lengths = {kImageSubheaderBytes + kBandBytes * image->BandCount(), byteCount};
-  if (Status s = EnterLengths(header, header.images, header.NUMI, kImageLengths, lengths); !Ok(s))
-    return s;
+  if (Status s = EnterLengths(header, *image, SegmentKind::Image); !Ok(s)) return s;
   image.Keep();
   return Status::Success;
-}
-
-Status EncodeDrawing(GraphicSubheader& graphic, const VectorHandle& drawing, uint32_t& byteCount) {
-  HostSaveOptions options = {};
-  if (Status s = FromHost(FileFormatDefaultSaveOptions(&options, kSaveOptionsSize)); !Ok(s)) return s;
-  options.flags |= kSaveToMemory;
-  OwnedGlobal encoded;
-  if (Status s = FromHost(
-          FileFormatSaveDrawingMemory(&encoded.handle, &drawing, kFormatCgm, &byteCount, &options));
-      !Ok(s)) {
-    return s;
-  }
-  if (Status s = encoded.Lock(ORB_HERE); !Ok(s)) return s;
-  if (byteCount > kMaxGraphicBytes) return Status::InvalidParameter;
-  return graphic.SetGraphicData(encoded.Bytes(), byteCount);
 }
 
 Status AppendGraphic(NitfFile& document, VectorHandle* drawing, const RECT& rectangle) {
@@ -248,20 +230,16 @@ Status AppendGraphic(NitfFile& document, VectorHandle* drawing, const RECT& rect
   if (Status s = LowestLevel(document, any, lowest); !Ok(s)) return s;
   FileHeader& header = document.header;
   NewRecord graphic(document.graphics);
-  uint32_t byteCount = 0;
-  if (Status s = graphic.Add(document, ORB_HERE); !Ok(s)) return s;
+  if (Status s = graphic.Add(header, ORB_HERE); !Ok(s)) return s;
   if (Status s = PlaceDrawing(*drawing, rectangle); !Ok(s)) return s;
-  if (Status s = EncodeDrawing(*graphic, *drawing, byteCount); !Ok(s)) return s;
+  if (Status s = EncodeDrawing(*drawing, graphic->appended); !Ok(s)) return s;
   if (Status s = SetDecoded(*graphic, "SDLVL", level); !Ok(s)) return s;
   if (any) {
     if (Status s = SetDecoded(*graphic, "SALVL", lowest); !Ok(s)) return s;
   }
   if (Status s = SetLocation(graphic->SBND1, rectangle.left, rectangle.top, false); !Ok(s)) return s;
   if (Status s = SetLocation(graphic->SBND2, rectangle.right, rectangle.bottom, false); !Ok(s)) return s;
-  const SegmentLengths lengths = {kGraphicSubheaderBytes, byteCount};
-  if (Status s = EnterLengths(header, header.graphics, header.NUMS, kGraphicLengths, lengths); !Ok(s)) {
-    return s;
-  }
+  if (Status s = EnterLengths(header, *graphic, SegmentKind::Graphic); !Ok(s)) return s;
   graphic.Keep();
   return Status::Success;
 }
@@ -276,15 +254,14 @@ Status AppendText(NitfFile& document, const char16_t* fileName) {
   KernelBuffer<char> bytes;
   uint32_t count = 0;
   constexpr int kDateOrder[] = {5, 4, 3, 2, 1, 0};
-  if (Status s = text.Add(document, ORB_HERE); !Ok(s)) return s;
+  if (Status s = text.Add(header, ORB_HERE); !Ok(s)) return s;
   if (Status s = ReadWholeFile(fileName, bytes, count); !Ok(s)) return s;
   if (Status s = text->SetTextData(bytes.data(), count); !Ok(s)) return s;
   if (Status s = SetSegmentDate(text->TXTDT.text, header, kDateOrder); !Ok(s)) return s;
   if (any) {
     if (Status s = SetDecoded(*text, "TXTALVL", lowest); !Ok(s)) return s;
   }
-  const SegmentLengths lengths = {kTextSubheaderBytes, count};
-  if (Status s = EnterLengths(header, header.texts, header.NUMT, kTextLengths, lengths); !Ok(s)) return s;
+  if (Status s = EnterLengths(header, *text, SegmentKind::Text); !Ok(s)) return s;
   text.Keep();
   return Status::Success;
 }

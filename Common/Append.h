@@ -10,6 +10,3 @@ Status AppendImage(NitfFile& document, const KernelBitmap* bitmap, uint32_t form
 Status AppendGraphic(NitfFile& document, VectorHandle* drawing, const RECT& rectangle);
 /// See Orb_NITFAppendTextSegment.
 Status AppendText(NitfFile& document, const char16_t* fileName);
-
-/// Encodes a drawing as CGM into a graphic record's data; `byteCount` receives its length.
-Status EncodeDrawing(GraphicSubheader& graphic, const VectorHandle& drawing, uint32_t& byteCount);

@@ -1,6 +1,6 @@
 #include "Common/DExSbHdr.h"
 
-#include "Common/NitfFile.h"
+#include "Common/StrmFHdr.h"
 
 namespace {
 
@@ -38,27 +38,19 @@ Status WriteUserFields(const H& header, FieldWriter& writer) {
   return writer.PutBytes(header.DESSHF.data(), header.DESSHL.value);
 }
 
-constexpr auto kTable = [] {
-  auto table = JoinRows<H>(
-      std::array{
-          Field<&H::DE>("DE", 2).Accept(&AcceptMark),
-          Field<&H::DESID>("DESID", 25),
-          Field<&H::DESVER>("DESVER", 2).Accept(&AcceptVersion),
-      },
-      SecurityRows<H, &H::security>({.prefix = "DES",
-                                     .classPrefix = "DE",
-                                     .fill = '0',
-                                     .classFill = '0',
-                                     .blank = false,
-                                     .narrow = true}),
-      std::array{
-          Field<&H::DESOFLW>("DESOFLW", 6).When(&HasOverflow),
-          Field<&H::DESITEM>("DESITEM", 3).When(&HasOverflow),
-          Field<&H::DESSHL>("DESSHL", 4).Then(&ReadUserFields, &WriteUserFields),
-      });
-  for (auto& row : table) row.fill = '0';
-  return table;
-}();
+constexpr auto kTable = MakeTable<H>(
+    '0',
+    std::array{
+        Field<&H::DE>("DE").Accept(&AcceptMark),
+        Field<&H::DESID>("DESID"),
+        Field<&H::DESVER>("DESVER").Accept(&AcceptVersion),
+    },
+    SecurityRows<H, &H::security>({.prefix = "DES", .classPrefix = "DE", .blank = false, .narrow = true}),
+    std::array{
+        Field<&H::DESOFLW>("DESOFLW").When(&HasOverflow),
+        Field<&H::DESITEM>("DESITEM").When(&HasOverflow),
+        Field<&H::DESSHL>("DESSHL").Then(&ReadUserFields, &WriteUserFields),
+    });
 
 }  // namespace
 
@@ -66,7 +58,4 @@ FieldTable<DataExtensionSubheader> DataExtensionSubheader::Table() { return kTab
 
 DataExtensionSubheader::DataExtensionSubheader() { ApplyDefaults<DataExtensionSubheader>(kTable, *this); }
 
-Status DataExtensionSubheader::ReadSubheader(NitfFile& document, StreamingFileHeader& streaming,
-                                             ReadMode mode) {
-  return document.ParseHeader(*this, Table(), streaming, mode);
-}
+Status DataExtensionSubheader::ReadSubheader(HeaderParser& parser) { return parser.Parse(*this); }

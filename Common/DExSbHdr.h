@@ -3,16 +3,15 @@
 
 #include "Common/SharedFields.h"
 
-struct NitfFile;
-struct StreamingFileHeader;
+class HeaderParser;
 
 struct DataExtensionSubheader {
   DataExtensionSubheader();
 
-  void SetOwner(NitfFile&, uint32_t) {}
   /// Parses the subheader at the file's position, which is put back on success. 1, -7, -9 or -1.
-  Status ReadSubheader(NitfFile& document, StreamingFileHeader& streaming, ReadMode mode);
+  Status ReadSubheader(HeaderParser& parser);
 
+  uint32_t index = 0;
   bool loaded = false;  ///< DE was accepted
   Text<2> DE;
   Text<25> DESID;

@@ -9,12 +9,8 @@ constexpr char16_t kSourceFile[] = u"ORBNTF";
 }  // namespace
 
 PublicPlace FindPlace(PublicTable table, void* record, std::string_view name) {
-  auto* bytes = static_cast<uint8_t*>(record);
-  for (const PublicField& field : table) {
-    if (name == field.name) return {&field, bytes};
-    bytes += SizeOf(field.kind);
-  }
-  return {nullptr, nullptr};
+  const PublicField* field = FindField(table, name);
+  return {field, field != nullptr ? field->place(record) : nullptr};
 }
 
 char* CopyForCaller(std::string_view bytes, size_t length) {
@@ -60,26 +56,43 @@ Status GetField(FieldView field, const PublicPlace& place) {
   return Status::Success;
 }
 
-void FreeFields(PublicTable table, void* publicRecord) {
-  auto* bytes = static_cast<uint8_t*>(publicRecord);
-  for (const PublicField& field : table) {
-    if (field.kind == PublicKind::String || field.kind == PublicKind::Pointer) FreePointer(bytes);
-    bytes += SizeOf(field.kind);
+Status SetField(const FieldTraits& traits, FieldView field, const uint8_t* bytes) {
+  switch (traits.setAs) {
+    case SetAs::Number:
+      return SetNumber(traits, field, LoadFrom<int32_t>(bytes));
+    case SetAs::Code:
+      return SetCode(traits, field, LoadFrom<const char*>(bytes));
+    case SetAs::Location: {
+      const bool leadingSign = std::string_view(traits.name).substr(1) == "LOC";
+      return SetLocation(*field.location, LoadFrom<int32_t>(bytes), LoadFrom<int32_t>(bytes + 4),
+                         leadingSign);
+    }
+    case SetAs::Date: {
+      const char* pieces[7];
+      const size_t count = traits.width / 2;
+      for (size_t i = 0; i < count; ++i) pieces[i] = reinterpret_cast<const char*>(bytes) + 2 * i;
+      return SetDate(field.text, {pieces, count});
+    }
+    case SetAs::Text:
+    case SetAs::Bytes:
+      break;
   }
+  return SetText(field, LoadFrom<const char*>(bytes));
 }
 
-Status GetExtended(const ExtendedData& data, const PublicPlace& place) {
-  constexpr auto kOverflow = static_cast<int32_t>(ExtendedData::kOverflowWidth);
-  const int32_t length = DecimalOf(data.length.text);
-  if (length <= kOverflow) return Status::Success;
-  FreePointer(place.bytes);
-  char* copy = CopyForCaller(data.Data(), static_cast<size_t>(length - kOverflow));
-  if (copy == nullptr) return Status::OutOfMemory;
-  StoreTo(place.bytes, copy);
-  return Status::Success;
+KeptNumber::KeptNumber(FieldView field) : field_(field), value_(*field.value) {
+  std::memcpy(text_, field.text, field.capacity + 1u);
 }
 
-Status SetExtended(ExtendedData& data, const PublicPlace& place) {
-  const char* bytes = LoadFrom<const char*>(place.bytes);
-  return bytes != nullptr ? data.SetBytes(bytes) : Status::Success;
+void KeptNumber::PutBack() const {
+  if (field_.text == nullptr) return;
+  std::memcpy(field_.text, text_, field_.capacity + 1u);
+  *field_.value = value_;
+}
+
+void FreeFields(PublicTable table, void* publicRecord) {
+  for (const PublicField& field : table) {
+    if (field.kind == PublicKind::String || field.kind == PublicKind::Pointer)
+      FreePointer(field.place(publicRecord));
+  }
 }

@@ -1,7 +1,13 @@
 // Exchange of header records with callers: one table per public record drives Get, Set and Free.
 #pragma once
 
-#include "Common/NitfFile.h"
+#include "Common/FieldRows.h"
+#include "orbntf/orbntf.h"
+
+struct FileHeader;
+struct GraphicSubheader;
+struct ImageSubheader;
+struct TextSubheader;
 
 /// How a field stands in a public record.
 enum class PublicKind : uint8_t {
@@ -15,11 +21,12 @@ enum class PublicKind : uint8_t {
   Pointer,   ///< memory that the record's own functions fill and store
 };
 
-/// One field of a public record; `used` tells whether Get fills it generically.
+/// One field of a public record.
 struct PublicField {
   const char* name;
   PublicKind kind;
-  bool get = true;
+  bool get;  ///< whether Get fills it from its row
+  uint8_t* (*place)(void* record);
 };
 using PublicTable = std::span<const PublicField>;
 
@@ -50,13 +57,15 @@ constexpr size_t SizeOf(PublicTable table) {
 static_assert(sizeof(void*) != 4 || (sizeof(NITFHeader) == 234 && sizeof(ImageHeader) == 276 &&
                                      sizeof(GraphicHeader) == 152 && sizeof(TextHeader) == 126));
 
-/// A field's place in a public record.
-struct PublicPlace {
-  const PublicField* field;
-  uint8_t* bytes;
-};
-/// The place of a mnemonic; the table must have it.
-PublicPlace FindPlace(PublicTable table, void* record, std::string_view name);
+template <class T>
+constexpr PublicKind KindOf() {
+  if constexpr (std::is_same_v<T, char*>) return PublicKind::String;
+  if constexpr (std::is_same_v<T, int32_t> || std::is_same_v<T, uint32_t>) return PublicKind::Int;
+  if constexpr (std::is_same_v<T, uint16_t>) return PublicKind::Short;
+  if constexpr (std::is_same_v<T, float>) return PublicKind::Float;
+  if constexpr (std::is_same_v<T, char[8]>) return PublicKind::Date;
+  return std::is_same_v<T, char[14]> ? PublicKind::DateTime : PublicKind::Pointer;
+}
 
 template <class T>
 T LoadFrom(const uint8_t* bytes) {
@@ -69,6 +78,61 @@ void StoreTo(uint8_t* bytes, T value) {
   std::memcpy(bytes, &value, sizeof value);
 }
 
+template <auto Member>
+struct PublicMember;
+template <class P, class T, T P::*Member>
+struct PublicMember<Member> {
+  static constexpr PublicKind kKind = KindOf<T>();
+  static uint8_t* PlaceIn(void* record) {
+    return reinterpret_cast<uint8_t*>(&(static_cast<P*>(record)->*Member));
+  }
+  /// The member's value; the records are packed.
+  static auto Of(const P& record) { return LoadFrom<T>(PlaceIn(const_cast<P*>(&record))); }
+};
+
+/// A member that Get fills, unless it is a pointer to other things than text.
+template <auto Member>
+constexpr PublicField Public(const char* name) {
+  using M = PublicMember<Member>;
+  return {name, M::kKind, M::kKind != PublicKind::Pointer, &M::PlaceIn};
+}
+/// A member that Get leaves to the record's own functions or to the caller.
+template <auto Member>
+constexpr PublicField ToSet(const char* name) {
+  return {name, PublicMember<Member>::kKind, false, &PublicMember<Member>::PlaceIn};
+}
+/// A pointer that the record's own functions fill.
+template <auto Member>
+constexpr PublicField Own(const char* name) {
+  return {name, PublicKind::Pointer, false, &PublicMember<Member>::PlaceIn};
+}
+/// The first of two members that are a place or a bound.
+template <auto Member>
+constexpr PublicField Place(const char* name) {
+  return {name, PublicKind::Location, true, &PublicMember<Member>::PlaceIn};
+}
+
+/// The field of a mnemonic, or null.
+constexpr const PublicField* FindField(PublicTable table, std::string_view name) {
+  for (const PublicField& field : table) {
+    if (name == field.name) return &field;
+  }
+  return nullptr;
+}
+/// Whether a table has every name of a set order.
+constexpr bool HasAll(PublicTable table, std::span<const char* const> names) {
+  return std::all_of(names.begin(), names.end(),
+                     [&](const char* name) { return FindField(table, name) != nullptr; });
+}
+
+/// A field's place in a public record.
+struct PublicPlace {
+  const PublicField* field;
+  uint8_t* bytes;
+};
+/// The place of a mnemonic; null when the table has none.
+PublicPlace FindPlace(PublicTable table, void* record, std::string_view name);
+
 /// A caller's copy of bytes, of at least `length` and a terminator, from the kernel allocator; null when
 /// memory is out. A record's length and its bytes may differ, and callers go by the length.
 char* CopyForCaller(std::string_view bytes, size_t length = 0);
@@ -77,78 +141,33 @@ void FreePointer(uint8_t* bytes);
 
 /// Copies one field of a header record to its place: text, number, date or location.
 Status GetField(FieldView field, const PublicPlace& place);
+/// Stores one field of a public record as its row says.
+Status SetField(const FieldTraits& traits, FieldView field, const uint8_t* bytes);
 
-/// Fills every generic field of a public record from a header record.
+/// Fills every field of a public record that comes from its row.
 template <class R>
 Status GetFields(PublicTable table, R& record, void* publicRecord) {
-  auto* bytes = static_cast<uint8_t*>(publicRecord);
   for (const PublicField& field : table) {
-    if (field.get) {
-      const FieldRow<R>* row = FindRow<R>(R::Table(), field.name);
-      if (Status s = GetField(row->view(record), {&field, bytes}); !Ok(s)) return s;
-    }
-    bytes += SizeOf(field.kind);
+    if (!field.get) continue;
+    const FieldRow<R>* row = FindRow<R>(R::Table(), field.name);
+    if (Status s = GetField(row->view(record), {&field, field.place(publicRecord)}); !Ok(s)) return s;
   }
   return Status::Success;
 }
 
-/// Stores one field of a public record through its row's setter. `leadingSign` is for locations.
-template <class R>
-Status SetField(const FieldRow<R>& row, R& record, const PublicPlace& place) {
-  const FieldView field = row.ViewOf(record);
-  const uint8_t* bytes = place.bytes;
-  switch (row.setAs) {
-    case SetAs::Number:
-      return SetNumber(row, record, LoadFrom<int32_t>(bytes));
-    case SetAs::Code:
-      return SetCode(row, record, LoadFrom<const char*>(bytes));
-    case SetAs::Location: {
-      const bool leadingSign = std::string_view(row.name).substr(1) == "LOC";
-      return SetLocation(*field.location, LoadFrom<int32_t>(bytes), LoadFrom<int32_t>(bytes + 4),
-                         leadingSign);
-    }
-    case SetAs::Date: {
-      const char* pieces[7];
-      const size_t count = row.width / 2;
-      for (size_t i = 0; i < count; ++i) pieces[i] = reinterpret_cast<const char*>(bytes) + 2 * i;
-      return SetDate(field.text, {pieces, count});
-    }
-    case SetAs::Text:
-    case SetAs::Bytes:
-      break;
-  }
-  return SetText(field, LoadFrom<const char*>(bytes));
-}
-
 /// A field whose setter goes beyond its row.
-template <class R>
+template <class R, class P>
 struct SpecialSetter {
   const char* name;
-  Status (*set)(R& record, PublicTable table, void* publicRecord);
+  Status (*set)(R& record, const P& given);
 };
-
-/// Stores one named field, through its special setter when it has one.
-template <class R>
-Status SetNamed(std::string_view name, PublicTable table, std::span<const SpecialSetter<R>> specials,
-                R& record, void* source) {
-  for (const SpecialSetter<R>& special : specials) {
-    if (name == special.name) return special.set(record, table, source);
-  }
-  return SetField(*FindRow<R>(R::Table(), name), record, FindPlace(table, source, name));
-}
 
 /// A numeric field as it was.
 class KeptNumber {
  public:
   KeptNumber() = default;
-  explicit KeptNumber(FieldView field) : field_(field), value_(*field.value) {
-    std::memcpy(text_, field.text, field.capacity + 1u);
-  }
-  void PutBack() const {
-    if (field_.text == nullptr) return;
-    std::memcpy(field_.text, text_, field_.capacity + 1u);
-    *field_.value = value_;
-  }
+  explicit KeptNumber(FieldView field);
+  void PutBack() const;
 
  private:
   FieldView field_ = {};
@@ -156,13 +175,28 @@ class KeptNumber {
   uint32_t value_ = 0;
 };
 
-/// Stores the named fields in their order; the first refusal ends it. Then a length of extended data
+/// Stores one named field, through its special setter when it has one; a name without either is no field
+/// of the header.
+template <class R, class P>
+Status SetNamed(const PublicField& name, std::span<const SpecialSetter<R, P>> specials, R& record,
+                const P& given) {
+  for (const SpecialSetter<R, P>& special : specials) {
+    if (std::string_view(name.name) == special.name) return special.set(record, given);
+  }
+  const FieldRow<R>* row = FindRow<R>(R::Table(), name.name);
+  if (row == nullptr) return Status::Success;
+  return SetField(*row, row->ViewOf(record), name.place(const_cast<P*>(&given)));
+}
+
+/// What a refused field means for the ones behind it.
+enum class OnRefusal { Stop, GoOn };
+
+/// Stores the named fields in their order. Where the first refusal ends it, a length of extended data
 /// whose overflow field or bytes were refused is put back, so that it still measures what is there.
-template <class R>
+template <class R, class P>
 Status SetFields(std::span<const char* const> order, PublicTable table,
-                 std::type_identity_t<std::span<const SpecialSetter<R>>> specials, R& record,
-                 const void* publicRecord) {
-  void* source = const_cast<void*>(publicRecord);
+                 std::type_identity_t<std::span<const SpecialSetter<R, P>>> specials, R& record,
+                 const P& given, OnRefusal refusal) {
   KeptNumber length;
   size_t behind = 0;  // fields since the length
   for (const char* name : order) {
@@ -171,10 +205,11 @@ Status SetFields(std::span<const char* const> order, PublicTable table,
       length = KeptNumber(row->view(record));
       behind = 0;
     }
-    if (Status s = SetNamed<R>(name, table, specials, record, source); !Ok(s)) {
+    const Status status = SetNamed<R, P>(*FindField(table, name), specials, record, given);
+    if (!Ok(status) && refusal == OnRefusal::Stop) {
       constexpr size_t kMeasured = 2;  // the overflow field and the bytes
       if (behind <= kMeasured) length.PutBack();
-      return s;
+      return status;
     }
     ++behind;
   }
@@ -183,12 +218,6 @@ Status SetFields(std::span<const char* const> order, PublicTable table,
 
 /// Frees every string and pointer of a public record.
 void FreeFields(PublicTable table, void* publicRecord);
-
-/// Copies extended data to a caller when its length is above the overflow field's, freeing what the
-/// pointer held.
-Status GetExtended(const ExtendedData& data, const PublicPlace& place);
-/// Stores a caller's extended data unless its pointer is null.
-Status SetExtended(ExtendedData& data, const PublicPlace& place);
 
 // The public records' tables, in field order.
 
@@ -199,8 +228,8 @@ PublicTable PublicTextFields();
 
 // The exchange of each record.
 
-Status GetFileHeader(NitfFile& document, NITFHeader& record);
-void SetFileHeader(NitfFile& document, const NITFHeader& record);
+Status GetFileHeader(FileHeader& header, NITFHeader& record);
+void SetFileHeader(FileHeader& header, const NITFHeader& record);
 void FreeFileHeader(NITFHeader& record);
 Status GetImageHeader(ImageSubheader& header, ImageHeader& record);
 Status SetImageHeader(ImageSubheader& header, const ImageHeader& record);

@@ -3,96 +3,58 @@
 #include <cmath>
 
 #include "Common/Exchange.h"
+#include "Common/NtfHdr.h"
 
 namespace {
 
 constexpr char16_t kSourceFile[] = u"ORBNTF";
 
-using enum PublicKind;
+using F = NITFHeader;
 
-// In the order of the public record. Fields that Get leaves alone say so.
-constexpr PublicField kFields[] = {{"FHDR", String},
-                                   {"CLEVEL", Int},
-                                   {"STYPE", String},
-                                   {"OSTAID", String},
-                                   {"FTITLE", String},
-                                   {"FSCLAS", String},
-                                   {"FSCLSY", String},
-                                   {"FSCODE", String},
-                                   {"FSCTLH", String},
-                                   {"FSREL", String},
-                                   {"FSDCTP", String},
-                                   {"FSDCXM", String},
-                                   {"FSDG", String},
-                                   {"FSCLTX", String},
-                                   {"FSCATP", String},
-                                   {"FSCAUT", String},
-                                   {"FSCRSN", String},
-                                   {"FSCTLN", String},
-                                   {"ONAME", String},
-                                   {"OPHONE", String},
-                                   {"HL", Int},
-                                   {"FL", Int},
-                                   {"FSCOP", Int},
-                                   {"FSCPYS", Int},
-                                   {"ENCRYP", Int},
-                                   {"NUMI", Int},
-                                   {"LISH", Pointer, false},
-                                   {"LI", Pointer, false},
-                                   {"NUMS", Int},
-                                   {"LSSH", Pointer, false},
-                                   {"LS", Pointer, false},
-                                   {"NUMX", Int, false},
-                                   {"NUMT", Int},
-                                   {"LTSH", Pointer, false},
-                                   {"LT", Pointer, false},
-                                   {"NUMDES", Int, false},
-                                   {"LDSH", Pointer, false},
-                                   {"LD", Pointer, false},
-                                   {"NUMRES", Int, false},
-                                   {"LRESH", Pointer, false},
-                                   {"LRE", Pointer, false},
-                                   {"UDHDL", Int, false},
-                                   {"UDHOFL", Int, false},
-                                   {"UDHD", Pointer, false},
-                                   {"XHDL", Int, false},
-                                   {"XHDLOFL", Int, false},
-                                   {"XHD", Pointer, false},
-                                   {"FBKGC", Int, false},
-                                   {"FSSRDT", Date},
-                                   {"FSDGDT", Date},
-                                   {"FSDCDT", Date},
-                                   {"FDT", DateTime},
-                                   {"FVER", Float}};
+// In the order of the public record.
+constexpr PublicField kFields[] = {
+    Public<&F::FHDR>("FHDR"),      Public<&F::CLEVEL>("CLEVEL"), Public<&F::STYPE>("STYPE"),
+    Public<&F::OSTAID>("OSTAID"),  Public<&F::FTITLE>("FTITLE"), Public<&F::FSCLAS>("FSCLAS"),
+    Public<&F::FSCLSY>("FSCLSY"),  Public<&F::FSCODE>("FSCODE"), Public<&F::FSCTLH>("FSCTLH"),
+    Public<&F::FSREL>("FSREL"),    Public<&F::FSDCTP>("FSDCTP"), Public<&F::FSDCXM>("FSDCXM"),
+    Public<&F::FSDG>("FSDG"),      Public<&F::FSCLTX>("FSCLTX"), Public<&F::FSCATP>("FSCATP"),
+    Public<&F::FSCAUT>("FSCAUT"),  Public<&F::FSCRSN>("FSCRSN"), Public<&F::FSCTLN>("FSCTLN"),
+    Public<&F::ONAME>("ONAME"),    Public<&F::OPHONE>("OPHONE"), Public<&F::HL>("HL"),
+    Public<&F::FL>("FL"),          Public<&F::FSCOP>("FSCOP"),   Public<&F::FSCPYS>("FSCPYS"),
+    Public<&F::ENCRYP>("ENCRYP"),  Public<&F::NUMI>("NUMI"),     Public<&F::LISH>("LISH"),
+    Public<&F::LI>("LI"),          Public<&F::NUMS>("NUMS"),     Public<&F::LSSH>("LSSH"),
+    Public<&F::LS>("LS"),          ToSet<&F::NUMX>("NUMX"),      Public<&F::NUMT>("NUMT"),
+    Public<&F::LTSH>("LTSH"),      Public<&F::LT>("LT"),         ToSet<&F::NUMDES>("NUMDES"),
+    Public<&F::LDSH>("LDSH"),      Public<&F::LD>("LD"),         ToSet<&F::NUMRES>("NUMRES"),
+    Public<&F::LRESH>("LRESH"),    Public<&F::LRE>("LRE"),       ToSet<&F::UDHDL>("UDHDL"),
+    ToSet<&F::UDHOFL>("UDHOFL"),   Public<&F::UDHD>("UDHD"),     ToSet<&F::XHDL>("XHDL"),
+    ToSet<&F::XHDLOFL>("XHDLOFL"), Public<&F::XHD>("XHD"),       ToSet<&F::FBKGC>("FBKGC"),
+    Public<&F::FSSRDT>("FSSRDT"),  Public<&F::FSDGDT>("FSDGDT"), Public<&F::FSDCDT>("FSDCDT"),
+    Public<&F::FDT>("FDT"),        Public<&F::FVER>("FVER")};
 static_assert(SizeOf(kFields) == sizeof(NITFHeader));
 
-struct LengthExchange {
-  const LengthFields& names;
-  LengthTable FileHeader::*table;
-  bool get;
-};
-constexpr LengthExchange kLengths[] = {{kImageLengths, &FileHeader::images, true},
-                                       {kGraphicLengths, &FileHeader::graphics, true},
-                                       {kTextLengths, &FileHeader::texts, true},
-                                       {kDataExtensionLengths, &FileHeader::dataExtensions, false},
-                                       {kReservedLengths, &FileHeader::reservedExtensions, false}};
+constexpr auto kSetOrder = [] {
+  std::array<const char*, std::size(kFields)> names{};
+  for (size_t i = 0; i < names.size(); ++i) names[i] = kFields[i].name;
+  return names;
+}();
 
 // Lengths beyond 31 bits are given as the largest number that the record holds.
 int32_t ForCaller(uint64_t length) { return static_cast<int32_t>(std::min<uint64_t>(length, INT32_MAX)); }
 
-Status GetLengths(const LengthExchange& exchange, const FileHeader& header, NITFHeader& record) {
-  const uint32_t count = LoadFrom<uint32_t>(FindPlace(kFields, &record, exchange.names.countName).bytes);
+Status GetLengths(const SegmentLengthFields& fields, const FileHeader& header, NITFHeader& record) {
+  const uint32_t count = LoadFrom<uint32_t>(FindPlace(kFields, &record, fields.countName).bytes);
   if (count == 0 || count > kMaxSegments) return Status::Success;
   KernelBuffer<int32_t> subheaders, data;
   if (Status s = subheaders.Allocate(count, ORB_HERE); !Ok(s)) return s;
   if (Status s = data.Allocate(count, ORB_HERE); !Ok(s)) return s;
   for (uint32_t i = 0; i < count; ++i) {
-    const SegmentLengths lengths = (header.*exchange.table).Current(i);
+    const SegmentLengths lengths = (header.*fields.table).Current(i);
     subheaders[i] = ForCaller(lengths.subheader);
     data[i] = ForCaller(lengths.data);
   }
-  StoreTo(FindPlace(kFields, &record, exchange.names.subheaderName).bytes, subheaders.Release());
-  StoreTo(FindPlace(kFields, &record, exchange.names.dataName).bytes, data.Release());
+  StoreTo(FindPlace(kFields, &record, fields.subheaderName).bytes, subheaders.Release());
+  StoreTo(FindPlace(kFields, &record, fields.dataName).bytes, data.Release());
   return Status::Success;
 }
 
@@ -101,94 +63,97 @@ void SetLength(uint32_t& length, int32_t given) {
   if (given >= 0 && given != ForCaller(length)) length = static_cast<uint32_t>(given);
 }
 
-// A caller's table has as many entries as its count says; the header's as the document has segments.
-void SetLengths(const LengthExchange& exchange, FileHeader& header, void* record) {
-  const int32_t given = LoadFrom<int32_t>(FindPlace(kFields, record, exchange.names.countName).bytes);
-  const auto* subheaders =
-      LoadFrom<const int32_t*>(FindPlace(kFields, record, exchange.names.subheaderName).bytes);
-  const auto* data = LoadFrom<const int32_t*>(FindPlace(kFields, record, exchange.names.dataName).bytes);
-  LengthTable& table = header.*exchange.table;
-  const uint32_t count = std::min<uint32_t>(given > 0 ? static_cast<uint32_t>(given) : 0, table.Count());
-  for (uint32_t i = 0; i < count; ++i) {
+// Stores a count and the lengths behind it. A caller's table has as many entries as its count says; the
+// header's as the document has segments.
+template <size_t I>
+Status SetCount(FileHeader& header, const NITFHeader& given) {
+  const SegmentLengthFields& fields = kSegmentLengths[I];
+  const auto at = [&](const char* name) {
+    return FindPlace(kFields, const_cast<NITFHeader*>(&given), name).bytes;
+  };
+  const int32_t count = LoadFrom<int32_t>(at(fields.countName));
+  if (count < 0) return Status::InvalidParameter;
+  const FieldRow<FileHeader>& row = *FindRow<FileHeader>(FileHeader::Table(), fields.countName);
+  const Status status = SetNumber(row, row.view(header), count);
+  const auto* subheaders = LoadFrom<const int32_t*>(at(fields.subheaderName));
+  const auto* data = LoadFrom<const int32_t*>(at(fields.dataName));
+  LengthTable& table = header.*fields.table;
+  for (uint32_t i = 0; i < std::min(static_cast<uint32_t>(count), table.Count()); ++i) {
     if (subheaders != nullptr) SetLength(table.current[i].subheader, subheaders[i]);
     if (data != nullptr) SetLength(table.current[i].data, data[i]);
   }
+  return status;
 }
 
-void SetComplexity(FileHeader& header, int32_t level) {
-  if ((level < 1 || level > 7) && level != 99) return;
-  (void)FormatNumberField(header.CLEVEL.text, 2, level);
-  header.CLEVEL.value = static_cast<uint32_t>(level);
+Status SetComplexity(FileHeader& header, const NITFHeader& given) {
+  if ((given.CLEVEL < 1 || given.CLEVEL > 7) && given.CLEVEL != 99) return Status::InvalidParameter;
+  header.CLEVEL.value = static_cast<uint32_t>(given.CLEVEL);
+  return FormatNumberField(header.CLEVEL.text, sizeof header.CLEVEL.text - 1, given.CLEVEL);
 }
 
 // Two decimals, filled with zeros in front.
-void SetVersion(FileHeader& header, float version) {
-  const double hundredths = std::round(static_cast<double>(version) * 100.0);
-  if (!(hundredths >= 0 && hundredths < 10000)) return;
+Status SetVersion(FileHeader& header, const NITFHeader& given) {
+  const double hundredths = std::round(static_cast<double>(given.FVER) * 100.0);
+  if (!(hundredths >= 0 && hundredths < 10000)) return Status::InvalidParameter;
   const auto whole = static_cast<int32_t>(hundredths);
   char text[6];
   (void)FormatNumberField(text, 2, whole / 100);
   text[2] = '.';
   (void)FormatNumberField(text + 3, 2, whole % 100);
   std::memcpy(header.FVER.text, text, sizeof text);
+  return Status::Success;
 }
 
 // A length that a header can have is what a save writes; the text takes any.
-void SetHeaderLength(FileHeader& header, int32_t length) {
-  if (length == DecimalOf(header.HL.text)) return;
-  if (!Ok(SetNumber(*FindRow<FileHeader>(FileHeader::Table(), "HL"), header, length))) return;
-  if (length >= static_cast<int32_t>(kBareHeaderLength)) header.currentHeaderLength = header.HL.value;
+Status SetHeaderLength(FileHeader& header, const NITFHeader& given) {
+  if (given.HL == DecimalOf(header.HL.text)) return Status::Success;
+  const FieldRow<FileHeader>& row = *FindRow<FileHeader>(FileHeader::Table(), "HL");
+  if (Status s = SetNumber(row, row.view(header), given.HL); !Ok(s)) return s;
+  if (given.HL >= static_cast<int32_t>(kBareHeaderLength)) header.currentHeaderLength = header.HL.value;
+  return Status::Success;
 }
 
-void SetFileLength(FileHeader& header, int32_t length) {
-  if (length < 0 || length == DecimalOf(header.FL.text)) return;
-  (void)header.SetFileLength(static_cast<uint32_t>(length));
+Status SetFileLength(FileHeader& header, const NITFHeader& given) {
+  if (given.FL < 0) return Status::InvalidParameter;
+  if (given.FL == DecimalOf(header.FL.text)) return Status::Success;
+  return header.SetFileLength(static_cast<uint32_t>(given.FL));
 }
 
-// Whether a field is stored by a function of its own, which is then called.
-bool SetSpecial(std::string_view name, FileHeader& header, const uint8_t* bytes) {
-  const auto number = [bytes] { return LoadFrom<int32_t>(bytes); };
-  for (const LengthExchange& exchange : kLengths) {
-    if (name == exchange.names.countName && number() < 0) return true;
-  }
-  if (name == "CLEVEL") return SetComplexity(header, number()), true;
-  if (name == "HL") return SetHeaderLength(header, number()), true;
-  if (name == "FL") return SetFileLength(header, number()), true;
-  if (name == "FBKGC") return header.SetBackground(LoadFrom<uint32_t>(bytes)), true;
-  if (name == "FVER") return SetVersion(header, LoadFrom<float>(bytes)), true;
-  if (name == "UDHD") return (void)header.userDefined.SetBytes(LoadFrom<const char*>(bytes)), true;
-  if (name == "XHD") return (void)header.extended.SetBytes(LoadFrom<const char*>(bytes)), true;
-  return false;
-}
+constexpr SpecialSetter<FileHeader, NITFHeader> kSpecials[] = {
+    {"CLEVEL", &SetComplexity},
+    {"HL", &SetHeaderLength},
+    {"FL", &SetFileLength},
+    {"FVER", &SetVersion},
+    {"NUMI", &SetCount<0>},
+    {"NUMS", &SetCount<1>},
+    {"NUMT", &SetCount<2>},
+    {"NUMDES", &SetCount<3>},
+    {"NUMRES", &SetCount<4>},
+    {"FBKGC",
+     [](FileHeader& header, const NITFHeader& given) {
+       header.SetBackground(given.FBKGC);
+       return Status::Success;
+     }},
+    {"UDHD",
+     [](FileHeader& header, const NITFHeader& given) { return header.userDefined.SetBytes(given.UDHD); }},
+    {"XHD",
+     [](FileHeader& header, const NITFHeader& given) { return header.extended.SetBytes(given.XHD); }},
+};
 
 }  // namespace
 
 PublicTable PublicFileFields() { return kFields; }
 
-Status GetFileHeader(NitfFile& document, NITFHeader& record) {
-  if (Status s = GetFields(kFields, document.header, &record); !Ok(s)) return s;
-  for (const LengthExchange& exchange : kLengths) {
-    if (!exchange.get) continue;
-    if (Status s = GetLengths(exchange, document.header, record); !Ok(s)) return s;
+Status GetFileHeader(FileHeader& header, NITFHeader& record) {
+  if (Status s = GetFields(kFields, header, &record); !Ok(s)) return s;
+  for (SegmentKind kind : {SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Text}) {
+    if (Status s = GetLengths(LengthFieldsOf(kind), header, record); !Ok(s)) return s;
   }
   return Status::Success;
 }
 
-void SetFileHeader(NitfFile& document, const NITFHeader& record) {
-  FileHeader& header = document.header;
-  auto* source = const_cast<NITFHeader*>(&record);
-  auto* bytes = reinterpret_cast<uint8_t*>(source);
-  for (const PublicField& field : kFields) {
-    if (!SetSpecial(field.name, header, bytes)) {
-      const FieldRow<FileHeader>* row = FindRow<FileHeader>(FileHeader::Table(), field.name);
-      if (row != nullptr) (void)SetField(*row, header, {&field, bytes});
-      for (const LengthExchange& exchange : kLengths) {
-        if (std::string_view(exchange.names.countName) == field.name)
-          SetLengths(exchange, header, source);
-      }
-    }
-    bytes += SizeOf(field.kind);
-  }
+void SetFileHeader(FileHeader& header, const NITFHeader& record) {
+  (void)SetFields(kSetOrder, kFields, kSpecials, header, record, OnRefusal::GoOn);
 }
 
 void FreeFileHeader(NITFHeader& record) { FreeFields(kFields, &record); }

@@ -2,9 +2,12 @@
 
 #include <algorithm>
 
+#include "Common/Bounds.h"
+#include "Common/Owning.h"
+
 namespace {
 
-constexpr uint32_t kLocationHalf = 5;
+constexpr uint32_t kLocationHalf = Location::kHalf;
 
 struct Digits {
   uint64_t magnitude;  // held at the 64-bit end
@@ -140,25 +143,30 @@ Status WritePaddedField(int32_t file, std::string_view text, uint32_t width, cha
   return pad == ' ' ? writePadding() : Status::Success;
 }
 
+Status WriteNumberField(int32_t file, int64_t value, uint32_t width) {
+  char buffer[24];
+  return WritePaddedField(file, DecimalText(value, buffer), width, '0');
+}
+
 Status SetText(FieldView field, const char* text) {
   return CopyTextField(field.text, field.capacity, text);
 }
 
-Status SetLocation(Location& location, int32_t row, int32_t column, bool leadingSign) {
+Status SetLocation(Location& location, int32_t first, int32_t second, bool leadingSign) {
   char text[2 * kLocationHalf];
-  if (!FormatHalf(text, row, leadingSign) || !FormatHalf(text + kLocationHalf, column, leadingSign)) {
+  if (!FormatHalf(text, first, leadingSign) || !FormatHalf(text + kLocationHalf, second, leadingSign)) {
     return Status::InvalidParameter;
   }
   std::memcpy(location.text, text, sizeof text);
-  location.row = row;
-  location.column = column;
+  location.first = first;
+  location.second = second;
   return Status::Success;
 }
 
 void DecodeLocation(Location& location) {
   const std::string_view text(location.text, 2 * kLocationHalf);
-  location.row = DecodeHalf(text.substr(0, kLocationHalf));
-  location.column = DecodeHalf(text.substr(kLocationHalf));
+  location.first = DecodeHalf(text.substr(0, kLocationHalf));
+  location.second = DecodeHalf(text.substr(kLocationHalf));
 }
 
 Status SetDate(char* field, std::span<const char* const> pieces) {
@@ -186,63 +194,4 @@ const char* CodeTable::WrittenFor(uint32_t code, const char* otherwise) const {
     if (row.code == code) return row.written;
   }
   return otherwise;
-}
-
-Status FieldReader::Take(void* to, uint32_t bytes) {
-  if (mode_ == ReadMode::Replacement && (bytes > limit_ || taken_ > limit_ - bytes)) {
-    return Status::ReplacementEnd;
-  }
-  if (Status s = ReadExactly(file_, to, bytes); !Ok(s)) return s;
-  taken_ += bytes;
-  return Status::Success;
-}
-
-Status FieldReader::TakeText(char* text, uint32_t width, bool hasPlaceholder) {
-  if (Status s = Take(text, width); !Ok(s)) return s;
-  text[width] = 0;
-  if (hasPlaceholder && std::string_view(text, width).find_first_not_of('9') == std::string_view::npos) {
-    sawPlaceholder_ = true;
-  }
-  return Status::Success;
-}
-
-Status FieldReader::Require(CheckedSize bytes) const {
-  if (!bytes.Within(INT32_MAX)) return Status::ShortRead;
-  return mode_ == ReadMode::Replacement ? Status::Success : RequireRemaining(file_, bytes.Value());
-}
-
-Status FieldReader::RequireField(CheckedSize bytes) const {
-  if (mode_ == ReadMode::Normal) return Require(bytes);
-  return bytes.Within(limit_ - taken_) ? Status::Success : Status::ReplacementEnd;
-}
-
-Status FieldWriter::PutText(std::string_view text, uint32_t width, char pad) {
-  if (!measures_) {
-    if (Status s = WritePaddedField(file_, text, width, pad); !Ok(s)) return s;
-  }
-  written_ += width;
-  return Status::Success;
-}
-
-Status FieldWriter::PutNumber(int64_t value, uint32_t width) {
-  char buffer[24];
-  return PutText(DecimalText(value, buffer), width, '0');
-}
-
-Status FieldWriter::PutBytes(const void* bytes, uint32_t count) {
-  if (!measures_) {
-    if (Status s = WriteExactly(file_, bytes, count); !Ok(s)) return s;
-  }
-  written_ += count;
-  return Status::Success;
-}
-
-void DecodeField(FieldView field, const CodeTable* codes) {
-  if (field.location != nullptr) {
-    DecodeLocation(*field.location);
-  } else if (codes != nullptr) {
-    if (const CodeRow* row = codes->Find(field.text)) *field.value = row->code;
-  } else if (field.value != nullptr) {
-    *field.value = static_cast<uint32_t>(DecimalOf(field.text));
-  }
 }

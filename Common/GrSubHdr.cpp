@@ -1,6 +1,6 @@
 #include "Common/GrSubHdr.h"
 
-#include "Common/NitfFile.h"
+#include "Common/StrmFHdr.h"
 
 namespace {
 
@@ -20,24 +20,25 @@ Status AcceptForm(H& header) {
 // Whatever the record holds, the file says that colour is part of the metafile.
 void FormatColour(const H&, char (&text)[16]) { text[0] = 'C'; }
 
-constexpr auto kTable = JoinRows<H>(
+constexpr auto kTable = MakeTable<H>(
+    '0',
     std::array{
-        Field<&H::SY>("SY", 2).Starts("SY").Accept(&AcceptMark),
-        Field<&H::SID>("SID", 10).Starts("ID        "),
-        Field<&H::SNAME>("SNAME", 20).Blank(),
+        Field<&H::SY>("SY").Starts("SY").Accept(&AcceptMark).Fill(' '),
+        Field<&H::SID>("SID").Starts("ID        ").Fill(' '),
+        Field<&H::SNAME>("SNAME").Blank().Fill(' '),
     },
     SecurityRows<H, &H::security>({.prefix = "SS", .classPrefix = "SS", .fill = ' ', .classFill = '0'}),
     std::array{
-        Field<&H::ENCRYP>("ENCRYP", 1).Fill('0').SetNumber(),
-        Field<&H::SFMT>("SFMT", 1).Fill('0').Starts("C").Accept(&AcceptForm),
-        Field<&H::SSTRUCT>("SSTRUCT", 13).Fill('0').SetNumber(),
-        Field<&H::SDLVL>("SDLVL", 3).Fill('0').SetNumber(true).Write(WriteFrom::Value),
-        Field<&H::SALVL>("SALVL", 3).Fill('0').SetNumber(true).Write(WriteFrom::Value),
-        Field<&H::SLOC>("SLOC", 10).Fill('0').Set(SetAs::Location),
-        Field<&H::SBND1>("SBND1", 10).Fill('0').Set(SetAs::Location),
-        Field<&H::SCOLOR>("SCOLOR", 1).Blank().WriteWith(&FormatColour),
-        Field<&H::SBND2>("SBND2", 10).Fill('0').Set(SetAs::Location),
-        Field<&H::SRES1>("SRES1", 2).Fill('0').SetNumber(),
+        Field<&H::ENCRYP>("ENCRYP").SetNumber(),
+        Field<&H::SFMT>("SFMT").Starts("C").Accept(&AcceptForm),
+        Field<&H::SSTRUCT>("SSTRUCT").SetNumber(),
+        Field<&H::SDLVL>("SDLVL").SetNumber(true).Write(WriteFrom::Value),
+        Field<&H::SALVL>("SALVL").SetNumber(true).Write(WriteFrom::Value),
+        Field<&H::SLOC>("SLOC").Set(SetAs::Location),
+        Field<&H::SBND1>("SBND1").Set(SetAs::Location),
+        Field<&H::SCOLOR>("SCOLOR").Blank().WriteWith(&FormatColour),
+        Field<&H::SBND2>("SBND2").Set(SetAs::Location),
+        Field<&H::SRES1>("SRES1").SetNumber(),
     },
     ExtendedRows<H, &H::extended>("SXSHDL", "SXSOFL"));
 
@@ -47,16 +48,8 @@ FieldTable<GraphicSubheader> GraphicSubheader::Table() { return kTable; }
 
 GraphicSubheader::GraphicSubheader() { ApplyDefaults<GraphicSubheader>(kTable, *this); }
 
-Status GraphicSubheader::ReadSubheader(NitfFile& document, StreamingFileHeader& streaming,
-                                       ReadMode mode) {
-  return document.ParseHeader(*this, Table(), streaming, mode);
-}
+Status GraphicSubheader::ReadSubheader(HeaderParser& parser) { return parser.Parse(*this); }
 
 Status GraphicSubheader::SetGraphicData(const void* bytes, uint32_t count) {
-  KernelBuffer<uint8_t> copy;
-  if (Status s = copy.Allocate(count, ORB_HERE); !Ok(s)) return s;
-  KernelCopyMemory(copy.data(), bytes, count);
-  graphicData = std::move(copy);
-  hasGraphicData = true;
-  return Status::Success;
+  return appended.Set(bytes, count, ORB_HERE);
 }

@@ -1,19 +1,17 @@
 // Graphic subheader (MIL-STD-2500C, table A-5).
 #pragma once
 
+#include "Common/AppendedData.h"
 #include "Common/SharedFields.h"
 #include "host/vector.h"
 
-struct NitfFile;
-struct StreamingFileHeader;
+class HeaderParser;
 
 /// A vector drawing, freed with its owner.
-class OwnedDrawing {
+class OwnedDrawing : NonCopyable {
  public:
   OwnedDrawing() { Initialise(); }
   ~OwnedDrawing() { Free(); }
-  OwnedDrawing(const OwnedDrawing&) = delete;
-  OwnedDrawing& operator=(const OwnedDrawing&) = delete;
 
   void Free() {
     if (VectorIsEmpty(&handle) == 0) (void)VectorFree(&handle);
@@ -37,23 +35,17 @@ class OwnedDrawing {
 struct GraphicSubheader {
   GraphicSubheader();
 
-  void SetOwner(NitfFile& document, uint32_t position) {
-    owner = &document;
-    index = position;
-  }
   /// Parses the subheader at the file's position, which is put back on success. 1, -7, -9 or -1.
-  Status ReadSubheader(NitfFile& document, StreamingFileHeader& streaming, ReadMode mode);
-  /// Keeps a copy of the CGM bytes of an appended or replaced drawing; -1.
+  Status ReadSubheader(HeaderParser& parser);
+  /// Keeps a copy of the CGM bytes of an appended or replaced drawing; -814 for null, -1.
   Status SetGraphicData(const void* bytes, uint32_t count);
 
   /// Whether SFMT names a form ("C", "O", "B").
   bool HasForm(char form) const { return SFMT.text[0] == form; }
 
-  NitfFile* owner = nullptr;
   uint32_t index = 0;
   OwnedDrawing drawing;
-  KernelBuffer<uint8_t> graphicData;  ///< appended CGM bytes
-  bool hasGraphicData = false;
+  AppendedData appended;  ///< CGM bytes of an appended or replaced drawing
 
   Text<2> SY;
   Text<10> SID;
@@ -65,7 +57,7 @@ struct GraphicSubheader {
   Number<3> SDLVL;
   Number<3> SALVL;
   Location SLOC;
-  Location SBND1;
+  Location SBND1;  ///< its first number counts with the columns, its second with the rows
   Text<1> SCOLOR;
   Location SBND2;
   Text<2> SRES1;

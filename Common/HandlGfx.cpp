@@ -33,11 +33,11 @@ Status PaintDrawing(HDC dc, NitfFile& document, GraphicSubheader& graphic, int32
 }  // namespace
 
 RECT GraphicRectangle(const GraphicSubheader& graphic, int32_t rowOffset, int32_t columnOffset) {
-  const int32_t rowBase = graphic.SLOC.row + rowOffset;
-  const int32_t columnBase = graphic.SLOC.column + columnOffset;
+  const int32_t rowBase = graphic.SLOC.Row() + rowOffset;
+  const int32_t columnBase = graphic.SLOC.Column() + columnOffset;
   RECT place;
-  (void)SetRect(&place, graphic.SBND1.row + columnBase, graphic.SBND1.column + rowBase,
-                graphic.SBND2.row + columnBase, graphic.SBND2.column + rowBase);
+  (void)SetRect(&place, graphic.SBND1.first + columnBase, graphic.SBND1.second + rowBase,
+                graphic.SBND2.first + columnBase, graphic.SBND2.second + rowBase);
   return place;
 }
 
@@ -69,6 +69,6 @@ Status DrawGraphicSegment(HostLoadRecord*, HDC dc, NitfFile& document, uint32_t 
                           int32_t columnOffset) {
   if (Status s = LoadGraphicDrawing(document, index); !Ok(s)) return s;
   GraphicSubheader& graphic = *document.graphics.At(index);
-  if (!graphic.HasForm('C') || dc == nullptr) return Status::Success;
+  if (!graphic.HasForm('C')) return Status::Success;
   return PaintDrawing(dc, document, graphic, rowOffset, columnOffset);
 }

@@ -16,6 +16,7 @@ Status LoadSegmentDrawing(NitfFile& document, uint32_t index, VectorHandle& draw
 /// file-format or vector library's code; the record holds no drawing after a failure.
 Status LoadGraphicDrawing(NitfFile& document, uint32_t index);
 
-/// Loads and, with a device context, paints a graphic segment. The drawing stays loaded.
+/// Loads and paints a graphic segment; only CGM is painted. The drawing stays loaded. 1, or the first
+/// failure.
 Status DrawGraphicSegment(HostLoadRecord* record, HDC dc, NitfFile& document, uint32_t index,
                           int32_t rowOffset, int32_t columnOffset);

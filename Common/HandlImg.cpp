@@ -10,38 +10,18 @@ constexpr char16_t kSourceFile[] = u"HandlImg";
 
 using Reader = Status (*)(KernelBitmap& segment, const ImageSource& source);
 
-// The reader of each compression, in the order of the codes.
+// The reader of each family; none for what cannot be read.
 constexpr Reader kReaders[] = {
-    ReadUncompressedImage,     // NC
-    ReadUncompressedImage,     // NM
-    nullptr,                   // C0
-    ReadFacsimileImage,        // C1
-    nullptr,                   // C2
-    ReadJpegImage,             // C3
-    ReadVectorQuantisedImage,  // C4
-    ReadJpegImage,             // C5
-    ReadJpegImage,             // C6
-    ReadJpegImage,             // C8
-    ReadJpegImage,             // I1
-    nullptr,                   // M0
-    ReadFacsimileImage,        // M1
-    nullptr,                   // M2
-    ReadJpegImage,             // M3
-    ReadVectorQuantisedImage,  // M4
-    ReadJpegImage,             // M5
-    ReadJpegImage,             // M6
-    ReadJpegImage,             // M8
-    nullptr,                   // no code of the table
+    nullptr,                   // None
+    ReadUncompressedImage,     // Uncompressed
+    ReadFacsimileImage,        // Facsimile
+    ReadJpegImage,             // Jpeg
+    ReadVectorQuantisedImage,  // VectorQuantised
 };
-static_assert(std::size(kReaders) == static_cast<size_t>(Compression::Unknown) + 1);
-
-bool IsVectorQuantised(const ImageSubheader& header) {
-  return header.CompressionCode() == Compression::C4 || header.CompressionCode() == Compression::M4;
-}
 
 KernelColourOrder SegmentColourOrder(const ImageSubheader& header, uint32_t bitsPerPixel) {
   if (bitsPerPixel == 1 || bitsPerPixel == 8) return kOrderRgb;
-  return header.RepresentationCode() == Representation::Mono ? kOrderGrey : kOrderBgr;
+  return header.IsMono() ? kOrderGrey : kOrderBgr;
 }
 
 Status PutSegmentColours(KernelBitmap& bitmap, const ImageSubheader& header) {
@@ -80,20 +60,16 @@ void AdjustBiLevel(KernelBitmap& bitmap, const ImageSubheader& header) {
   PutOneColour(bitmap, 0, header.palette[1]);
 }
 
-Reader ReaderOf(const ImageSubheader& header) {
-  return kReaders[std::min<uint32_t>(header.IC.code, std::size(kReaders) - 1)];
-}
-
 Status FillSegmentBitmap(HostLoadRecord* record, NitfFile& document, uint32_t index,
                          OwnedBitmap& bitmap) {
   const ImageSource source = ImageSource::Of(document, index, record);
-  ImageSubheader& header = source.header;
-  const Reader reader = ReaderOf(header);
+  const ImageSubheader& header = source.header;
+  const Reader reader = kReaders[static_cast<size_t>(header.Family())];
   if (Status s = CreateSegmentBitmap(bitmap, header); !Ok(s)) return s;
   if (reader == nullptr) return Status::Unsupported;
   if (Status s = source.Require(0, LeastDataBytes(header)); !Ok(s)) return s;
   if (Status s = reader(bitmap.record, source); !Ok(s)) return s;
-  if (reader == ReadFacsimileImage) AdjustBiLevel(bitmap.record, header);
+  if (header.Family() == ReaderFamily::Facsimile) AdjustBiLevel(bitmap.record, header);
   return Status::Success;
 }
 
@@ -103,11 +79,11 @@ int32_t Clamp(int64_t coordinate) {
 
 RECT PlaceOf(const ImageSubheader& header, const KernelBitmap& bitmap, int32_t rowOffset,
              int32_t columnOffset) {
-  const bool ownSize = IsVectorQuantised(header);
+  const bool ownSize = header.Family() == ReaderFamily::VectorQuantised;
   const auto width = static_cast<int64_t>(ownSize ? bitmap.width : header.FullWidth().Value());
   const auto height = static_cast<int64_t>(ownSize ? bitmap.height : header.FullHeight().Value());
-  const int64_t left = int64_t{header.ILOC.column} + columnOffset;
-  const int64_t top = int64_t{header.ILOC.row} + rowOffset;
+  const int64_t left = int64_t{header.ILOC.Column()} + columnOffset;
+  const int64_t top = int64_t{header.ILOC.Row()} + rowOffset;
   RECT place;
   (void)SetRect(&place, Clamp(left), Clamp(top), Clamp(left + width), Clamp(top + height));
   return place;
@@ -131,7 +107,7 @@ Status PadColour(const KernelBitmap& bitmap, uint8_t code, COLORREF& colour) {
 // The palette index that a segment bitmap has for the pad pixel code; facsimile bitmaps have it inverted.
 uint8_t PadIndex(const ImageSubheader& header) {
   const uint8_t code = header.mask.TPXCD[0];
-  return ReaderOf(header) == ReadFacsimileImage ? code == 0 : code;
+  return header.Family() == ReaderFamily::Facsimile ? code == 0 : code;
 }
 
 Status PaintPixels(HDC dc, KernelBitmap& bitmap, const ImageSubheader& header, const RECT& place) {
@@ -171,6 +147,12 @@ Status LiftDarkImage(KernelBitmap& bitmap) {
 }
 
 }  // namespace
+
+Status PlaceBlock(KernelBitmap& segment, KernelBitmap& block, BlockPlace place) {
+  block.colourOrder = segment.colourOrder;
+  return FromHost(ImageEffectsCombine(&segment, place.column, place.row, block.width, block.height,
+                                      &block, 0, 0, kCombineCopy));
+}
 
 Status PutDefaultColours(KernelBitmap& bitmap, uint32_t bits) {
   constexpr uint32_t kEntries = 255;

@@ -1,11 +1,11 @@
 // Image subheader and image data mask table (MIL-STD-2500C, tables A-3 and A-3(A)).
 #pragma once
 
+#include "Common/AppendedData.h"
 #include "Common/SharedFields.h"
-#include "host/fileformat.h"
 
-struct NitfFile;
-struct StreamingFileHeader;
+class HeaderParser;
+struct FileHeader;
 
 /// Compression codes, in the order of their table.
 enum class Compression : uint32_t {
@@ -30,6 +30,8 @@ enum class Compression : uint32_t {
   M8,
   Unknown,  ///< no code of the table; no reader accepts it
 };
+/// What reads a compression's data.
+enum class ReaderFamily : uint8_t { None, Uncompressed, Facsimile, Jpeg, VectorQuantised };
 enum class Representation : uint32_t {
   Mono,
   Rgb,
@@ -72,8 +74,9 @@ struct BandFields {
   Number<5> NELUT;
 
   BandRepresentation Code() const { return static_cast<BandRepresentation>(IREPBAND.code); }
-  /// The fields before the lookup tables, in file order.
+  /// The fields before the lookup tables, in file order, and how many bytes they take.
   static FieldTable<BandFields> Table();
+  static uint32_t Bytes();
 };
 
 /// Where blocks lie, from the start of a masked image's data. Offsets are kept big-endian as in the file.
@@ -93,6 +96,8 @@ struct MaskTable {
   /// Writes the table.
   Status Write(FieldWriter& writer) const;
 
+  /// Whether block n is stored, as far as its record tells.
+  bool HasBlock(uint64_t n) const { return !HasBlockRecords() || BlockRecord(n) != kNoBlock; }
   bool HasBlockRecords() const { return blockRecords.size() != 0; }
   bool HasPadRecords() const { return padRecords.size() != 0; }
   /// Offset of block n behind the table; kNoBlock when it is not stored or out of the table.
@@ -108,13 +113,9 @@ struct MaskTable {
 struct ImageSubheader {
   ImageSubheader();
 
-  void SetOwner(NitfFile& document, uint32_t position) {
-    owner = &document;
-    index = position;
-  }
   /// Parses the subheader and the mask table behind it at the file's position, which is put back on
   /// success. 1, -7, -9, -13, -1, -700000 and -700002 (both after a message box).
-  Status ReadSubheader(NitfFile& document, StreamingFileHeader& streaming, ReadMode mode);
+  Status ReadSubheader(HeaderParser& parser);
 
   /// Reads what follows the fields: the mask table of a masked image.
   Status ReadTail(FieldReader& reader);
@@ -138,9 +139,6 @@ struct ImageSubheader {
   Status SetMagnification(const char* text);
   /// Copies as many bytes as TPXCDLNTH says; -814 for null.
   Status SetPadCode(const void* bytes);
-  /// Compresses a bitmap through the host into the segment's data; `byteCount` receives its length.
-  Status SetAppendedImage(const KernelBitmap& bitmap, uint32_t format, uint32_t bitsPerPixel,
-                          int32_t quality, uint32_t& byteCount);
 
   Compression CompressionCode() const { return static_cast<Compression>(IC.code); }
   Representation RepresentationCode() const { return static_cast<Representation>(IREP.code); }
@@ -150,8 +148,17 @@ struct ImageSubheader {
   bool IsCompressed() const {
     return CompressionCode() != Compression::NC && CompressionCode() != Compression::NM;
   }
+  /// What reads the image's data.
+  ReaderFamily Family() const;
   /// Whether the subheader is followed by a mask table that the parse reads.
   bool HasMaskTable() const;
+  bool IsMono() const { return RepresentationCode() == Representation::Mono; }
+  /// Whether the image is one block.
+  bool IsSingleBlock() const { return NBPR.value < 2 && NBPC.value < 2; }
+  uint64_t BlockCount() const { return uint64_t{NBPR.value} * NBPC.value; }
+  bool HasCoordinates() const { return ICORDS.text[0] != ' '; }
+  /// Decodes IMAG.
+  void TakeMagnification();
   uint32_t BandCount() const { return bandCount; }
   /// NBANDS, or XBANDS where that is 0: the bands that have a representation.
   uint32_t CodedBandCount() const { return NBANDS.value != 0 ? NBANDS.value : LengthOf(XBANDS.text); }
@@ -163,15 +170,14 @@ struct ImageSubheader {
   CheckedSize FullWidth() const { return CheckedSize(NPPBH.value) * NBPR.value; }
   CheckedSize FullHeight() const { return CheckedSize(NPPBV.value) * NBPC.value; }
 
-  NitfFile* owner = nullptr;
+  FileHeader* owner = nullptr;  ///< whose lengths follow what setters change
   uint32_t index = 0;
   bool loaded = false;  ///< IM was accepted
   uint32_t bandCount = 0;
   uint32_t biLevelOption = static_cast<uint32_t>(BiLevelOption::None);
   double magnification = 1.0;
   BandSelection rememberedBands = {-1, -1, -1};
-  KernelBuffer<uint8_t> appendedData;
-  bool hasAppendedData = false;
+  AppendedData appended;  ///< the encoded picture of an appended image
 
   Text<2> IM;
   Text<10> IID1;
@@ -210,9 +216,9 @@ struct ImageSubheader {
 
   /// Every field in file order.
   static FieldTable<ImageSubheader> Table();
-  static const CodeTable& BandCodes();
 
  private:
-  Status ChangeLength(bool longer, uint32_t bytes);
+  /// Makes the file header's lengths follow a field that appears or goes.
+  Status ChangeLength(const char* field, bool longer);
   Status MakeBands(uint32_t count);
 };

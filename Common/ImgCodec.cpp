@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "Common/HandlImg.h"
+#include "Common/ImgStreams.h"
 #include "host/display.h"
 
 namespace {
@@ -68,105 +69,6 @@ int32_t ORB_CALL DescribeFacsimile(HostRawDataInfo* info, void* userData) {
   return 1;
 }
 
-// ---------------------------------------------------------------- stream boundaries
-
-constexpr uint8_t kStartOfImage[] = {0xFF, 0xD8, 0xFF};
-constexpr uint32_t kMarkerBytes = sizeof kStartOfImage;
-constexpr uint32_t kScanChunk = 1024;
-
-// The first start of an image in [begin, end), or end. Entropy-coded bytes are rarely 0xFF.
-const uint8_t* FindMarker(const uint8_t* begin, const uint8_t* end) {
-  while (end - begin >= static_cast<ptrdiff_t>(kMarkerBytes)) {
-    const auto room = static_cast<size_t>(end - begin) - (kMarkerBytes - 1);
-    const auto* found = static_cast<const uint8_t*>(std::memchr(begin, kStartOfImage[0], room));
-    if (found == nullptr) return end;
-    if (std::memcmp(found, kStartOfImage, kMarkerBytes) == 0) return found;
-    begin = found + 1;
-  }
-  return end;
-}
-
-struct StreamPlace {
-  int64_t offset;  // in the segment's data
-  int64_t length;
-};
-
-// Finds the block streams of a segment one after the other.
-class StreamFinder {
- public:
-  explicit StreamFinder(const ImageSource& source) : source_(source), remaining_(source.length) {}
-
-  /// The stream from the position to the next start of an image; -7 when there is none.
-  Status FindNext(StreamPlace& place) {
-    uint8_t chunk[kScanChunk];
-    constexpr int64_t kStep = kScanChunk - kMarkerBytes;
-    const int64_t start = position_ + source_.header.mask.IMDATOFF;
-    // Chunks that lie wholly where an earlier search found nothing are passed over.
-    const int64_t clean = std::max<int64_t>(0, cleanEnd_ - start - kScanChunk);
-    for (int64_t scanned = clean / kStep * kStep; scanned < remaining_; scanned += kStep) {
-      if (Status s = source_.ReadAt(start + scanned, chunk, kScanChunk); !Ok(s)) return s;
-      const uint8_t* found = FindMarker(chunk + 1, std::end(chunk));
-      if (found == std::end(chunk)) {
-        cleanEnd_ = start + scanned + kScanChunk;
-        continue;
-      }
-      place = {start, scanned + (found - chunk)};
-      return place.length < remaining_ ? Status::Success : Status::ShortRead;
-    }
-    return Status::ShortRead;
-  }
-  /// The stream from the last start of an image to the end of the data; -7 when there is none.
-  Status FindLast(StreamPlace& place) {
-    if (!soughtLast_) last_ = {}, lastStatus_ = SearchLast(last_), soughtLast_ = true;
-    place = last_;
-    return lastStatus_;
-  }
-  /// Whether block record n points to a stream.
-  bool IsStored(uint64_t n) const { return source_.header.mask.BlockRecord(n) != MaskTable::kNoBlock; }
-  /// The stream of block record n, which ends where the next of `recordCount` records points.
-  Status FindRecorded(uint64_t n, uint64_t recordCount, StreamPlace& place) {
-    const MaskTable& mask = source_.header.mask;
-    for (uint64_t next = n + 1; next < recordCount; ++next) {
-      if (mask.BlockRecord(next) == MaskTable::kNoBlock) continue;
-      place.offset = int64_t{mask.BlockRecord(n)} + mask.IMDATOFF;
-      place.length = int64_t{mask.BlockRecord(next)} - mask.BlockRecord(n);
-      return Status::Success;
-    }
-    return FindLast(place);
-  }
-  /// Whether no data is left behind the streams that were passed.
-  bool IsExhausted() const { return position_ + source_.header.mask.IMDATOFF >= source_.length; }
-  /// Moves on behind a stream that was found without a record.
-  void Pass(const StreamPlace& place) {
-    position_ += place.length;
-    remaining_ -= place.length;
-  }
-
- private:
-  Status SearchLast(StreamPlace& place) const {
-    uint8_t chunk[kScanChunk];
-    for (int64_t end = source_.length; end > 0; end -= kScanChunk) {
-      const int64_t start = std::max<int64_t>(0, end - kScanChunk);
-      const auto bytes = static_cast<uint32_t>(end - start);
-      if (Status s = source_.ReadAt(start, chunk, bytes); !Ok(s)) return s;
-      const uint8_t* found = std::find_end(chunk, chunk + bytes, kStartOfImage, std::end(kStartOfImage));
-      if (found == chunk + bytes) continue;
-      place.offset = start + (found - chunk);
-      place.length = source_.length - place.offset;
-      return Status::Success;
-    }
-    return Status::ShortRead;
-  }
-
-  const ImageSource& source_;
-  int64_t position_ = 0;
-  int64_t remaining_;
-  int64_t cleanEnd_ = 0;  // no stream starts between the last one found and here
-  StreamPlace last_ = {};
-  Status lastStatus_ = Status::ShortRead;
-  bool soughtLast_ = false;
-};
-
 // ---------------------------------------------------------------- JPEG family
 
 // Tells the decoder of a later block what the first block's own NITF segment said: its length takes in
@@ -176,12 +78,13 @@ constexpr uint8_t kNitfSegment[] = {0xFF, 0xD8, 0xFF, 0xE6, 0x00, 0x19, 'N',  'I
                                     0x03, 0x08, 0x00, 0x01, 0x00, 0x03, 0x08, 0x01, 0x01};
 static_assert(sizeof kNitfSegment == 27);
 
-Status FillLoadOptions(ImageSubheader& header, HostLoadOptions& options) {
+Status FillLoadOptions(const ImageSource& source, HostLoadOptions& options) {
+  const ImageSubheader& header = source.header;
   options = {};
   if (Status s = FromHost(FileFormatDefaultLoadOptions(&options, kLoadOptionsSize)); !Ok(s)) return s;
   if (header.RepresentationCode() == Representation::Rgb) options.flags |= kLoadComponentsAreRgb;
   if (header.RepresentationCode() == Representation::Multi) {
-    const BandSelection bands = SelectBands(header, {0, 0, 0});
+    const BandSelection bands = SelectBands(header, source.rememberedBands, {0, 0, 0});
     options.flags |= kLoadSelectedBands;
     options.bands[0] = bands.red;
     options.bands[1] = bands.green;
@@ -201,19 +104,13 @@ Status ReadSingleStream(KernelBitmap& segment, const ImageSource& source) {
     return Status::BadStructure;
   }
   HostLoadOptions options;
-  if (Status s = FillLoadOptions(source.header, options); !Ok(s)) return s;
+  if (Status s = FillLoadOptions(source, options); !Ok(s)) return s;
   (void)KernelFreeBitmap(&segment);
   if (Status s = Codec(source.record).Load(stream.Span(), segment, 0, kOrderAsDecoded, &options); !Ok(s))
     return s;
   // The decoder's bitmap took the place of the one that had the display palette.
   const bool coloured = header.palette.size() != 0 && segment.bitsPerPixel <= 16;
   return coloured ? PutDisplayPalette(segment, header) : Status::Success;
-}
-
-Status PlaceBlock(KernelBitmap& segment, KernelBitmap& block, BlockPlace place) {
-  block.colourOrder = segment.colourOrder;
-  return FromHost(ImageEffectsCombine(&segment, place.column, place.row, block.width, block.height,
-                                      &block, 0, 0, kCombineCopy));
 }
 
 // Reads the stream of one block with room for the NITF segment in front of it.
@@ -238,16 +135,16 @@ class BlockStream {
 };
 
 Status ReadBlocks(KernelBitmap& segment, const ImageSource& source) {
-  ImageSubheader& header = source.header;
+  const ImageSubheader& header = source.header;
   const Codec codec(source.record);
   const bool multi = header.RepresentationCode() == Representation::Multi;
-  const uint64_t count = source.BlockCount();
+  const uint64_t count = header.BlockCount();
   StreamFinder finder(source);
   bool decodedOne = false;
   for (uint64_t n = 0; n < count; ++n) {
     StreamPlace place{};
     if (header.mask.HasBlockRecords()) {
-      if (!finder.IsStored(n)) continue;
+      if (!header.mask.HasBlock(n)) continue;
       if (Status s = finder.FindRecorded(n, count, place); !Ok(s)) return s;
     } else {
       if (Status s = n + 1 == count ? finder.FindLast(place) : finder.FindNext(place); !Ok(s)) return s;
@@ -257,7 +154,7 @@ Status ReadBlocks(KernelBitmap& segment, const ImageSource& source) {
     if (Status s = stream.Read(source, place); !Ok(s)) return s;
     if (!stream.IsUsable(header)) continue;
     HostLoadOptions options;
-    if (Status s = FillLoadOptions(header, options); !Ok(s)) return s;
+    if (Status s = FillLoadOptions(source, options); !Ok(s)) return s;
     const auto bytes = multi && decodedOne ? stream.WithNitfSegment() : stream.Plain();
     OwnedBitmap block;
     if (Status s = codec.Load(bytes, block.record, 0, kOrderAsDecoded, &options); !Ok(s)) return s;
@@ -280,7 +177,7 @@ class BandSequentialReader {
 
   Status Read() {
     bandCount_ = header_.BandCount();
-    blockCount_ = source_.BlockCount();
+    blockCount_ = header_.BlockCount();
     if (!header_.mask.HasBlockRecords()) {
       if (Status s = FindStreams(); !Ok(s)) return s;
     }
@@ -339,7 +236,7 @@ class BandSequentialReader {
     const uint64_t number = band * blockCount_ + n;
     StreamPlace place{};
     if (header_.mask.HasBlockRecords()) {
-      if (!finder_.IsStored(number)) return Status::Success;
+      if (!header_.mask.HasBlock(number)) return Status::Success;
       if (Status s = finder_.FindRecorded(number, bandCount_ * blockCount_, place); !Ok(s)) return s;
     } else if (Status s = FindStream(number, place); !Ok(s)) {
       return s;
@@ -365,7 +262,7 @@ class BandSequentialReader {
 
   KernelBitmap& segment_;
   const ImageSource& source_;
-  ImageSubheader& header_;
+  const ImageSubheader& header_;
   Codec codec_;
   StreamFinder finder_;
   uint32_t bandCount_ = 0;
@@ -399,8 +296,7 @@ Status ReadFacsimileImage(KernelBitmap& segment, const ImageSource& source) {
 Status ReadJpegImage(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   const Compression code = header.CompressionCode();
-  if ((header.NBPR.value < 2 && header.NBPC.value < 2) || code == Compression::C8 ||
-      code == Compression::M8) {
+  if (header.IsSingleBlock() || code == Compression::C8 || code == Compression::M8) {
     return ReadSingleStream(segment, source);
   }
   if (header.BandCount() > 1 && header.Mode() == ImageMode::S) {

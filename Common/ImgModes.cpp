@@ -16,23 +16,12 @@ class ScratchBlock {
   }
   void Prepare() { (void)KernelPrepareScratchBitmap(&bitmap_.record); }
   KernelBitmap& Record() { return bitmap_.record; }
-  Status Place(KernelBitmap& segment, BlockPlace place) {
-    KernelBitmap& scratch = bitmap_.record;
-    scratch.colourOrder = segment.colourOrder;
-    return FromHost(ImageEffectsCombine(&segment, place.column, place.row, scratch.width, scratch.height,
-                                        &scratch, 0, 0, kCombineCopy));
-  }
   uint32_t BytesPerLine() const { return bitmap_.record.bytesPerLine; }
   uint32_t BytesPerPixel() const { return std::max(1u, bitmap_.record.bitsPerPixel / 8); }
 
  private:
   OwnedBitmap bitmap_;
 };
-
-// Whether a block of a masked image is stored.
-bool IsStored(const ImageSource& source, uint32_t blockRecord) {
-  return blockRecord != MaskTable::kNoBlock && blockRecord <= source.length;
-}
 
 // ---------------------------------------------------------------- bi-level
 
@@ -88,10 +77,10 @@ Status ReadBiLevel(KernelBitmap& segment, const ImageSource& source) {
   ScratchBlock scratch;
   if (Status s = scratch.Allocate(header, segment.bitsPerPixel, kOrderBgr); !Ok(s)) return s;
   uint64_t behindPrevious = 0;
-  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
+  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
     uint64_t start = behindPrevious;
     if (mask.HasBlockRecords()) {
-      if (!IsStored(source, mask.BlockRecord(n))) continue;
+      if (!source.IsStored(n)) continue;
       start = mask.BlockRecord(n);
     } else if (mask.PadRecord(n) != MaskTable::kNoBlock) {
       start = mask.PadRecord(n);
@@ -101,18 +90,16 @@ Status ReadBiLevel(KernelBitmap& segment, const ImageSource& source) {
     BitRows bits(data.Span().subspan(static_cast<size_t>(start)));
     if (Status s = UnpackBiLevelBlock(header, bits, row.Span(), scratch); !Ok(s)) return s;
     behindPrevious = start + bits.BytesUsed();
-    if (Status s = scratch.Place(segment, PlaceOfBlock(header, n)); !Ok(s)) return s;
+    if (Status s = PlaceBlock(segment, scratch.Record(), PlaceOfBlock(header, n)); !Ok(s)) return s;
   }
   return Status::Success;
 }
 
 // ---------------------------------------------------------------- one and two bands
 
-bool IsMono(const ImageSubheader& header) { return header.RepresentationCode() == Representation::Mono; }
-
 // 32- and 64-bit samples of a "MONO" image are shown through an 8-bit bitmap.
 bool IsNarrowed(const ImageSubheader& header) {
-  return IsMono(header) && (header.NBPP.value == 32 || header.NBPP.value == 64);
+  return header.IsMono() && (header.NBPP.value == 32 || header.NBPP.value == 64);
 }
 
 // 12-bit samples of one band stand two in three bytes.
@@ -122,7 +109,7 @@ bool IsTwelveBit(const ImageSubheader& header) {
 
 uint32_t SingleBlockRowLength(const ImageSubheader& header, uint32_t width, uint32_t bytesPerLine) {
   if (IsTwelveBit(header)) return std::min(bytesPerLine, width) + (std::min(bytesPerLine, width) + 1) / 2;
-  const uint32_t bytesPerSample = IsMono(header) ? std::max(1u, header.NBPP.value / 8) : 1;
+  const uint32_t bytesPerSample = header.IsMono() ? std::max(1u, header.NBPP.value / 8) : 1;
   return std::min(bytesPerLine, width) * bytesPerSample;
 }
 
@@ -168,7 +155,7 @@ Status ReadMultiBlock(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   const MaskTable& mask = header.mask;
   ScratchBlock scratch;
-  if (Status s = scratch.Allocate(header, segment.bitsPerPixel, IsMono(header) ? kOrderGrey : kOrderBgr);
+  if (Status s = scratch.Allocate(header, segment.bitsPerPixel, header.IsMono() ? kOrderGrey : kOrderBgr);
       !Ok(s)) {
     return s;
   }
@@ -176,11 +163,11 @@ Status ReadMultiBlock(KernelBitmap& segment, const ImageSource& source) {
   KernelBuffer<uint8_t> row;
   if (Status s = row.Allocate(std::max(length, scratch.BytesPerLine()), ORB_HERE); !Ok(s)) return s;
   int64_t next = mask.IMDATOFF;
-  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
-    if (mask.HasBlockRecords() && !IsStored(source, mask.BlockRecord(n))) continue;
+  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
+    if (mask.HasBlockRecords() && !source.IsStored(n)) continue;
     if (Status s = ReadRowBlock(source, next, row, length, scratch); !Ok(s)) return s;
     next += int64_t{length} * header.NPPBV.value;
-    if (Status s = scratch.Place(segment, PlaceOfBlock(header, n)); !Ok(s)) return s;
+    if (Status s = PlaceBlock(segment, scratch.Record(), PlaceOfBlock(header, n)); !Ok(s)) return s;
   }
   return Status::Success;
 }
@@ -197,7 +184,7 @@ struct ModeLayout {
   bool usesPadRecords;    // without block records, pad pixel records give offsets
   bool repeatsLastRow;    // the last row of a block shows the row above it
   bool marksInterleaved;  // the segment bitmap's hint is set
-  uint8_t readOrder[3];   // of blue (0), green (1) and red (2)
+  uint8_t readOrder[3];   // of blue (0), green (1) and red (2): the one that hosts expect of a mode
 };
 
 // Bytes between the bands of a masked band-sequential image: the extent of its stored blocks.
@@ -205,8 +192,8 @@ int64_t MaskedPlane(const ImageSource& source) {
   const ImageSubheader& header = source.header;
   const int64_t inner = header.NBPC.value;
   int64_t first = -1, last = -1;
-  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
-    if (header.mask.BlockRecord(n) == MaskTable::kNoBlock) continue;
+  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
+    if (!header.mask.HasBlock(n)) continue;
     if (first < 0) first = static_cast<int64_t>(n);
     last = static_cast<int64_t>(n);
   }
@@ -258,7 +245,8 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
   }
   const bool masked = header.mask.HasBlockRecords();
   return {.blockLength = block,
-          .bandStride = masked ? MaskedPlane(source) : block * static_cast<int64_t>(source.BlockCount()),
+          .bandStride =
+              masked ? MaskedPlane(source) : block * static_cast<int64_t>(source.header.BlockCount()),
           .rowStride = width,
           .pixelStride = 1,
           .segmentDepth = false,
@@ -273,7 +261,7 @@ bool OffsetOfBlock(const ImageSource& source, const ModeLayout& layout, uint64_t
   const MaskTable& mask = source.header.mask;
   offset = static_cast<int64_t>(n) * layout.blockLength;
   if (mask.HasBlockRecords()) {
-    if (!IsStored(source, mask.BlockRecord(n))) return false;
+    if (!source.IsStored(n)) return false;
     offset = mask.BlockRecord(n);
   } else if (layout.usesPadRecords && mask.PadRecord(n) != MaskTable::kNoBlock) {
     offset = mask.PadRecord(n);
@@ -341,12 +329,12 @@ Status ReadBandBlock(const ImageSubheader& header, const ModeLayout& layout, int
   return Status::Success;
 }
 
-Status ReadBands(KernelBitmap& segment, const ImageSource& source) {
-  ImageSubheader& header = source.header;
+Status ReadInterleavedBands(KernelBitmap& segment, const ImageSource& source) {
+  const ImageSubheader& header = source.header;
   const ModeLayout layout = LayoutOf(segment, source);
   const bool startsAtZero = header.Mode() == ImageMode::B;
-  const BandSelection bands =
-      SelectBands(header, startsAtZero ? BandSelection{0, 0, 0} : BandSelection{0, 1, 2});
+  const BandSelection bands = SelectBands(header, source.rememberedBands,
+                                          startsAtZero ? BandSelection{0, 0, 0} : BandSelection{0, 1, 2});
   if (layout.marksInterleaved) segment.interleaved = 1;
   ScratchBlock scratch;
   if (Status s = scratch.Allocate(header, layout.segmentDepth ? segment.bitsPerPixel : 24, kOrderBgr);
@@ -355,25 +343,21 @@ Status ReadBands(KernelBitmap& segment, const ImageSource& source) {
   }
   BandRows rows(source, layout, bands);
   if (Status s = rows.Allocate(scratch); !Ok(s)) return s;
-  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
+  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
     int64_t offset = 0;
     if (!OffsetOfBlock(source, layout, n, offset)) continue;
     scratch.Prepare();
     if (Status s = ReadBandBlock(header, layout, offset, rows, scratch); !Ok(s)) return s;
-    if (Status s = scratch.Place(segment, PlaceOfBlock(header, n)); !Ok(s)) return s;
+    if (Status s = PlaceBlock(segment, scratch.Record(), PlaceOfBlock(header, n)); !Ok(s)) return s;
   }
   return Status::Success;
-}
-
-bool IsSingleBlock(const ImageSubheader& header) {
-  return header.NBPR.value < 2 && header.NBPC.value < 2;
 }
 
 }  // namespace
 
 uint32_t SegmentBitsPerPixel(const ImageSubheader& header) {
   const uint32_t bits = header.BandCount() > 1 ? header.NBPP.value * 3 : header.NBPP.value;
-  return IsMono(header) && (bits == 32 || bits == 64) ? 8 : bits;
+  return header.IsMono() && (bits == 32 || bits == 64) ? 8 : bits;
 }
 
 CheckedSize LeastDataBytes(const ImageSubheader& header) {
@@ -383,7 +367,7 @@ CheckedSize LeastDataBytes(const ImageSubheader& header) {
     const uint32_t rows = header.NPPBV.value == 0 ? 0 : header.NPPBV.value - 1;
     return blocks * header.NPPBH.value * rows;
   }
-  if (!IsSingleBlock(header)) return blocks * MultiBlockRowLength(header) * header.NPPBV.value;
+  if (!header.IsSingleBlock()) return blocks * MultiBlockRowLength(header) * header.NPPBV.value;
   const CheckedSize lineBits = header.FullWidth() * SegmentBitsPerPixel(header);
   if (!lineBits.Within(INT64_MAX) || !header.FullWidth().Within(INT32_MAX)) return UINT64_MAX;
   const auto bytesPerLine = static_cast<uint32_t>(lineBits.Value() / 8);
@@ -393,6 +377,6 @@ CheckedSize LeastDataBytes(const ImageSubheader& header) {
 Status ReadUncompressedImage(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   if (header.Pixel() == PixelType::BiLevel) return ReadBiLevel(segment, source);
-  if (header.BandCount() >= 3) return ReadBands(segment, source);
-  return IsSingleBlock(header) ? ReadSingleBlock(segment, source) : ReadMultiBlock(segment, source);
+  if (header.BandCount() >= 3) return ReadInterleavedBands(segment, source);
+  return header.IsSingleBlock() ? ReadSingleBlock(segment, source) : ReadMultiBlock(segment, source);
 }

@@ -13,6 +13,9 @@ inline BlockPlace PlaceOfBlock(const ImageSubheader& header, uint64_t n) {
           static_cast<uint32_t>(n / header.NBPR.value) * header.NPPBV.value};
 }
 
+/// Copies a block's pixels to their place in a segment bitmap. The image-effects library's status.
+Status PlaceBlock(KernelBitmap& segment, KernelBitmap& block, BlockPlace place);
+
 /// Fills a segment bitmap from uncompressed data. 1, -1, -7, -9 (bi-level data runs out), or the status
 /// of a kernel or image-effects operation; the blocks placed before a failure stay.
 Status ReadUncompressedImage(KernelBitmap& segment, const ImageSource& source);

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Common/BigEndian.h"
+
 namespace {
 
 constexpr char16_t kSourceFile[] = u"ImgPixel";
@@ -11,9 +13,7 @@ using Band = BandRepresentation;
 constexpr int32_t kNotFound = -1;
 
 int32_t FirstBandWith(const ImageSubheader& header, Band code) {
-  const uint32_t count =
-      std::min<uint32_t>(header.CodedBandCount(), static_cast<uint32_t>(header.bands.size()));
-  for (uint32_t band = 0; band < count; ++band) {
+  for (uint32_t band = 0; band < header.bands.size(); ++band) {
     if (header.BandCode(band) == code) return static_cast<int32_t>(band);
   }
   return kNotFound;
@@ -32,27 +32,24 @@ constexpr SelectionRule kRules[] = {
 };
 
 // Largest value of n bits.
-constexpr uint32_t LargestOf(uint32_t bits) {
+constexpr uint32_t LargestOfBits(uint32_t bits) {
   return bits >= 32 ? UINT32_MAX : (uint32_t{1} << bits) - 1;
-}
-
-uint32_t BigEndian(const uint8_t* bytes) {
-  return static_cast<uint32_t>(bytes[0]) << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
 }
 
 void ScaleToBytes(std::span<uint8_t> row, uint32_t abpp, SampleRange range) {
   const bool hasRange = range.low != range.high;
   const double low = hasRange ? range.low : 0.0;
-  const double span = hasRange ? static_cast<double>(range.high) - low : std::max(1u, LargestOf(abpp));
+  const double span =
+      hasRange ? static_cast<double>(range.high) - low : std::max(1u, LargestOfBits(abpp));
   for (size_t i = 0; 4 * i + 4 <= row.size(); ++i) {
-    const double value = BigEndian(&row[4 * i]);
+    const double value = Big32(&row[4 * i]);
     const double scaled = (255.0 * value - 255.0 * low) / span;
     row[i] = static_cast<uint8_t>(static_cast<int64_t>(scaled));
   }
 }
 
 void StretchWords(std::span<uint8_t> row, uint32_t nbpp, uint32_t abpp) {
-  const uint32_t to = LargestOf(nbpp) & 0xFFFF, from = LargestOf(abpp);
+  const uint32_t to = LargestOfBits(nbpp) & 0xFFFF, from = LargestOfBits(abpp);
   for (size_t i = 0; i + 2 <= row.size(); i += 2) {
     const uint32_t value = static_cast<uint32_t>(row[i] << 8 | row[i + 1]);
     const auto stretched = static_cast<uint16_t>(value * to / from);
@@ -83,8 +80,10 @@ bool Stretches(uint32_t nbpp, uint32_t abpp) {
 }  // namespace
 
 ImageSource ImageSource::Of(NitfFile& document, uint32_t index, HostLoadRecord* record) {
+  ImageSubheader& header = *document.images.At(index);
   return {document,
-          *document.images.At(index),
+          header,
+          header.rememberedBands,
           index,
           record,
           document.DataLength(SegmentKind::Image, index),
@@ -104,7 +103,8 @@ Status ImageSource::Require(int64_t offset, CheckedSize bytes) const {
   return RequireRemaining(document.FileHandle(), bytes.Value());
 }
 
-BandSelection SelectBands(ImageSubheader& header, BandSelection initial) {
+BandSelection SelectBands(const ImageSubheader& header, BandSelection& remembered,
+                          BandSelection initial) {
   const int32_t last = static_cast<int32_t>(header.CodedBandCount()) - 1;
   for (const SelectionRule& rule : kRules) {
     const int32_t red = FirstBandWith(header, rule.red);
@@ -118,18 +118,12 @@ BandSelection SelectBands(ImageSubheader& header, BandSelection initial) {
     const BandSelection chosen = {index(red, initial.red), index(green, initial.green),
                                   index(blue, initial.blue)};
     if (chosen.red == chosen.green || chosen.green == chosen.blue || chosen.red == chosen.blue) {
-      header.rememberedBands = chosen;
+      remembered = chosen;
     }
     return chosen;
   }
-  const BandSelection& kept = header.rememberedBands;
-  if (kept.red != -1 && kept.green != -1 && kept.blue != -1) return kept;
+  if (remembered.red != -1 && remembered.green != -1 && remembered.blue != -1) return remembered;
   return {0, std::min(1, last), std::min(2, last)};
-}
-
-bool NeedsConversion(uint32_t nbpp, uint32_t abpp) {
-  return ScalesByRange(nbpp, abpp) || Stretches(nbpp, abpp) ||
-         (nbpp == abpp && (nbpp == 12 || nbpp == 16));
 }
 
 void ConvertSamples(std::span<uint8_t> row, uint32_t nbpp, uint32_t abpp, SampleRange range) {
@@ -153,10 +147,10 @@ Status FindSampleRange(const ImageSource& source, SampleRange& range) {
     const uint32_t bytes = std::min(whole, source.length - position);
     if (Status s = source.ReadAt(position, piece.data(), bytes); !Ok(s)) return s;
     if (range.low == -1 && range.high == -1 && bytes >= 4) {
-      range.low = range.high = static_cast<int32_t>(BigEndian(piece.data()));
+      range.low = range.high = static_cast<int32_t>(Big32(piece.data()));
     }
     for (uint32_t i = 0; i + 4 <= bytes; i += 4) {
-      const auto value = static_cast<int32_t>(BigEndian(piece.data() + i));
+      const auto value = static_cast<int32_t>(Big32(piece.data() + i));
       range.low = std::min(range.low, value);
       range.high = std::max(range.high, value);
     }

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "Common/NitfFile.h"
+#include "host/fileformat.h"
 
 /// The data of one image segment while it is read.
 struct ImageSource {
   NitfFile& document;
-  ImageSubheader& header;
+  const ImageSubheader& header;
+  BandSelection& rememberedBands;  ///< of the image's last selection with equal bands
   uint32_t index;
   HostLoadRecord* record;  ///< of a running fltLoad, or null
   uint32_t length;         ///< LI
@@ -18,12 +20,15 @@ struct ImageSource {
   Status ReadAt(int64_t offset, void* to, uint32_t bytes) const;
   /// -7 unless the file has `bytes` behind an offset of the data.
   Status Require(int64_t offset, CheckedSize bytes) const;
-  uint64_t BlockCount() const { return uint64_t{header.NBPR.value} * header.NBPC.value; }
+  /// Whether block n is stored and its record lies within the data.
+  bool IsStored(uint64_t n) const {
+    return header.mask.HasBlock(n) && header.mask.BlockRecord(n) <= length;
+  }
 };
 
 /// Chooses the bands shown as red, green and blue by their representations, starting from `initial`. A
-/// selection with equal indexes is remembered in the subheader for images without representations.
-BandSelection SelectBands(ImageSubheader& header, BandSelection initial);
+/// selection with equal indexes is remembered for images without representations.
+BandSelection SelectBands(const ImageSubheader& header, BandSelection& remembered, BandSelection initial);
 
 /// Smallest and largest 32-bit sample; both -1 before any was seen.
 struct SampleRange {
@@ -35,8 +40,6 @@ struct SampleRange {
 constexpr bool ScalesByRange(uint32_t nbpp, uint32_t abpp) {
   return nbpp != abpp && nbpp > 16 && nbpp <= 32;
 }
-/// Whether ConvertSamples changes samples of these depths at all.
-bool NeedsConversion(uint32_t nbpp, uint32_t abpp);
 /// Converts a row in place. 32-bit samples become bytes, scaled to the range (without one: to the values
 /// of `abpp` bits); 9 to 16 significant bits are stretched to `nbpp` in host order; 12-bit pairs are
 /// repacked; 16-bit samples of 16 significant bits get host order.

@@ -2,17 +2,13 @@
 
 #include <algorithm>
 
+#include "Common/BigEndian.h"
 #include "Common/HandlImg.h"
 #include "host/display.h"
 
 namespace {
 
 constexpr char16_t kSourceFile[] = u"ImgVq";
-
-uint16_t Big16(const uint8_t* bytes) { return static_cast<uint16_t>(bytes[0] << 8 | bytes[1]); }
-uint32_t Big32(const uint8_t* bytes) {
-  return static_cast<uint32_t>(Big16(bytes)) << 16 | Big16(bytes + 2);
-}
 
 // Codes of a fixed number of bits, most significant first, one after the other from the file. Bits left
 // over at the end of a row or block belong to the next code.
@@ -149,18 +145,14 @@ class VqDecoder {
 
   Status Decode(const ImageSource& source) {
     if (Status s = PrepareBlock(); !Ok(s)) return s;
-    for (uint64_t n = 0; n < source.BlockCount(); ++n) {
+    for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
       const MaskTable& mask = header_.mask;
-      if (mask.HasBlockRecords() && mask.BlockRecord(n) == MaskTable::kNoBlock) continue;
+      if (!mask.HasBlock(n)) continue;
       if (Status s = DecodeBlock(); !Ok(s)) return s;
       const BlockPlace place = PlaceOfBlock(header_, n);
       KernelBitmap& block = block_.record;
       (void)KernelSetBitmapData(&block, pixels_.data(), block.height * block.bytesPerLine);
-      if (Status s = FromHost(ImageEffectsCombine(&segment_, place.column, place.row, block.width,
-                                                  block.height, &block, 0, 0, kCombineCopy));
-          !Ok(s)) {
-        return s;
-      }
+      if (Status s = PlaceBlock(segment_, block, place); !Ok(s)) return s;
       (void)KernelPrepareScratchBitmap(&block);
     }
     return Status::Success;
@@ -230,8 +222,8 @@ class VqDecoder {
 Status ShrinkToStoredBlocks(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   BlockPlace last = {0, 0};
-  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
-    if (header.mask.HasBlockRecords() && header.mask.BlockRecord(n) == MaskTable::kNoBlock) continue;
+  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
+    if (!header.mask.HasBlock(n)) continue;
     const BlockPlace place = PlaceOfBlock(header, n);
     last = {std::max(last.column, place.column), std::max(last.row, place.row)};
   }
@@ -289,8 +281,8 @@ Status FindVqDataExtent(const ImageSource& source, VqDataExtent& extent) {
     if (Status s = first.Read(file, rawRecord); !Ok(s)) return s;
   }
   uint64_t stored = 0;
-  for (uint64_t n = 0; n < source.BlockCount(); ++n) {
-    stored += !mask.HasBlockRecords() || mask.BlockRecord(n) != MaskTable::kNoBlock;
+  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
+    stored += mask.HasBlock(n);
   }
   const CheckedSize tables = CheckedSize(first.recordCount) * step *
                              VqBytesPerPixel(SegmentBitsPerPixel(image)) * vq.lookupRecordCount;
@@ -306,7 +298,8 @@ Status FindVqDataExtent(const ImageSource& source, VqDataExtent& extent) {
 Status SeekPastMaskTable(const ImageSource& source) {
   uint8_t head[10];
   if (Status s = source.ReadAt(0, head, sizeof head); !Ok(s)) return s;
-  const int64_t records = static_cast<int64_t>(source.BlockCount() * source.header.NBANDS.value) * 4;
+  const int64_t records =
+      static_cast<int64_t>(source.header.BlockCount() * source.header.NBANDS.value) * 4;
   int64_t bytes = sizeof head + (Big16(head + 8) + 7) / 8;
   if (Big16(head + 4) != 0) bytes += records;
   if (Big16(head + 6) != 0) bytes += records;

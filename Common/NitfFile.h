@@ -10,11 +10,8 @@
 #include "Common/TxSubHdr.h"
 
 /// Segment data is read on demand from the open file; all reads move its one position.
-struct NitfFile {
-  NitfFile() = default;
+struct NitfFile : NonCopyable {
   ~NitfFile() { FreeObjects(); }
-  NitfFile(const NitfFile&) = delete;
-  NitfFile& operator=(const NitfFile&) = delete;
 
   /// Opens a file and reads its header and every segment's subheader, in file order. 1, -7 (also for a
   /// file that does not open), -9, -13, -78, -1, -700000 to -700002.
@@ -36,11 +33,6 @@ struct NitfFile {
   uint32_t DataLength(SegmentKind kind, uint32_t index) const;
   int32_t FileHandle() const { return file.Handle(); }
 
-  /// Parses one header record at the file's position, and again from the replacement data when the first
-  /// pass met a placeholder. The position is put back on success.
-  template <class R>
-  Status ParseHeader(R& record, FieldTable<R> table, StreamingFileHeader& streaming, ReadMode mode);
-
   /// The file header, null before FHDR was accepted.
   FileHeader* Header() { return headerPresent ? &header : nullptr; }
   uint32_t ImageCount() const { return images.Count(); }
@@ -53,9 +45,8 @@ struct NitfFile {
   bool graphicOption = false;
   bool liftDarkImages = false;
   bool fixedCanvas = false;
-  uint32_t replacementConsumed = 0;
-  bool streamingLocated = false;
-  uint32_t replacementDistance = 0;  ///< from the end of the file to the next replacement byte
+  ReplacementProgress replacement;
+  ParseFault fault;  ///< where a failed read ended
   bool headerPresent = false;
   FileHeader header;
   COLORREF background = 0xFFFFFF;
@@ -65,37 +56,7 @@ struct NitfFile {
   SegmentList<DataExtensionSubheader> dataExtensions;
 
  private:
+  Status ParseDocument(HeaderParser& parser);
   template <class R>
-  Status ReadSubheaders(SegmentKind kind, SegmentList<R>& list, StreamingFileHeader& streaming);
-  Status SeekToReplacement(StreamingFileHeader& streaming);
-  uint32_t ReplacementLeft(const StreamingFileHeader& streaming) const {
-    return streaming.SFH_L1 - std::min(streaming.SFH_L1, replacementConsumed);
-  }
+  Status ReadSubheaders(SegmentKind kind, SegmentList<R>& list, HeaderParser& parser);
 };
-
-/// Finds the streaming file header by its first delimiter, searching from the end of the file, and reads
-/// it. `distance` receives how far before the end the replacement data begins. 1, -13, -9, -7 or -1.
-Status FindStreamingHeader(int32_t file, StreamingFileHeader& streaming, uint32_t& distance);
-
-template <class R>
-Status NitfFile::ParseHeader(R& record, FieldTable<R> table, StreamingFileHeader& streaming,
-                             ReadMode mode) {
-  const int64_t start = KernelSeek(FileHandle(), 0, kSeekCurrent);
-  FieldReader reader(FileHandle(), mode, ReplacementLeft(streaming));
-  Status status = ReadRows<R>(table, record, reader);
-  if constexpr (requires { record.ReadTail(reader); }) {
-    if (Ok(status)) status = record.ReadTail(reader);
-  }
-  if (status == Status::ReplacementEnd) return Status::Success;
-  if (!Ok(status)) return status;
-  if (mode == ReadMode::Replacement) {
-    replacementConsumed += reader.Taken();
-    replacementDistance -= reader.Taken();
-  } else if (reader.SawPlaceholder()) {
-    if (Status s = SeekToReplacement(streaming); !Ok(s)) return s;
-    // A placeholder met in replacement mode starts nothing further.
-    if (Status s = ParseHeader(record, table, streaming, ReadMode::Replacement); !Ok(s)) return s;
-  }
-  (void)KernelSeek(FileHandle(), start, kSeekStart);
-  return Status::Success;
-}

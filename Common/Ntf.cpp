@@ -18,10 +18,6 @@ void TakeOptions(NitfFile& document, HostLoadOptions* options) {
   document.TakeOptions(options->flags);
 }
 
-Status Measure(NitfFile& document, uint32_t& width, uint32_t& height) {
-  return FromHost(GetActual_Width_Height(&document, &width, &height));
-}
-
 void FillFileInfo(HostFileInfo& info, uint32_t width, uint32_t height) {
   const uint64_t bytesPerLine = ((uint64_t{width} * kCanvasBitsPerPixel + 31) >> 3) & ~uint64_t{3};
   info.format = kFormatNitf;
@@ -38,17 +34,28 @@ Status ReportSize(HostInformationRecord& record) {
   (void)KernelSeek(record.file, 0, kSeekStart);
   TakeOptions(document, record.options);
   if (Status s = document.ReadDocument(record.fileName); !Ok(s)) return s;
+  DisplayList list;
+  if (Status s = BuildDisplayList(document, list); !Ok(s)) return s;
   uint32_t width = 0, height = 0;
-  if (Status s = Measure(document, width, height); !Ok(s)) return s;
+  if (Status s = MeasureComposite(document, list, width, height); !Ok(s)) return s;
   if (record.info != nullptr) FillFileInfo(*record.info, width, height);
+  return Status::Success;
+}
+
+Status DrawObjects(HostLoadRecord* record, HDC dc, NitfFile& document, const DisplayList& list) {
+  for (const DisplayItem& item : list.Items()) {
+    const Status status =
+        item.kind == SegmentKind::Image
+            ? DrawImageSegment(record, dc, document, item.index, item.rowOffset, item.columnOffset)
+            : DrawGraphicSegment(record, dc, document, item.index, item.rowOffset, item.columnOffset);
+    if (!Ok(status)) return status;
+  }
   return Status::Success;
 }
 
 // A small file that claims a large canvas is found out before its pixels are touched: the failure with
 // which drawing would end, as far as the segments in front tell.
-Status FindMissingData(NitfFile& document) {
-  DisplayList list;
-  if (Status s = BuildDisplayList(document, list); !Ok(s)) return s;
+Status FindMissingData(NitfFile& document, const DisplayList& list) {
   for (const DisplayItem& item : list.Items()) {
     bool known = false;
     if (item.kind != SegmentKind::Image) return Status::Success;
@@ -62,19 +69,21 @@ Status FindMissingData(NitfFile& document) {
 // the canvas to be used.
 Status RenderCanvas(HostLoadRecord* record, NitfFile& document, uint32_t bitsPerPixel,
                     OwnedBitmap& canvas, Status& drawn) {
+  DisplayList list;
+  if (Status s = BuildDisplayList(document, list); !Ok(s)) return s;
   uint32_t width = 0, height = 0;
-  if (Status s = Measure(document, width, height); !Ok(s)) return s;
+  if (Status s = MeasureComposite(document, list, width, height); !Ok(s)) return s;
   if (Status s = canvas.Allocate(width, height, bitsPerPixel, kOrderBgr, kViewBottomLeft); !Ok(s))
     return s;
   const bool large = uint64_t{width} * height > kLargeCanvas;
-  const Status missing = large ? FindMissingData(document) : Status::Success;
+  const Status missing = large ? FindMissingData(document, list) : Status::Success;
   if (Ok(missing)) {
     if (Status s = FromHost(KernelFillBitmap(&canvas.record, document.background)); !Ok(s)) return s;
   }
   const BitmapDc dc(canvas.record);
   if (dc.get() == nullptr) return Status::OutOfMemory;
   if (!Ok(missing)) return missing;
-  drawn = FromHost(Orb_NitfDrawObjects(record, dc.get(), &canvas.record, &document));
+  drawn = DrawObjects(record, dc.get(), document, list);
   return ToCaller(drawn) < 1 ? drawn : Status::Success;
 }
 
@@ -110,25 +119,6 @@ Status LoadComposite(HostLoadRecord& record) {
                        record.userData);
 }
 
-Status DrawItem(HostLoadRecord* record, HDC dc, NitfFile& document, DisplayList& list,
-                const DisplayItem& item) {
-  int32_t rowOffset = 0, columnOffset = 0;
-  list.AttachmentOffset(item, rowOffset, columnOffset);
-  if (item.kind == SegmentKind::Image) {
-    return DrawImageSegment(record, dc, document, item.index, rowOffset, columnOffset);
-  }
-  return DrawGraphicSegment(record, dc, document, item.index, rowOffset, columnOffset);
-}
-
-Status DrawObjects(HostLoadRecord* record, HDC dc, NitfFile& document) {
-  DisplayList list;
-  if (Status s = BuildDisplayList(document, list); !Ok(s)) return s;
-  for (const DisplayItem& item : list.Items()) {
-    if (Status s = DrawItem(record, dc, document, list, item); !Ok(s)) return s;
-  }
-  return Status::Success;
-}
-
 }  // namespace
 
 int32_t ORB_CALL fltInfo(HostInformationRecord* record) {
@@ -155,5 +145,7 @@ int32_t ORB_CALL Orb_NtfRenderBitmap(KernelBitmap* bitmap, NitfHandle document) 
 
 int32_t ORB_CALL Orb_NitfDrawObjects(HostLoadRecord* record, HDC dc, KernelBitmap*, NitfHandle document) {
   if (document == nullptr) return ToCaller(Status::NullHandle);
-  return ToCaller(DrawObjects(record, dc, *document));
+  DisplayList list;
+  if (Status s = BuildDisplayList(*document, list); !Ok(s)) return ToCaller(s);
+  return ToCaller(DrawObjects(record, dc, *document, list));
 }

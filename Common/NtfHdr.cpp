@@ -1,6 +1,7 @@
 #include "Common/NtfHdr.h"
 
-#include "Common/NitfFile.h"
+#include "Common/StrmFHdr.h"
+#include "host/windows.h"
 
 namespace {
 
@@ -55,26 +56,21 @@ Status ReadLength(FieldReader& reader, uint16_t width, bool placeholder, uint32_
   return Status::Success;
 }
 
-template <auto Count, auto Table, const LengthFields& kFields>
-Status ReadLengths(FileHeader& header, FieldReader& reader) {
-  Number<3>& number = header.*Count;
+Status ReadLengths(const SegmentLengthFields& fields, FileHeader& header, FieldReader& reader) {
+  Number<3>& number = header.*fields.count;
   const uint32_t count = number.value = LengthOf(number.text);
-  if (Status s = reader.Require(CheckedSize(count) * (kFields.subheaderWidth + kFields.dataWidth));
-      !Ok(s)) {
-    return s;
-  }
-  LengthTable& table = header.*Table;
+  if (Status s = reader.Require(CheckedSize(count) * fields.EntryBytes()); !Ok(s)) return s;
+  LengthTable& table = header.*fields.table;
   if (Status s = table.Resize(count); !Ok(s)) return s;
   for (uint32_t i = 0; i < count; ++i) {
-    SegmentLengths& inFile = table.inFile[i];
-    SegmentLengths& current = table.current[i];
-    if (Status s = ReadLength(reader, kFields.subheaderWidth, kFields.subheaderPlaceholder,
+    SegmentLengths &inFile = table.inFile[i], &current = table.current[i];
+    if (Status s = ReadLength(reader, fields.subheaderWidth, fields.subheaderPlaceholder,
                               inFile.subheader, current.subheader);
         !Ok(s)) {
       return s;
     }
     if (Status s =
-            ReadLength(reader, kFields.dataWidth, kFields.dataPlaceholder, inFile.data, current.data);
+            ReadLength(reader, fields.dataWidth, fields.dataPlaceholder, inFile.data, current.data);
         !Ok(s)) {
       return s;
     }
@@ -82,77 +78,78 @@ Status ReadLengths(FileHeader& header, FieldReader& reader) {
   return Status::Success;
 }
 
-template <auto Table, const LengthFields& kFields>
-Status WriteLengths(const FileHeader& header, FieldWriter& writer) {
-  for (const SegmentLengths& lengths : (header.*Table).current) {
-    if (Status s = writer.PutNumber(lengths.subheader, kFields.subheaderWidth); !Ok(s)) return s;
-    if (Status s = writer.PutNumber(lengths.data, kFields.dataWidth); !Ok(s)) return s;
+Status WriteLengths(const SegmentLengthFields& fields, const FileHeader& header, FieldWriter& writer) {
+  for (const SegmentLengths& lengths : (header.*fields.table).current) {
+    if (Status s = writer.PutNumber(lengths.subheader, fields.subheaderWidth); !Ok(s)) return s;
+    if (Status s = writer.PutNumber(lengths.data, fields.dataWidth); !Ok(s)) return s;
   }
   return Status::Success;
 }
 
-void FormatFileLength(const FileHeader& header, char (&text)[16]) {
-  (void)FormatNumberField(text, 12, static_cast<int64_t>(header.fileLength));
-}
-void FormatHeaderLength(const FileHeader& header, char (&text)[16]) {
-  (void)FormatNumberField(text, 6, header.currentHeaderLength);
-}
-template <auto Table>
-void FormatCount(const FileHeader& header, char (&text)[16]) {
-  (void)FormatNumberField(text, 3, (header.*Table).Count());
-}
-
-template <auto Count, auto Table, const LengthFields& kFields>
-constexpr FieldRow<FileHeader> CountField() {
-  return Field<Count>(kFields.countName, 3)
-      .SetNumber(true)
-      .Then(&ReadLengths<Count, Table, kFields>, &WriteLengths<Table, kFields>);
-}
-
 using H = FileHeader;
-constexpr auto kTable = [] {
-  auto table = JoinRows<H>(
-      std::array{
-          Field<&H::FHDR>("FHDR", 4).Starts("NITF").Accept(&AcceptMark),
-          Field<&H::FVER>("FVER", 5).Starts("02.10").Accept(&AcceptVersion),
-          Field<&H::CLEVEL>("CLEVEL", 2).Starts("03").SetNumber(true).Accept(&AcceptComplexity),
-          Field<&H::STYPE>("STYPE", 4).Starts("BF01"),
-          Field<&H::OSTAID>("OSTAID", 10),
-          Field<&H::FDT>("FDT", 14).Starts("20050101010101").Set(SetAs::Date),
-          Field<&H::FTITLE>("FTITLE", 80).Blank(),
-      },
-      SecurityRows<H, &H::security>({.prefix = "FS", .classPrefix = "FS", .fill = '0', .classFill = '0'}),
-      std::array{
-          Field<&H::FSCOP>("FSCOP", 5).SetNumber(),
-          Field<&H::FSCPYS>("FSCPYS", 5).SetNumber(),
-          Field<&H::ENCRYP>("ENCRYP", 1).SetNumber(),
-          Field<&H::FBKGC>("FBKGC", 3).Raw().Set(SetAs::Bytes).Accept(&TakeBackground),
-          Field<&H::ONAME>("ONAME", 24).Blank(),
-          Field<&H::OPHONE>("OPHONE", 18).Blank(),
-          Field<&H::FL>("FL", 12)
-              .SetNumber()
-              .Placeholder()
-              .Accept(&TakeFileLength)
-              .WriteWith(&FormatFileLength),
-          Field<&H::HL>("HL", 6)
-              .SetNumber(true)
-              .Placeholder()
-              .Accept(&TakeHeaderLength)
-              .WriteWith(&FormatHeaderLength),
-          CountField<&H::NUMI, &H::images, kImageLengths>().WriteWith(&FormatCount<&H::images>),
-          CountField<&H::NUMS, &H::graphics, kGraphicLengths>().WriteWith(&FormatCount<&H::graphics>),
-          Field<&H::NUMX>("NUMX", 3).SetNumber().Accept(&AcceptReserved),
-          CountField<&H::NUMT, &H::texts, kTextLengths>().WriteWith(&FormatCount<&H::texts>),
-          CountField<&H::NUMDES, &H::dataExtensions, kDataExtensionLengths>().WriteWith(
-              &FormatCount<&H::dataExtensions>),
-          CountField<&H::NUMRES, &H::reservedExtensions, kReservedLengths>().WriteWith(
-              &FormatCount<&H::reservedExtensions>),
-      },
-      ExtendedRows<H, &H::userDefined>("UDHDL", "UDHOFL"),
-      ExtendedRows<H, &H::extended>("XHDL", "XHDLOFL"));
-  for (auto& row : table) row.fill = '0';
-  return table;
-}();
+
+void FormatFileLength(const H& header, char (&text)[16]) {
+  (void)FormatNumberField(text, sizeof H::FL.text - 1, static_cast<int64_t>(header.fileLength));
+}
+void FormatHeaderLength(const H& header, char (&text)[16]) {
+  (void)FormatNumberField(text, sizeof H::HL.text - 1, header.currentHeaderLength);
+}
+
+// A count, followed by the lengths of as many segments. What is written is what the tables hold.
+template <size_t I>
+constexpr FieldRow<H> CountField() {
+  constexpr const SegmentLengthFields& fields = kSegmentLengths[I];
+  return Field<fields.count>(fields.countName)
+      .SetNumber(true)
+      .Then(
+          [](H& header, FieldReader& reader) { return ReadLengths(kSegmentLengths[I], header, reader); },
+          [](const H& header, FieldWriter& writer) {
+            return WriteLengths(kSegmentLengths[I], header, writer);
+          })
+      .WriteWith([](const H& header, char(&text)[16]) {
+        const SegmentLengthFields& written = kSegmentLengths[I];
+        (void)FormatNumberField(text, 3, (header.*written.table).Count());
+      });
+}
+
+constexpr auto kTable =
+    MakeTable<H>('0',
+                 std::array{
+                     Field<&H::FHDR>("FHDR").Starts("NITF").Accept(&AcceptMark),
+                     Field<&H::FVER>("FVER").Starts("02.10").Accept(&AcceptVersion),
+                     Field<&H::CLEVEL>("CLEVEL").Starts("03").SetNumber(true).Accept(&AcceptComplexity),
+                     Field<&H::STYPE>("STYPE").Starts("BF01"),
+                     Field<&H::OSTAID>("OSTAID"),
+                     Field<&H::FDT>("FDT").Starts("20050101010101").Set(SetAs::Date),
+                     Field<&H::FTITLE>("FTITLE").Blank(),
+                 },
+                 SecurityRows<H, &H::security>({.prefix = "FS", .classPrefix = "FS"}),
+                 std::array{
+                     Field<&H::FSCOP>("FSCOP").SetNumber(),
+                     Field<&H::FSCPYS>("FSCPYS").SetNumber(),
+                     Field<&H::ENCRYP>("ENCRYP").SetNumber(),
+                     Field<&H::FBKGC>("FBKGC").Raw().Set(SetAs::Bytes).Accept(&TakeBackground),
+                     Field<&H::ONAME, 24>("ONAME").Blank(),
+                     Field<&H::OPHONE>("OPHONE").Blank(),
+                     Field<&H::FL>("FL")
+                         .SetNumber()
+                         .Placeholder()
+                         .Accept(&TakeFileLength)
+                         .WriteWith(&FormatFileLength),
+                     Field<&H::HL>("HL")
+                         .SetNumber(true)
+                         .Placeholder()
+                         .Accept(&TakeHeaderLength)
+                         .WriteWith(&FormatHeaderLength),
+                     CountField<0>(),
+                     CountField<1>(),
+                     Field<&H::NUMX>("NUMX").SetNumber().Accept(&AcceptReserved),
+                     CountField<2>(),
+                     CountField<3>(),
+                     CountField<4>(),
+                 },
+                 ExtendedRows<H, &H::userDefined>("UDHDL", "UDHOFL"),
+                 ExtendedRows<H, &H::extended>("XHDL", "XHDLOFL"));
 
 }  // namespace
 
@@ -164,30 +161,18 @@ FileHeader::FileHeader() {
 }
 
 void FileHeader::FreeTables() {
-  for (LengthTable* table : {&images, &graphics, &texts, &dataExtensions, &reservedExtensions}) {
-    table->inFile.Reset();
-    table->current.Reset();
+  for (const SegmentLengthFields& fields : kSegmentLengths) {
+    (this->*fields.table).inFile.Reset();
+    (this->*fields.table).current.Reset();
   }
   userDefined.bytes.Reset();
   extended.bytes.Reset();
 }
 
-Status FileHeader::ReadHeader(NitfFile& document, StreamingFileHeader& streaming, ReadMode mode) {
-  return document.ParseHeader(*this, Table(), streaming, mode);
-}
+Status FileHeader::ReadHeader(HeaderParser& parser) { return parser.Parse(*this); }
 
 const LengthTable& FileHeader::Lengths(SegmentKind kind) const {
-  switch (kind) {
-    case SegmentKind::Image:
-      return images;
-    case SegmentKind::Text:
-      return texts;
-    case SegmentKind::Graphic:
-      return graphics;
-    case SegmentKind::DataExtension:
-      break;
-  }
-  return dataExtensions;
+  return this->*LengthFieldsOf(kind).table;
 }
 
 LengthTable& FileHeader::Lengths(SegmentKind kind) {
@@ -195,7 +180,9 @@ LengthTable& FileHeader::Lengths(SegmentKind kind) {
 }
 
 Status FileHeader::SetFileLength(uint64_t length) {
-  if (Status s = FormatNumberField(FL.text, 12, static_cast<int64_t>(length)); !Ok(s)) return s;
+  if (Status s = FormatNumberField(FL.text, sizeof FL.text - 1, static_cast<int64_t>(length)); !Ok(s)) {
+    return s;
+  }
   fileLength = length;
   return Status::Success;
 }

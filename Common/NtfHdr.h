@@ -3,11 +3,11 @@
 
 #include "Common/SharedFields.h"
 
-struct NitfFile;
-struct StreamingFileHeader;
+class HeaderParser;
 
-/// Segment kinds: the codes of the seek helpers and of the display list.
-enum class SegmentKind : uint32_t { Image = 0, Text = 1, Graphic = 2, DataExtension = 4 };
+/// Segment kinds: the codes of the seek helpers and of the display list; reserved extensions are counted,
+/// never sought or read.
+enum class SegmentKind : uint32_t { Image = 0, Text = 1, Graphic = 2, DataExtension = 4, Reserved = 5 };
 
 /// Lengths of one segment.
 struct SegmentLengths {
@@ -34,22 +34,6 @@ struct LengthTable {
   Status Append(SegmentLengths lengths);
 };
 
-/// How the file header lists the segments of a kind.
-struct LengthFields {
-  const char* countName;
-  const char* subheaderName;
-  uint16_t subheaderWidth;
-  bool subheaderPlaceholder;
-  const char* dataName;
-  uint16_t dataWidth;
-  bool dataPlaceholder;
-};
-inline constexpr LengthFields kImageLengths = {"NUMI", "LISH", 6, true, "LI", 10, true};
-inline constexpr LengthFields kGraphicLengths = {"NUMS", "LSSH", 4, true, "LS", 6, false};
-inline constexpr LengthFields kTextLengths = {"NUMT", "LTSH", 4, true, "LT", 5, false};
-inline constexpr LengthFields kDataExtensionLengths = {"NUMDES", "LDSH", 4, true, "LD", 9, true};
-inline constexpr LengthFields kReservedLengths = {"NUMRES", "LRESH", 4, false, "LRE", 7, false};
-
 /// Most segments of a kind that a file can list.
 inline constexpr uint32_t kMaxSegments = 999;
 /// Length of a file header that lists no segments and carries no extended data.
@@ -60,7 +44,7 @@ struct FileHeader {
 
   /// Parses the header at the file's position. In normal mode the replacement data of a streamed file
   /// is consulted at the end. 1, -7, -9, -13, -78, -700001 (after a message box) or -1.
-  Status ReadHeader(NitfFile& document, StreamingFileHeader& streaming, ReadMode mode);
+  Status ReadHeader(HeaderParser& parser);
   /// Frees every table and buffer.
   void FreeTables();
 
@@ -107,3 +91,37 @@ struct FileHeader {
   /// Every field in file order.
   static FieldTable<FileHeader> Table();
 };
+
+/// How the file header lists the segments of a kind.
+struct SegmentLengthFields {
+  SegmentKind kind;
+  const char* countName;
+  const char* subheaderName;
+  uint16_t subheaderWidth;
+  bool subheaderPlaceholder;
+  const char* dataName;
+  uint16_t dataWidth;
+  bool dataPlaceholder;
+  Number<3> FileHeader::*count;
+  LengthTable FileHeader::*table;
+
+  /// Bytes that one segment's lengths take in the file header.
+  constexpr uint32_t EntryBytes() const { return subheaderWidth + dataWidth; }
+};
+/// Every kind, in file order.
+inline constexpr SegmentLengthFields kSegmentLengths[] = {
+    {SegmentKind::Image, "NUMI", "LISH", 6, true, "LI", 10, true, &FileHeader::NUMI, &FileHeader::images},
+    {SegmentKind::Graphic, "NUMS", "LSSH", 4, true, "LS", 6, false, &FileHeader::NUMS,
+     &FileHeader::graphics},
+    {SegmentKind::Text, "NUMT", "LTSH", 4, true, "LT", 5, false, &FileHeader::NUMT, &FileHeader::texts},
+    {SegmentKind::DataExtension, "NUMDES", "LDSH", 4, true, "LD", 9, true, &FileHeader::NUMDES,
+     &FileHeader::dataExtensions},
+    {SegmentKind::Reserved, "NUMRES", "LRESH", 4, false, "LRE", 7, false, &FileHeader::NUMRES,
+     &FileHeader::reservedExtensions},
+};
+constexpr const SegmentLengthFields& LengthFieldsOf(SegmentKind kind) {
+  for (const SegmentLengthFields& fields : kSegmentLengths) {
+    if (fields.kind == kind) return fields;
+  }
+  return kSegmentLengths[0];
+}

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "Common/Append.h"
+#include "Common/Encode.h"
 #include "Common/Exchange.h"
 #include "Common/HandlGfx.h"
 #include "Common/SaveNitf.h"
@@ -63,10 +64,9 @@ Status SetDrawing(NitfFile& document, uint32_t index, const VectorHandle* drawin
   // Nothing of the record changes before everything new is at hand.
   OwnedDrawing copy;
   if (Status s = FromHost(VectorCopy(&copy.handle, drawing, 0)); !Ok(s)) return s;
-  uint32_t byteCount = 0;
-  if (Status s = EncodeDrawing(*graphic, *drawing, byteCount); !Ok(s)) return s;
+  if (Status s = EncodeDrawing(*drawing, graphic->appended); !Ok(s)) return s;
   std::swap(graphic->drawing.handle, copy.handle);
-  document.header.graphics.current[index].data = byteCount;
+  document.header.graphics.current[index].data = static_cast<uint32_t>(graphic->appended.bytes.size());
   return Status::Success;
 }
 
@@ -76,15 +76,15 @@ Status GetText(NitfFile& document, uint32_t index, char* buffer, uint32_t* lengt
   const uint32_t bytes = document.header.texts.Current(index).data;
   if (length != nullptr) *length = bytes;
   if (buffer == nullptr) return Status::Success;
-  if (text.hasText) {
-    const size_t held = std::min<size_t>(bytes, text.text.size() - 1);
-    KernelCopyMemory(buffer, text.text.data(), held);
-    buffer[held] = 0;
-    return Status::Success;
+  size_t held = bytes;
+  if (text.appended.present) {
+    held = std::min<size_t>(bytes, text.appended.bytes.size());
+    KernelCopyMemory(buffer, text.appended.bytes.data(), held);
+  } else {
+    (void)document.SeekToData(SegmentKind::Text, index);
+    if (Status s = ReadExactly(document.FileHandle(), buffer, bytes); !Ok(s)) return s;
   }
-  (void)document.SeekToData(SegmentKind::Text, index);
-  if (Status s = ReadExactly(document.FileHandle(), buffer, bytes); !Ok(s)) return s;
-  buffer[bytes] = 0;
+  buffer[held] = 0;
   return Status::Success;
 }
 
@@ -130,13 +130,13 @@ uint32_t ORB_CALL Orb_NITFGetTextHeaderCount(NitfHandle handle) {
 
 int32_t ORB_CALL Orb_NITFGetNITFHeader(NitfHandle handle, NITFHeader* record) {
   if (handle == nullptr) return ToCaller(Status::LimitReached);
-  return ToCaller(record != nullptr ? GetFileHeader(*handle, *record) : Status::NoSuchRecord);
+  return ToCaller(record != nullptr ? GetFileHeader(handle->header, *record) : Status::NoSuchRecord);
 }
 
 int32_t ORB_CALL Orb_NITFSetNITFHeader(NitfHandle handle, const NITFHeader* record) {
   if (handle == nullptr) return ToCaller(Status::LimitReached);
   if (record == nullptr) return ToCaller(Status::NoSuchRecord);
-  SetFileHeader(*handle, *record);
+  SetFileHeader(handle->header, *record);
   return ToCaller(Status::Success);
 }
 
@@ -212,8 +212,7 @@ int32_t ORB_CALL Orb_NITFSetVectorHandle(NitfHandle handle, uint32_t index, cons
 VectorHandle* ORB_CALL Orb_NITFGetVectorHandle(NitfHandle handle, uint32_t index) {
   GraphicSubheader* graphic = handle != nullptr ? handle->graphics.At(index) : nullptr;
   if (graphic == nullptr) return nullptr;
-  return Ok(DrawGraphicSegment(nullptr, nullptr, *handle, index, 0, 0)) ? &graphic->drawing.handle
-                                                                        : nullptr;
+  return Ok(LoadGraphicDrawing(*handle, index)) ? &graphic->drawing.handle : nullptr;
 }
 
 int32_t ORB_CALL Orb_NITFGetTextSegment(NitfHandle handle, uint32_t index, char* buffer,

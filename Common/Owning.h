@@ -20,6 +20,13 @@ struct SourceTag {
 #define ORB_HERE \
   SourceTag { __LINE__, kSourceFile }
 
+/// Base of types that have one owner each.
+struct NonCopyable {
+  NonCopyable() = default;
+  NonCopyable(const NonCopyable&) = delete;
+  NonCopyable& operator=(const NonCopyable&) = delete;
+};
+
 /// Kernel memory holding `size` trivially copyable elements, zeroed.
 template <class T>
 class KernelBuffer {
@@ -28,8 +35,6 @@ class KernelBuffer {
  public:
   KernelBuffer() = default;
   ~KernelBuffer() { Reset(); }
-  KernelBuffer(const KernelBuffer&) = delete;
-  KernelBuffer& operator=(const KernelBuffer&) = delete;
   KernelBuffer(KernelBuffer&& other) noexcept
       : data_(std::exchange(other.data_, nullptr)), size_(std::exchange(other.size_, 0)) {}
   KernelBuffer& operator=(KernelBuffer&& other) noexcept {
@@ -86,12 +91,9 @@ class KernelBuffer {
 
 /// An object from new, known to the leak tracker.
 template <class T>
-class TrackedObject {
+class TrackedObject : NonCopyable {
  public:
-  TrackedObject() = default;
   ~TrackedObject() { Reset(); }
-  TrackedObject(const TrackedObject&) = delete;
-  TrackedObject& operator=(const TrackedObject&) = delete;
 
   template <class... Arguments>
   Status Make(SourceTag where, Arguments&&... arguments) {
@@ -124,12 +126,9 @@ class TrackedObject {
 
 /// An array from new[], value-initialised and known to the leak tracker.
 template <class T>
-class TrackedArray {
+class TrackedArray : NonCopyable {
  public:
-  TrackedArray() = default;
   ~TrackedArray() { Reset(); }
-  TrackedArray(const TrackedArray&) = delete;
-  TrackedArray& operator=(const TrackedArray&) = delete;
 
   Status Make(size_t count, SourceTag where) {
     Reset();
@@ -163,12 +162,9 @@ class TrackedArray {
 };
 
 /// An open file.
-class OwnedFile {
+class OwnedFile : NonCopyable {
  public:
-  OwnedFile() = default;
   ~OwnedFile() { (void)Close(); }
-  OwnedFile(const OwnedFile&) = delete;
-  OwnedFile& operator=(const OwnedFile&) = delete;
 
   /// Opens for reading; a failure leaves no handle, and every read of that is short.
   void OpenForReading(const char16_t* path) {
@@ -193,12 +189,10 @@ class OwnedFile {
 };
 
 /// A bitmap record whose pixels are freed with it.
-class OwnedBitmap {
+class OwnedBitmap : NonCopyable {
  public:
   OwnedBitmap() { (void)KernelInitialiseBitmap(&record, kBitmapRecordSize, 0, 0, 0); }
   ~OwnedBitmap() { Free(); }
-  OwnedBitmap(const OwnedBitmap&) = delete;
-  OwnedBitmap& operator=(const OwnedBitmap&) = delete;
 
   /// Allocates fresh pixels (memory kind 1).
   Status Allocate(uint32_t width, uint32_t height, uint32_t bitsPerPixel, KernelColourOrder order,
@@ -220,15 +214,13 @@ class OwnedBitmap {
 };
 
 /// Access to a bitmap's rows, given back at its end.
-class RowAccess {
+class RowAccess : NonCopyable {
  public:
   explicit RowAccess(KernelBitmap& bitmap)
       : bitmap_(bitmap), status_(FromHost(KernelAccessBitmap(&bitmap))) {}
   ~RowAccess() {
     if (Ok(status_)) (void)KernelReleaseBitmap(&bitmap_);
   }
-  RowAccess(const RowAccess&) = delete;
-  RowAccess& operator=(const RowAccess&) = delete;
 
   /// Whether there is access: 1, or the kernel's code, which Get and Put give too.
   Status Result() const { return status_; }
@@ -245,14 +237,12 @@ class RowAccess {
 };
 
 /// A device context on a bitmap.
-class BitmapDc {
+class BitmapDc : NonCopyable {
  public:
   explicit BitmapDc(KernelBitmap& bitmap) : dc_(KernelCreateBitmapDc(&bitmap)) {}
   ~BitmapDc() {
     if (dc_ != nullptr) (void)KernelDeleteBitmapDc(dc_);
   }
-  BitmapDc(const BitmapDc&) = delete;
-  BitmapDc& operator=(const BitmapDc&) = delete;
   /// Null when there is none.
   HDC get() const { return dc_; }
 
@@ -261,7 +251,7 @@ class BitmapDc {
 };
 
 /// A palette handle, known to the leak tracker.
-class OwnedPalette {
+class OwnedPalette : NonCopyable {
  public:
   OwnedPalette(HPALETTE palette, SourceTag where) : palette_(palette) {
     if (palette_ != nullptr) KernelTrackResource(kResourceHandle, palette_, where.line, where.file);
@@ -269,8 +259,6 @@ class OwnedPalette {
   ~OwnedPalette() {
     if (palette_ != nullptr) (void)KernelDeleteObject(palette_, __LINE__, u"Owning");
   }
-  OwnedPalette(const OwnedPalette&) = delete;
-  OwnedPalette& operator=(const OwnedPalette&) = delete;
   HPALETTE get() const { return palette_; }
 
  private:
@@ -278,15 +266,12 @@ class OwnedPalette {
 };
 
 /// A global memory handle that the host filled, known to the leak tracker.
-class OwnedGlobal {
+class OwnedGlobal : NonCopyable {
  public:
-  OwnedGlobal() = default;
   ~OwnedGlobal() {
     if (bytes_ != nullptr) (void)GlobalUnlock(handle);
     if (tracked_) (void)KernelFreeGlobal(handle, __LINE__, u"Owning");
   }
-  OwnedGlobal(const OwnedGlobal&) = delete;
-  OwnedGlobal& operator=(const OwnedGlobal&) = delete;
 
   /// Takes over `handle`, which a host operation has just filled, and locks it; -1 when it does not lock.
   Status Lock(SourceTag where) {

@@ -9,28 +9,10 @@ namespace {
 constexpr char16_t kSourceFile[] = u"SaveNitf";
 
 constexpr uint32_t kCopyChunk = 1 << 20;
-constexpr int64_t kLengthEntryBytes = 16;  // LISH and LI of one image in the file header
-constexpr uint32_t kSubheaderLengthWidth = 6;
-constexpr uint32_t kDataLengthWidth = 10;
-
-bool IsVectorQuantised(const ImageSubheader& image) {
-  return image.CompressionCode() == Compression::C4 || image.CompressionCode() == Compression::M4;
-}
 
 // Whether an image's lengths in the file header are compared with what was written.
 bool HasCheckedLengths(const ImageSubheader& image) {
   return image.mask.IMDATOFF != 0 && image.CompressionCode() == Compression::M4;
-}
-
-template <class R>
-Status WriteSubheader(const R& record, int32_t output) {
-  (void)KernelSeek(output, 0, kSeekEnd);
-  FieldWriter writer(output);
-  return WriteRows<R>(R::Table(), record, writer);
-}
-
-Status WriteBuffer(int32_t output, const void* bytes, size_t held, uint32_t count) {
-  return WriteExactly(output, bytes, static_cast<uint32_t>(std::min<size_t>(held, count)));
 }
 
 }  // namespace
@@ -53,67 +35,72 @@ Status SaveDocument(NitfFile& document, const char16_t* path) {
 Status OrbNitfSaveFile::WriteFile(int32_t output, NitfFile& document) {
   output_ = output;
   document_ = &document;
-  FieldWriter writer(output);
-  const FieldTable<FileHeader> table = FileHeader::Table();
-  const auto upTo = static_cast<size_t>(FindRow<FileHeader>(table, "NUMI") - table.data());
-  constexpr int64_t kCountWidth = 3;
-  if (Status s = WriteRows<FileHeader>(table.first(upTo), document.header, writer); !Ok(s)) return s;
-  lengthTableOffset_ = writer.Written() + kCountWidth;
-  if (Status s = WriteRows<FileHeader>(table.subspan(upTo), document.header, writer); !Ok(s)) return s;
+  if (Status s = WriteFileHeader(); !Ok(s)) return s;
   return WriteSegments();
 }
 
+Status OrbNitfSaveFile::WriteFileHeader() {
+  FieldWriter writer(output_);
+  const FieldTable<FileHeader> table = FileHeader::Table();
+  const FieldRow<FileHeader>* count = FindRow<FileHeader>(table, kSegmentLengths[0].countName);
+  const auto before = static_cast<size_t>(count - table.data());
+  if (Status s = WriteRows<FileHeader>(table.first(before), document_->header, writer); !Ok(s)) return s;
+  lengthTableOffset_ = int64_t{writer.Written()} + count->width;
+  return WriteRows<FileHeader>(table.subspan(before), document_->header, writer);
+}
+
 Status OrbNitfSaveFile::WriteSegments() {
-  NitfFile& document = *document_;
-  for (ImageSubheader& image : document.images) {
+  for (ImageSubheader& image : document_->images) {
     if (Status s = WriteImage(image); !Ok(s)) return s;
   }
-  const FileHeader& header = document.header;
-  for (const GraphicSubheader& graphic : document.graphics) {
-    if (Status s = WriteSubheader(graphic, output_); !Ok(s)) return s;
-    const uint32_t length = header.graphics.Current(graphic.index).data;
-    const Status status =
-        graphic.hasGraphicData
-            ? WriteBuffer(output_, graphic.graphicData.data(), graphic.graphicData.size(), length)
-            : CopyFromSource(SegmentKind::Graphic, graphic.index, length);
-    if (!Ok(status)) return status;
+  for (const GraphicSubheader& graphic : document_->graphics) {
+    if (Status s = WriteSegment(graphic, SegmentKind::Graphic, graphic.appended); !Ok(s)) return s;
   }
-  for (const TextSubheader& text : document.texts) {
-    if (Status s = WriteSubheader(text, output_); !Ok(s)) return s;
-    const uint32_t length = header.texts.Current(text.index).data;
-    // The terminator behind an appended text is not the file's.
-    const Status status = text.hasText
-                              ? WriteBuffer(output_, text.text.data(), text.text.size() - 1, length)
-                              : CopyFromSource(SegmentKind::Text, text.index, length);
-    if (!Ok(status)) return status;
+  for (const TextSubheader& text : document_->texts) {
+    if (Status s = WriteSegment(text, SegmentKind::Text, text.appended); !Ok(s)) return s;
   }
-  uint32_t index = 0;
-  for (const DataExtensionSubheader& extension : document.dataExtensions) {
-    if (Status s = WriteSubheader(extension, output_); !Ok(s)) return s;
-    const uint32_t length = header.dataExtensions.Current(index).data;
-    if (Status s = CopyFromSource(SegmentKind::DataExtension, index++, length); !Ok(s)) return s;
+  const AppendedData none;
+  for (const DataExtensionSubheader& extension : document_->dataExtensions) {
+    if (Status s = WriteSegment(extension, SegmentKind::DataExtension, none); !Ok(s)) return s;
   }
   return Status::Success;
 }
 
+template <class R>
+Status OrbNitfSaveFile::WriteSubheader(const R& record) {
+  (void)OutputEnd();
+  FieldWriter writer(output_);
+  return WriteRows<R>(R::Table(), record, writer);
+}
+
+template <class R>
+Status OrbNitfSaveFile::WriteSegment(const R& record, SegmentKind kind, const AppendedData& appended) {
+  if (Status s = WriteSubheader(record); !Ok(s)) return s;
+  return appended.present ? WriteAppended(appended, kind, record.index)
+                          : CopyFromSource(kind, record.index);
+}
+
+Status OrbNitfSaveFile::WriteAppended(const AppendedData& appended, SegmentKind kind, uint32_t index) {
+  const uint32_t length = document_->header.Lengths(kind).Current(index).data;
+  return WriteExactly(output_, appended.bytes.data(),
+                      static_cast<uint32_t>(std::min<size_t>(appended.bytes.size(), length)));
+}
+
 Status OrbNitfSaveFile::WriteImage(ImageSubheader& image) {
-  const auto pixel = static_cast<uint32_t>(image.Pixel());
-  if (pixel > static_cast<uint32_t>(PixelType::BiLevel)) {
+  if (static_cast<uint32_t>(image.Pixel()) > static_cast<uint32_t>(PixelType::BiLevel)) {
     MessageBoxA(nullptr, "Unsupported PVTYPE", "Error", MB_OK);
     return Status::BadPixelType;
   }
   const int64_t start = OutputEnd();
-  if (Status s = WriteSubheader(image, output_); !Ok(s)) return s;
-  maskTableSize_ = 0;
+  if (Status s = WriteSubheader(image); !Ok(s)) return s;
+  FieldWriter table(output_);
   if (image.HasMaskTable()) {
-    FieldWriter writer(output_);
-    if (Status s = image.mask.Write(writer); !Ok(s)) return s;
-    maskTableSize_ = writer.Written();
+    if (Status s = image.mask.Write(table); !Ok(s)) return s;
   }
   const int64_t subheaderEnd = OutputEnd();
   const SegmentLengths lengths = document_->header.images.Current(image.index);
   if (HasCheckedLengths(image)) {
-    const auto length = static_cast<uint64_t>(subheaderEnd - start - maskTableSize_);
+    const auto length = static_cast<uint64_t>(subheaderEnd - start - table.Written());
     if (length != lengths.subheader) {
       lengthsPatched_ = true;
       if (Status s = PatchLength(image, length, true); !Ok(s)) return s;
@@ -122,15 +109,16 @@ Status OrbNitfSaveFile::WriteImage(ImageSubheader& image) {
   if (Status s = WriteImageData(image); !Ok(s)) return s;
   if (!HasCheckedLengths(image)) return Status::Success;
   lengthsPatched_ = true;
-  const auto length = static_cast<uint64_t>(OutputEnd() - subheaderEnd) + maskTableSize_;
+  const auto length = static_cast<uint64_t>(OutputEnd() - subheaderEnd) + table.Written();
   return length != lengths.data ? PatchLength(image, length, false) : Status::Success;
 }
 
 Status OrbNitfSaveFile::PatchLength(const ImageSubheader& image, uint64_t value, bool ofSubheader) {
-  const uint32_t width = ofSubheader ? kSubheaderLengthWidth : kDataLengthWidth;
-  const int64_t entry = lengthTableOffset_ + kLengthEntryBytes * image.index;
-  (void)KernelSeek(output_, entry + (ofSubheader ? 0 : kSubheaderLengthWidth), kSeekStart);
+  const SegmentLengthFields& fields = LengthFieldsOf(SegmentKind::Image);
+  const int64_t entry = lengthTableOffset_ + int64_t{fields.EntryBytes()} * image.index;
+  (void)KernelSeek(output_, entry + (ofSubheader ? 0 : fields.subheaderWidth), kSeekStart);
   FieldWriter writer(output_);
+  const uint32_t width = ofSubheader ? fields.subheaderWidth : fields.dataWidth;
   if (Status s = writer.PutNumber(static_cast<int64_t>(value), width); !Ok(s)) return s;
   SegmentLengths& lengths = document_->header.images.current[image.index];
   (ofSubheader ? lengths.subheader : lengths.data) = Saturate32(value);
@@ -139,11 +127,9 @@ Status OrbNitfSaveFile::PatchLength(const ImageSubheader& image, uint64_t value,
 }
 
 Status OrbNitfSaveFile::WriteImageData(ImageSubheader& image) {
-  const uint32_t length = document_->header.images.Current(image.index).data;
-  if (image.hasAppendedData) {
-    return WriteBuffer(output_, image.appendedData.data(), image.appendedData.size(), length);
-  }
-  return IsVectorQuantised(image) ? WriteVectorQuantised(image) : WriteRawImage(image);
+  if (image.appended.present) return WriteAppended(image.appended, SegmentKind::Image, image.index);
+  return image.Family() == ReaderFamily::VectorQuantised ? WriteVectorQuantised(image)
+                                                         : WriteRawImage(image);
 }
 
 // Where the file header says that an image's data begins; behind a masked vector-quantised image, whose
@@ -162,13 +148,12 @@ int64_t OrbNitfSaveFile::RawDataStart(const ImageSubheader& image) const {
 // record.
 Status OrbNitfSaveFile::WriteRawImage(ImageSubheader& image) {
   if (KernelSeek(output_, RawDataStart(image), kSeekStart) < 0) return Status::ShortWrite;
-  return CopyFromSource(SegmentKind::Image, image.index,
-                        document_->header.images.Current(image.index).data);
+  return CopyFromSource(SegmentKind::Image, image.index);
 }
 
-Status OrbNitfSaveFile::CopyFromSource(SegmentKind kind, uint32_t index, uint32_t bytes) {
+Status OrbNitfSaveFile::CopyFromSource(SegmentKind kind, uint32_t index) {
   (void)document_->SeekToData(kind, index);
-  return CopyBytes(bytes);
+  return CopyBytes(document_->header.Lengths(kind).Current(index).data);
 }
 
 Status OrbNitfSaveFile::CopyBytes(uint64_t bytes) {

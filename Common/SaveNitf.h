@@ -5,18 +5,22 @@
 
 /// The writer of one save. It writes every header from its record and copies segment data from the
 /// document's source file or from appended bytes.
-class OrbNitfSaveFile {
+class OrbNitfSaveFile : NonCopyable {
  public:
-  OrbNitfSaveFile() = default;
   virtual ~OrbNitfSaveFile() = default;
-  OrbNitfSaveFile(const OrbNitfSaveFile&) = delete;
-  OrbNitfSaveFile& operator=(const OrbNitfSaveFile&) = delete;
 
   /// Writes the file header and every segment. 1, or the first failure: -5, -7, -1 or -700000.
   Status WriteFile(int32_t output, NitfFile& document);
 
  private:
+  Status WriteFileHeader();
   Status WriteSegments();
+  template <class R>
+  Status WriteSubheader(const R& record);
+  /// A graphic, text or data extension: its subheader, then its data.
+  template <class R>
+  Status WriteSegment(const R& record, SegmentKind kind, const AppendedData& appended);
+  Status WriteAppended(const AppendedData& appended, SegmentKind kind, uint32_t index);
   Status WriteImage(ImageSubheader& image);
   Status WriteImageData(ImageSubheader& image);
   Status WriteRawImage(ImageSubheader& image);
@@ -26,13 +30,13 @@ class OrbNitfSaveFile {
   Status PatchLength(const ImageSubheader& image, uint64_t value, bool ofSubheader);
   /// Copies `bytes` from the source file's position to the output.
   Status CopyBytes(uint64_t bytes);
-  Status CopyFromSource(SegmentKind kind, uint32_t index, uint32_t bytes);
+  /// Copies a segment's data as it stands in the source file.
+  Status CopyFromSource(SegmentKind kind, uint32_t index);
   int64_t OutputEnd() const { return KernelSeek(output_, 0, kSeekEnd); }
 
   int32_t output_ = kNoFile;
   NitfFile* document_ = nullptr;
   int64_t lengthTableOffset_ = 0;  ///< of the first image's LISH
-  uint32_t maskTableSize_ = 0;     ///< written behind the image subheader at hand
   bool lengthsPatched_ = false;
 };
 

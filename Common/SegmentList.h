@@ -3,10 +3,10 @@
 
 #include "Common/Owning.h"
 
-struct NitfFile;
+struct FileHeader;
 
 template <class R>
-class SegmentList {
+class SegmentList : NonCopyable {
  public:
   /// One segment: its record and the next one.
   struct Node {
@@ -28,17 +28,16 @@ class SegmentList {
     Node* node_;
   };
 
-  SegmentList() = default;
   ~SegmentList() { Clear(); }
-  SegmentList(const SegmentList&) = delete;
-  SegmentList& operator=(const SegmentList&) = delete;
 
-  /// Adds a fresh record at the end, told its document and index. -1, nothing changed.
-  Status Append(NitfFile& document, SourceTag where) {
+  /// Adds a fresh record at the end, told its index and, where its setters change lengths, the file
+  /// header that has them. -1, nothing changed.
+  Status Append(FileHeader& header, SourceTag where) {
     TrackedObject<Node> node;
     if (Status s = node.Make(where); !Ok(s)) return s;
     if (Status s = node->record.Make(where); !Ok(s)) return s;
-    node->record->SetOwner(document, count_);
+    node->record->index = count_;
+    if constexpr (requires { node->record->owner; }) node->record->owner = &header;
     Node* added = node.Release();
     (tail_ != nullptr ? tail_->next : head_) = added;
     tail_ = added;

@@ -4,7 +4,7 @@ namespace {
 constexpr char16_t kSourceFile[] = u"SharedFields";
 }
 
-Status ExtendedData::SetBytes(const char* from) {
+Status ExtendedData::SetBytes(const void* from) {
   if (from == nullptr) return Status::NoData;
   if (length.Signed() < static_cast<int32_t>(kOverflowWidth)) return Status::InvalidParameter;
   const uint32_t count = length.value - kOverflowWidth;

@@ -1,7 +1,7 @@
 // Parts that several header records have alike: the security fields and the extended data.
 #pragma once
 
-#include "Common/Fields.h"
+#include "Common/FieldRows.h"
 
 /// The sixteen security fields (MIL-STD-2500C, tables, A-8(A)). Arrays hold what
 /// setters accept; the file's fields are narrower where the table below says so.
@@ -33,30 +33,30 @@ inline Status AcceptClassification(Security& security) {
 }
 
 inline constexpr std::array<FieldRow<Security>, 16> kSecurityRows = {
-    Field<&Security::CLAS>("CLAS", 1).Starts("U").Accept(&AcceptClassification),
-    Field<&Security::CLSY>("CLSY", 2).Blank(),
-    Field<&Security::CODE>("CODE", 11).Blank(),
-    Field<&Security::CTLH>("CTLH", 2).Blank(),
-    Field<&Security::REL>("REL", 20).Blank(),
-    Field<&Security::DCTP>("DCTP", 2).Blank(),
-    Field<&Security::DCDT>("DCDT", 8).Blank().Set(SetAs::Date),
-    Field<&Security::DCXM>("DCXM", 4).Blank(),
-    Field<&Security::DG>("DG", 1).Blank(),
-    Field<&Security::DGDT>("DGDT", 8).Blank().Set(SetAs::Date),
-    Field<&Security::CLTX>("CLTX", 43).Blank(),
-    Field<&Security::CATP>("CATP", 1).Blank(),
-    Field<&Security::CAUT>("CAUT", 40).Blank(),
-    Field<&Security::CRSN>("CRSN", 1).Blank(),
-    Field<&Security::SRDT>("SRDT", 8).Blank().Set(SetAs::Date),
-    Field<&Security::CTLN>("CTLN", 15).Blank(),
+    Field<&Security::CLAS>("CLAS").Starts("U").Accept(&AcceptClassification),
+    Field<&Security::CLSY>("CLSY").Blank(),
+    Field<&Security::CODE, 11>("CODE").Blank(),
+    Field<&Security::CTLH, 2>("CTLH").Blank(),
+    Field<&Security::REL, 20>("REL").Blank(),
+    Field<&Security::DCTP>("DCTP").Blank(),
+    Field<&Security::DCDT>("DCDT").Blank().Set(SetAs::Date),
+    Field<&Security::DCXM>("DCXM").Blank(),
+    Field<&Security::DG>("DG").Blank(),
+    Field<&Security::DGDT>("DGDT").Blank().Set(SetAs::Date),
+    Field<&Security::CLTX>("CLTX").Blank(),
+    Field<&Security::CATP>("CATP").Blank(),
+    Field<&Security::CAUT>("CAUT").Blank(),
+    Field<&Security::CRSN>("CRSN").Blank(),
+    Field<&Security::SRDT>("SRDT").Blank().Set(SetAs::Date),
+    Field<&Security::CTLN, 15>("CTLN").Blank(),
 };
 
 /// How a record's security fields differ from the others'.
 struct SecurityForm {
   const char* prefix;       ///< front of the mnemonics
   const char* classPrefix;  ///< front of the classification's mnemonic
-  char fill;                ///< what the writer pads with
-  char classFill;           ///< the same for the classification
+  char fill = 0;            ///< what the writer pads with, 0 as the table
+  char classFill = 0;       ///< the same for the classification
   bool validated = true;    ///< whether the parse judges the classification
   bool blank = true;        ///< whether a fresh record has "U" and spaces, or nothing
   bool narrow = false;      ///< whether setters take no more than the file's width
@@ -94,7 +94,7 @@ struct ExtendedData {
     return bytes.size() == 0 ? std::string_view() : std::string_view(bytes.data(), bytes.size() - 1);
   }
   /// Replaces the bytes by (length - 3) of a caller's: -814 for null, -13 for a length below 3, -1.
-  Status SetBytes(const char* from);
+  Status SetBytes(const void* from);
 };
 
 /// What a parse does with a length of 1 or 2, which its own overflow field does not fit into.
@@ -106,9 +106,9 @@ Status WriteExtendedBytes(const ExtendedData& data, FieldWriter& writer);
 
 template <ShortLength kRule>
 inline constexpr std::array<FieldRow<ExtendedData>, 2> kExtendedRows = {
-    Field<&ExtendedData::length>("", 5).Fill('0').SetNumber(true).MeasuresOverflow().Accept(
+    Field<&ExtendedData::length>("").Fill('0').SetNumber(true).MeasuresOverflow().Accept(
         [](ExtendedData& data) { return AcceptExtendedLength(data, kRule); }),
-    Field<&ExtendedData::overflow>("", 3)
+    Field<&ExtendedData::overflow>("")
         .Fill('0')
         .SetNumber()
         .When([](const ExtendedData& data) { return data.length.value != 0; })

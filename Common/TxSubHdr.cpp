@@ -1,6 +1,6 @@
 #include "Common/TxSubHdr.h"
 
-#include "Common/NitfFile.h"
+#include "Common/StrmFHdr.h"
 
 namespace {
 
@@ -14,27 +14,21 @@ Status AcceptMark(H& header) {
   return Status::Success;
 }
 
-constexpr auto kTable = [] {
-  auto table = JoinRows<H>(
-      std::array{
-          Field<&H::TE>("TE", 2).Starts("TE").Accept(&AcceptMark),
-          Field<&H::TEXTID>("TEXTID", 7).Starts("ID        "),
-          Field<&H::TXTALVL>("TXTALVL", 3).SetNumber(true).Write(WriteFrom::Value),
-          Field<&H::TXTDT>("TXTDT", 14).Blank().Set(SetAs::Date),
-          Field<&H::TXTITL>("TXTITL", 80).Blank(),
-      },
-      SecurityRows<H, &H::security>(
-          {.prefix = "TS", .classPrefix = "TS", .fill = '0', .classFill = '0', .validated = false}),
-      std::array{
-          Field<&H::ENCRYP>("ENCRYP", 1).SetNumber(),
-          Field<&H::TXTFMT>("TXTFMT", 3).Starts("STA"),
-      },
-      ExtendedRows<H, &H::extended, ShortLength::TakeAsZero>("TXSHDL", "TXSOFL"));
-  for (auto& row : table) {
-    if (!row.Is("TXTITL")) row.fill = '0';
-  }
-  return table;
-}();
+constexpr auto kTable =
+    MakeTable<H>('0',
+                 std::array{
+                     Field<&H::TE>("TE").Starts("TE").Accept(&AcceptMark),
+                     Field<&H::TEXTID, 7>("TEXTID").Starts("ID        "),
+                     Field<&H::TXTALVL>("TXTALVL").SetNumber(true).Write(WriteFrom::Value),
+                     Field<&H::TXTDT>("TXTDT").Blank().Set(SetAs::Date),
+                     Field<&H::TXTITL>("TXTITL").Blank().Fill(' '),
+                 },
+                 SecurityRows<H, &H::security>({.prefix = "TS", .classPrefix = "TS", .validated = false}),
+                 std::array{
+                     Field<&H::ENCRYP>("ENCRYP").SetNumber(),
+                     Field<&H::TXTFMT>("TXTFMT").Starts("STA"),
+                 },
+                 ExtendedRows<H, &H::extended, ShortLength::TakeAsZero>("TXSHDL", "TXSOFL"));
 
 }  // namespace
 
@@ -42,16 +36,8 @@ FieldTable<TextSubheader> TextSubheader::Table() { return kTable; }
 
 TextSubheader::TextSubheader() { ApplyDefaults<TextSubheader>(kTable, *this); }
 
-Status TextSubheader::ReadSubheader(NitfFile& document, StreamingFileHeader& streaming, ReadMode mode) {
-  return document.ParseHeader(*this, Table(), streaming, mode);
-}
+Status TextSubheader::ReadSubheader(HeaderParser& parser) { return parser.Parse(*this); }
 
 Status TextSubheader::SetTextData(const void* bytes, uint32_t count) {
-  if (bytes == nullptr) return Status::NoData;
-  KernelBuffer<char> copy;
-  if (Status s = copy.Allocate(uint64_t{count} + 1, ORB_HERE); !Ok(s)) return s;
-  KernelCopyMemory(copy.data(), bytes, count);
-  text = std::move(copy);
-  hasText = true;
-  return Status::Success;
+  return appended.Set(bytes, count, ORB_HERE);
 }

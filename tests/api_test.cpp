@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "Common/Exchange.h"
+#include "Common/NitfFile.h"
 #include "tests/support/support.h"
 
 namespace {

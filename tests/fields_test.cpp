@@ -56,8 +56,8 @@ TEST_F(FieldsTest, LocationsDifferInWhereTheSignStands) {
   EXPECT_STREQ(location.text, "00-1200345");
   std::strcpy(location.text, "00100-0005");
   DecodeLocation(location);
-  EXPECT_EQ(location.row, 100);
-  EXPECT_EQ(location.column, -5);
+  EXPECT_EQ(location.Row(), 100);
+  EXPECT_EQ(location.Column(), -5);
 }
 
 TEST_F(FieldsTest, TaggedRecordsAreCountedWithinTheirBytes) {

@@ -157,8 +157,8 @@ TEST_F(HeadersTest, ImageSubheaderIsDecoded) {
   EXPECT_EQ(std::string(image.IGEOLO.text), std::string(60, 'g'));
   ASSERT_EQ(image.comments.size(), 2u);
   EXPECT_EQ(std::string(image.comments[1].text), std::string(80, 'd'));
-  EXPECT_EQ(image.ILOC.row, -10);
-  EXPECT_EQ(image.ILOC.column, 20);
+  EXPECT_EQ(image.ILOC.Row(), -10);
+  EXPECT_EQ(image.ILOC.Column(), 20);
   EXPECT_DOUBLE_EQ(image.magnification, 0.5);
   EXPECT_EQ(image.PJUST.code, 0u);
   EXPECT_EQ(image.userDefined.recordCount, 1u);

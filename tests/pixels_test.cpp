@@ -16,9 +16,8 @@ void GiveBands(ImageSubheader& header, const std::vector<std::string>& codes) {
 std::array<int, 3> Select(const std::vector<std::string>& codes, BandSelection initial = {0, 1, 2},
                           BandSelection remembered = {-1, -1, -1}) {
   ImageSubheader header;
-  header.rememberedBands = remembered;
   GiveBands(header, codes);
-  const BandSelection bands = SelectBands(header, initial);
+  const BandSelection bands = SelectBands(header, remembered, initial);
   return {bands.red, bands.green, bands.blue};
 }
 
@@ -39,11 +38,11 @@ TEST_F(PixelsTest, BandsAreChosenByTheirRepresentations) {
 TEST_F(PixelsTest, SelectionsWithEqualBandsAreRemembered) {
   ImageSubheader header;
   GiveBands(header, {"", "", "", "M", ""});
-  (void)SelectBands(header, {0, 1, 2});
+  (void)SelectBands(header, header.rememberedBands, {0, 1, 2});
   EXPECT_EQ(header.rememberedBands.green, 3);
   ImageSubheader distinct;
   GiveBands(distinct, {"R", "G", "B"});
-  (void)SelectBands(distinct, {0, 1, 2});
+  (void)SelectBands(distinct, distinct.rememberedBands, {0, 1, 2});
   EXPECT_EQ(distinct.rememberedBands.red, -1);
 }
 

@@ -52,7 +52,7 @@ TEST_F(StreamingTest, LengthsComeFromTheReplacementData) {
     ASSERT_EQ(ReadBytes(streamed.Bytes(), document), 1) << trailing;
     EXPECT_EQ(document.header.images.InFile(0).data, 16u);
     EXPECT_EQ(document.header.fileLength, OneImage().Bytes().size() + StreamingData(header).size());
-    EXPECT_EQ(document.replacementConsumed, header.size());
+    EXPECT_EQ(document.replacement.consumed, header.size());
   }
 }
 
@@ -81,7 +81,7 @@ TEST_F(StreamingTest, ShortReplacementDataKeepsWhatWasRead) {
   ASSERT_EQ(ReadBytes(file.Bytes(), document), 1);
   EXPECT_STREQ(document.header.OSTAID.text, "After     ");
   EXPECT_EQ(document.header.images.InFile(0).data, 16u);
-  EXPECT_EQ(document.replacementConsumed, 0u) << "a parse that stops early moves nothing on";
+  EXPECT_EQ(document.replacement.consumed, 0u) << "a parse that stops early moves nothing on";
 }
 
 TEST_F(StreamingTest, FaultyStreamingHeadersAreRefused) {
@@ -156,7 +156,7 @@ TEST_F(StreamingTest, ImagesConsumeTheReplacementDataOneAfterTheOther) {
   ASSERT_EQ(ReadBytes(file.Bytes(), document), 1);
   EXPECT_EQ(document.images.At(0)->NCOLS.value, 6u);
   EXPECT_EQ(document.images.At(1)->NROWS.value, 7u);
-  EXPECT_EQ(document.replacementConsumed, replacement.size());
+  EXPECT_EQ(document.replacement.consumed, replacement.size());
 }
 
 }  // namespace

@@ -225,7 +225,7 @@ TEST_F(VectorTest, AClipRectangleSurvivesAnAppend) {
   const test::Handle handle;
   const RECT rectangle = {0, 0, 70, 80};
   ASSERT_EQ(Orb_NITFAppendGraphicSegment(handle, &drawing.handle, &rectangle), 1);
-  const auto bytes = handle->graphics.At(0)->graphicData.Span();
+  const auto bytes = handle->graphics.At(0)->appended.bytes.Span();
   const Drawing appended = Decode(std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
   const double down = 61;  // the drawing was moved below the zero line
   EXPECT_EQ(Objects(appended)[0].attributes->clipBox, (hostkit::Box{{0, -80}, {70, 0}}))

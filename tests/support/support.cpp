@@ -153,7 +153,8 @@ void ModuleTest::TearDown() {
 }
 
 bool HostHasCodecs() {
-  const HostLoadOptions options = {};
+  HostLoadOptions options = {};
+  options.size = kLoadOptionsSize;
   KernelBitmap bitmap;
   KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 0);
   const char bytes[] = "not an image";

@@ -45,7 +45,7 @@ void AddBytes(Json& fields, const char* name, const ExtendedData& data) {
   if (data.bytes.size() != 0) fields[name] = ToUtf8(data.Data());
 }
 
-void AddLengths(Json& fields, const LengthFields& names, const LengthTable& table) {
+void AddLengths(Json& fields, const SegmentLengthFields& names, const LengthTable& table) {
   Json subheaders = Json::array(), data = Json::array();
   for (const SegmentLengths& lengths : table.inFile) {
     char text[16];
@@ -61,11 +61,7 @@ void AddLengths(Json& fields, const LengthFields& names, const LengthTable& tabl
 
 Json ToJson(const FileHeader& header) {
   Json fields = FieldsOf(header);
-  AddLengths(fields, kImageLengths, header.images);
-  AddLengths(fields, kGraphicLengths, header.graphics);
-  AddLengths(fields, kTextLengths, header.texts);
-  AddLengths(fields, kDataExtensionLengths, header.dataExtensions);
-  AddLengths(fields, kReservedLengths, header.reservedExtensions);
+  for (const SegmentLengthFields& names : kSegmentLengths) AddLengths(fields, names, header.*names.table);
   AddBytes(fields, "UDHD", header.userDefined);
   AddBytes(fields, "XHD", header.extended);
   return fields;
@@ -162,13 +158,13 @@ void PrintForPeople(const std::string& path, const Inspection& file) {
         "level %u on %u, at row %d, column %d\n",
         image.index, Trimmed(image.IID1.text).c_str(), Trimmed(image.IREP.text).c_str(), image.IC.text,
         image.NCOLS.value, image.NROWS.value, image.NBPR.value, image.NBPC.value, image.BandCount(),
-        image.NBPP.value, image.IMODE.text, image.IDLVL.value, image.IALVL.value, image.ILOC.row,
-        image.ILOC.column);
+        image.NBPP.value, image.IMODE.text, image.IDLVL.value, image.IALVL.value, image.ILOC.Row(),
+        image.ILOC.Column());
   }
   for (const GraphicSubheader& graphic : document.graphics) {
     std::printf("  graphic %u: \"%s\" %s, level %u on %u, at row %d, column %d, %u bytes\n",
                 graphic.index, Trimmed(graphic.SNAME.text).c_str(), graphic.SFMT.text,
-                graphic.SDLVL.value, graphic.SALVL.value, graphic.SLOC.row, graphic.SLOC.column,
+                graphic.SDLVL.value, graphic.SALVL.value, graphic.SLOC.Row(), graphic.SLOC.Column(),
                 document.DataLength(SegmentKind::Graphic, graphic.index));
   }
   for (const TextSubheader& text : document.texts) {

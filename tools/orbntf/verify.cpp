@@ -15,8 +15,6 @@ namespace {
 
 constexpr SegmentKind kKinds[] = {SegmentKind::Image, SegmentKind::Graphic, SegmentKind::Text,
                                   SegmentKind::DataExtension};
-constexpr LengthFields kLengthFields[] = {kImageLengths, kGraphicLengths, kTextLengths,
-                                          kDataExtensionLengths};
 
 const char* NameOf(SegmentKind kind) {
   switch (kind) {
@@ -27,28 +25,19 @@ const char* NameOf(SegmentKind kind) {
     case SegmentKind::Text:
       return "text";
     case SegmentKind::DataExtension:
+    case SegmentKind::Reserved:
       break;
   }
   return "data extension";
 }
 
-// Bytes that a document's segment was given by a caller, if it was.
-bool AppendedBytes(const NitfFile& document, SegmentKind kind, uint32_t index,
-                   std::span<const uint8_t>& bytes) {
-  if (kind == SegmentKind::Image) {
-    const ImageSubheader& image = *document.images.At(index);
-    bytes = image.appendedData.Span();
-    return image.hasAppendedData;
-  }
-  if (kind == SegmentKind::Graphic) {
-    const GraphicSubheader& graphic = *document.graphics.At(index);
-    bytes = graphic.graphicData.Span();
-    return graphic.hasGraphicData;
-  }
-  if (kind != SegmentKind::Text) return false;
-  const TextSubheader& text = *document.texts.At(index);
-  if (text.hasText) bytes = {reinterpret_cast<const uint8_t*>(text.text.data()), text.text.size() - 1};
-  return text.hasText;
+// What a caller gave as a segment's data, null for data of the source file.
+const AppendedData* DataGiven(const NitfFile& document, SegmentKind kind, uint32_t index) {
+  const AppendedData* given = nullptr;
+  if (kind == SegmentKind::Image) given = &document.images.At(index)->appended;
+  if (kind == SegmentKind::Graphic) given = &document.graphics.At(index)->appended;
+  if (kind == SegmentKind::Text) given = &document.texts.At(index)->appended;
+  return given != nullptr && given->present ? given : nullptr;
 }
 
 bool IsVectorQuantised(const NitfFile& document, SegmentKind kind, uint32_t index) {
@@ -131,10 +120,9 @@ std::string LookupTablesOf(NitfFile& document, uint32_t index) {
 std::string FindSegmentFault(NitfFile& document, NitfFile& written, SegmentKind kind, uint32_t index) {
   const std::string name = std::string(NameOf(kind)) + ' ' + std::to_string(index);
   const uint32_t length = written.header.Lengths(kind).InFile(index).data;
-  std::span<const uint8_t> bytes;
-  if (AppendedBytes(document, kind, index, bytes)) {
-    if (length != bytes.size()) return name + " has another length than its data";
-    return HoldsBytes(written, kind, index, bytes) ? "" : name + " has other data";
+  if (const AppendedData* given = DataGiven(document, kind, index)) {
+    if (length != given->bytes.size()) return name + " has another length than its data";
+    return HoldsBytes(written, kind, index, given->bytes.Span()) ? "" : name + " has other data";
   }
   if (IsVectorQuantised(document, kind, index)) {
     return SameVectors(document, written, index, length) ? "" : name + " has other codes";
@@ -158,8 +146,7 @@ std::string FindSegmentFaults(NitfFile& document, NitfFile& written, uint64_t si
       end += uint64_t{table.InFile(i).subheader} + table.InFile(i).data;
       if (end > size)
         return std::string(NameOf(kind)) + " " + std::to_string(i) + " ends behind the file";
-      if (const std::string fault = FindSegmentFault(document, written, kind, i); !fault.empty())
-        return fault;
+      if (std::string fault = FindSegmentFault(document, written, kind, i); !fault.empty()) return fault;
     }
   }
   return end == size ? "" : "bytes behind the last segment belong to none";
@@ -182,14 +169,15 @@ uint32_t SubheaderBytes(const NitfFile& document, SegmentKind kind, uint32_t ind
     case SegmentKind::Text:
       return BytesOf(*document.texts.At(index));
     case SegmentKind::DataExtension:
+    case SegmentKind::Reserved:
       break;
   }
   return BytesOf(*document.dataExtensions.At(index));
 }
 
 uint32_t DataBytes(NitfFile& document, SegmentKind kind, uint32_t index) {
-  std::span<const uint8_t> bytes;
-  if (AppendedBytes(document, kind, index, bytes)) return static_cast<uint32_t>(bytes.size());
+  if (const AppendedData* given = DataGiven(document, kind, index))
+    return static_cast<uint32_t>(given->bytes.size());
   if (IsVectorQuantised(document, kind, index)) {
     VqDataExtent extent;
     const ImageSource source = ImageSource::Of(document, index, nullptr);
@@ -258,12 +246,13 @@ bool SetTrueLengths(NitfHandle document) {
     NITFHeader record = taken;
     FillSetOnlyFields(header, record);
     for (size_t i = 0; i < std::size(kKinds); ++i) {
+      const SegmentLengthFields& names = LengthFieldsOf(kKinds[i]);
       const auto place = [&](const char* name) {
         return FindPlace(PublicFileFields(), &record, name).bytes;
       };
-      StoreTo(place(kLengthFields[i].countName), static_cast<uint32_t>(lengths[i].data.size()));
-      StoreTo(place(kLengthFields[i].subheaderName), lengths[i].subheaders.data());
-      StoreTo(place(kLengthFields[i].dataName), lengths[i].data.data());
+      StoreTo(place(names.countName), static_cast<uint32_t>(lengths[i].data.size()));
+      StoreTo(place(names.subheaderName), lengths[i].subheaders.data());
+      StoreTo(place(names.dataName), lengths[i].data.data());
     }
     record.FL = static_cast<int32_t>(total);
     // A header length that the text has already is not taken as a new one.
