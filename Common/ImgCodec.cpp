@@ -32,8 +32,8 @@ class Codec {
 
 bool Recognise(std::span<const uint8_t> stream, HostFileInfo& info) {
   info = {};
-  return FileFormatInfoMemory(stream.data(), &info, kFileInfoSize, static_cast<uint32_t>(stream.size()),
-                              0, nullptr) == 1;
+  return Ok(FromHost(FileFormatInfoMemory(stream.data(), &info, kFileInfoSize,
+                                          static_cast<uint32_t>(stream.size()), 0, nullptr)));
 }
 
 // A decoded image may exceed its place a little and is clipped; one of twice its size is no part of the

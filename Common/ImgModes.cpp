@@ -179,12 +179,13 @@ struct ModeLayout {
   int64_t blockLength;  // from one block's offset to the next one's
   int64_t bandStride;
   int64_t rowStride;
-  uint32_t pixelStride;
-  bool segmentDepth;      // the scratch has the segment bitmap's depth, else 24 bits
-  bool usesPadRecords;    // without block records, pad pixel records give offsets
-  bool repeatsLastRow;    // the last row of a block shows the row above it
-  bool marksInterleaved;  // the segment bitmap's hint is set
-  uint8_t readOrder[3];   // of blue (0), green (1) and red (2): the one that hosts expect of a mode
+  uint32_t pixelStride = 1;
+  bool segmentDepth = false;      // the scratch has the segment bitmap's depth, else 24 bits
+  bool usesPadRecords = true;     // without block records, pad pixel records give offsets
+  bool repeatsLastRow = false;    // the last row of a block shows the row above it
+  bool marksInterleaved = false;  // the segment bitmap's hint is set
+  uint8_t readOrder[3] = {2, 1,
+                          0};  // of blue (0), green (1) and red (2): the one that hosts expect of a mode
 };
 
 // Bytes between the bands of a masked band-sequential image: the extent of its stored blocks.
@@ -214,11 +215,7 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
       return {.blockLength = block * (multi ? bands : segment.bitsPerPixel / 8),
               .bandStride = block,
               .rowStride = width,
-              .pixelStride = 1,
               .segmentDepth = true,
-              .usesPadRecords = true,
-              .repeatsLastRow = false,
-              .marksInterleaved = false,
               .readOrder = {2, 0, 1}};
     case ImageMode::P:
       return {.blockLength = block * bands,
@@ -226,7 +223,6 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
               .rowStride = width * bands,
               .pixelStride = static_cast<uint32_t>(bands),
               .segmentDepth = true,
-              .usesPadRecords = true,
               .repeatsLastRow = true,
               .marksInterleaved = true,
               .readOrder = {0, 1, 2}};
@@ -234,12 +230,7 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
       return {.blockLength = block * (multi ? bands : 3),
               .bandStride = width,
               .rowStride = width * bands,
-              .pixelStride = 1,
-              .segmentDepth = false,
-              .usesPadRecords = false,
-              .repeatsLastRow = false,
-              .marksInterleaved = false,
-              .readOrder = {2, 1, 0}};
+              .usesPadRecords = false};
     case ImageMode::S:
       break;
   }
@@ -248,12 +239,7 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
           .bandStride =
               masked ? MaskedPlane(source) : block * static_cast<int64_t>(source.header.BlockCount()),
           .rowStride = width,
-          .pixelStride = 1,
-          .segmentDepth = false,
-          .usesPadRecords = true,
-          .repeatsLastRow = false,
-          .marksInterleaved = true,
-          .readOrder = {2, 1, 0}};
+          .marksInterleaved = true};
 }
 
 // Offset of block n from the start of the data; false when it is not stored.

@@ -179,7 +179,8 @@ class OwnedFile : NonCopyable {
   /// -5 when bytes written earlier did not reach the disk.
   Status Close() {
     if (handle_ == kNoFile) return Status::Success;
-    return KernelClose(std::exchange(handle_, kNoFile)) == 1 ? Status::Success : Status::ShortWrite;
+    return Ok(FromHost(KernelClose(std::exchange(handle_, kNoFile)))) ? Status::Success
+                                                                      : Status::ShortWrite;
   }
   bool IsOpen() const { return handle_ != kNoFile; }
   int32_t Handle() const { return handle_; }

@@ -91,8 +91,7 @@ TEST_F(ChangeTest, ASideThatIsAPlaceholderTextIsNotAppended) {
 
 TEST_F(ChangeTest, RawDataIsWrittenWhereTheHeaderSaysThatItIs) {
   // Subheaders that are longer than their fields, of images with a mask and without.
-  ImageForm masked;
-  masked.compression = "NM";
+  ImageForm masked{.compression = "NM"};
   const std::string mask = test::MaskBytes({.blocks = {0}});
   for (const char* padding : {"", "padding"}) {
     NitfBuilder builder;
@@ -119,11 +118,8 @@ TEST_F(ChangeTest, BehindAPatchedImageRawDataFollowsItsSubheader) {
                    test::Big(1, 2) + test::Big(0, 2) + test::Big(6, 4) + test::Big(14, 2) +
                    test::Big(0, 2) + test::Big(2, 4) + test::Big(4, 2) + test::Big(8, 2) +
                    test::Big(0, 4) + std::string(2 * 4, 'v') + std::string(16, '\x01');
-  ImageForm form;
-  form.width = form.height = 16;
-  form.compression = "M4";
-  ImageForm masked;
-  masked.compression = "NM";
+  ImageForm form{.width = 16, .height = 16, .compression = "M4"};
+  ImageForm masked{.compression = "NM"};
   const std::string mask = test::MaskBytes({.blocks = {0}});
   NitfBuilder builder, expected;
   for (NitfBuilder* file : {&builder, &expected}) {
@@ -138,9 +134,7 @@ TEST_F(ChangeTest, BehindAPatchedImageRawDataFollowsItsSubheader) {
 }
 
 TEST_F(ChangeTest, VectorQuantisedDataIsNotCopiedFromBehindItsSegment) {
-  ImageForm form;
-  form.width = form.height = 16;
-  form.compression = "C4";
+  ImageForm form{.width = 16, .height = 16, .compression = "C4"};
   const std::string vq = test::Big(4, 4) + test::Big(4, 4) + test::Big(8, 1) + test::Big(1, 2) +
                          test::Big(1, 2) + test::Big(0, 2) + test::Big(6, 4) + test::Big(14, 2) +
                          test::Big(0, 2) + test::Big(2, 4) + test::Big(4, 2) + test::Big(8, 2) +
@@ -204,10 +198,7 @@ TEST_F(ChangeTest, BandCountsSetInEitherDirectionAreWrittenWithTheirBands) {
   } cases[] = {{3, 0, 12, 12}, {12, 3, 0, 3}, {12, 0, 3, 3}, {3, 1, 0, 1}, {3, 0, 0, 0}, {12, 2, 15, 15}};
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.before) + " to " + std::to_string(c.after));
-    ImageForm form;
-    form.bands = c.before;
-    form.representation = "MULTI";
-    form.bandCodes = {"R", "G", "B"};
+    ImageForm form{.bands = c.before, .representation = "MULTI", .bandCodes = {"R", "G", "B"}};
     const test::TempFile file(NitfBuilder().Image(form, std::string(64 * 12, 'i')).Bytes());
     const Handle handle(file);
     EXPECT_EQ(ChangeImage(handle,
@@ -260,11 +251,10 @@ TEST_F(ChangeTest, ARefusedSetLeavesWhatASaveWrites) {
 }
 
 TEST_F(ChangeTest, CommentsAndLookupTablesAreSaved) {
-  ImageForm form;
-  form.representation = "RGB/LUT";
-  form.lookup = "\x01\x02\x03\x11\x12\x13\x21\x22\x23";
-  form.lookupTables = 3;
-  form.bandCodes = {"LU"};
+  ImageForm form{.representation = "RGB/LUT",
+                 .bandCodes = {"LU"},
+                 .lookup = "\x01\x02\x03\x11\x12\x13\x21\x22\x23",
+                 .lookupTables = 3};
   test::Record record = test::ImageRecord(form);
   record.Set("NICOM", 2).InsertAfter("NICOM", "ICOM", std::string(80, 'a') + std::string(80, 'b'));
   const test::TempFile file(NitfBuilder().Image(record, std::string(64, '\1')).Bytes());
@@ -348,8 +338,7 @@ TEST_F(ChangeTest, ARefusedHeaderSetsNeitherLevelNorPresence) {
 }
 
 TEST_F(ChangeTest, AnUnknownCompressionIsKeptAsItIs) {
-  ImageForm form;
-  form.compression = "C7";
+  ImageForm form{.compression = "C7"};
   const test::TempFile file(NitfBuilder().Image(form, "some data").Bytes());
   EXPECT_EQ(test::Render(file).status, -16);
   EXPECT_EQ(Saved(Handle(file)), file.Contents());

@@ -46,13 +46,13 @@ void ExpectSamples(const test::Picture& picture, const std::vector<int>& shown, 
 
 ImageForm Form(const std::string& compression, int across, int down, int bands,
                const std::string& representation) {
-  ImageForm form;
-  form.width = form.height = kSide;
-  form.blocksAcross = across;
-  form.blocksDown = down;
-  form.bands = bands;
-  form.compression = compression;
-  form.representation = representation;
+  ImageForm form{.width = kSide,
+                 .height = kSide,
+                 .blocksAcross = across,
+                 .blocksDown = down,
+                 .bands = bands,
+                 .compression = compression,
+                 .representation = representation};
   return form;
 }
 

@@ -14,9 +14,7 @@ std::string Ramp(int width, int height) {
 }
 
 NitfBuilder RampFile(int width, int height) {
-  ImageForm form;
-  form.width = width;
-  form.height = height;
+  ImageForm form{.width = width, .height = height};
   return NitfBuilder().Image(form, Ramp(width, height));
 }
 
@@ -126,8 +124,7 @@ TEST_F(FilterTest, DarkImagesAreLiftedOnRequest) {
 
 TEST_F(FilterTest, DrawingStopsAtTheFirstFailure) {
   NitfBuilder file = RampFile(5, 4);
-  ImageForm broken;
-  broken.compression = "M0";
+  ImageForm broken{.compression = "M0"};
   test::Record record = test::ImageRecord(broken);
   record.Set("IDLVL", 2);
   file.Image(record, test::MaskBytes({}));
@@ -138,9 +135,7 @@ TEST_F(FilterTest, DrawingStopsAtTheFirstFailure) {
 
 TEST_F(FilterTest, LoadingSurvivesEveryFault) {
   NitfBuilder file = RampFile(6, 5);
-  ImageForm colour;
-  colour.bands = 3;
-  colour.representation = "RGB";
+  ImageForm colour{.bands = 3, .representation = "RGB"};
   file.Image(colour, std::string(192, 'x')).Text("text");
   const test::TempFile onDisk(file.Bytes());
   const auto render = [&] { return test::Render(onDisk).status; };
@@ -151,8 +146,7 @@ TEST_F(FilterTest, LoadingSurvivesEveryFault) {
 
 TEST_F(FilterTest, WhatWasDrawnBeforeAFailureStays) {
   NitfBuilder file = RampFile(5, 4);
-  ImageForm small;
-  small.width = small.height = 2;
+  ImageForm small{.width = 2, .height = 2};
   for (const int level : {2, 3}) {
     small.compression = level == 2 ? "C0" : "NC";  // which no reader takes
     test::Record record = test::ImageRecord(small);
@@ -177,8 +171,7 @@ TEST_F(FilterTest, WhatWasDrawnBeforeAFailureStays) {
 }
 
 TEST_F(FilterTest, AFailedRenderLeavesNoCanvas) {
-  ImageForm unknown;
-  unknown.compression = "M0";
+  ImageForm unknown{.compression = "M0"};
   const test::TempFile good(RampFile(5, 4).Bytes());
   const test::TempFile bad(NitfBuilder().Image(unknown, test::MaskBytes({})).Bytes());
   NitfFile first, second;
@@ -213,8 +206,7 @@ TEST_F(FilterTest, TheHostsHandleIsRewound) {
 
 TEST_F(FilterTest, CompressionsWithoutAReaderAreUnsupported) {
   for (const char* compression : {"C0", "C2", "C7", "M0", "M2", "ZZ"}) {
-    ImageForm form;
-    form.compression = compression;
+    ImageForm form{.compression = compression};
     EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, std::string(200, '\0')).Bytes()).status, -16)
         << compression;
   }

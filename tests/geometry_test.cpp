@@ -19,9 +19,7 @@ struct Placed {
 NitfBuilder Compose(const std::vector<Placed>& images) {
   NitfBuilder file;
   for (const Placed& placed : images) {
-    ImageForm form;
-    form.width = placed.width;
-    form.height = placed.height;
+    ImageForm form{.width = placed.width, .height = placed.height};
     test::Record record = test::ImageRecord(form);
     record.Set("IDLVL", placed.level).Set("IALVL", placed.attachment).Set("ILOC", placed.location);
     file.Image(record, std::string(static_cast<size_t>(placed.width) * placed.height,
@@ -49,10 +47,7 @@ Size SizeOf(const NitfBuilder& file) {
 using GeometryTest = test::ModuleTest;
 
 TEST_F(GeometryTest, CompositeReachesTheFarthestSegment) {
-  ImageForm blocks;
-  blocks.width = 512;
-  blocks.height = 300;
-  blocks.blocksAcross = 2;
+  ImageForm blocks{.width = 512, .height = 300, .blocksAcross = 2};
   EXPECT_EQ(SizeOf(NitfBuilder().Image(blocks, "")), (Size{1, 1024, 300}));
   EXPECT_EQ(SizeOf(Compose({{1, 0, "0001000020", 400, 300}, {2, 1, "0010000050", 200, 100}})),
             (Size{1, 420, 310}));

@@ -17,13 +17,6 @@ int32_t ReadBytes(const std::string& bytes) {
 }
 
 // A file with one segment of each kind.
-NitfBuilder FullFile() {
-  NitfBuilder file;
-  file.Image(ImageForm{}, std::string(64, 'i')).Graphic(test::GraphicRecord(), "").Text("Some text");
-  file.extensions.push_back({test::DataExtensionRecord("TRE_OVERFLOW"), "data"});
-  return file;
-}
-
 struct Fault {
   const char* segment;  // "header", "image", "graphic", "text", "extension"
   const char* field;
@@ -37,8 +30,15 @@ std::ostream& operator<<(std::ostream& out, const Fault& fault) {
 
 class HeaderFaults : public test::ModuleTest, public testing::WithParamInterface<Fault> {};
 
+NitfBuilder OneOfEach() {
+  NitfBuilder file;
+  file.Image(ImageForm{}, std::string(64, 'i')).Graphic(test::GraphicRecord(), "").Text("Some text");
+  file.extensions.push_back({test::DataExtensionRecord("TRE_OVERFLOW"), "data"});
+  return file;
+}
+
 TEST_P(HeaderFaults, GiveTheirStatus) {
-  NitfBuilder file = FullFile();
+  NitfBuilder file = OneOfEach();
   const Fault& fault = GetParam();
   const std::string segment = fault.segment;
   test::Record& record = segment == "header"    ? file.header
@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
 using HeadersTest = test::ModuleTest;
 
 TEST_F(HeadersTest, EveryTruncationOfAFileIsRefused) {
-  const std::string whole = FullFile().Bytes();
+  const std::string whole = OneOfEach().Bytes();
   // The last bytes are segment data, which the parse does not read.
   const size_t parsed = whole.size() - 4;
   for (size_t length = 0; length < parsed; length += length < 420 ? 1 : 7) {
@@ -90,7 +90,7 @@ TEST_F(HeadersTest, EveryTruncationOfAFileIsRefused) {
 }
 
 TEST_F(HeadersTest, FileHeaderIsDecoded) {
-  NitfBuilder file = FullFile();
+  NitfBuilder file = OneOfEach();
   file.header.SetRaw("FBKGC", "\x10\x20\x30")
       .Set("UDHDL", 25)
       .InsertAfter("UDHDL", "UDH", "000TAGONE00011eleven byte");
@@ -125,14 +125,13 @@ TEST_F(HeadersTest, SegmentsAreFoundByTheLengthTables) {
 }
 
 TEST_F(HeadersTest, ImageSubheaderIsDecoded) {
-  ImageForm form;
-  form.bands = 10;
-  form.compression = "C1";
-  form.rate = "2DS";
-  form.bandCodes = {"LU", "R", "G", "B", "M", "Y", "Cb", "Cr", "??"};
-  form.lookup = std::string("\x01\x02\x03\x04", 4) + std::string("\x11\x12\x13\x14", 4) +
-                std::string("\x21\x22\x23\x24", 4);
-  form.lookupTables = 3;
+  ImageForm form{.bands = 10,
+                 .compression = "C1",
+                 .bandCodes = {"LU", "R", "G", "B", "M", "Y", "Cb", "Cr", "??"},
+                 .rate = "2DS",
+                 .lookup = std::string("\x01\x02\x03\x04", 4) + std::string("\x11\x12\x13\x14", 4) +
+                           std::string("\x21\x22\x23\x24", 4),
+                 .lookupTables = 3};
   test::Record record = test::ImageRecord(form);
   record.Set("ICORDS", "G").InsertAfter("ICORDS", "IGEOLO", std::string(60, 'g'));
   record.Set("NICOM", "2").InsertAfter("NICOM", "ICOM", std::string(80, 'c') + std::string(80, 'd'));
@@ -166,8 +165,7 @@ TEST_F(HeadersTest, ImageSubheaderIsDecoded) {
 }
 
 TEST_F(HeadersTest, DeepSamplesAreAcceptedInOneBandOnly) {
-  ImageForm form;
-  form.bits = 16;
+  ImageForm form{.bits = 16};
   EXPECT_EQ(ReadBytes(NitfBuilder().Image(form, "").Bytes()), 1);
   form.bands = 3;
   EXPECT_EQ(ReadBytes(NitfBuilder().Image(form, "").Bytes()), -700002);
@@ -176,8 +174,7 @@ TEST_F(HeadersTest, DeepSamplesAreAcceptedInOneBandOnly) {
 
 TEST_F(HeadersTest, LookupTablesOfAnyCountAreConsumed) {
   for (int tables : {1, 2, 4}) {
-    ImageForm form;
-    form.lookupTables = tables;
+    ImageForm form{.lookupTables = tables};
     for (int i = 0; i < 3 * tables; ++i) form.lookup += static_cast<char>(i);
     NitfFile document;
     ASSERT_EQ(ReadBytes(NitfBuilder().Image(form, "").Bytes(), document), 1) << tables;
@@ -189,9 +186,7 @@ TEST_F(HeadersTest, LookupTablesOfAnyCountAreConsumed) {
 }
 
 TEST_F(HeadersTest, MaskTableFollowsTheSubheader) {
-  ImageForm form;
-  form.compression = "NM";
-  form.blocksAcross = form.blocksDown = 2;
+  ImageForm form{.blocksAcross = 2, .blocksDown = 2, .compression = "NM"};
   const test::MaskForm mask{{0, 0xFFFFFFFF, 64, 128}, {0, 0xFFFFFFFF, 64, 0xFFFFFFFF}, 7};
   NitfFile document;
   ASSERT_EQ(ReadBytes(NitfBuilder().Image(form, test::MaskBytes(mask)).Bytes(), document), 1);
@@ -208,7 +203,7 @@ TEST_F(HeadersTest, MaskTableFollowsTheSubheader) {
 }
 
 TEST_F(HeadersTest, ReadingSurvivesEveryFault) {
-  const test::TempFile file(FullFile().Bytes());
+  const test::TempFile file(OneOfEach().Bytes());
   const auto read = [&] {
     NitfFile document;
     return ToCaller(document.ReadDocument(file.Wide()));

@@ -43,8 +43,7 @@ TEST_F(HostileTest, ClaimsBeyondTheFileAreShortReads) {
 }
 
 TEST_F(HostileTest, HugeImagesWithoutTheirDataAreShortReads) {
-  ImageForm form;
-  form.width = form.height = 1200;
+  ImageForm form{.width = 1200, .height = 1200};
   for (const int bands : {1, 3}) {
     form.bands = bands;
     form.representation = bands == 3 ? "RGB" : "MONO";
@@ -62,14 +61,11 @@ TEST_F(HostileTest, CountsInSubheadersAreHeldAgainstTheFile) {
   test::Record bands = test::ImageRecord({});
   bands.Set("NBANDS", "0").InsertAfter("NBANDS", "XBANDS", "99999");
   EXPECT_EQ(Provoke(NitfBuilder().Image(bands, "").Bytes()), -7);
-  ImageForm lookup;
-  lookup.lookup = "abc";
-  lookup.lookupTables = 1;
+  ImageForm lookup{.lookup = "abc", .lookupTables = 1};
   test::Record entries = test::ImageRecord(lookup);
   entries.Set("NELUT0", "99999");
   EXPECT_EQ(Provoke(NitfBuilder().Image(entries, "").Bytes()), -7);
-  ImageForm masked;
-  masked.compression = "NM";
+  ImageForm masked{.compression = "NM"};
   test::Record blocks = test::ImageRecord(masked);
   blocks.Set("NBPR", "9999").Set("NBPC", "9999");
   EXPECT_EQ(Provoke(NitfBuilder().Image(blocks, test::MaskBytes({.blocks = {0}})).Bytes()), -7);
@@ -80,10 +76,7 @@ TEST_F(HostileTest, OddDepthsAndSignsEndWithAStatus) {
        {"00", "03", "07", "09", "11", "13", "21", "24", "25", "33", "48", "64", "99", "-1", "-9"}) {
     for (const int bands : {1, 2, 3, 4}) {
       for (const char* mode : {"B", "P", "R", "S"}) {
-        ImageForm form;
-        form.bands = bands;
-        form.mode = mode;
-        form.representation = bands == 1 ? "MONO" : "MULTI";
+        ImageForm form{.bands = bands, .representation = bands == 1 ? "MONO" : "MULTI", .mode = mode};
         test::Record record = test::ImageRecord(form);
         record.Set("NBPP", bits);
         (void)Provoke(NitfBuilder().Image(record, std::string(4096, 'x')).Bytes());
@@ -100,11 +93,7 @@ TEST_F(HostileTest, OddDepthsAndSignsEndWithAStatus) {
 }
 
 TEST_F(HostileTest, RandomDamageNeverBreaksTheReader) {
-  ImageForm form;
-  form.bands = 3;
-  form.representation = "RGB";
-  form.compression = "NM";
-  form.blocksAcross = 2;
+  ImageForm form{.blocksAcross = 2, .bands = 3, .compression = "NM", .representation = "RGB"};
   NitfBuilder file;
   file.Image(form,
              test::MaskBytes({.blocks = {0, 192, 0, 0, 0, 0}, .pads = {0, 1, 2, 3, 4, 5}, .padCode = 1}) +

@@ -3,7 +3,7 @@
 #include <chrono>
 
 #include "Common/HandlGfx.h"
-#include "hostkit/vector/drawing.h"
+#include "hostkit/vector/handle.h"
 #include "tests/support/metafile.h"
 #include "tests/support/objects.h"
 
@@ -192,8 +192,7 @@ test::Record Symbol(int level, const char* location, const char* bound) {
 }
 
 TEST_F(PaintTest, GraphicsAreDrawnOverAndUnderImages) {
-  test::ImageForm form;
-  form.width = form.height = 40;
+  test::ImageForm form{.width = 40, .height = 40};
   test::Record image = test::ImageRecord(form);
   image.Set("IDLVL", 2);
   NitfBuilder file;

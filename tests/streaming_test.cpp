@@ -18,8 +18,7 @@ std::string StreamingData(const std::string& replacement, int64_t secondLength =
 
 NitfBuilder OneImage() {
   NitfBuilder file;
-  test::ImageForm form;
-  form.width = form.height = 4;
+  test::ImageForm form{.width = 4, .height = 4};
   file.Image(form, std::string(16, '\x40'));
   file.extensions.push_back({test::DataExtensionRecord("STREAMING_FILE_HEADER"), ""});
   return file;

@@ -20,14 +20,14 @@ using StreamsTest = test::ModuleTest;
 
 ImageForm Form(const std::string& compression, int across, int down, int bands,
                const std::string& representation, const std::string& mode = "B") {
-  ImageForm form;
-  form.width = form.height = kSide;
-  form.blocksAcross = across;
-  form.blocksDown = down;
-  form.bands = bands;
-  form.compression = compression;
-  form.representation = representation;
-  form.mode = mode;
+  ImageForm form{.width = kSide,
+                 .height = kSide,
+                 .blocksAcross = across,
+                 .blocksDown = down,
+                 .bands = bands,
+                 .compression = compression,
+                 .representation = representation,
+                 .mode = mode};
   return form;
 }
 

@@ -40,6 +40,8 @@ expect 0 '' "$tool" render fourth.ntf -o picture.ppm
 expect 1 'orbntf: info: missing.ntf: status -7:' "$tool" info missing.ntf
 expect 1 'status -7' "$tool" info --json missing.ntf first.ntf
 grep -q '"status": -7' out.txt && grep -q '"status": 1' out.txt || fail "JSON is printed on failure too"
+head -c 500 first.ntf >short.ntf
+expect 1 ', at IID2, byte ' "$tool" copy short.ntf -o x.ntf
 expect 1 'status -10' "$tool" copy missing.ntf -o x.ntf
 expect 1 'IREP: status -13' "$tool" set first.ntf -o x.ntf image:0 IREP=NONSENSE
 expect 1 'CLEVEL: status -13' "$tool" set first.ntf -o x.ntf CLEVEL=8

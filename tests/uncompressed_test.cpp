@@ -60,28 +60,28 @@ std::string ImageData(const Layout& layout, std::vector<uint32_t>& offsets) {
 
 class ImageModes : public test::ModuleTest, public testing::WithParamInterface<Layout> {};
 
+ImageForm FormOf(const Layout& layout) {
+  ImageForm form{.width = kWidth,
+                 .height = kHeight,
+                 .blocksAcross = 2,
+                 .blocksDown = 2,
+                 .bands = layout.bands,
+                 .compression = layout.masked ? "NM" : "NC",
+                 .representation = layout.bands == 3   ? "RGB"
+                                   : layout.bands == 1 ? "MONO"
+                                                       : "MULTI",
+                 .mode = layout.mode};
+  if (layout.bands == 5) form.bandCodes = {"", "G", "R", "", "B"};
+  return form;
+}
+
 TEST_P(ImageModes, ShowTheSelectedBands) {
   const Layout& layout = GetParam();
-  ImageForm form;
-  form.width = kWidth;
-  form.height = kHeight;
-  form.blocksAcross = form.blocksDown = 2;
-  form.bands = layout.bands;
-  form.mode = layout.mode;
-  form.compression = layout.masked ? "NM" : "NC";
-  form.representation = layout.bands == 3 ? "RGB" : layout.bands == 1 ? "MONO" : "MULTI";
-  if (layout.bands == 5) form.bandCodes = {"", "G", "R", "", "B"};
   std::vector<uint32_t> offsets;
   std::string data = ImageData(layout, offsets);
-  if (layout.masked)
-    data = test::MaskBytes({.blocks =
-                                [&] {
-                                  std::vector<uint32_t> records = offsets;
-                                  records.resize(4 * static_cast<size_t>(layout.bands), kNone);
-                                  return records;
-                                }()}) +
-           data;
-  const auto picture = test::RenderBytes(NitfBuilder().Image(form, data).Bytes());
+  offsets.resize(4 * static_cast<size_t>(layout.bands), kNone);
+  if (layout.masked) data = test::MaskBytes({.blocks = offsets}) + data;
+  const auto picture = test::RenderBytes(NitfBuilder().Image(FormOf(layout), data).Bytes());
   ASSERT_EQ(picture.status, 1);
   const std::array<int, 3> shown = layout.bands == 5   ? std::array{2, 1, 4}
                                    : layout.bands == 1 ? std::array{0, 0, 0}
@@ -116,13 +116,13 @@ INSTANTIATE_TEST_SUITE_P(All, ImageModes,
 using UncompressedTest = test::ModuleTest;
 
 TEST_F(UncompressedTest, RowInterleavedBlocksLieWhereTheirRecordsPoint) {
-  ImageForm form;
-  form.width = form.height = 2;
-  form.blocksAcross = 2;
-  form.bands = 3;
-  form.representation = "RGB";
-  form.mode = "R";
-  form.compression = "NM";
+  ImageForm form{.width = 2,
+                 .height = 2,
+                 .blocksAcross = 2,
+                 .bands = 3,
+                 .compression = "NM",
+                 .representation = "RGB",
+                 .mode = "R"};
   const std::string data = test::MaskBytes({.blocks = {kNone, 12, kNone, kNone, kNone, kNone}});
   const auto picture = test::RenderBytes(
       NitfBuilder().Image(form, data + std::string(12, '\x11') + std::string(12, '\x22')).Bytes());
@@ -132,12 +132,12 @@ TEST_F(UncompressedTest, RowInterleavedBlocksLieWhereTheirRecordsPoint) {
 }
 
 TEST_F(UncompressedTest, PadRecordsGiveOffsetsWhenThereAreNoBlockRecords) {
-  ImageForm form;
-  form.width = form.height = 2;
-  form.blocksAcross = 2;
-  form.bands = 3;
-  form.representation = "RGB";
-  form.compression = "NM";
+  ImageForm form{.width = 2,
+                 .height = 2,
+                 .blocksAcross = 2,
+                 .bands = 3,
+                 .compression = "NM",
+                 .representation = "RGB"};
   MaskForm mask;
   mask.pads = {12, kNone, kNone, kNone, kNone, kNone};
   const auto picture = test::RenderBytes(
@@ -150,12 +150,7 @@ TEST_F(UncompressedTest, PadRecordsGiveOffsetsWhenThereAreNoBlockRecords) {
 }
 
 TEST_F(UncompressedTest, BiLevelBlocksRunAcrossRowsAndAreFoundOneBehindTheOther) {
-  ImageForm form;
-  form.width = 10;
-  form.height = 2;
-  form.blocksAcross = 2;
-  form.bits = 1;
-  form.pixelType = "B";
+  ImageForm form{.width = 10, .height = 2, .blocksAcross = 2, .bits = 1, .pixelType = "B"};
   // Row 0 of block 0 has its first pixel set, row 1 its last; block 1 is the reverse. Three bytes each.
   const std::string data("\x80\x00\x10\x00\x60\x00", 6);
   const auto picture = test::RenderBytes(NitfBuilder().Image(form, data).Bytes());
@@ -170,13 +165,8 @@ TEST_F(UncompressedTest, BiLevelBlocksRunAcrossRowsAndAreFoundOneBehindTheOther)
 }
 
 TEST_F(UncompressedTest, BiLevelBlocksFollowTheirRecords) {
-  ImageForm form;
-  form.width = 8;
-  form.height = 1;
-  form.blocksAcross = 3;
-  form.bits = 1;
-  form.pixelType = "B";
-  form.compression = "NM";
+  ImageForm form{
+      .width = 8, .height = 1, .blocksAcross = 3, .bits = 1, .compression = "NM", .pixelType = "B"};
   const auto row = [&](const MaskForm& mask, const std::string& bytes) {
     const auto picture =
         test::RenderBytes(NitfBuilder().Image(form, test::MaskBytes(mask) + bytes).Bytes());
@@ -191,12 +181,11 @@ TEST_F(UncompressedTest, BiLevelBlocksFollowTheirRecords) {
 }
 
 TEST_F(UncompressedTest, LookupTablesColourTheImage) {
-  ImageForm form;
-  form.width = 3;
-  form.height = 1;
-  form.representation = "RGB/LUT";
-  form.lookup = "\x0A\x0B\x0C\x1A\x1B\x1C\x2A\x2B\x2C";
-  form.lookupTables = 3;
+  ImageForm form{.width = 3,
+                 .height = 1,
+                 .representation = "RGB/LUT",
+                 .lookup = "\x0A\x0B\x0C\x1A\x1B\x1C\x2A\x2B\x2C",
+                 .lookupTables = 3};
   const auto picture =
       test::RenderBytes(NitfBuilder().Image(form, std::string("\x02\x00\x01", 3)).Bytes());
   ASSERT_EQ(picture.status, 1);
@@ -206,10 +195,7 @@ TEST_F(UncompressedTest, LookupTablesColourTheImage) {
 }
 
 TEST_F(UncompressedTest, PadPixelsShowWhatLiesBeneath) {
-  ImageForm form;
-  form.width = 2;
-  form.height = 1;
-  form.compression = "NM";
+  ImageForm form{.width = 2, .height = 1, .compression = "NM"};
   NitfBuilder file;
   file.header.SetRaw("FBKGC", "\x01\x02\x03");
   file.Image(form, test::MaskBytes({.padCode = 9}) + "\x09\x08");
@@ -221,11 +207,7 @@ TEST_F(UncompressedTest, PadPixelsShowWhatLiesBeneath) {
 
 TEST_F(UncompressedTest, DeepSamplesAreShownThroughTheirHighBits) {
   const auto first = [](int nbpp, int abpp, const std::string& data, int blocks = 1) {
-    ImageForm form;
-    form.width = 4;
-    form.height = 1;
-    form.bits = nbpp;
-    form.blocksAcross = blocks;
+    ImageForm form{.width = 4, .height = 1, .blocksAcross = blocks, .bits = nbpp};
     test::Record record = test::ImageRecord(form);
     record.Set("ABPP", abpp);
     const auto picture = test::RenderBytes(NitfBuilder().Image(record, data).Bytes());
@@ -244,20 +226,13 @@ TEST_F(UncompressedTest, DeepSamplesAreShownThroughTheirHighBits) {
 }
 
 TEST_F(UncompressedTest, TwoBandImagesAreReadByTheOneBandReader) {
-  ImageForm form;
-  form.width = 4;
-  form.height = 2;
-  form.bands = 2;
-  form.representation = "MULTI";
+  ImageForm form{.width = 4, .height = 2, .bands = 2, .representation = "MULTI"};
   EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, std::string(16, 'x')).Bytes()).status, 1);
 }
 
 TEST_F(UncompressedTest, ShortDataIsAShortRead) {
   for (const char* mode : {"B", "P", "R", "S"}) {
-    ImageForm form;
-    form.bands = 3;
-    form.representation = "RGB";
-    form.mode = mode;
+    ImageForm form{.bands = 3, .representation = "RGB", .mode = mode};
     EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, std::string(150, 'x')).Bytes()).status, -7)
         << mode;
   }
@@ -266,15 +241,15 @@ TEST_F(UncompressedTest, ShortDataIsAShortRead) {
 // A plane reaches from the first stored block to the last, whatever lies between.
 TEST_F(UncompressedTest, PlanesOfMaskedImagesEndWithTheLastStoredBlock) {
   constexpr uint32_t kBlock = kWidth * kHeight;
-  ImageForm form;
-  form.width = kWidth;
-  form.height = kHeight;
-  form.blocksAcross = form.blocksDown = 2;
-  form.bands = 3;
-  form.mode = "S";
-  form.compression = "NM";
-  form.representation = "RGB";
-  form.bandCodes = {"R", "G", "B"};
+  ImageForm form{.width = kWidth,
+                 .height = kHeight,
+                 .blocksAcross = 2,
+                 .blocksDown = 2,
+                 .bands = 3,
+                 .compression = "NM",
+                 .representation = "RGB",
+                 .mode = "S",
+                 .bandCodes = {"R", "G", "B"}};
   std::string data;
   for (const char band : {'r', 'g', 'b'})
     data += std::string(kBlock, band) + std::string(kBlock, static_cast<char>(band + 1));
@@ -289,11 +264,7 @@ TEST_F(UncompressedTest, PlanesOfMaskedImagesEndWithTheLastStoredBlock) {
 }
 
 TEST_F(UncompressedTest, PadPixelsOfPalettesAndColourAreLeftOut) {
-  ImageForm form;
-  form.width = 4;
-  form.height = 1;
-  form.compression = "NM";
-  form.representation = "RGB/LUT";
+  ImageForm form{.width = 4, .height = 1, .compression = "NM", .representation = "RGB/LUT"};
   // Entries 0 and 2 have one colour: the pad code names it, and both are left out.
   form.lookup = std::string("\x50\x60\x50\x51\x61\x51\x52\x62\x52", 9);
   form.lookupTables = 3;
@@ -328,13 +299,13 @@ TEST_F(UncompressedTest, PadPixelsOfPalettesAndColourAreLeftOut) {
 TEST_F(UncompressedTest, RecordsBeyondTheDataAreAbsentBlocks) {
   for (const char* mode : {"B", "P", "R"}) {
     for (const int bands : {1, 3}) {
-      ImageForm form;
-      form.width = form.height = 2;
-      form.blocksAcross = 2;
-      form.bands = bands;
-      form.mode = mode;
-      form.representation = bands == 3 ? "RGB" : "MONO";
-      form.compression = "NM";
+      ImageForm form{.width = 2,
+                     .height = 2,
+                     .blocksAcross = 2,
+                     .bands = bands,
+                     .compression = "NM",
+                     .representation = bands == 3 ? "RGB" : "MONO",
+                     .mode = mode};
       const std::string block(static_cast<size_t>(4 * bands), 'x');
       std::vector<uint32_t> records = {0, 1000};
       records.resize(static_cast<size_t>(2 * bands), kNone);

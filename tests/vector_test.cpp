@@ -1,7 +1,8 @@
 // Metafiles and drawings.
 #include <random>
 
-#include "hostkit/vector/drawing.h"
+#include "hostkit/vector/metafile.h"
+#include "hostkit/vector/outline.h"
 #include "tests/support/metafile.h"
 #include "tests/support/objects.h"
 
@@ -113,6 +114,40 @@ TEST_F(VectorTest, UnknownAndCutElementsCostOnlyThemselves) {
 
 // ---------------------------------------------------------------- round trip
 
+Object ObjectOf(int kind, double scale, const hostkit::Box& clipBox) {
+  hostkit::Attributes attributes;
+  attributes.clipBox = clipBox;
+  attributes.line = {kind % 5 + 1, 2 * scale, false, {1, 2, static_cast<uint8_t>(kind)}};
+  attributes.edgeVisible = kind % 2 == 0;
+  attributes.fill.interior = static_cast<hostkit::Interior>(kind % 5);
+  attributes.text.height = 10 * scale;
+  attributes.text.expansion = 0.75;
+  Object object;
+  object.kind = static_cast<ObjectKind>(kind);
+  object.attributes = std::make_shared<const hostkit::Attributes>(attributes);
+  const size_t counts[] = {7, 4, 3, 1, 1, 5, 6, 3, 2, 1, 3, 3, 3, 3, 3, 5, 5};
+  for (size_t i = 0; i < counts[kind]; ++i) {
+    object.points.push_back({scale * static_cast<double>(10 * i + static_cast<size_t>(kind)),
+                             scale * static_cast<double>(i * i)});
+  }
+  if (object.kind == ObjectKind::PolygonSet) object.edgeFlags = {1, 1, 3, 1, 0, 2};
+  if (object.kind == ObjectKind::Text) object.text = std::string(70000, 'x');
+  if (object.kind == ObjectKind::RestrictedText) {
+    object.text = "restricted \xE9";
+    object.box = {30 * scale, 10 * scale};
+  }
+  if (object.kind == ObjectKind::CellArray) {
+    object.columns = 3;
+    object.rows = 2;
+    object.cells.assign(6, {1, 2, 3});
+  }
+  const bool radius = object.kind == ObjectKind::Circle || object.kind == ObjectKind::ArcCentre ||
+                      object.kind == ObjectKind::ArcCentreClose;
+  if (radius) object.radius = 12 * scale;
+  if (object.kind == ObjectKind::ArcCentreClose) object.close = hostkit::CloseType::Chord;
+  return object;
+}
+
 Drawing EveryKind(double scale) {
   Drawing drawing;
   drawing.extent = {{0, 0}, {400 * scale, 300 * scale}};
@@ -121,37 +156,7 @@ Drawing EveryKind(double scale) {
   drawing.patterns[2] = {3, 1, {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}}};
   drawing.layers.resize(1);
   for (int kind = 0; kind <= static_cast<int>(ObjectKind::EllipticalArcClose); ++kind) {
-    hostkit::Attributes attributes;
-    attributes.clipBox = drawing.extent;
-    attributes.line = {kind % 5 + 1, 2 * scale, false, {1, 2, static_cast<uint8_t>(kind)}};
-    attributes.edgeVisible = kind % 2 == 0;
-    attributes.fill.interior = static_cast<hostkit::Interior>(kind % 5);
-    attributes.text.height = 10 * scale;
-    attributes.text.expansion = 0.75;
-    Object object;
-    object.kind = static_cast<ObjectKind>(kind);
-    object.attributes = std::make_shared<const hostkit::Attributes>(attributes);
-    const size_t counts[] = {7, 4, 3, 1, 1, 5, 6, 3, 2, 1, 3, 3, 3, 3, 3, 5, 5};
-    for (size_t i = 0; i < counts[kind]; ++i) {
-      object.points.push_back({scale * static_cast<double>(10 * i + static_cast<size_t>(kind)),
-                               scale * static_cast<double>(i * i)});
-    }
-    if (object.kind == ObjectKind::PolygonSet) object.edgeFlags = {1, 1, 3, 1, 0, 2};
-    if (object.kind == ObjectKind::Text) object.text = std::string(70000, 'x');
-    if (object.kind == ObjectKind::RestrictedText) {
-      object.text = "restricted \xE9";
-      object.box = {30 * scale, 10 * scale};
-    }
-    if (object.kind == ObjectKind::CellArray) {
-      object.columns = 3;
-      object.rows = 2;
-      object.cells.assign(6, {1, 2, 3});
-    }
-    const bool radius = object.kind == ObjectKind::Circle || object.kind == ObjectKind::ArcCentre ||
-                        object.kind == ObjectKind::ArcCentreClose;
-    if (radius) object.radius = 12 * scale;
-    if (object.kind == ObjectKind::ArcCentreClose) object.close = hostkit::CloseType::Chord;
-    drawing.layers[0].objects.push_back(object);
+    drawing.layers[0].objects.push_back(ObjectOf(kind, scale, drawing.extent));
   }
   return drawing;
 }

@@ -226,9 +226,7 @@ TEST_F(WindowsTest, PaintingHonoursTheClipRegion) {
 }
 
 TEST_F(WindowsTest, WhatNeedsALibraryIsNotSupported) {
-  ImageForm form;
-  form.compression = "C3";
-  form.rate = "00.0";
+  ImageForm form{.compression = "C3", .rate = "00.0"};
   EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, "\xFF\xD8\xFF\xD9").Bytes()).status,
             kHostUnsupported);
   form.blocksAcross = 2;

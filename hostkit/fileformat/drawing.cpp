@@ -3,7 +3,8 @@
 
 #include "host/fileformat.h"
 #include "hostkit/kernel/internal.h"
-#include "hostkit/vector/drawing.h"
+#include "hostkit/vector/handle.h"
+#include "hostkit/vector/metafile.h"
 
 int32_t ORB_CALL FileFormatLoadDrawingMemory(const void* bytes, VectorHandle* handle, uint32_t byteCount,
                                              const HostLoadOptions* options, uint32_t flags) {

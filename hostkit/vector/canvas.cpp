@@ -7,6 +7,8 @@
 #include <new>
 
 #include "hostkit/kernel/gdi.h"
+#include "hostkit/vector/handle.h"
+#include "hostkit/vector/outline.h"
 #include "hostkit/vector/paint.h"
 
 namespace hostkit {

@@ -1,5 +1,6 @@
 // The structure of a metafile: elements, delimiters, descriptors and controls.
 #include "hostkit/vector/cgm_reader.h"
+#include "hostkit/vector/metafile.h"
 
 namespace hostkit {
 

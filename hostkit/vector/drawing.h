@@ -150,41 +150,4 @@ struct Drawing {
   }
 };
 
-inline Drawing* DrawingOf(const VectorHandle* handle) {
-  return handle != nullptr ? static_cast<Drawing*>(handle->drawing) : nullptr;
-}
-
-/// A chain of points of an object's outline.
-struct Path {
-  std::vector<Point> points;
-  bool closed = false;
-};
-/// What an object is drawn with.
-struct UsedLooks {
-  bool line = false, fill = false, edge = false, marker = false, text = false;
-};
-UsedLooks LooksOf(const Object& object);
-
-/// An object's outline, curves flattened; texts, markers and cell arrays have none.
-std::vector<Path> OutlineOf(const Object& object);
-/// Whether an object encloses an area.
-bool IsFilled(ObjectKind kind);
-/// Whether every number of an object is finite.
-bool IsFinite(const Object& object);
-
-/// How tall a text counts: from its descenders to its ascenders, or from baseline to capital height.
-enum class TextBox { Full, Capitals };
-/// Least and greatest point of everything drawn; false for a drawing without objects.
-bool FindExtent(const Drawing& drawing, TextBox textBox, Point& least, Point& greatest);
-/// The corners of a text's box, once aligned and turned.
-void TextCorners(const Drawing& drawing, const Object& text, TextBox textBox, Point (&corners)[4]);
-
-/// Makes a drawing a handle's, in place of what it held. Throws std::bad_alloc.
-void GiveDrawing(VectorHandle* handle, Drawing drawing);
-
-/// Decodes a binary metafile; kHostOk or kHostBadData. Throws std::bad_alloc.
-int32_t DecodeCgm(const uint8_t* bytes, size_t size, Drawing& drawing);
-/// Encodes a drawing as a version 1 metafile. Throws std::bad_alloc.
-std::string EncodeCgm(const Drawing& drawing);
-
 }  // namespace hostkit

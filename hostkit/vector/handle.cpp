@@ -4,7 +4,8 @@
 #include <new>
 
 #include "hostkit/kernel/internal.h"
-#include "hostkit/vector/drawing.h"
+#include "hostkit/vector/handle.h"
+#include "hostkit/vector/outline.h"
 
 using hostkit::Drawing;
 using hostkit::DrawingOf;

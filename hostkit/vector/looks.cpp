@@ -1,5 +1,5 @@
 // What objects are drawn with, and which are alike.
-#include "hostkit/vector/drawing.h"
+#include "hostkit/vector/looks.h"
 
 namespace hostkit {
 

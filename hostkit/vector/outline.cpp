@@ -3,7 +3,7 @@
 #include <cmath>
 #include <numbers>
 
-#include "hostkit/vector/drawing.h"
+#include "hostkit/vector/outline.h"
 
 namespace hostkit {
 namespace {

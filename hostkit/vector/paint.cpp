@@ -4,6 +4,8 @@
 #include <cmath>
 
 #include "hostkit/kernel/internal.h"
+#include "hostkit/vector/looks.h"
+#include "hostkit/vector/outline.h"
 
 namespace hostkit {
 namespace {

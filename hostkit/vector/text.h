@@ -38,4 +38,9 @@ struct LaidOutText {
 };
 LaidOutText LayOutText(const Drawing& drawing, const Object& object);
 
+/// How tall a text counts: from its descenders to its ascenders, or from baseline to capital height.
+enum class TextBox { Full, Capitals };
+/// The corners of a text's box, once aligned and turned.
+void TextCorners(const Drawing& drawing, const Object& text, TextBox textBox, Point (&corners)[4]);
+
 }  // namespace hostkit

@@ -244,4 +244,26 @@ std::string NitfBuilder::Bytes() const {
          Patched("HL", Digits(static_cast<int64_t>(headerLength), 6)) + lists + body;
 }
 
+NitfBuilder FullFile() {
+  NitfBuilder file;
+  file.header.Set("XHDL", 14).InsertAfter("XHDL", "XH", "000TAGONE00000");
+  Record image = ImageRecord({});
+  image.Set("NICOM", 2).InsertAfter("NICOM", "ICOM", std::string(80, 'a') + std::string(80, 'b'));
+  image.Set("UDIDL", 15).InsertAfter("UDIDL", "UDI", "000TAGTWO00001x");
+  image.Set("IXSHDL", 14).InsertAfter("IXSHDL", "IXS", "000TAGONE00000").Set("ILOC", "00123-0456");
+  Record second = ImageRecord({});
+  second.Set("IXSHDL", 3).InsertAfter("IXSHDL", "IXS", "001");
+  Record graphic = GraphicRecord();
+  graphic.Set("SFMT", "B").Set("SXSHDL", 14).InsertAfter("SXSHDL", "SXS", "000TAGSYM00000");
+  graphic.Set("SLOC", "-012300045").Set("SBND1", "0000100002").Set("SBND2", "0000300004");
+  file.Image(image, std::string(64, 'i')).Image(second, std::string(64, 'j')).Graphic(graphic, "symbol");
+  file.Text("some text").Text("");
+  file.texts[0].subheader.Set("TXSHDL", 14).InsertAfter("TXSHDL", "TXS", "000TAGTXT00000");
+  file.extensions.push_back({DataExtensionRecord("TRE_OVERFLOW"), "overflow"});
+  Record extension = DataExtensionRecord("OTHER");
+  extension.Set("DESSHL", 5).InsertAfter("DESSHL", "DESSHF", "abcde");
+  file.extensions.push_back({extension, ""});
+  return file;
+}
+
 }  // namespace test

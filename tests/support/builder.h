@@ -96,4 +96,8 @@ class NitfBuilder {
   std::vector<std::pair<std::string, std::string>> patches_;
 };
 
+/// A file with segments of every kind, extended data in each header that can carry some, comments, places
+/// and data extension fields.
+NitfBuilder FullFile();
+
 }  // namespace test

@@ -55,11 +55,29 @@ class Drawing {
   Drawing& operator=(const Drawing&) = delete;
   VectorHandle handle{};
 };
+/// A drawing of one square.
+class Square : public Drawing {
+ public:
+  explicit Square(const std::string& corner = std::string("\x00\x0A\x00\x0A\x00\x32\x00\x28", 8))
+      : Drawing(std::string("\x00\x22\x01t", 4) + std::string("\x00\x62\x01p", 4) +
+                std::string("\x20\x42\x00\x01", 4) + std::string("\x00\x80", 2) +
+                std::string("\x52\xC2\x00\x01", 4) + std::string("\x41\x68", 2) + corner +
+                std::string("\x00\xA0\x00\x40", 4)) {}
+};
 /// A handle as its holder starts it.
 void StartDrawing(VectorHandle& handle);
 /// Decodes a metafile into a started handle. A host status.
 int32_t DecodeMetafile(const std::string& cgm, VectorHandle& handle);
 /// Encodes a drawing as a metafile.
 std::string EncodeMetafile(const VectorHandle& handle);
+
+/// Tests that have the host compress images.
+class CodecTest : public ModuleTest {
+ protected:
+  void SetUp() override {
+    ModuleTest::SetUp();
+    if (!HostHasCodecs()) GTEST_SKIP() << "the host toolkit of this build has no codecs";
+  }
+};
 
 }  // namespace test

@@ -49,15 +49,14 @@ std::string VqData(const VqForm& form) {
 }
 
 ImageForm VqImage(const VqForm& form, const std::string& compression, int across, int down) {
-  ImageForm image;
-  image.width = static_cast<int>(form.blockWidth);
-  image.height = static_cast<int>(form.blockHeight);
-  image.blocksAcross = across;
-  image.blocksDown = down;
-  image.bands = form.bands;
-  image.bits = form.bits;
-  image.compression = compression;
-  image.representation = form.bands == 3 ? "RGB" : "MONO";
+  ImageForm image{.width = static_cast<int>(form.blockWidth),
+                  .height = static_cast<int>(form.blockHeight),
+                  .blocksAcross = across,
+                  .blocksDown = down,
+                  .bands = form.bands,
+                  .bits = form.bits,
+                  .compression = compression,
+                  .representation = form.bands == 3 ? "RGB" : "MONO"};
   return image;
 }
 

@@ -114,8 +114,9 @@ int RunCompose(const std::string& name, const CLI::App& command, const ComposeOp
   std::string problem;
   if (!CollectItems(command, options, items, problem)) return Refuse(name, problem);
   Document document;
-  const int32_t opened = options.file.empty() ? document.StartEmpty() : document.Open(options.file);
-  if (const int code = Report(name, options.file, opened); code != kExitOk) return code;
+  const int opened = options.file.empty() ? Report(name, options.file, document.StartEmpty())
+                                          : OpenDocument(name, document, options.file);
+  if (opened != kExitOk) return opened;
   for (const Item& item : items) {
     if (const int code = Report(name, item.path, AppendItem(document, item)); code != kExitOk)
       return code;

@@ -31,8 +31,7 @@ int32_t WriteOut(const std::string& output, const void* bytes, size_t count) {
 
 int RunText(const ContentOptions& options) {
   Document document;
-  if (const int code = Report("text", options.file, document.Open(options.file)); code != kExitOk)
-    return code;
+  if (const int code = OpenDocument("text", document, options.file); code != kExitOk) return code;
   uint32_t length = 0;
   int32_t status = Orb_NITFGetTextSegment(document.get(), options.index, nullptr, &length);
   std::string text(size_t{length} + 1, '\0');
@@ -77,8 +76,7 @@ int RunGraphic(const ContentOptions& options) {
   }
   if (IsSameFile(options.file, options.output)) return Refuse("graphic", "the output is the input");
   Document document;
-  if (const int code = Report("graphic", options.file, document.Open(options.file)); code != kExitOk)
-    return code;
+  if (const int code = OpenDocument("graphic", document, options.file); code != kExitOk) return code;
   if (options.index >= Orb_NITFGetGraphicHeaderCount(document.get())) {
     return Report("graphic", options.file, ORB_NO_SUCH_RECORD);
   }

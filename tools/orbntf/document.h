@@ -24,6 +24,12 @@ class Document {
   NitfHandle handle_ = nullptr;
 };
 
+/// Opens a document and reports a failure with the field at which it was met. Returns the exit code.
+int OpenDocument(const std::string& command, Document& document, const std::string& path);
+/// Reports the status of a file that an export was given by its path, with the field at which opening it
+/// fails. Returns the exit code.
+int ReportFile(const std::string& command, const std::string& path, int32_t status);
+
 /// Saves a document under a path that must not be `input`; the file appears when it is complete. Returns
 /// the exit code.
 int SaveAs(const std::string& command, Document& document, const std::string& input,

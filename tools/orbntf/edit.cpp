@@ -232,8 +232,7 @@ int ApplyChange(const SetOptions& options, Document& document, const Target& tar
 
 int RunSet(const SetOptions& options) {
   Document document;
-  if (const int code = Report("set", options.file, document.Open(options.file)); code != kExitOk)
-    return code;
+  if (const int code = OpenDocument("set", document, options.file); code != kExitOk) return code;
   Target target;
   for (const std::string& change : options.changes) {
     if (change.find('=') == std::string::npos && ParseTarget(change, target)) continue;
@@ -244,7 +243,7 @@ int RunSet(const SetOptions& options) {
 
 int RunCopy(const std::string& file, const std::string& output) {
   Document document;
-  if (const int code = Report("copy", file, document.Open(file)); code != kExitOk) return code;
+  if (const int code = OpenDocument("copy", document, file); code != kExitOk) return code;
   return SaveAs("copy", document, file, output);
 }
 

@@ -5,6 +5,7 @@
 
 #include "Common/NitfFile.h"
 #include "tools/orbntf/tool.h"
+#include "tools/orbntf/verify.h"
 
 namespace tool {
 namespace {
@@ -127,6 +128,9 @@ struct Inspection {
 
 Json ToJson(const std::string& path, const Inspection& file) {
   Json object = {{"file", path}, {"status", file.status}};
+  if (const ParseFault& fault = file.document.fault; fault.offset >= 0) {
+    object["fault"] = {{"field", std::string(fault.prefix) + fault.name}, {"offset", fault.offset}};
+  }
   object["canvas"] = {{"width", file.width}, {"height", file.height}};
   const NitfFile& document = file.document;
   object["fileHeader"] = document.headerPresent ? ToJson(document.header) : Json::object();
@@ -190,7 +194,8 @@ int RunInfo(const std::vector<std::string>& paths, bool asJson) {
     } else if (file.status == ORB_SUCCESS) {
       PrintForPeople(path, file);
     }
-    if (Report("info", path, file.status) != kExitOk) exitCode = kExitStatus;
+    if (Report("info", path, file.status, PlaceOf(file.document.fault)) != kExitOk)
+      exitCode = kExitStatus;
   }
   if (asJson) {
     const Json& shown = all.size() == 1 ? all[0] : all;

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <string>
 
-#include "hostkit/vector/drawing.h"
+#include "hostkit/vector/metafile.h"
 #include "tools/orbntf/picture.h"
 
 namespace {

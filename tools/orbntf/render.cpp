@@ -3,6 +3,7 @@
 
 #include "host/fileformat.h"
 #include "orbntf/orbntf.h"
+#include "tools/orbntf/document.h"
 #include "tools/orbntf/picture.h"
 #include "tools/orbntf/tool.h"
 
@@ -98,7 +99,7 @@ int32_t RenderInto(const RenderOptions& options, std::FILE* file, PictureForm fo
 int RunRender(const RenderOptions& options) {
   if (ScaleFactor(options.scale) == 0) return Refuse("render", "--scale takes 1/N");
   if (options.output == "-") {
-    return Report("render", options.file, RenderInto(options, stdout, PictureForm::Png));
+    return ReportFile("render", options.file, RenderInto(options, stdout, PictureForm::Png));
   }
   if (!EndsWith(options.output, ".png") && !EndsWith(options.output, ".ppm")) {
     return Refuse("render", "the output's name ends in .png or .ppm");
@@ -112,7 +113,7 @@ int RunRender(const RenderOptions& options) {
   int32_t status = RenderInto(options, file, form);
   if (std::fclose(file) != 0 && status == ORB_SUCCESS) status = ORB_SHORT_WRITE;
   if (status == ORB_SUCCESS && !output.Commit()) status = ORB_SHORT_WRITE;
-  return Report("render", options.file, status);
+  return ReportFile("render", options.file, status);
 }
 
 }  // namespace

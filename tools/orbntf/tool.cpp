@@ -51,10 +51,11 @@ const char* MeaningOf(int32_t status) {
   return "failure of a host library";
 }
 
-int Report(const std::string& command, const std::string& file, int32_t status) {
+int Report(const std::string& command, const std::string& file, int32_t status,
+           const std::string& place) {
   if (status == ORB_SUCCESS) return kExitOk;
-  std::fprintf(stderr, "orbntf: %s: %s: status %d: %s\n", command.c_str(), file.c_str(), status,
-               MeaningOf(status));
+  std::fprintf(stderr, "orbntf: %s: %s: status %d: %s%s\n", command.c_str(), file.c_str(), status,
+               MeaningOf(status), place.c_str());
   return kExitStatus;
 }
 

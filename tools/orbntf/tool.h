@@ -18,7 +18,9 @@ const char* MeaningOf(int32_t status);
 
 /// Prints `orbntf: <command>: <file>: status <code>: <meaning>` unless the status is 1; returns the exit
 /// code.
-int Report(const std::string& command, const std::string& file, int32_t status);
+/// `place` goes behind the meaning.
+int Report(const std::string& command, const std::string& file, int32_t status,
+           const std::string& place = "");
 /// Prints `orbntf: <command>: <message>` and returns the exit code of wrong usage.
 int Refuse(const std::string& command, const std::string& message);
 

@@ -7,6 +7,9 @@
 
 namespace tool {
 
+/// ", at IREP, byte 812" for the field at which parsing ended; empty for none.
+std::string PlaceOf(const ParseFault& fault);
+
 /// Gives a record the fields that Get leaves alone, so that Set keeps them. The extended data itself is
 /// kept by null pointers.
 void FillSetOnlyFields(const FileHeader& header, NITFHeader& record);
