@@ -157,7 +157,7 @@ Status GetExtended(const ExtendedData& data, const PublicPlace& place) {
 
 // The comments are given even when memory runs out half way, so that Free finds them all.
 Status GetComments(const H& header, ImageHeader& record) {
-  const uint32_t count = std::min(LengthOf(header.NICOM.text), 9u);
+  const uint32_t count = LengthOf(header.NICOM.text);
   if (count == 0) return Status::Success;
   KernelBuffer<char*> comments;
   if (Status s = comments.Allocate(count, ORB_HERE); !Ok(s)) return s;

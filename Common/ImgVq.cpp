@@ -255,7 +255,6 @@ Status VqLookupRecord::Read(int32_t file, uint8_t (&raw)[kBytes]) {
   recordCount = Big32(raw + 2);
   valuesPerRecord = Big16(raw + 6);
   valueBits = Big16(raw + 8);
-  tableOffset = Big32(raw + 10);
   return Status::Success;
 }
 

@@ -28,7 +28,6 @@ struct VqLookupRecord {
   uint32_t recordCount;
   uint16_t valuesPerRecord;
   uint16_t valueBits;
-  uint32_t tableOffset;
 
   Status Read(int32_t file, uint8_t (&raw)[kBytes]);
 };

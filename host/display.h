@@ -28,7 +28,7 @@ ORB_HOST_API int32_t ORB_CALL ColourHistogram(KernelBitmap* bitmap, uint32_t* co
 /// Brightens a bitmap by thousandths of full scale, clamped.
 ORB_HOST_API int32_t ORB_CALL ColourAdjust(KernelBitmap* bitmap, int32_t thousandths);
 /// Merges three band bitmaps of one size into a fresh 24-bit bitmap: the first is blue, the last red.
-/// The caller frees the destination.
+/// The caller frees the destination. `flags` is 0.
 ORB_HOST_API int32_t ORB_CALL ColourMerge(KernelBitmap* destination, const KernelBitmap* bands,
                                           uint32_t recordSize, uint32_t flags);
 

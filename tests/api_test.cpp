@@ -120,6 +120,27 @@ TEST_F(ApiTest, AnEmptyDocumentHasItsDefaults) {
   EXPECT_EQ(+file.NUMT, 0u);
   EXPECT_EQ(+file.CLEVEL, 3);
   EXPECT_STREQ(file.FHDR, "NITF");
+  for (const int32_t* lengths : {+file.LISH, +file.LI, +file.LSSH, +file.LS, +file.LTSH, +file.LT})
+    EXPECT_TRUE(lengths == nullptr) << "no segments, no lengths";
+  Orb_NITFFreeNITFHeader(&file);
+}
+
+TEST_F(ApiTest, AFileLengthIsStoredAsTextAndValueUnlessItIsNegative) {
+  const NitfHandle handle = OpenEmpty();
+  const FileHeader& header = handle->header;
+  NITFHeader file = {};
+  ASSERT_EQ(Orb_NITFGetNITFHeader(handle, &file), 1);
+  file.FL = 5000;
+  EXPECT_EQ(Orb_NITFSetNITFHeader(handle, &file), 1);
+  EXPECT_STREQ(header.FL.text, "000000005000");
+  EXPECT_EQ(header.fileLength, 5000u);
+  file.FL = -5;
+  EXPECT_EQ(Orb_NITFSetNITFHeader(handle, &file), 1);
+  EXPECT_STREQ(header.FL.text, "000000005000");
+  EXPECT_EQ(header.fileLength, 5000u);
+  file.FL = 0;
+  EXPECT_EQ(Orb_NITFSetNITFHeader(handle, &file), 1);
+  EXPECT_EQ(header.fileLength, 0u);
   Orb_NITFFreeNITFHeader(&file);
 }
 

@@ -63,6 +63,11 @@ TEST_F(CompressedAppendTest, SegmentDatesAreLoweredByOnePiece) {
   };
   EXPECT_EQ(dates("20261124123456"), std::pair("20261124123455"s, "20261124123356"s));
   EXPECT_EQ(dates("20261124120000"), std::pair("20261124110000"s, "20261124110000"s));
+  // What is below 2 stays and the next larger piece is lowered, the century last.
+  EXPECT_EQ(dates("20261124010101"), std::pair("20261123010101"s, "20261123010101"s));
+  EXPECT_EQ(dates("20261101000000"), std::pair("20261001000000"s, "20261001000000"s));
+  EXPECT_EQ(dates("20260101000000"), std::pair("20250101000000"s, "20250101000000"s));
+  EXPECT_EQ(dates("20010101000000"), std::pair("19010101000000"s, "19010101000000"s));
   EXPECT_EQ(dates("01010101010101"), std::pair("01010101010101"s, "01010101010101"s));
   EXPECT_EQ(dates("--------------"), std::pair("--------------"s, "--------------"s));
 }

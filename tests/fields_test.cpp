@@ -13,6 +13,8 @@ TEST_F(FieldsTest, DecimalConversionFollowsAtoiAndNeverOverflows) {
   EXPECT_EQ(DecimalOf("-0012"), -12);
   EXPECT_EQ(DecimalOf("+7"), 7);
   EXPECT_EQ(DecimalOf("   "), 0);
+  EXPECT_EQ(DecimalOf(":5"), 0);
+  EXPECT_EQ(DecimalOf("/5"), 0);
   EXPECT_EQ(DecimalOf("9999999999"), INT32_MAX);
   EXPECT_EQ(DecimalOf("-99999999999999999999999999"), INT32_MIN);
   EXPECT_EQ(LengthOf("4294967295"), 4294967295u);

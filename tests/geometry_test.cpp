@@ -139,6 +139,15 @@ TEST_F(GeometryTest, AttachmentsReachAcrossKinds) {
   EXPECT_EQ(SizeOf(file), (Size{1, 20 + 200 + 4 + 50, 10 + 100 + 3 + 40}));
 }
 
+TEST_F(GeometryTest, AMetafileReachesItsBoundsFromItsAttachment) {
+  NitfBuilder file = Compose({{1, 0, "0003000060", 1, 1}});
+  test::Record graphic = test::GraphicRecord();
+  graphic.Set("SDLVL", 2).Set("SALVL", 1).Set("SLOC", "0000200003");
+  graphic.Set("SBND1", "0000000000").Set("SBND2", "0001000020");
+  file.Graphic(graphic, test::Metafile(""));
+  EXPECT_EQ(SizeOf(file), (Size{1, 60 + 3 + 10, 30 + 2 + 20}));
+}
+
 TEST_F(GeometryTest, MetafilesReachTheirBoundsFromTheirPlace) {
   const auto size = [](const char* location, const char* first, const char* second) {
     test::Record graphic = test::GraphicRecord();

@@ -40,6 +40,14 @@ TEST_F(PixelsTest, SelectionsWithEqualBandsAreRemembered) {
   GiveBands(header, {"", "", "", "M", ""});
   (void)SelectBands(header, header.rememberedBands, {0, 1, 2});
   EXPECT_EQ(header.rememberedBands.green, 3);
+  // Two equal indexes are enough, whichever they are.
+  for (const BandSelection initial : {BandSelection{1, 0, 0}, {0, 0, 1}, {2, 0, 2}}) {
+    ImageSubheader pair;
+    GiveBands(pair, {"", "G", ""});
+    (void)SelectBands(pair, pair.rememberedBands, initial);
+    EXPECT_EQ(pair.rememberedBands.red, initial.red);
+    EXPECT_EQ(pair.rememberedBands.blue, initial.blue);
+  }
   ImageSubheader distinct;
   GiveBands(distinct, {"R", "G", "B"});
   (void)SelectBands(distinct, distinct.rememberedBands, {0, 1, 2});

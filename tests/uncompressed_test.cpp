@@ -176,6 +176,7 @@ TEST_F(UncompressedTest, BiLevelBlocksFollowTheirRecords) {
     return bits;
   };
   EXPECT_EQ(row({.blocks = {1, kNone, 0}}, "\x80\xFF"), "101");
+  EXPECT_EQ(row({.blocks = {1, kNone, 0}}, std::string("\x80\x00", 2)), "001");
   EXPECT_EQ(row({.blocks = {1, 5000, 0}}, "\x80\xFF"), "101") << "a record beyond the data is not stored";
   EXPECT_EQ(row({.pads = {1, kNone, 0}}, std::string("\x80\x00\x80", 3)), "011");
 }

@@ -119,8 +119,8 @@ int32_t ORB_CALL ColourAdjust(KernelBitmap* bitmap, int32_t thousandths) {
 }
 
 int32_t ORB_CALL ColourMerge(KernelBitmap* destination, const KernelBitmap* bands, uint32_t recordSize,
-                             uint32_t) {
-  if (destination == nullptr || bands == nullptr) return kHostInvalid;
+                             uint32_t flags) {
+  if (destination == nullptr || bands == nullptr || flags != 0) return kHostInvalid;
   return Merge(destination, bands, recordSize);
 }
 
