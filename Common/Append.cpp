@@ -85,15 +85,6 @@ Status SetSegmentDate(char* field, const FileHeader& header, std::span<const int
   return SetDate(field, pieces);
 }
 
-// The lowest display level of the images and graphics; false when there are none.
-Status LowestLevel(const NitfFile& document, bool& any, uint32_t& level) {
-  DisplayList list;
-  if (Status s = BuildDisplayList(document, list); !Ok(s)) return s;
-  any = list.Count() != 0;
-  if (any) level = list.Items()[0].level;
-  return Status::Success;
-}
-
 // Sets a number's text and its decoded value: the new record is placed by it at once.
 template <class R>
 Status SetDecoded(R& record, const char* name, uint32_t value) {
@@ -225,9 +216,8 @@ Status AppendGraphic(NitfFile& document, VectorHandle* drawing, const RECT& rect
   RECT bounds;
   if (Status s = BoundsOf(*drawing, bounds); !Ok(s)) return s;
   const uint32_t level = std::min(NextDisplayLevel(document), kMaxLevel);
-  bool any = false;
   uint32_t lowest = 0;
-  if (Status s = LowestLevel(document, any, lowest); !Ok(s)) return s;
+  const bool any = LowestDisplayLevel(document, lowest);  // without the new segment
   FileHeader& header = document.header;
   NewRecord graphic(document.graphics);
   if (Status s = graphic.Add(header, ORB_HERE); !Ok(s)) return s;
@@ -246,9 +236,8 @@ Status AppendGraphic(NitfFile& document, VectorHandle* drawing, const RECT& rect
 
 Status AppendText(NitfFile& document, const char16_t* fileName) {
   if (document.TextCount() + 1 > kMaxSegments) return Status::LimitReached;
-  bool any = false;
   uint32_t lowest = 0;
-  if (Status s = LowestLevel(document, any, lowest); !Ok(s)) return s;
+  const bool any = LowestDisplayLevel(document, lowest);  // without the new segment
   FileHeader& header = document.header;
   NewRecord text(document.texts);
   KernelBuffer<char> bytes;

@@ -1,18 +1,10 @@
 #include "Common/DExSbHdr.h"
 
-#include "Common/StrmFHdr.h"
-
 namespace {
 
 constexpr char16_t kSourceFile[] = u"DExSbHdr";
 
 using H = DataExtensionSubheader;
-
-Status AcceptMark(H& header) {
-  if (std::string_view(header.DE.text) != "DE") return Status::BadStructure;
-  header.loaded = true;
-  return Status::Success;
-}
 
 Status AcceptVersion(H& header) {
   const int32_t version = DecimalOf(header.DESVER.text);
@@ -41,7 +33,7 @@ Status WriteUserFields(const H& header, FieldWriter& writer) {
 constexpr auto kTable = MakeTable<H>(
     '0',
     std::array{
-        Field<&H::DE>("DE").Accept(&AcceptMark),
+        Field<&H::DE>("DE").Mark("DE"),
         Field<&H::DESID>("DESID"),
         Field<&H::DESVER>("DESVER").Accept(&AcceptVersion),
     },
@@ -57,5 +49,3 @@ constexpr auto kTable = MakeTable<H>(
 FieldTable<DataExtensionSubheader> DataExtensionSubheader::Table() { return kTable; }
 
 DataExtensionSubheader::DataExtensionSubheader() { ApplyDefaults<DataExtensionSubheader>(kTable, *this); }
-
-Status DataExtensionSubheader::ReadSubheader(HeaderParser& parser) { return parser.Parse(*this); }

@@ -3,16 +3,16 @@
 
 #include "Common/SharedFields.h"
 
-class HeaderParser;
-
 struct DataExtensionSubheader {
   DataExtensionSubheader();
 
   /// Parses the subheader at the file's position, which is put back on success. 1, -7, -9 or -1.
-  Status ReadSubheader(HeaderParser& parser);
+  template <class Parser>
+  Status ReadSubheader(Parser& parser) {
+    return parser.Parse(*this);
+  }
 
   uint32_t index = 0;
-  bool loaded = false;  ///< DE was accepted
   Text<2> DE;
   Text<25> DESID;
   Text<2> DESVER;

@@ -118,6 +118,13 @@ Status BuildDisplayList(const NitfFile& document, DisplayList& list) {
   return Status::Success;
 }
 
+bool LowestDisplayLevel(const NitfFile& document, uint32_t& level) {
+  level = UINT32_MAX;
+  for (const ImageSubheader& image : document.images) level = std::min(level, image.IDLVL.value);
+  for (const GraphicSubheader& graphic : document.graphics) level = std::min(level, graphic.SDLVL.value);
+  return document.ImageCount() + document.GraphicCount() != 0;
+}
+
 uint32_t NextDisplayLevel(const NitfFile& document) {
   uint32_t highest = 0;
   for (const ImageSubheader& image : document.images) highest = std::max(highest, image.IDLVL.value);

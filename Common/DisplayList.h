@@ -27,5 +27,7 @@ class DisplayList {
 /// Lists every image, then every graphic, sorts by display level and finds each item's offsets. -1.
 Status BuildDisplayList(const NitfFile& document, DisplayList& list);
 
+/// Tells the lowest display level; false for a document without images and graphics.
+bool LowestDisplayLevel(const NitfFile& document, uint32_t& level);
 /// The highest display level plus 1; 1 for a document without images and graphics.
 uint32_t NextDisplayLevel(const NitfFile& document);

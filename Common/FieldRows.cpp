@@ -55,8 +55,12 @@ Status FieldWriter::PutBytes(const void* bytes, uint32_t count) {
   return Status::Success;
 }
 
-void FieldReader::NoteFault(const char* prefix, const char* name, int64_t offset) {
-  if (fault_.offset < 0) fault_ = {prefix, name, offset};
+void FieldReader::NoteFault(const ParseFault& field) {
+  if (fault_.offset < 0) fault_ = field;
+}
+
+void FieldReader::Pass(const ParseFault& field) {
+  if (sawPlaceholder_ && placeholder_.offset < 0) placeholder_ = field;
 }
 
 void ApplyDefault(const FieldTraits& traits, FieldView field) {
@@ -67,6 +71,7 @@ void ApplyDefault(const FieldTraits& traits, FieldView field) {
 
 Status ReadField(const FieldTraits& traits, FieldView field, FieldReader& reader) {
   if (Status s = reader.TakeText(field.text, traits.width, traits.placeholder); !Ok(s)) return s;
+  if (traits.mark != nullptr && traits.mark != std::string_view(field.text)) return Status::BadStructure;
   if (traits.raw) return Status::Success;
   if (field.location != nullptr) {
     DecodeLocation(*field.location);

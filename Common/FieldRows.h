@@ -43,13 +43,17 @@ class FieldReader {
   /// Before memory is taken for one field: -7, or ReplacementEnd when it does not fit into what is left.
   Status RequireField(CheckedSize bytes) const;
   /// Remembers the field at which the parse failed, unless one is remembered.
-  void NoteFault(const char* prefix, const char* name, int64_t offset);
+  void NoteFault(const ParseFault& field);
+  /// Remembers the first field that a placeholder was met in.
+  void Pass(const ParseFault& field);
 
   ReadMode Mode() const { return mode_; }
   uint32_t Taken() const { return taken_; }
   int64_t Position() const { return start_ + taken_; }
   bool SawPlaceholder() const { return sawPlaceholder_; }
   const ParseFault& Fault() const { return fault_; }
+  /// The field that asks for the replacement data.
+  const ParseFault& Placeholder() const { return placeholder_; }
 
  private:
   int32_t file_;
@@ -58,7 +62,7 @@ class FieldReader {
   int64_t start_;
   uint32_t taken_ = 0;
   bool sawPlaceholder_ = false;
-  ParseFault fault_;
+  ParseFault fault_, placeholder_;
 };
 
 /// Writes the fields of one header at a file's position, or only measures them.
@@ -105,6 +109,7 @@ struct FieldTraits {
   bool raw = false;               ///< bytes, not text
   bool measuresOverflow = false;  ///< a length that is 0 or has room for its overflow field
   bool blank = false;             ///< starts as spaces to its capacity
+  const char* mark = nullptr;     ///< the one text that a file can have
   const char* initial = "";       ///< starts as this text
   const CodeTable* codes = nullptr;
   const char* otherwise = nullptr;  ///< written for a code outside the table, null for the stored text
@@ -143,6 +148,7 @@ struct FieldRow : FieldTraits {
   }
   constexpr FieldRow& Placeholder() { return placeholder = true, *this; }
   constexpr FieldRow& MeasuresOverflow() { return measuresOverflow = true, *this; }
+  constexpr FieldRow& Mark(const char* text) { return mark = text, *this; }
   constexpr FieldRow& Raw() { return raw = true, *this; }
   constexpr FieldRow& When(bool (*test)(const R&)) { return present = test, *this; }
   constexpr FieldRow& Accept(Status (*test)(R&)) { return accept = test, *this; }
@@ -266,11 +272,12 @@ template <class R>
 Status ReadRows(std::type_identity_t<FieldTable<R>> table, R& record, FieldReader& reader) {
   for (const auto& row : table) {
     if (!row.IsPresent(record)) continue;
-    const int64_t offset = reader.Position();
+    const ParseFault field = {row.prefix, row.name, reader.Position()};
     if (Status s = ReadRow(row, record, reader); !Ok(s)) {
-      reader.NoteFault(row.prefix, row.name, offset);
+      reader.NoteFault(field);
       return s;
     }
+    reader.Pass(field);
   }
   return Status::Success;
 }

@@ -1,16 +1,10 @@
 #include "Common/GrSubHdr.h"
 
-#include "Common/StrmFHdr.h"
-
 namespace {
 
 constexpr char16_t kSourceFile[] = u"GrSubHdr";
 
 using H = GraphicSubheader;
-
-Status AcceptMark(H& header) {
-  return std::string_view(header.SY.text) == "SY" ? Status::Success : Status::BadStructure;
-}
 
 Status AcceptForm(H& header) {
   const bool known = header.HasForm('C') || header.HasForm('O') || header.HasForm('B');
@@ -23,7 +17,7 @@ void FormatColour(const H&, char (&text)[16]) { text[0] = 'C'; }
 constexpr auto kTable = MakeTable<H>(
     '0',
     std::array{
-        Field<&H::SY>("SY").Starts("SY").Accept(&AcceptMark).Fill(' '),
+        Field<&H::SY>("SY").Starts("SY").Mark("SY").Fill(' '),
         Field<&H::SID>("SID").Starts("ID        ").Fill(' '),
         Field<&H::SNAME>("SNAME").Blank().Fill(' '),
     },
@@ -47,8 +41,6 @@ constexpr auto kTable = MakeTable<H>(
 FieldTable<GraphicSubheader> GraphicSubheader::Table() { return kTable; }
 
 GraphicSubheader::GraphicSubheader() { ApplyDefaults<GraphicSubheader>(kTable, *this); }
-
-Status GraphicSubheader::ReadSubheader(HeaderParser& parser) { return parser.Parse(*this); }
 
 Status GraphicSubheader::SetGraphicData(const void* bytes, uint32_t count) {
   return appended.Set(bytes, count, ORB_HERE);

@@ -5,8 +5,6 @@
 #include "Common/SharedFields.h"
 #include "host/vector.h"
 
-class HeaderParser;
-
 /// A vector drawing, freed with its owner.
 class OwnedDrawing : NonCopyable {
  public:
@@ -36,7 +34,10 @@ struct GraphicSubheader {
   GraphicSubheader();
 
   /// Parses the subheader at the file's position, which is put back on success. 1, -7, -9 or -1.
-  Status ReadSubheader(HeaderParser& parser);
+  template <class Parser>
+  Status ReadSubheader(Parser& parser) {
+    return parser.Parse(*this);
+  }
   /// Keeps a copy of the CGM bytes of an appended or replaced drawing; -814 for null, -1.
   Status SetGraphicData(const void* bytes, uint32_t count);
 

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "Common/ImCodes.h"
-#include "Common/StrmFHdr.h"
 #include "host/windows.h"
 
 namespace {
@@ -16,12 +15,6 @@ using H = ImageSubheader;
 constexpr uint32_t kCommentWidth = 80;
 
 // ---------------------------------------------------------------- checks and conditions
-
-Status AcceptMark(H& header) {
-  if (std::string_view(header.IM.text) != "IM") return Status::BadStructure;
-  header.loaded = true;
-  return Status::Success;
-}
 
 Status RefuseWithMessage(const char* message, Status status) {
   MessageBoxA(nullptr, message, "Error", MB_OK);
@@ -203,7 +196,7 @@ void FormatMagnification(const H& header, char (&text)[16]) {
 constexpr auto kTable = MakeTable<H>(
     ' ',
     std::array{
-        Field<&H::IM>("IM").Starts("IM").Accept(&AcceptMark),
+        Field<&H::IM>("IM").Starts("IM").Mark("IM"),
         Field<&H::IID1>("IID1").Starts("Missing ID"),
         Field<&H::IDATIM>("IDATIM").Fill('0').Blank().Set(SetAs::Date),
         Field<&H::TGTID>("TGTID").Blank(),
@@ -302,8 +295,6 @@ ReaderFamily ImageSubheader::Family() const {
 bool ImageSubheader::HasMaskTable() const {
   return IC.code < std::size(kCompressionTable) && kCompressionTable[IC.code].hasMaskTable;
 }
-
-Status ImageSubheader::ReadSubheader(HeaderParser& parser) { return parser.Parse(*this); }
 
 Status ImageSubheader::ReadTail(FieldReader& reader) {
   if (!HasMaskTable()) return Status::Success;

@@ -4,7 +4,6 @@
 #include "Common/AppendedData.h"
 #include "Common/SharedFields.h"
 
-class HeaderParser;
 struct FileHeader;
 
 /// Compression codes, in the order of their table.
@@ -115,7 +114,10 @@ struct ImageSubheader {
 
   /// Parses the subheader and the mask table behind it at the file's position, which is put back on
   /// success. 1, -7, -9, -13, -1, -700000 and -700002 (both after a message box).
-  Status ReadSubheader(HeaderParser& parser);
+  template <class Parser>
+  Status ReadSubheader(Parser& parser) {
+    return parser.Parse(*this);
+  }
 
   /// Reads what follows the fields: the mask table of a masked image.
   Status ReadTail(FieldReader& reader);
@@ -172,7 +174,6 @@ struct ImageSubheader {
 
   FileHeader* owner = nullptr;  ///< whose lengths follow what setters change
   uint32_t index = 0;
-  bool loaded = false;  ///< IM was accepted
   uint32_t bandCount = 0;
   uint32_t biLevelOption = static_cast<uint32_t>(BiLevelOption::None);
   double magnification = 1.0;

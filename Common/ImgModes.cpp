@@ -77,7 +77,7 @@ Status ReadBiLevel(KernelBitmap& segment, const ImageSource& source) {
   ScratchBlock scratch;
   if (Status s = scratch.Allocate(header, segment.bitsPerPixel, kOrderBgr); !Ok(s)) return s;
   uint64_t behindPrevious = 0;
-  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
+  for (uint64_t n = 0; n < header.BlockCount(); ++n) {
     uint64_t start = behindPrevious;
     if (mask.HasBlockRecords()) {
       if (!source.IsStored(n)) continue;
@@ -163,7 +163,7 @@ Status ReadMultiBlock(KernelBitmap& segment, const ImageSource& source) {
   KernelBuffer<uint8_t> row;
   if (Status s = row.Allocate(std::max(length, scratch.BytesPerLine()), ORB_HERE); !Ok(s)) return s;
   int64_t next = mask.IMDATOFF;
-  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
+  for (uint64_t n = 0; n < header.BlockCount(); ++n) {
     if (mask.HasBlockRecords() && !source.IsStored(n)) continue;
     if (Status s = ReadRowBlock(source, next, row, length, scratch); !Ok(s)) return s;
     next += int64_t{length} * header.NPPBV.value;
@@ -184,8 +184,8 @@ struct ModeLayout {
   bool usesPadRecords = true;     // without block records, pad pixel records give offsets
   bool repeatsLastRow = false;    // the last row of a block shows the row above it
   bool marksInterleaved = false;  // the segment bitmap's hint is set
-  uint8_t readOrder[3] = {2, 1,
-                          0};  // of blue (0), green (1) and red (2): the one that hosts expect of a mode
+  // Of blue (0), green (1) and red (2): the one that hosts expect of a mode.
+  uint8_t readOrder[3] = {2, 1, 0};
 };
 
 // Bytes between the bands of a masked band-sequential image: the extent of its stored blocks.
@@ -193,7 +193,7 @@ int64_t MaskedPlane(const ImageSource& source) {
   const ImageSubheader& header = source.header;
   const int64_t inner = header.NBPC.value;
   int64_t first = -1, last = -1;
-  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
+  for (uint64_t n = 0; n < header.BlockCount(); ++n) {
     if (!header.mask.HasBlock(n)) continue;
     if (first < 0) first = static_cast<int64_t>(n);
     last = static_cast<int64_t>(n);
@@ -236,8 +236,7 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
   }
   const bool masked = header.mask.HasBlockRecords();
   return {.blockLength = block,
-          .bandStride =
-              masked ? MaskedPlane(source) : block * static_cast<int64_t>(source.header.BlockCount()),
+          .bandStride = masked ? MaskedPlane(source) : block * static_cast<int64_t>(header.BlockCount()),
           .rowStride = width,
           .marksInterleaved = true};
 }
@@ -329,7 +328,7 @@ Status ReadInterleavedBands(KernelBitmap& segment, const ImageSource& source) {
   }
   BandRows rows(source, layout, bands);
   if (Status s = rows.Allocate(scratch); !Ok(s)) return s;
-  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
+  for (uint64_t n = 0; n < header.BlockCount(); ++n) {
     int64_t offset = 0;
     if (!OffsetOfBlock(source, layout, n, offset)) continue;
     scratch.Prepare();

@@ -222,7 +222,7 @@ class VqDecoder {
 Status ShrinkToStoredBlocks(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   BlockPlace last = {0, 0};
-  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
+  for (uint64_t n = 0; n < header.BlockCount(); ++n) {
     if (!header.mask.HasBlock(n)) continue;
     const BlockPlace place = PlaceOfBlock(header, n);
     last = {std::max(last.column, place.column), std::max(last.row, place.row)};
@@ -280,7 +280,7 @@ Status FindVqDataExtent(const ImageSource& source, VqDataExtent& extent) {
     if (Status s = first.Read(file, rawRecord); !Ok(s)) return s;
   }
   uint64_t stored = 0;
-  for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
+  for (uint64_t n = 0; n < image.BlockCount(); ++n) {
     stored += mask.HasBlock(n);
   }
   const CheckedSize tables = CheckedSize(first.recordCount) * step *

@@ -1,6 +1,5 @@
 #include "Common/NtfHdr.h"
 
-#include "Common/StrmFHdr.h"
 #include "host/windows.h"
 
 namespace {
@@ -168,8 +167,6 @@ void FileHeader::FreeTables() {
   userDefined.bytes.Reset();
   extended.bytes.Reset();
 }
-
-Status FileHeader::ReadHeader(HeaderParser& parser) { return parser.Parse(*this); }
 
 const LengthTable& FileHeader::Lengths(SegmentKind kind) const {
   return this->*LengthFieldsOf(kind).table;

@@ -3,8 +3,6 @@
 
 #include "Common/SharedFields.h"
 
-class HeaderParser;
-
 /// Segment kinds: the codes of the seek helpers and of the display list; reserved extensions are counted,
 /// never sought or read.
 enum class SegmentKind : uint32_t { Image = 0, Text = 1, Graphic = 2, DataExtension = 4, Reserved = 5 };
@@ -44,7 +42,10 @@ struct FileHeader {
 
   /// Parses the header at the file's position. In normal mode the replacement data of a streamed file
   /// is consulted at the end. 1, -7, -9, -13, -78, -700001 (after a message box) or -1.
-  Status ReadHeader(HeaderParser& parser);
+  template <class Parser>
+  Status ReadHeader(Parser& parser) {
+    return parser.Parse(*this);
+  }
   /// Frees every table and buffer.
   void FreeTables();
 

@@ -50,9 +50,9 @@ int32_t ExchangeSegment(NitfHandle handle, List NitfFile::*list, uint32_t index,
 }
 
 template <class Record>
-int32_t FreeRecord(Record* record, void (*free)(Record&)) {
+int32_t FreeRecord(Record* record, void (*release)(Record&)) {
   if (record == nullptr) return ToCaller(Status::NoSuchRecord);
-  free(*record);
+  release(*record);
   return ToCaller(Status::Success);
 }
 

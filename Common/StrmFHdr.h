@@ -71,7 +71,7 @@ Status HeaderParser::Parse(R& record, ReadMode mode) {
     progress_.consumed += reader.Taken();
     progress_.distance -= reader.Taken();
   } else if (reader.SawPlaceholder()) {
-    if (Status s = SeekToReplacement(); !Ok(s)) return s;
+    if (Status s = SeekToReplacement(); !Ok(s)) return fault_ = reader.Placeholder(), s;
     // A placeholder met in replacement mode starts nothing further.
     if (Status s = Parse(record, ReadMode::Replacement); !Ok(s)) return s;
   }

@@ -1,23 +1,15 @@
 #include "Common/TxSubHdr.h"
 
-#include "Common/StrmFHdr.h"
-
 namespace {
 
 constexpr char16_t kSourceFile[] = u"TxSubHdr";
 
 using H = TextSubheader;
 
-Status AcceptMark(H& header) {
-  if (std::string_view(header.TE.text) != "TE") return Status::BadStructure;
-  header.loaded = true;
-  return Status::Success;
-}
-
 constexpr auto kTable =
     MakeTable<H>('0',
                  std::array{
-                     Field<&H::TE>("TE").Starts("TE").Accept(&AcceptMark),
+                     Field<&H::TE>("TE").Starts("TE").Mark("TE"),
                      Field<&H::TEXTID, 7>("TEXTID").Starts("ID        "),
                      Field<&H::TXTALVL>("TXTALVL").SetNumber(true).Write(WriteFrom::Value),
                      Field<&H::TXTDT>("TXTDT").Blank().Set(SetAs::Date),
@@ -35,8 +27,6 @@ constexpr auto kTable =
 FieldTable<TextSubheader> TextSubheader::Table() { return kTable; }
 
 TextSubheader::TextSubheader() { ApplyDefaults<TextSubheader>(kTable, *this); }
-
-Status TextSubheader::ReadSubheader(HeaderParser& parser) { return parser.Parse(*this); }
 
 Status TextSubheader::SetTextData(const void* bytes, uint32_t count) {
   return appended.Set(bytes, count, ORB_HERE);

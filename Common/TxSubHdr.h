@@ -4,18 +4,18 @@
 #include "Common/AppendedData.h"
 #include "Common/SharedFields.h"
 
-class HeaderParser;
-
 struct TextSubheader {
   TextSubheader();
 
   /// Parses the subheader at the file's position, which is put back on success. 1, -7, -9 or -1.
-  Status ReadSubheader(HeaderParser& parser);
+  template <class Parser>
+  Status ReadSubheader(Parser& parser) {
+    return parser.Parse(*this);
+  }
   /// Keeps a copy of a caller's text: -814 for null, -1.
   Status SetTextData(const void* bytes, uint32_t count);
 
   uint32_t index = 0;
-  bool loaded = false;    ///< TE was accepted
   AppendedData appended;  ///< text that a caller appended, without a terminator
 
   Text<2> TE;

@@ -1,4 +1,6 @@
 // Parsing of the file header and every subheader: one fault each.
+#include <cstring>
+
 #include "Common/NitfFile.h"
 #include "tests/support/support.h"
 
@@ -22,7 +24,8 @@ struct Fault {
   const char* field;
   const char* text;
   int32_t status;
-  const char* message;
+  const char* message = "";
+  const char* noticedAt = nullptr;  // null for the field itself
 };
 std::ostream& operator<<(std::ostream& out, const Fault& fault) {
   return out << fault.segment << ' ' << fault.field << '=' << fault.text;
@@ -47,7 +50,16 @@ TEST_P(HeaderFaults, GiveTheirStatus) {
                          : segment == "text"    ? file.texts[0].subheader
                                                 : file.extensions[0].subheader;
   record.Set(fault.field, fault.text);
-  EXPECT_EQ(ReadBytes(file.Bytes()), fault.status);
+  const test::TempFile onDisk(file.Bytes());
+  NitfFile document;
+  EXPECT_EQ(ToCaller(document.ReadDocument(onDisk.Wide())), fault.status);
+  const char* field = fault.noticedAt != nullptr ? fault.noticedAt : fault.field;
+  const ParseFault& place = document.fault;
+  EXPECT_EQ(std::string(place.prefix) + place.name, fault.status == ORB_SUCCESS ? "" : field);
+  if (fault.status != ORB_SUCCESS && fault.noticedAt == nullptr) {
+    EXPECT_EQ(file.Bytes().substr(static_cast<size_t>(place.offset), std::strlen(fault.text)),
+              fault.text);
+  }
   const std::vector<std::string> expected =
       *fault.message != 0 ? std::vector<std::string>{std::string("Error: ") + fault.message}
                           : std::vector<std::string>{};
@@ -55,25 +67,43 @@ TEST_P(HeaderFaults, GiveTheirStatus) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    All, HeaderFaults,
-    testing::Values(Fault{"header", "FHDR", "NSIF", 1, ""}, Fault{"header", "FHDR", "nitf", -9, ""},
-                    Fault{"header", "FVER", "02.00", -78, ""},
-                    Fault{"header", "CLEVEL", "05", -700001, "Unsupported CLEVEL"},
-                    Fault{"header", "FSCLAS", "X", -9, ""}, Fault{"header", "FSCLAS", "T", 1, ""},
-                    Fault{"header", "NUMX", "001", -9, ""}, Fault{"header", "UDHDL", "00002", -9, ""},
-                    Fault{"header", "XHDL", "00001", -9, ""}, Fault{"header", "XHDL", "99999", -7, ""},
-                    Fault{"image", "IM", "IN", -9, ""}, Fault{"image", "ISCLAS", "A", -9, ""},
-                    Fault{"image", "PVTYPE", "R", -700000, "Unsupported PVTYPE"},
-                    Fault{"image", "PVTYPE", "SI", -700000, "Unsupported PVTYPE"},
-                    Fault{"image", "IMODE", "X", -9, ""}, Fault{"image", "UDIDL", "00001", -9, ""},
-                    Fault{"image", "NICOM", "9", -9, ""}, Fault{"image", "NBANDS", "9", -9, ""},
-                    Fault{"graphic", "SY", "sy", -9, ""}, Fault{"graphic", "SSCLAS", "X", -9, ""},
-                    Fault{"graphic", "SFMT", "D", -9, ""}, Fault{"graphic", "SFMT", "B", 1, ""},
-                    Fault{"graphic", "SFMT", "O", 1, ""}, Fault{"graphic", "SXSHDL", "00002", -9, ""},
-                    Fault{"text", "TE", "TX", -9, ""}, Fault{"text", "TSCLAS", "X", 1, ""},
-                    Fault{"text", "TXSHDL", "00002", 1, ""}, Fault{"extension", "DE", "DX", -9, ""},
-                    Fault{"extension", "DESVER", "-1", -9, ""}, Fault{"extension", "DECLAS", "Z", -9, ""},
-                    Fault{"extension", "DESSHL", "0050", -7, ""}));
+    FileHeader, HeaderFaults,
+    testing::Values(Fault{"header", "FHDR", "NSIF", ORB_SUCCESS},
+                    Fault{"header", "FHDR", "nitf", ORB_BAD_STRUCTURE},
+                    Fault{"header", "FVER", "02.00", ORB_BAD_VERSION},
+                    Fault{"header", "CLEVEL", "05", ORB_BAD_COMPLEXITY, "Unsupported CLEVEL"},
+                    Fault{"header", "FSCLAS", "X", ORB_BAD_STRUCTURE},
+                    Fault{"header", "FSCLAS", "T", ORB_SUCCESS},
+                    Fault{"header", "NUMX", "001", ORB_BAD_STRUCTURE},
+                    Fault{"header", "UDHDL", "00002", ORB_BAD_STRUCTURE},
+                    Fault{"header", "XHDL", "00001", ORB_BAD_STRUCTURE},
+                    Fault{"header", "XHDL", "99999", ORB_SHORT_READ, "", "XHDLOFL"}));
+INSTANTIATE_TEST_SUITE_P(
+    ImageSubheader, HeaderFaults,
+    testing::Values(Fault{"image", "IM", "IN", ORB_BAD_STRUCTURE},
+                    Fault{"image", "ISCLAS", "A", ORB_BAD_STRUCTURE},
+                    Fault{"image", "PVTYPE", "R", ORB_BAD_PIXEL_TYPE, "Unsupported PVTYPE"},
+                    Fault{"image", "PVTYPE", "SI", ORB_BAD_PIXEL_TYPE, "Unsupported PVTYPE"},
+                    Fault{"image", "IMODE", "X", ORB_BAD_STRUCTURE},
+                    Fault{"image", "UDIDL", "00001", ORB_BAD_STRUCTURE},
+                    Fault{"image", "NICOM", "9", ORB_BAD_STRUCTURE, "", "IMODE"},
+                    Fault{"image", "NBANDS", "9", ORB_BAD_STRUCTURE, "", "IMODE"}));
+INSTANTIATE_TEST_SUITE_P(GraphicSubheader, HeaderFaults,
+                         testing::Values(Fault{"graphic", "SY", "sy", ORB_BAD_STRUCTURE},
+                                         Fault{"graphic", "SSCLAS", "X", ORB_BAD_STRUCTURE},
+                                         Fault{"graphic", "SFMT", "D", ORB_BAD_STRUCTURE},
+                                         Fault{"graphic", "SFMT", "B", ORB_SUCCESS},
+                                         Fault{"graphic", "SFMT", "O", ORB_SUCCESS},
+                                         Fault{"graphic", "SXSHDL", "00002", ORB_BAD_STRUCTURE}));
+INSTANTIATE_TEST_SUITE_P(TextSubheader, HeaderFaults,
+                         testing::Values(Fault{"text", "TE", "TX", ORB_BAD_STRUCTURE},
+                                         Fault{"text", "TSCLAS", "X", ORB_SUCCESS},
+                                         Fault{"text", "TXSHDL", "00002", ORB_SUCCESS}));
+INSTANTIATE_TEST_SUITE_P(DataExtensionSubheader, HeaderFaults,
+                         testing::Values(Fault{"extension", "DE", "DX", ORB_BAD_STRUCTURE},
+                                         Fault{"extension", "DESVER", "-1", ORB_BAD_STRUCTURE},
+                                         Fault{"extension", "DECLAS", "Z", ORB_BAD_STRUCTURE},
+                                         Fault{"extension", "DESSHL", "0050", ORB_SHORT_READ}));
 
 using HeadersTest = test::ModuleTest;
 
@@ -82,7 +112,7 @@ TEST_F(HeadersTest, EveryTruncationOfAFileIsRefused) {
   // The last bytes are segment data, which the parse does not read.
   const size_t parsed = whole.size() - 4;
   for (size_t length = 0; length < parsed; length += length < 420 ? 1 : 7) {
-    EXPECT_EQ(ReadBytes(whole.substr(0, length)), -7) << length;
+    EXPECT_EQ(ReadBytes(whole.substr(0, length)), ORB_SHORT_READ) << length;
   }
   EXPECT_EQ(ReadBytes(whole.substr(0, parsed)), 1);
   NitfFile document;
@@ -168,7 +198,7 @@ TEST_F(HeadersTest, DeepSamplesAreAcceptedInOneBandOnly) {
   ImageForm form{.bits = 16};
   EXPECT_EQ(ReadBytes(NitfBuilder().Image(form, "").Bytes()), 1);
   form.bands = 3;
-  EXPECT_EQ(ReadBytes(NitfBuilder().Image(form, "").Bytes()), -700002);
+  EXPECT_EQ(ReadBytes(NitfBuilder().Image(form, "").Bytes()), ORB_BAD_SAMPLE_DEPTH);
   EXPECT_EQ(Messages(), std::vector<std::string>{"Error: Unsupported BPP"});
 }
 
@@ -199,7 +229,7 @@ TEST_F(HeadersTest, MaskTableFollowsTheSubheader) {
   ASSERT_EQ(table.TPXCD.size(), 1u);
   EXPECT_EQ(table.TPXCD[0], 7);
   const std::string cut = NitfBuilder().Image(form, test::MaskBytes(mask).substr(0, 30)).Bytes();
-  EXPECT_EQ(ReadBytes(cut), -7);
+  EXPECT_EQ(ReadBytes(cut), ORB_SHORT_READ);
 }
 
 TEST_F(HeadersTest, ReadingSurvivesEveryFault) {

@@ -89,14 +89,16 @@ TEST_F(StreamingTest, FaultyStreamingHeadersAreRefused) {
     file.extensions[0].data = data;
     file.Patch("FL", "999999999999");
     NitfFile document;
-    return ReadBytes(file.Bytes(), document);
+    const int32_t status = ReadBytes(file.Bytes(), document);
+    EXPECT_STREQ(document.fault.name, "FL") << "the field that asked for the replacement data";
+    return status;
   };
-  EXPECT_EQ(statusOf(""), -13);
-  EXPECT_EQ(statusOf(StreamingData("NITF", 5)), -9);
+  EXPECT_EQ(statusOf(""), ORB_INVALID_PARAMETER);
+  EXPECT_EQ(statusOf(StreamingData("NITF", 5)), ORB_BAD_STRUCTURE);
   std::string wrongEnd = StreamingData("NITF");
   wrongEnd[wrongEnd.size() - 8] ^= 1;
-  EXPECT_EQ(statusOf(wrongEnd), -9);
-  EXPECT_EQ(statusOf("9999999" + kDelimiter1 + "NITF"), -7) << "length beyond the file";
+  EXPECT_EQ(statusOf(wrongEnd), ORB_BAD_STRUCTURE);
+  EXPECT_EQ(statusOf("9999999" + kDelimiter1 + "NITF"), ORB_SHORT_READ) << "length beyond the file";
   // Replacement data that holds placeholders again is parsed once.
   NitfBuilder file = OneImage();
   file.Patch("FL", "999999999999");
@@ -128,12 +130,13 @@ TEST_F(StreamingTest, PlaceholdersAreThoseOfCertainFields) {
        {std::pair("FL", "999999999999"), std::pair("LISH0", "999999"), std::pair("LI0", "9999999999"),
         std::pair("LSSH0", "9999"), std::pair("LTSH0", "9999"), std::pair("LDSH0", "9999"),
         std::pair("LD0", "999999999")}) {
-    EXPECT_EQ(statusOf(name, nines), -13) << name;
+    EXPECT_EQ(statusOf(name, nines), ORB_INVALID_PARAMETER) << name;
   }
   EXPECT_EQ(statusOf("LT0", "99999"), 1);
-  for (const char* name : {"NROWS", "NCOLS"}) EXPECT_EQ(statusOf(name, "99999999", true), -13) << name;
+  for (const char* name : {"NROWS", "NCOLS"})
+    EXPECT_EQ(statusOf(name, "99999999", true), ORB_INVALID_PARAMETER) << name;
   for (const char* name : {"NBPR", "NBPC", "NPPBH", "NPPBV"})
-    EXPECT_EQ(statusOf(name, "9999", true), -13) << name;
+    EXPECT_EQ(statusOf(name, "9999", true), ORB_INVALID_PARAMETER) << name;
   EXPECT_EQ(statusOf("ABPP", "99", true), 1);
 }
 

@@ -42,8 +42,7 @@ const AppendedData* DataGiven(const NitfFile& document, SegmentKind kind, uint32
 
 bool IsVectorQuantised(const NitfFile& document, SegmentKind kind, uint32_t index) {
   if (kind != SegmentKind::Image) return false;
-  const Compression code = document.images.At(index)->CompressionCode();
-  return code == Compression::C4 || code == Compression::M4;
+  return document.images.At(index)->Family() == ReaderFamily::VectorQuantised;
 }
 
 // ---------------------------------------------------------------- comparing data
@@ -97,17 +96,17 @@ std::string LookupTablesOf(NitfFile& document, uint32_t index) {
   const auto bands = static_cast<size_t>(FindRow<ImageSubheader>(table, "NBANDS") - table.data());
   uint32_t at = 0;
   (void)MeasureRows<ImageSubheader>(table.first(bands), image, at);
-  at += image.NBANDS.value != 0 ? 1 : 6;
+  const size_t counts = sizeof image.NBANDS.text - 1;
+  at += static_cast<uint32_t>(image.NBANDS.value != 0 ? counts : counts + sizeof image.XBANDS.text - 1);
   std::string subheader(document.header.images.InFile(index).subheader, 0);
   document.SeekToSubheader(SegmentKind::Image, index);
   subheader.resize(
       KernelRead(document.FileHandle(), subheader.data(), static_cast<uint32_t>(subheader.size())));
   std::string tables;
   for (const BandFields& band : image.bands) {
-    constexpr uint32_t kBandBytes = 13, kEntryCountBytes = 5;
-    at += kBandBytes;
+    at += BandFields::Bytes();
     if (band.NLUTS.value == 0) continue;
-    at += kEntryCountBytes;
+    at += static_cast<uint32_t>(sizeof band.NELUT.text - 1);
     const uint32_t bytes = band.NLUTS.value * band.NELUT.value;
     if (at < subheader.size()) tables += subheader.substr(at, bytes);
     at += bytes;
