@@ -33,22 +33,22 @@ class ApiTest : public test::ModuleTest {
 
 TEST_F(ApiTest, HandlesLiveFromCreateToDestroy) {
   NitfHandle handle = reinterpret_cast<NitfHandle>(1);
-  EXPECT_EQ(Orb_NITFCreate(nullptr, nullptr), -1);
-  EXPECT_EQ(Orb_NITFCreate(&handle, u"/no/such/file"), -10);
+  EXPECT_EQ(Orb_NITFCreate(nullptr, nullptr), ORB_OUT_OF_MEMORY);
+  EXPECT_EQ(Orb_NITFCreate(&handle, u"/no/such/file"), ORB_FILE_NOT_FOUND);
   EXPECT_EQ(handle, nullptr);
   const test::TempFile notNitf("something else entirely");
-  EXPECT_EQ(Orb_NITFCreateA(&handle, notNitf.Path().c_str()), -9);
+  EXPECT_EQ(Orb_NITFCreateA(&handle, notNitf.Path().c_str()), ORB_BAD_STRUCTURE);
   EXPECT_EQ(handle, nullptr);
-  EXPECT_EQ(Orb_NITFCreateA(&handle, nullptr), -1);
-  EXPECT_EQ(Orb_NITFCreateA(&handle, "\xC3"), -1);
+  EXPECT_EQ(Orb_NITFCreateA(&handle, nullptr), ORB_OUT_OF_MEMORY);
+  EXPECT_EQ(Orb_NITFCreateA(&handle, "\xC3"), ORB_OUT_OF_MEMORY);
   EXPECT_EQ(Orb_NITFCreate(&handle, nullptr), 1);
   EXPECT_EQ(Orb_NITFGetStatus(handle), 3);
   EXPECT_EQ(Orb_NITFGetImageHeaderCount(handle), 0u);
   EXPECT_EQ(Orb_NITFDestroy(&handle), 1);
   EXPECT_EQ(handle, nullptr);
-  EXPECT_EQ(Orb_NITFDestroy(&handle), -261);
-  EXPECT_EQ(Orb_NITFDestroy(nullptr), -261);
-  EXPECT_EQ(Orb_NITFGetStatus(nullptr), -261);
+  EXPECT_EQ(Orb_NITFDestroy(&handle), ORB_NULL_HANDLE);
+  EXPECT_EQ(Orb_NITFDestroy(nullptr), ORB_NULL_HANDLE);
+  EXPECT_EQ(Orb_NITFGetStatus(nullptr), ORB_NULL_HANDLE);
   EXPECT_EQ(Orb_NITFGetTextHeaderCount(nullptr), 0u);
   const NitfHandle full = Open(test::FullFile().Bytes());
   EXPECT_EQ(Orb_NITFGetStatus(full), 2);
@@ -66,21 +66,22 @@ TEST_F(ApiTest, NullArgumentsHaveTheirStatuses) {
   TextHeader text = {};
   EXPECT_EQ(Orb_NITFGetNITFHeader(nullptr, &file), 0);
   EXPECT_EQ(Orb_NITFSetNITFHeader(nullptr, &file), 0);
-  EXPECT_EQ(Orb_NITFGetNITFHeader(handle, nullptr), 87);
-  EXPECT_EQ(Orb_NITFSetNITFHeader(handle, nullptr), 87);
+  EXPECT_EQ(Orb_NITFGetNITFHeader(handle, nullptr), ORB_NO_SUCH_RECORD);
+  EXPECT_EQ(Orb_NITFSetNITFHeader(handle, nullptr), ORB_NO_SUCH_RECORD);
   EXPECT_EQ(Orb_NITFGetImageHeader(nullptr, 0, &image), 0);
-  EXPECT_EQ(Orb_NITFGetImageHeader(handle, 0, nullptr), -13);
-  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, nullptr), 87);
-  EXPECT_EQ(Orb_NITFGetImageHeader(handle, 2, &image), 87);
-  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 2, &image), 87);
+  EXPECT_EQ(Orb_NITFGetImageHeader(handle, 0, nullptr), ORB_INVALID_PARAMETER);
+  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, nullptr), ORB_NO_SUCH_RECORD);
+  EXPECT_EQ(Orb_NITFGetImageHeader(handle, 2, &image), ORB_NO_SUCH_RECORD);
+  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 2, &image), ORB_NO_SUCH_RECORD);
   EXPECT_EQ(Orb_NITFGetGraphicHeader(nullptr, 0, &graphic), 0);
-  EXPECT_EQ(Orb_NITFGetGraphicHeader(handle, 0, nullptr), 87);
-  EXPECT_EQ(Orb_NITFSetGraphicHeader(handle, 7, &graphic), 87);
-  EXPECT_EQ(Orb_NITFGetTextHeader(handle, 0, nullptr), 87);
+  EXPECT_EQ(Orb_NITFGetGraphicHeader(handle, 0, nullptr), ORB_NO_SUCH_RECORD);
+  EXPECT_EQ(Orb_NITFSetGraphicHeader(handle, 7, &graphic), ORB_NO_SUCH_RECORD);
+  EXPECT_EQ(Orb_NITFGetTextHeader(handle, 0, nullptr), ORB_NO_SUCH_RECORD);
   EXPECT_EQ(Orb_NITFSetTextHeader(nullptr, 0, &text), 0);
-  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), -13) << "null strings are refused";
+  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), ORB_INVALID_PARAMETER)
+      << "null strings are refused";
   EXPECT_EQ(Orb_NITFFreeImageHeader(&image), 1);
-  EXPECT_EQ(Orb_NITFFreeTextHeader(nullptr), 87);
+  EXPECT_EQ(Orb_NITFFreeTextHeader(nullptr), ORB_NO_SUCH_RECORD);
 }
 
 TEST_F(ApiTest, RecordsHoldWhatTheFileSays) {
@@ -268,20 +269,22 @@ TEST_F(ApiTest, TheFirstRefusalEndsASegmentsSet) {
   image.IREP = unchanged("NONSENSE");
   char* category = image.ICAT;
   image.ICAT = unchanged("AFTER");
-  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), -13);
+  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), ORB_INVALID_PARAMETER);
   EXPECT_STREQ(handle->images.At(0)->IID1.text, "Before    ");
   EXPECT_STREQ(handle->images.At(0)->ICAT.text, "VIS     ");
   EXPECT_EQ(handle->images.At(0)->RepresentationCode(), Representation::Mono);
   image.IREP = representation;
   image.IXSHDL = 1;
-  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), -13) << "too short for its own overflow field";
+  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), ORB_INVALID_PARAMETER)
+      << "too short for its own overflow field";
   EXPECT_STREQ(handle->images.At(0)->ICAT.text, "AFTER   ");
   image.IXSHDL = 14;
   image.ILOCrow = 100000;
-  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), -13);
+  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), ORB_INVALID_PARAMETER);
   image.ILOCrow = 1;
   image.NROWS = 123456789;
-  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), -13) << "more digits than the field has";
+  EXPECT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), ORB_INVALID_PARAMETER)
+      << "more digits than the field has";
   image.IID1 = id;
   image.ICAT = category;
   Orb_NITFFreeImageHeader(&image);
@@ -299,7 +302,7 @@ TEST_F(ApiTest, ARefusedTextFieldIsTheLastOneStored) {
   text.TEXTID = unchanged("New id");
   std::memcpy(text.TXTDT, "19991231235959", 14);
   text.TXTALVL = 7;
-  EXPECT_EQ(Orb_NITFSetTextHeader(handle, 0, &text), -13);
+  EXPECT_EQ(Orb_NITFSetTextHeader(handle, 0, &text), ORB_INVALID_PARAMETER);
   EXPECT_STREQ(handle->texts.At(0)->TEXTID.text, "New id    ");
   EXPECT_STREQ(handle->texts.At(0)->TXTDT.text, "19991231235959");
   EXPECT_EQ(handle->texts.At(0)->TXTALVL.value, 7u);

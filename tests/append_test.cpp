@@ -1,21 +1,17 @@
 // Appending segments.
-#include <filesystem>
-
 #include "tests/support/layout.h"
 #include "tests/support/metafile.h"
 #include "tests/support/objects.h"
 
 namespace {
 
-using test::ImageForm;
-using test::NitfBuilder;
-using namespace std::string_literals;
-
 using test::Bitmap;
 using test::Handle;
+using test::NitfBuilder;
 using test::Saved;
-
 using test::Square;
+using namespace std::string_literals;
+
 using AppendTest = test::ModuleTest;
 using CompressedAppendTest = test::CodecTest;
 
@@ -80,24 +76,25 @@ TEST_F(AppendTest, RefusedAppendsChangeNothing) {
   Square square;
   VectorHandle nothing{};
   RECT rectangle = {0, 0, 50, 40};
-  EXPECT_EQ(Orb_NITFAppendImageSegment(nullptr, record, 182, 24, 50), -261);
-  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, nullptr, 182, 24, 50), -2);
-  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, &empty, 182, 24, 50), -2);
-  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, record, 182, 16, 50), -27);
-  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, record, 182, 24, 1), -21);
-  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, record, 182, 24, 256), -21);
-  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, record, 11, 24, 255), -9);
-  EXPECT_EQ(Orb_NITFAppendGraphicSegment(nullptr, &square.handle, &rectangle), -261);
-  EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, &square.handle, nullptr), -261);
-  EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, nullptr, &rectangle), -814);
-  EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, &nothing, &rectangle), -501);
+  EXPECT_EQ(Orb_NITFAppendImageSegment(nullptr, record, 182, 24, 50), ORB_NULL_HANDLE);
+  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, nullptr, 182, 24, 50), ORB_NO_BITMAP);
+  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, &empty, 182, 24, 50), ORB_NO_BITMAP);
+  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, record, 182, 16, 50), ORB_BAD_BITMAP_DEPTH);
+  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, record, 182, 24, 1), ORB_BAD_QUALITY);
+  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, record, 182, 24, 256), ORB_BAD_QUALITY);
+  EXPECT_EQ(Orb_NITFAppendImageSegment(handle, record, 11, 24, 255), ORB_BAD_STRUCTURE);
+  EXPECT_EQ(Orb_NITFAppendGraphicSegment(nullptr, &square.handle, &rectangle), ORB_NULL_HANDLE);
+  EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, &square.handle, nullptr), ORB_NULL_HANDLE);
+  EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, nullptr, &rectangle), ORB_NO_DATA);
+  EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, &nothing, &rectangle), ORB_EMPTY_DRAWING);
   rectangle.right = 100000;
-  EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, &square.handle, &rectangle), -13)
+  EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, &square.handle, &rectangle), ORB_INVALID_PARAMETER)
       << "six digits do not fit";
-  EXPECT_EQ(Orb_NITFAppendTextSegment(nullptr, u"x"), -261);
-  EXPECT_EQ(Orb_NITFAppendTextSegment(handle, u"/no/such/text"), -14);
-  EXPECT_EQ(Orb_NITFAppendTextSegmentA(handle, "\xFF"), -1);
-  EXPECT_EQ(Orb_NITFAppendTextSegment(handle, test::TempFile(std::string(100000, 't')).Wide()), -13);
+  EXPECT_EQ(Orb_NITFAppendTextSegment(nullptr, u"x"), ORB_NULL_HANDLE);
+  EXPECT_EQ(Orb_NITFAppendTextSegment(handle, u"/no/such/text"), ORB_TEXT_NOT_OPENED);
+  EXPECT_EQ(Orb_NITFAppendTextSegmentA(handle, "\xFF"), ORB_OUT_OF_MEMORY);
+  EXPECT_EQ(Orb_NITFAppendTextSegment(handle, test::TempFile(std::string(100000, 't')).Wide()),
+            ORB_INVALID_PARAMETER);
   EXPECT_EQ(Orb_NITFGetStatus(handle), 3);
   EXPECT_EQ(handle->header.fileLength, 388u);
   EXPECT_EQ(Orb_NITFAppendTextSegment(handle, test::TempFile("a later one").Wide()), 1);
@@ -132,7 +129,7 @@ TEST_F(AppendTest, GraphicsAndTextsKeepTheHeaderInStep) {
   EXPECT_EQ(std::string(buffer), std::string(100, 'w'));
   EXPECT_EQ(Orb_NITFGetTextSegment(handle, 0, buffer, &count), 1);
   EXPECT_STREQ(buffer, "first") << "appended graphics do not move the file's texts";
-  EXPECT_EQ(Orb_NITFGetTextSegment(handle, 2, buffer, &count), 87);
+  EXPECT_EQ(Orb_NITFGetTextSegment(handle, 2, buffer, &count), ORB_NO_SUCH_RECORD);
   const test::TempFile saved(Saved(handle));
   EXPECT_EQ(test::CheckLayout(saved.Contents()), "");
   if (!test::HostPaintsDrawings()) return;
@@ -236,8 +233,8 @@ TEST_F(AppendTest, ExtentsBeyondFiveDigitsAreRefused) {
         << "a refused drawing is not moved";
     return status;
   };
-  EXPECT_EQ(append(100000, 5), -13);
-  EXPECT_EQ(append(5, -100000), -13);
+  EXPECT_EQ(append(100000, 5), ORB_INVALID_PARAMETER);
+  EXPECT_EQ(append(5, -100000), ORB_INVALID_PARAMETER);
   EXPECT_EQ(Orb_NITFGetGraphicHeaderCount(handle), 0u);
   EXPECT_EQ(handle->header.fileLength, 388u);
   EXPECT_EQ(append(99999, 5), 1);

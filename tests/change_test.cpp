@@ -47,8 +47,8 @@ TEST_F(ChangeTest, AnAppendThatFLOrHLCannotTakeChangesNothing) {
       EXPECT_EQ(Orb_NITFAppendImageSegment(handle, const_cast<KernelBitmap*>(&bitmap.record), 182, 24, 9),
                 -13);
     }
-    EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, &drawing.handle, &rectangle), -13);
-    EXPECT_EQ(Orb_NITFAppendTextSegment(handle, words.Wide()), -13);
+    EXPECT_EQ(Orb_NITFAppendGraphicSegment(handle, &drawing.handle, &rectangle), ORB_INVALID_PARAMETER);
+    EXPECT_EQ(Orb_NITFAppendTextSegment(handle, words.Wide()), ORB_INVALID_PARAMETER);
     EXPECT_EQ(counts(), held);
     EXPECT_EQ(Saved(handle), before);
   }
@@ -56,10 +56,11 @@ TEST_F(ChangeTest, AnAppendThatFLOrHLCannotTakeChangesNothing) {
 
 TEST_F(ChangeTest, ATextIsAppendedFromAFileOnly) {
   const Handle handle;
-  EXPECT_EQ(Orb_NITFAppendTextSegment(handle, test::Widen(testing::TempDir()).c_str()), -14);
+  EXPECT_EQ(Orb_NITFAppendTextSegment(handle, test::Widen(testing::TempDir()).c_str()),
+            ORB_TEXT_NOT_OPENED);
   EXPECT_EQ(Orb_NITFGetTextHeaderCount(handle), 0u);
   NitfHandle folder = nullptr;
-  EXPECT_EQ(Orb_NITFCreate(&folder, test::Widen(testing::TempDir()).c_str()), -7);
+  EXPECT_EQ(Orb_NITFCreate(&folder, test::Widen(testing::TempDir()).c_str()), ORB_SHORT_READ);
 }
 
 TEST_F(ChangeTest, ATextIsWrittenWithoutItsTerminator) {
@@ -143,7 +144,7 @@ TEST_F(ChangeTest, VectorQuantisedDataIsNotCopiedFromBehindItsSegment) {
   EXPECT_EQ(Saved(Handle(whole)), whole.Contents());
   const test::TempFile cut(
       NitfBuilder().Image(form, vq.substr(0, vq.size() - 1)).Text("more than one byte").Bytes());
-  (void)Saved(Handle(cut), -7);
+  (void)Saved(Handle(cut), ORB_SHORT_READ);
 }
 
 TEST_F(ChangeTest, ReadingGoesByTheLengthsAsReadAndWritingByTheChangedOnes) {
@@ -243,7 +244,7 @@ TEST_F(ChangeTest, ARefusedSetLeavesWhatASaveWrites) {
       {"too many bands for one digit", [](ImageHeader& image) { image.NBANDS = 10; }},
       {"a band count of six digits", [](ImageHeader& image) { image.XBANDS = 100000; }}};
   for (const auto& [what, change] : refused) {
-    EXPECT_EQ(ChangeImage(handle, change), -13) << what;
+    EXPECT_EQ(ChangeImage(handle, change), ORB_INVALID_PARAMETER) << what;
     EXPECT_EQ(Saved(handle), before) << what;
   }
   EXPECT_EQ(ChangeImage(handle, [](ImageHeader&) {}), 1);
@@ -327,11 +328,11 @@ TEST_F(ChangeTest, ARefusedHeaderSetsNeitherLevelNorPresence) {
     return ToCaller(document.ReadDocument(file.Wide()));
   };
   NitfFile level, version, good;
-  EXPECT_EQ(read("CLEVEL", "05", level), -700001);
+  EXPECT_EQ(read("CLEVEL", "05", level), ORB_BAD_COMPLEXITY);
   EXPECT_EQ(level.header.CLEVEL.value, 3u);
   EXPECT_STREQ(level.header.CLEVEL.text, "05");
   EXPECT_EQ(level.Header(), nullptr);
-  EXPECT_EQ(read("FVER", "02.00", version), -78);
+  EXPECT_EQ(read("FVER", "02.00", version), ORB_BAD_VERSION);
   EXPECT_EQ(version.Header(), nullptr);
   EXPECT_EQ(read("FVER", "02.10", good), 1);
   EXPECT_EQ(good.Header(), &good.header);
@@ -340,7 +341,7 @@ TEST_F(ChangeTest, ARefusedHeaderSetsNeitherLevelNorPresence) {
 TEST_F(ChangeTest, AnUnknownCompressionIsKeptAsItIs) {
   ImageForm form{.compression = "C7"};
   const test::TempFile file(NitfBuilder().Image(form, "some data").Bytes());
-  EXPECT_EQ(test::Render(file).status, -16);
+  EXPECT_EQ(test::Render(file).status, ORB_UNSUPPORTED);
   EXPECT_EQ(Saved(Handle(file)), file.Contents());
 }
 

@@ -14,6 +14,7 @@
 
 namespace {
 
+using test::BlockForm;
 using test::BlockStream;
 using test::EncodeFacsimile;
 using test::EncodeJpeg;
@@ -44,18 +45,6 @@ void ExpectSamples(const test::Picture& picture, const std::vector<int>& shown, 
   }
 }
 
-ImageForm Form(const std::string& compression, int across, int down, int bands,
-               const std::string& representation) {
-  ImageForm form{.width = kSide,
-                 .height = kSide,
-                 .blocksAcross = across,
-                 .blocksDown = down,
-                 .bands = bands,
-                 .compression = compression,
-                 .representation = representation};
-  return form;
-}
-
 test::Picture RenderImage(const ImageForm& form, const std::string& data) {
   return test::RenderBytes(NitfBuilder().Image(form, data).Bytes());
 }
@@ -63,12 +52,12 @@ test::Picture RenderImage(const ImageForm& form, const std::string& data) {
 using CompressedTest = test::ModuleTest;
 
 TEST_F(CompressedTest, SingleJpegStreamsReplaceTheBitmap) {
-  ExpectSamples(RenderImage(Form("C3", 1, 1, 1, "MONO"), BlockStream(0, 1, {0})), {0, 0, 0}, 12);
-  ExpectSamples(RenderImage(Form("C3", 1, 1, 3, "RGB"), BlockStream(0, 1, {0, 1, 2}, true)), {0, 1, 2},
-                12);
+  ExpectSamples(RenderImage(BlockForm("C3", 1, 1, 1, "MONO"), BlockStream(0, 1, {0})), {0, 0, 0}, 12);
+  ExpectSamples(RenderImage(BlockForm("C3", 1, 1, 3, "RGB"), BlockStream(0, 1, {0, 1, 2}, true)),
+                {0, 1, 2}, 12);
   // A downsampled stream is shown at its own size.
   const auto small =
-      RenderImage(Form("I1", 1, 1, 1, "MONO"), EncodeJpeg(Samples(0, 0, 32, 32, {0}), 32, 32, 1));
+      RenderImage(BlockForm("I1", 1, 1, 1, "MONO"), EncodeJpeg(Samples(0, 0, 32, 32, {0}), 32, 32, 1));
   ASSERT_EQ(small.status, 1);
   EXPECT_NEAR(small.At(31, 31).red, Sample(31, 31, 0), 12);
   EXPECT_EQ(small.At(32, 32), test::kWhite);
@@ -77,10 +66,10 @@ TEST_F(CompressedTest, SingleJpegStreamsReplaceTheBitmap) {
 TEST_F(CompressedTest, BlocksAreCutAtTheirStartMarkers) {
   std::string data;
   for (int block = 0; block < 4; ++block) data += BlockStream(block, 2, {0});
-  ExpectSamples(RenderImage(Form("C3", 2, 2, 1, "MONO"), data), {0, 0, 0}, 12);
+  ExpectSamples(RenderImage(BlockForm("C3", 2, 2, 1, "MONO"), data), {0, 0, 0}, 12);
   data.clear();
   for (int block = 0; block < 4; ++block) data += BlockStream(block, 2, {0, 1, 2}, true);
-  ExpectSamples(RenderImage(Form("C3", 2, 2, 3, "RGB"), data), {0, 1, 2}, 12);
+  ExpectSamples(RenderImage(BlockForm("C3", 2, 2, 3, "RGB"), data), {0, 1, 2}, 12);
 }
 
 TEST_F(CompressedTest, MaskedBlocksFollowTheirRecords) {
@@ -90,8 +79,9 @@ TEST_F(CompressedTest, MaskedBlocksFollowTheirRecords) {
     records.push_back(block == 1 ? 0xFFFFFFFF : static_cast<uint32_t>(data.size()));
     if (block != 1) data += BlockStream(block, 2, {0});
   }
-  ExpectSamples(RenderImage(Form("M3", 2, 2, 1, "MONO"), test::MaskBytes({.blocks = records}) + data),
-                {0, 0, 0}, 12, [](int x, int y) { return x >= kSide && y < kSide; });
+  ExpectSamples(
+      RenderImage(BlockForm("M3", 2, 2, 1, "MONO"), test::MaskBytes({.blocks = records}) + data),
+      {0, 0, 0}, 12, [](int x, int y) { return x >= kSide && y < kSide; });
 }
 
 TEST_F(CompressedTest, UnrecognisedBlocksStayEmpty) {
@@ -101,12 +91,13 @@ TEST_F(CompressedTest, UnrecognisedBlocksStayEmpty) {
     records.push_back(static_cast<uint32_t>(data.size()));
     data += block == 0 ? "\xFF\xD8\xFF" + std::string(2000, 'x') : BlockStream(block, 2, {0});
   }
-  ExpectSamples(RenderImage(Form("M3", 2, 1, 1, "MONO"), test::MaskBytes({.blocks = records}) + data),
-                {0, 0, 0}, 12, [](int x, int) { return x < kSide; });
+  ExpectSamples(
+      RenderImage(BlockForm("M3", 2, 1, 1, "MONO"), test::MaskBytes({.blocks = records}) + data),
+      {0, 0, 0}, 12, [](int x, int) { return x < kSide; });
 }
 
 TEST_F(CompressedTest, MultiSpectralBlocksShowTheSelectedBands) {
-  ImageForm form = Form("C3", 2, 1, 5, "MULTI");
+  ImageForm form = BlockForm("C3", 2, 1, 5, "MULTI");
   form.bandCodes = {"", "G", "R", "", "B"};
   std::string data;
   for (int block = 0; block < 2; ++block) data += BlockStream(block, 2, {0, 1, 2, 3, 4});
@@ -115,7 +106,7 @@ TEST_F(CompressedTest, MultiSpectralBlocksShowTheSelectedBands) {
 
 TEST_F(CompressedTest, BandSequentialStreamsAreMerged) {
   for (const bool masked : {false, true}) {
-    ImageForm form = Form(masked ? "M3" : "C3", 2, 1, 3, "RGB");
+    ImageForm form = BlockForm(masked ? "M3" : "C3", 2, 1, 3, "RGB");
     form.mode = "S";
     std::string data;
     std::vector<uint32_t> records;
@@ -149,7 +140,7 @@ TEST_F(CompressedTest, WideAndLosslessJpegAreDecoded) {
   for (int i = 0; i < kSide * kSide; ++i) {
     samples.push_back(static_cast<uint16_t>(Sample(i % kSide, i / kSide, 0) << 4));
   }
-  ImageForm form = Form("C5", 1, 1, 1, "MONO");
+  ImageForm form = BlockForm("C5", 1, 1, 1, "MONO");
   form.bits = 12;
   DJCompressIJG12Bit losslessEncoder(parameters, EJM_lossless, 1, 0);
   ExpectSamples(RenderImage(form, EncodeWide(losslessEncoder, samples, kSide, kSide)), {0, 0, 0}, 1);
@@ -160,17 +151,18 @@ TEST_F(CompressedTest, WideAndLosslessJpegAreDecoded) {
 #endif
 
 TEST_F(CompressedTest, Jpeg2000IsOneStreamForAllBlocks) {
-  ExpectSamples(RenderImage(Form("C8", 2, 2, 3, "RGB"), EncodeJpeg2000(2 * kSide, 2 * kSide, {0, 1, 2})),
-                {0, 1, 2}, 0);
-  ExpectSamples(RenderImage(Form("C8", 1, 1, 1, "MONO"), EncodeJpeg2000(kSide, kSide, {0})), {0, 0, 0},
-                0);
-  ImageForm deep = Form("C8", 1, 1, 1, "MONO");
+  ExpectSamples(
+      RenderImage(BlockForm("C8", 2, 2, 3, "RGB"), EncodeJpeg2000(2 * kSide, 2 * kSide, {0, 1, 2})),
+      {0, 1, 2}, 0);
+  ExpectSamples(RenderImage(BlockForm("C8", 1, 1, 1, "MONO"), EncodeJpeg2000(kSide, kSide, {0})),
+                {0, 0, 0}, 0);
+  ImageForm deep = BlockForm("C8", 1, 1, 1, "MONO");
   deep.bits = 12;
   ExpectSamples(RenderImage(deep, EncodeJpeg2000(kSide, kSide, {0}, {.precision = 12})), {0, 0, 0}, 1);
   const std::string masked =
       test::MaskBytes({.blocks = {0, 0, 0, 0}}) + EncodeJpeg2000(2 * kSide, 2 * kSide, {0});
-  ExpectSamples(RenderImage(Form("M8", 2, 2, 1, "MONO"), masked), {0, 0, 0}, 0);
-  ImageForm multi = Form("C8", 1, 1, 5, "MULTI");
+  ExpectSamples(RenderImage(BlockForm("M8", 2, 2, 1, "MONO"), masked), {0, 0, 0}, 0);
+  ImageForm multi = BlockForm("C8", 1, 1, 5, "MULTI");
   multi.bandCodes = {"", "G", "R", "", "B"};
   ExpectSamples(RenderImage(multi, EncodeJpeg2000(kSide, kSide, {0, 1, 2, 3, 4})), {2, 1, 4}, 0);
 }
@@ -178,7 +170,7 @@ TEST_F(CompressedTest, Jpeg2000IsOneStreamForAllBlocks) {
 TEST_F(CompressedTest, FacsimileIsDecodedInItsDimensions) {
   for (const char* rate : {"1D", "2DS", "2DH"}) {
     for (const bool masked : {false, true}) {
-      ImageForm form = Form(masked ? "M1" : "C1", 1, 1, 1, "MONO");
+      ImageForm form = BlockForm(masked ? "M1" : "C1", 1, 1, 1, "MONO");
       form.bits = 1;
       form.pixelType = "B";
       form.rate = rate;
@@ -197,7 +189,7 @@ TEST_F(CompressedTest, FacsimileIsDecodedInItsDimensions) {
 }
 
 TEST_F(CompressedTest, FacsimileTakesTheColoursOfItsLookupTable) {
-  ImageForm form = Form("C1", 1, 1, 1, "RGB/LUT");
+  ImageForm form = BlockForm("C1", 1, 1, 1, "RGB/LUT");
   form.bits = 1;
   form.pixelType = "B";
   form.rate = "1D";
@@ -219,20 +211,20 @@ struct Encoded {
 };
 
 std::vector<Encoded> OneOfEach() {
-  ImageForm fax = Form("C1", 1, 1, 1, "MONO");
+  ImageForm fax = BlockForm("C1", 1, 1, 1, "MONO");
   fax.bits = 1;
   fax.pixelType = "B";
   fax.rate = "2DS";
-  ImageForm sequential = Form("C3", 2, 1, 3, "RGB");
+  ImageForm sequential = BlockForm("C3", 2, 1, 3, "RGB");
   sequential.mode = "S";
   std::string bands, blocks;
   for (int band = 0; band < 3; ++band) bands += BlockStream(0, 2, {band}) + BlockStream(1, 2, {band});
   for (int block = 0; block < 4; ++block) blocks += BlockStream(block, 2, {0});
   const test::VqForm vq;
-  return {{"single", Form("C3", 1, 1, 1, "MONO"), BlockStream(0, 1, {0})},
-          {"blocks", Form("C3", 2, 2, 1, "MONO"), blocks},
+  return {{"single", BlockForm("C3", 1, 1, 1, "MONO"), BlockStream(0, 1, {0})},
+          {"blocks", BlockForm("C3", 2, 2, 1, "MONO"), blocks},
           {"sequential", sequential, bands},
-          {"jpeg2000", Form("C8", 1, 1, 3, "RGB"), EncodeJpeg2000(kSide, kSide, {0, 1, 2})},
+          {"jpeg2000", BlockForm("C8", 1, 1, 3, "RGB"), EncodeJpeg2000(kSide, kSide, {0, 1, 2})},
           {"facsimile", fax, EncodeFacsimile(kSide, kSide, true)},
           {"vq", test::VqImage(vq, "C4", 1, 1), test::VqData(vq)}};
 }
@@ -258,10 +250,10 @@ TEST_F(CompressedTest, AbsurdSizesAreRefusedBeforeTheyAreDecoded) {
   ASSERT_NE(frame, std::string::npos);
   jpeg.replace(frame + 5, 4, "\xFF\xDC\xFF\xDC");
   HostkitPeakBytes(1);
-  EXPECT_EQ(RenderImage(Form("C3", 1, 1, 1, "MONO"), jpeg).status, -9);
+  EXPECT_EQ(RenderImage(BlockForm("C3", 1, 1, 1, "MONO"), jpeg).status, ORB_BAD_STRUCTURE);
   std::string j2k = EncodeJpeg2000(kSide, kSide, {0});
   j2k.replace(8, 8, test::Big(60000, 4) + test::Big(60000, 4));
-  EXPECT_EQ(RenderImage(Form("C8", 1, 1, 1, "MONO"), j2k).status, -9);
+  EXPECT_EQ(RenderImage(BlockForm("C8", 1, 1, 1, "MONO"), j2k).status, ORB_BAD_STRUCTURE);
   EXPECT_LT(HostkitPeakBytes(0), 1u << 20);
 }
 
@@ -270,7 +262,7 @@ TEST_F(CompressedTest, StreamsThatShowTwoFramesAreRefused) {
   const std::string hidden("\xFF\xD0\x00\x0D\xFF\xC0\x00\x0B\x08\x00\x08\x00\x08\x01\x01", 15);
   const std::string whole = BlockStream(0, 1, {0});
   const std::string stream = whole.substr(0, 2) + hidden + whole.substr(2);
-  EXPECT_EQ(RenderImage(Form("C3", 1, 1, 1, "MONO"), stream).status, -20);
+  EXPECT_EQ(RenderImage(BlockForm("C3", 1, 1, 1, "MONO"), stream).status, -20);
 }
 
 TEST_F(CompressedTest, ReadersSurviveEveryFault) {
@@ -287,7 +279,7 @@ TEST_F(CompressedTest, ReadersSurviveEveryFault) {
 }
 
 TEST_F(CompressedTest, AMaskedFacsimileLooksTheSameEveryTime) {
-  ImageForm form = Form("M1", 1, 1, 1, "MONO");
+  ImageForm form = BlockForm("M1", 1, 1, 1, "MONO");
   form.bits = 1;
   form.pixelType = "B";
   form.rate = "1D";
@@ -325,7 +317,7 @@ HostLoadInfoCallback ORB_CALL CountedSetCallback(HostLoadInfoCallback callback, 
 }
 
 TEST_F(CompressedTest, TheHostsOwnEntryPointsAreUsedWhereItGivesThem) {
-  ImageForm fax = Form("C1", 1, 1, 1, "MONO");
+  ImageForm fax = BlockForm("C1", 1, 1, 1, "MONO");
   fax.bits = 1;
   fax.pixelType = "B";
   fax.rate = "1D";

@@ -40,20 +40,20 @@ TEST_F(FilterTest, InfoFillsTheHostsRecord) {
 }
 
 TEST_F(FilterTest, SaveAndIncompleteRecordsAreRefused) {
-  EXPECT_EQ(fltSave(nullptr), -16);
-  EXPECT_EQ(fltLoad(nullptr), -13);
+  EXPECT_EQ(fltSave(nullptr), ORB_UNSUPPORTED);
+  EXPECT_EQ(fltLoad(nullptr), ORB_INVALID_PARAMETER);
   HostLoadRecord record = {};
   record.fileName = u"/no/such/file";
   record.loadMemory = &FileFormatLoadMemory;
   record.setLoadCallback = &FileFormatSetLoadInfoCallback;
-  EXPECT_EQ(fltLoad(&record), -9);
+  EXPECT_EQ(fltLoad(&record), ORB_BAD_STRUCTURE);
   record.required2224 = 1;
-  EXPECT_EQ(fltLoad(&record), -9) << "no row callback";
+  EXPECT_EQ(fltLoad(&record), ORB_BAD_STRUCTURE) << "no row callback";
   record.rowCallback = [](void*, KernelBitmap*, uint8_t*, uint32_t, int32_t, int32_t, void*)
                            ORB_CALL -> int32_t { return 1; };
-  EXPECT_EQ(fltLoad(&record), -7);
+  EXPECT_EQ(fltLoad(&record), ORB_SHORT_READ);
   record.loadMemory = nullptr;
-  EXPECT_EQ(fltLoad(&record), -9);
+  EXPECT_EQ(fltLoad(&record), ORB_BAD_STRUCTURE);
 }
 
 TEST_F(FilterTest, RowsArriveFromTheTopWithTheirFlags) {
@@ -94,14 +94,14 @@ TEST_F(FilterTest, CanvasesOfOtherDepthsAreDrawn) {
     EXPECT_EQ(picture.status, 1) << depth;
     EXPECT_EQ(picture.rowFlags.size(), 4u);
   }
-  EXPECT_EQ(test::RenderBytes(bytes, {.bitsPerPixel = 0}).status, -1);
+  EXPECT_EQ(test::RenderBytes(bytes, {.bitsPerPixel = 0}).status, ORB_OUT_OF_MEMORY);
 }
 
 TEST_F(FilterTest, RenderExportOwnsAndReplacesItsCanvas) {
   const test::TempFile file(RampFile(5, 4).Bytes());
   NitfFile document;
   ASSERT_EQ(document.ReadDocument(file.Wide()), Status::Success);
-  EXPECT_EQ(Orb_NtfRenderBitmap(nullptr, &document), -13);
+  EXPECT_EQ(Orb_NtfRenderBitmap(nullptr, &document), ORB_INVALID_PARAMETER);
   KernelBitmap bitmap;
   KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 0);
   EXPECT_EQ(Orb_NtfRenderBitmap(&bitmap, &document), 1);
@@ -129,7 +129,7 @@ TEST_F(FilterTest, DrawingStopsAtTheFirstFailure) {
   record.Set("IDLVL", 2);
   file.Image(record, test::MaskBytes({}));
   const auto picture = test::RenderBytes(file.Bytes());
-  EXPECT_EQ(picture.status, -16);
+  EXPECT_EQ(picture.status, ORB_UNSUPPORTED);
   EXPECT_TRUE(picture.rowFlags.empty());
 }
 
@@ -165,7 +165,7 @@ TEST_F(FilterTest, WhatWasDrawnBeforeAFailureStays) {
   KernelDeleteBitmapDc(dc);
   const std::vector<uint8_t> row = test::RowOf(canvas, 3);
   KernelFreeBitmap(&canvas);
-  EXPECT_EQ(status, -16);
+  EXPECT_EQ(status, ORB_UNSUPPORTED);
   EXPECT_EQ(row[3 * 4], 19) << "the first image";
   EXPECT_EQ(row[3 * 3], 18) << "the third is not drawn";
 }
@@ -180,12 +180,12 @@ TEST_F(FilterTest, AFailedRenderLeavesNoCanvas) {
   KernelBitmap bitmap;
   KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 0);
   ASSERT_EQ(Orb_NtfRenderBitmap(&bitmap, &first), 1);
-  EXPECT_EQ(Orb_NtfRenderBitmap(&bitmap, &second), -16);
+  EXPECT_EQ(Orb_NtfRenderBitmap(&bitmap, &second), ORB_UNSUPPORTED);
   EXPECT_EQ(bitmap.flags & kBitmapAllocated, 0u);
   HostFileInfo info = {};
   HostLoadOptions options = {};
   HostInformationRecord record = test::InformationRecord(u"no such file", info, options);
-  EXPECT_EQ(fltInfo(&record), -7);
+  EXPECT_EQ(fltInfo(&record), ORB_SHORT_READ);
   EXPECT_EQ(info.format, 0u) << "filled on success only";
   EXPECT_EQ(options.flags, kLoadFlagsAlways);
 }
@@ -207,7 +207,8 @@ TEST_F(FilterTest, TheHostsHandleIsRewound) {
 TEST_F(FilterTest, CompressionsWithoutAReaderAreUnsupported) {
   for (const char* compression : {"C0", "C2", "C7", "M0", "M2", "ZZ"}) {
     ImageForm form{.compression = compression};
-    EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, std::string(200, '\0')).Bytes()).status, -16)
+    EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, std::string(200, '\0')).Bytes()).status,
+              ORB_UNSUPPORTED)
         << compression;
   }
 }

@@ -79,7 +79,7 @@ TEST_F(GeometryTest, LoopingAttachmentsStop) {
 TEST_F(GeometryTest, AbsurdSizesAreRefused) {
   test::Record record = test::ImageRecord({});
   record.Set("NBPR", "-001");
-  EXPECT_EQ(SizeOf(NitfBuilder().Image(record, "")).status, -1);
+  EXPECT_EQ(SizeOf(NitfBuilder().Image(record, "")).status, ORB_OUT_OF_MEMORY);
 }
 
 TEST_F(GeometryTest, EqualLevelsFollowTheExchangeSort) {

@@ -28,16 +28,16 @@ class HostileTest : public test::ModuleTest {
 
 TEST_F(HostileTest, ClaimsBeyondTheFileAreShortReads) {
   ImageForm form;
-  EXPECT_EQ(Provoke(NitfBuilder().Image(form, "x").Patch("LI0", "9999999990").Bytes()), -7);
+  EXPECT_EQ(Provoke(NitfBuilder().Image(form, "x").Patch("LI0", "9999999990").Bytes()), ORB_SHORT_READ);
   form.compression = "C3";
-  EXPECT_EQ(Provoke(NitfBuilder().Image(form, "x").Patch("LI0", "9999999998").Bytes()), -7);
+  EXPECT_EQ(Provoke(NitfBuilder().Image(form, "x").Patch("LI0", "9999999998").Bytes()), ORB_SHORT_READ);
   form.compression = "C1";
-  EXPECT_EQ(Provoke(NitfBuilder().Image(form, "x").Patch("LI0", "0999999999").Bytes()), -7);
+  EXPECT_EQ(Provoke(NitfBuilder().Image(form, "x").Patch("LI0", "0999999999").Bytes()), ORB_SHORT_READ);
   form.compression = "NC";
   form.pixelType = "B";
   form.bits = 1;
-  EXPECT_EQ(Provoke(NitfBuilder().Image(form, "x").Patch("LI0", "0999999999").Bytes()), -7);
-  EXPECT_EQ(Provoke(NitfBuilder().Patch("NUMI", "999").Bytes()), -7);
+  EXPECT_EQ(Provoke(NitfBuilder().Image(form, "x").Patch("LI0", "0999999999").Bytes()), ORB_SHORT_READ);
+  EXPECT_EQ(Provoke(NitfBuilder().Patch("NUMI", "999").Bytes()), ORB_SHORT_READ);
   EXPECT_EQ(Provoke(NitfBuilder().Graphic(test::GraphicRecord(), "x").Patch("LS0", "999999").Bytes()),
             -7);
 }
@@ -50,9 +50,11 @@ TEST_F(HostileTest, HugeImagesWithoutTheirDataAreShortReads) {
     for (const char* mode : {"B", "P", "R", "S"}) {
       form.mode = mode;
       form.blocksAcross = form.blocksDown = 4;
-      EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, "x").Bytes()).status, -7) << bands << mode;
+      EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, "x").Bytes()).status, ORB_SHORT_READ)
+          << bands << mode;
       form.blocksAcross = form.blocksDown = 90;
-      EXPECT_EQ(Provoke(NitfBuilder().Image(form, "x").Bytes()), -1) << "the canvas comes first";
+      EXPECT_EQ(Provoke(NitfBuilder().Image(form, "x").Bytes()), ORB_OUT_OF_MEMORY)
+          << "the canvas comes first";
     }
   }
 }
@@ -60,15 +62,16 @@ TEST_F(HostileTest, HugeImagesWithoutTheirDataAreShortReads) {
 TEST_F(HostileTest, CountsInSubheadersAreHeldAgainstTheFile) {
   test::Record bands = test::ImageRecord({});
   bands.Set("NBANDS", "0").InsertAfter("NBANDS", "XBANDS", "99999");
-  EXPECT_EQ(Provoke(NitfBuilder().Image(bands, "").Bytes()), -7);
+  EXPECT_EQ(Provoke(NitfBuilder().Image(bands, "").Bytes()), ORB_SHORT_READ);
   ImageForm lookup{.lookup = "abc", .lookupTables = 1};
   test::Record entries = test::ImageRecord(lookup);
   entries.Set("NELUT0", "99999");
-  EXPECT_EQ(Provoke(NitfBuilder().Image(entries, "").Bytes()), -7);
+  EXPECT_EQ(Provoke(NitfBuilder().Image(entries, "").Bytes()), ORB_SHORT_READ);
   ImageForm masked{.compression = "NM"};
   test::Record blocks = test::ImageRecord(masked);
   blocks.Set("NBPR", "9999").Set("NBPC", "9999");
-  EXPECT_EQ(Provoke(NitfBuilder().Image(blocks, test::MaskBytes({.blocks = {0}})).Bytes()), -7);
+  EXPECT_EQ(Provoke(NitfBuilder().Image(blocks, test::MaskBytes({.blocks = {0}})).Bytes()),
+            ORB_SHORT_READ);
 }
 
 TEST_F(HostileTest, OddDepthsAndSignsEndWithAStatus) {

@@ -32,7 +32,7 @@ class PosixTest : public test::ModuleTest {
 TEST_F(PosixTest, ALinkToTheSourceIsNotOverwritten) {
   const std::string link = file_.Path() + ".link";
   ASSERT_EQ(symlink(file_.Path().c_str(), link.c_str()), 0);
-  EXPECT_EQ(Orb_NITFSaveFileA(handle_, link.c_str()), -13);
+  EXPECT_EQ(Orb_NITFSaveFileA(handle_, link.c_str()), ORB_INVALID_PARAMETER);
   unlink(link.c_str());
   EXPECT_EQ(file_.Contents(), bytes_);
 }
@@ -49,14 +49,14 @@ TEST_F(PosixTest, TheSourceIsKnownByItselfAndNotByItsName) {
   fs::create_hard_link("name.ntf", "hard.ntf");
   fs::create_symlink("name.ntf", "soft.ntf");
   for (const char* name : {"name.ntf", "hard.ntf", "soft.ntf", "other/../name.ntf"})
-    EXPECT_EQ(Orb_NITFSaveFileA(handle, name), -13) << name;
+    EXPECT_EQ(Orb_NITFSaveFileA(handle, name), ORB_INVALID_PARAMETER) << name;
   fs::current_path("other");
-  EXPECT_EQ(Orb_NITFSaveFileA(handle, "../hard.ntf"), -13);
+  EXPECT_EQ(Orb_NITFSaveFileA(handle, "../hard.ntf"), ORB_INVALID_PARAMETER);
   EXPECT_EQ(Orb_NITFSaveFileA(handle, "name.ntf"), 1) << "an unrelated file of the same relative name";
   EXPECT_EQ(test::ReadFile("name.ntf"), bytes_);
   EXPECT_EQ(Orb_NITFSaveFileA(handle, "name.ntf"), 1) << "also once it is there";
   fs::rename(folder / "name.ntf", folder / "renamed.ntf");
-  EXPECT_EQ(Orb_NITFSaveFileA(handle, "../renamed.ntf"), -13);
+  EXPECT_EQ(Orb_NITFSaveFileA(handle, "../renamed.ntf"), ORB_INVALID_PARAMETER);
   EXPECT_EQ(Orb_NITFSaveFileA(handle, "../name.ntf"), 1) << "the old name is free";
   EXPECT_EQ(test::ReadFile("../renamed.ntf"), bytes_);
   EXPECT_EQ(Orb_NITFDestroy(&handle), 1);
@@ -74,7 +74,7 @@ TEST_F(PosixTest, AFullDiskIsAShortWriteAndASecondSaveSucceeds) {
     setrlimit(RLIMIT_FSIZE, &small);
     const int32_t status = Orb_NITFSaveFile(handle_, out.Wide());
     setrlimit(RLIMIT_FSIZE, &old);
-    ASSERT_EQ(status, -5) << limit;
+    ASSERT_EQ(status, ORB_SHORT_WRITE) << limit;
   }
   const test::TempFile out;
   EXPECT_EQ(Orb_NITFSaveFile(handle_, out.Wide()), 1);

@@ -111,7 +111,7 @@ TEST_F(RecordsTest, OtherGraphicsReachTheirSecondBoundFromTheirAttachment) {
   // Their data is read all the same.
   NitfBuilder cut;
   cut.Graphic(symbol, "x").Patch("LS0", "000009");
-  EXPECT_EQ(size(cut)[0], -7);
+  EXPECT_EQ(size(cut)[0], ORB_SHORT_READ);
   const test::TempFile file(cut.Bytes());
   EXPECT_EQ(LoadGraphicDrawing(*Handle(file).operator->(), 0), Status::ShortRead);
 }
@@ -140,9 +140,11 @@ TEST_F(RecordsTest, ReservedExtensionsAreCountedAndPassed) {
 }
 
 TEST_F(RecordsTest, PlaceholderLengthsOfTheFileHeaderAskForReplacementData) {
-  EXPECT_EQ(test::RenderBytes(NitfBuilder().Text("t").Patch("HL", "999999").Bytes()).status, -13);
+  EXPECT_EQ(test::RenderBytes(NitfBuilder().Text("t").Patch("HL", "999999").Bytes()).status,
+            ORB_INVALID_PARAMETER);
   // One digit less is a length like any other, here one that leads nowhere.
-  EXPECT_EQ(test::RenderBytes(NitfBuilder().Text("t").Patch("HL", "099999").Bytes()).status, -7);
+  EXPECT_EQ(test::RenderBytes(NitfBuilder().Text("t").Patch("HL", "099999").Bytes()).status,
+            ORB_SHORT_READ);
 }
 
 std::string Streamed(NitfBuilder file, const std::string& replacement) {
@@ -162,10 +164,10 @@ TEST_F(RecordsTest, AFailingReplacementParseIsTheReadsResult) {
     return test::RenderBytes(Streamed(file, changed)).status;
   };
   EXPECT_EQ(status(0, "NITF"), 1);
-  EXPECT_EQ(status(0, "XITF"), -9);
-  EXPECT_EQ(status(4, "02.00"), -78);
-  EXPECT_EQ(status(9, "05"), -700001);
-  EXPECT_EQ(status(119, "X"), -9) << "FSCLAS";
+  EXPECT_EQ(status(0, "XITF"), ORB_BAD_STRUCTURE);
+  EXPECT_EQ(status(4, "02.00"), ORB_BAD_VERSION);
+  EXPECT_EQ(status(9, "05"), ORB_BAD_COMPLEXITY);
+  EXPECT_EQ(status(119, "X"), ORB_BAD_STRUCTURE) << "FSCLAS";
 }
 
 TEST_F(RecordsTest, AnUnknownCompressionInReplacementDataIsUnknown) {

@@ -2,20 +2,16 @@
 #include <filesystem>
 
 #include "tests/support/layout.h"
-#include "tests/support/metafile.h"
 #include "tests/support/objects.h"
 
 namespace {
 
+using test::Handle;
 using test::ImageForm;
 using test::NitfBuilder;
-using namespace std::string_literals;
-
-using test::Bitmap;
-using test::Handle;
 using test::Saved;
-
 using test::Square;
+
 using SaveTest = test::ModuleTest;
 using CompressedSaveTest = test::CodecTest;
 
@@ -139,19 +135,19 @@ TEST_F(SaveTest, TheSourceFileIsNotOverwritten) {
   const test::TempFile file(test::FullFile().Bytes());
   const Handle handle(file);
   const std::string spelling = testing::TempDir() + "./" + file.Path().substr(testing::TempDir().size());
-  EXPECT_EQ(Orb_NITFSaveFile(handle, file.Wide()), -13);
-  EXPECT_EQ(Orb_NITFSaveFileA(handle, spelling.c_str()), -13);
+  EXPECT_EQ(Orb_NITFSaveFile(handle, file.Wide()), ORB_INVALID_PARAMETER);
+  EXPECT_EQ(Orb_NITFSaveFileA(handle, spelling.c_str()), ORB_INVALID_PARAMETER);
   EXPECT_EQ(file.Contents(), test::FullFile().Bytes());
-  EXPECT_EQ(Orb_NITFSaveFile(nullptr, u"x"), -261);
-  EXPECT_EQ(Orb_NITFSaveFileA(handle, "\xC3"), -1);
-  EXPECT_EQ(Orb_NITFSaveFile(handle, u"/no/such/folder/file"), -5);
+  EXPECT_EQ(Orb_NITFSaveFile(nullptr, u"x"), ORB_NULL_HANDLE);
+  EXPECT_EQ(Orb_NITFSaveFileA(handle, "\xC3"), ORB_OUT_OF_MEMORY);
+  EXPECT_EQ(Orb_NITFSaveFile(handle, u"/no/such/folder/file"), ORB_SHORT_WRITE);
 }
 
 TEST_F(CompressedSaveTest, SavingAndAppendingSurviveEveryFault) {
   const test::TempFile file(test::FullFile().Bytes()), text("appended", ".txt");
   const auto save = [&] {
     NitfHandle handle = nullptr;
-    const Bitmap bitmap(8, 8, 24);
+    const test::Bitmap bitmap(8, 8, 24);
     int32_t status = Orb_NITFCreate(&handle, file.Wide());
     if (status != 1) return status;
     status = Orb_NITFAppendImageSegment(handle, const_cast<KernelBitmap*>(&bitmap.record), 182, 24, 20);
@@ -208,7 +204,7 @@ TEST_F(SaveTest, TextsCutShortGiveTheirLengthOnly) {
   char buffer[32];
   EXPECT_EQ(Orb_NITFGetTextSegment(handle, 0, nullptr, &length), 1);
   EXPECT_EQ(length, 20u);
-  EXPECT_EQ(Orb_NITFGetTextSegment(handle, 0, buffer, &length), -7);
+  EXPECT_EQ(Orb_NITFGetTextSegment(handle, 0, buffer, &length), ORB_SHORT_READ);
 }
 
 }  // namespace

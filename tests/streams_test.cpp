@@ -8,6 +8,7 @@
 
 namespace {
 
+using test::BlockForm;
 using test::BlockStream;
 using test::EncodeJpeg2000;
 using test::ImageForm;
@@ -17,19 +18,6 @@ using test::Rgb;
 using test::Sample;
 
 using StreamsTest = test::ModuleTest;
-
-ImageForm Form(const std::string& compression, int across, int down, int bands,
-               const std::string& representation, const std::string& mode = "B") {
-  ImageForm form{.width = kSide,
-                 .height = kSide,
-                 .blocksAcross = across,
-                 .blocksDown = down,
-                 .bands = bands,
-                 .compression = compression,
-                 .representation = representation,
-                 .mode = mode};
-  return form;
-}
 
 // Whether a picture shows three bands within `tolerance` in the middle of block (column, row).
 void ExpectBlock(const test::Picture& picture, int column, int row, std::array<int, 3> bands,
@@ -51,7 +39,7 @@ TEST_F(StreamsTest, MaskedColourBlocksHaveOneRecordEach) {
   // The table is read with a record for each band; behind the blocks' own stand the first stream's bytes.
   const auto picture = test::RenderBytes(
       NitfBuilder()
-          .Image(Form("M3", 2, 2, 3, "RGB", "P"), test::MaskBytes({.blocks = records}) + data)
+          .Image(BlockForm("M3", 2, 2, 3, "RGB", "P"), test::MaskBytes({.blocks = records}) + data)
           .Bytes());
   ASSERT_EQ(picture.status, 1);
   ExpectBlock(picture, 0, 0, {0, 1, 2});
@@ -68,7 +56,7 @@ TEST_F(StreamsTest, BandsThatAreMissingShowTheLastStream) {
     for (int block = 0; block < 2; ++block) data += BlockStream(block, 2, {band});
   }
   const auto picture = test::RenderBytes(
-      NitfBuilder().Image(Form("C3", 2, 1, 3, "RGB", "S"), data + std::string(2000, '\0')).Bytes());
+      NitfBuilder().Image(BlockForm("C3", 2, 1, 3, "RGB", "S"), data + std::string(2000, '\0')).Bytes());
   ASSERT_EQ(picture.status, 1);
   // Streams 4 and 5 are not there: the last one, band 1 of block 1, stands for them.
   const auto at = [](int x, int band) { return Sample(x, 20, band); };
@@ -81,7 +69,7 @@ TEST_F(StreamsTest, BandsThatAreMissingShowTheLastStream) {
 TEST_F(StreamsTest, AMarkerNearTheEndDoesNotMakeTheSearchQuadratic) {
   const std::string stream = BlockStream(0, 1, {0});
   ASSERT_LT(stream.size(), 1021u * 4);
-  ImageForm form = Form("C3", 16, 16, 3, "RGB", "S");
+  ImageForm form = BlockForm("C3", 16, 16, 3, "RGB", "S");
   form.width = form.height = 8;
   // One stream, megabytes of nothing, and a last start of an image too near the end for a whole chunk.
   const std::string data = stream + std::string(4 << 20, 'x') + "\xFF\xD8\xFF" + std::string(1018, 'y');
@@ -114,7 +102,7 @@ TEST_F(StreamsTest, ComponentsOfBandsAreTakenAsTheyAre) {
       data += BlockStream(stream % 2, 2,
                           sequential ? std::vector<int>{stream / 2} : std::vector<int>{0, 1, 2});
     const test::TempFile file(
-        NitfBuilder().Image(Form("C3", 2, 1, 3, representation, mode), data).Bytes());
+        NitfBuilder().Image(BlockForm("C3", 2, 1, 3, representation, mode), data).Bytes());
     EXPECT_EQ(test::Render(file, {.loadMemory = load}).status, 1) << representation << mode;
     EXPECT_EQ(flags, std::vector<uint32_t>(sequential ? 6 : 2, expected)) << representation << mode;
   }
@@ -132,7 +120,7 @@ TEST_F(StreamsTest, LaterMultispectralBlocksHaveTheFirstOnesSegmentInFront) {
   const std::string segment =
       "\xFF\xD8\xFF\xE6\x00\x19NITF\x00\x02\x00\x42\x00\x02\x00\x02\x03\x08\x00\x01\x00\x03\x08\x01\x01"s;
   ASSERT_EQ(segment.size(), 27u);
-  ImageForm form = Form("M3", 4, 1, 4, "MULTI", "P");
+  ImageForm form = BlockForm("M3", 4, 1, 4, "MULTI", "P");
   std::string data;
   std::vector<uint32_t> records;
   for (int block = 0; block < 4; ++block) {
@@ -156,7 +144,7 @@ TEST_F(StreamsTest, LaterMultispectralBlocksHaveTheFirstOnesSegmentInFront) {
 // ---------------------------------------------------------------- lookup tables
 
 TEST_F(StreamsTest, LookupTablesColourDecodedStreams) {
-  ImageForm form = Form("C8", 1, 1, 1, "RGB/LUT");
+  ImageForm form = BlockForm("C8", 1, 1, 1, "RGB/LUT");
   form.bandCodes = {"LU"};
   form.lookupTables = 3;
   for (int i = 0; i < 256; ++i) form.lookup += static_cast<char>(255 - i);
@@ -180,8 +168,8 @@ TEST_F(StreamsTest, ThreeUndeclaredComponentsAreLuminanceAndChrominance) {
   for (const int chromaStep : {1, 2}) {
     const std::string stream = EncodeJpeg2000(kSide, kSide, {0, 1, 2}, {.chromaStep = chromaStep});
     const auto shown = [&](const char* representation) {
-      const auto picture =
-          test::RenderBytes(NitfBuilder().Image(Form("C8", 1, 1, 3, representation), stream).Bytes());
+      const auto picture = test::RenderBytes(
+          NitfBuilder().Image(BlockForm("C8", 1, 1, 3, representation), stream).Bytes());
       EXPECT_EQ(picture.status, 1);
       return picture.At(8, 4);
     };
@@ -198,7 +186,7 @@ TEST_F(StreamsTest, ThreeUndeclaredComponentsAreLuminanceAndChrominance) {
   }
   const std::string declared = EncodeJpeg2000(kSide, kSide, {0, 1, 2}, {.jp2 = true});
   const auto picture =
-      test::RenderBytes(NitfBuilder().Image(Form("C8", 1, 1, 3, "YCbCr601"), declared).Bytes());
+      test::RenderBytes(NitfBuilder().Image(BlockForm("C8", 1, 1, 3, "YCbCr601"), declared).Bytes());
   ASSERT_EQ(picture.status, 1);
   ExpectBlock(picture, 0, 0, {0, 1, 2}, 0);
 }
@@ -212,7 +200,7 @@ TEST_F(StreamsTest, AFileWithWrongBoxesIsDecodedFromItsCodestream) {
   boxes.replace(colour - 4, 4, test::Big(0xFFFF, 4));  // longer than the file
   for (const std::string& stream : {good, sizes, count, boxes}) {
     const auto picture =
-        test::RenderBytes(NitfBuilder().Image(Form("C8", 1, 1, 1, "MONO"), stream).Bytes());
+        test::RenderBytes(NitfBuilder().Image(BlockForm("C8", 1, 1, 1, "MONO"), stream).Bytes());
     ASSERT_EQ(picture.status, 1);
     ASSERT_EQ(picture.width, static_cast<uint32_t>(kSide));
     ExpectBlock(picture, 0, 0, {0, 0, 0}, 0);
@@ -230,7 +218,7 @@ TEST_F(StreamsTest, FillBytesMayStandInFrontOfAStream) {
     }
     const auto picture =
         test::RenderBytes(NitfBuilder()
-                              .Image(Form(compression, masked ? 2 : 1, 1, 1, "MONO"),
+                              .Image(BlockForm(compression, masked ? 2 : 1, 1, 1, "MONO"),
                                      masked ? test::MaskBytes({.blocks = records}) + data : data)
                               .Bytes());
     ASSERT_EQ(picture.status, 1) << compression;
@@ -242,7 +230,7 @@ TEST_F(StreamsTest, FillBytesMayStandInFrontOfAStream) {
 TEST_F(StreamsTest, StreamsBeyondTwoGigabytesAreRead) {
   if (sizeof(void*) == 4) GTEST_SKIP() << "no such memory";
   const std::string front = NitfBuilder()
-                                .Image(Form("C3", 1, 1, 1, "MONO"), BlockStream(0, 1, {0}))
+                                .Image(BlockForm("C3", 1, 1, 1, "MONO"), BlockStream(0, 1, {0}))
                                 .Patch("LI0", "2200000000")
                                 .Bytes();
   const test::TempFile file(front);

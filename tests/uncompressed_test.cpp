@@ -161,7 +161,8 @@ TEST_F(UncompressedTest, BiLevelBlocksRunAcrossRowsAndAreFoundOneBehindTheOther)
   EXPECT_EQ(picture.At(19, 0), test::kWhite);
   EXPECT_EQ(picture.At(10, 1), test::kWhite);
   EXPECT_EQ(picture.At(18, 0), test::Grey(0));
-  EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, data.substr(0, 5)).Bytes()).status, -9);
+  EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, data.substr(0, 5)).Bytes()).status,
+            ORB_BAD_STRUCTURE);
 }
 
 TEST_F(UncompressedTest, BiLevelBlocksFollowTheirRecords) {
@@ -234,7 +235,8 @@ TEST_F(UncompressedTest, TwoBandImagesAreReadByTheOneBandReader) {
 TEST_F(UncompressedTest, ShortDataIsAShortRead) {
   for (const char* mode : {"B", "P", "R", "S"}) {
     ImageForm form{.bands = 3, .representation = "RGB", .mode = mode};
-    EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, std::string(150, 'x')).Bytes()).status, -7)
+    EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, std::string(150, 'x')).Bytes()).status,
+              ORB_SHORT_READ)
         << mode;
   }
 }

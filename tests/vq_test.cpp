@@ -123,24 +123,24 @@ TEST_F(VqTest, FaultyVectorQuantisedDataIsRefused) {
     return RenderImage(VqImage(vq, "C4", 1, 1), data).status;
   };
   VqForm vq;
-  EXPECT_EQ(status(vq, 1), -7);
+  EXPECT_EQ(status(vq, 1), ORB_SHORT_READ);
   vq.codeRows = 0;
-  EXPECT_EQ(status(vq), -9);
+  EXPECT_EQ(status(vq), ORB_BAD_STRUCTURE);
   vq = {};
   vq.codesPerRow = 17;
-  EXPECT_EQ(status(vq), -9);
+  EXPECT_EQ(status(vq), ORB_BAD_STRUCTURE);
   vq = {};
   vq.codeBits = 40;
-  EXPECT_EQ(status(vq), -9);
+  EXPECT_EQ(status(vq), ORB_BAD_STRUCTURE);
   vq = {};
   vq.entries = 10;
-  EXPECT_EQ(status(vq), -9) << "a code beyond the codebook";
+  EXPECT_EQ(status(vq), ORB_BAD_STRUCTURE) << "a code beyond the codebook";
   vq = {};
   vq.tables = 5;
-  EXPECT_EQ(status(vq), -9) << "more tables than a vector has rows";
+  EXPECT_EQ(status(vq), ORB_BAD_STRUCTURE) << "more tables than a vector has rows";
   std::string huge = VqData({});
   huge.replace(21 + 2, 4, test::Big(0xFFFFFFFF, 4));
-  EXPECT_EQ(RenderImage(VqImage({}, "C4", 1, 1), huge).status, -7);
+  EXPECT_EQ(RenderImage(VqImage({}, "C4", 1, 1), huge).status, ORB_SHORT_READ);
 }
 
 TEST_F(VqTest, VectorQuantisationOfOddDepthsIsRefused) {
@@ -148,7 +148,7 @@ TEST_F(VqTest, VectorQuantisationOfOddDepthsIsRefused) {
     VqForm vq;
     ImageForm form = VqImage(vq, "C4", 1, 1);
     form.bits = bits;
-    EXPECT_EQ(RenderImage(form, VqData(vq)).status, -9) << bits;
+    EXPECT_EQ(RenderImage(form, VqData(vq)).status, ORB_BAD_STRUCTURE) << bits;
   }
 }
 

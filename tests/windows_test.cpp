@@ -87,13 +87,13 @@ TEST_F(WindowsTest, AHostLoadsAPictureThroughTheDll) {
   load.options = &options;
   load.loadMemory = &FileFormatLoadMemory;
   load.setLoadCallback = &FileFormatSetLoadInfoCallback;
-  EXPECT_EQ(EXPORT(module, fltLoad)(&load), -9);
+  EXPECT_EQ(EXPORT(module, fltLoad)(&load), ORB_BAD_STRUCTURE);
   load.required2224 = 1;
   ASSERT_EQ(EXPORT(module, fltLoad)(&load), 1);
   ASSERT_EQ(delivery.rows.size(), 8u);
   EXPECT_EQ(delivery.rows.front(), std::string(24, 'a'));
   EXPECT_EQ(delivery.rows.back(), std::string(24, 'z'));
-  EXPECT_EQ(EXPORT(module, fltSave)(nullptr), -16);
+  EXPECT_EQ(EXPORT(module, fltSave)(nullptr), ORB_UNSUPPORTED);
 }
 
 TEST_F(WindowsTest, AProgramEditsAFileThroughTheDll) {
@@ -126,12 +126,12 @@ TEST_F(WindowsTest, PathsOfOneFileAreKnownAsOne) {
 
   NitfHandle handle = nullptr;
   ASSERT_EQ(Orb_NITFCreate(&handle, link.Wide()), 1);
-  EXPECT_EQ(Orb_NITFSaveFile(handle, upper.c_str()), -13);
-  EXPECT_EQ(Orb_NITFSaveFile(handle, link.Wide()), -13);
+  EXPECT_EQ(Orb_NITFSaveFile(handle, upper.c_str()), ORB_INVALID_PARAMETER);
+  EXPECT_EQ(Orb_NITFSaveFile(handle, link.Wide()), ORB_INVALID_PARAMETER);
   EXPECT_EQ(Orb_NITFSaveFile(handle, other.Wide()), 1);
   Orb_NITFDestroy(&handle);
   EXPECT_EQ(other.Contents(), file.Contents());
-  EXPECT_EQ(Orb_NITFCreate(&handle, u"no such file"), -10);
+  EXPECT_EQ(Orb_NITFCreate(&handle, u"no such file"), ORB_FILE_NOT_FOUND);
 }
 
 struct CanvasForm {

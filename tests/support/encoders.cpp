@@ -26,6 +26,18 @@ std::string Samples(int left, int top, int width, int height, const std::vector<
   return bytes;
 }
 
+ImageForm BlockForm(const std::string& compression, int across, int down, int bands,
+                    const std::string& representation, const std::string& mode) {
+  return {.width = kSide,
+          .height = kSide,
+          .blocksAcross = across,
+          .blocksDown = down,
+          .bands = bands,
+          .compression = compression,
+          .representation = representation,
+          .mode = mode};
+}
+
 std::string EncodeJpeg(const std::string& samples, int width, int height, int components, bool rgb) {
   jpeg_compress_struct codec{};
   jpeg_error_mgr errors;

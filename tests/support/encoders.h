@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/builder.h"
+
 namespace test {
 
 /// Side of a picture's blocks.
@@ -14,6 +16,10 @@ inline constexpr int kSide = 64;
 int Sample(int x, int y, int band);
 /// The samples of some bands of a piece of the picture, interleaved.
 std::string Samples(int left, int top, int width, int height, const std::vector<int>& bands);
+
+/// An image of blocks of such a picture.
+ImageForm BlockForm(const std::string& compression, int across, int down, int bands,
+                    const std::string& representation, const std::string& mode = "B");
 
 std::string EncodeJpeg(const std::string& samples, int width, int height, int components,
                        bool rgb = false);
