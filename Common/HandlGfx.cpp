@@ -65,10 +65,13 @@ Status LoadGraphicDrawing(NitfFile& document, uint32_t index) {
   return status;
 }
 
-Status DrawGraphicSegment(HostLoadRecord*, HDC dc, NitfFile& document, uint32_t index, int32_t rowOffset,
+Status DrawGraphicSegment(HDC dc, NitfFile& document, uint32_t index, int32_t rowOffset,
                           int32_t columnOffset) {
   if (Status s = LoadGraphicDrawing(document, index); !Ok(s)) return s;
   GraphicSubheader& graphic = *document.graphics.At(index);
-  if (!graphic.HasForm('C')) return Status::Success;
-  return PaintDrawing(dc, document, graphic, rowOffset, columnOffset);
+  const Status status = graphic.HasForm('C')
+                            ? PaintDrawing(dc, document, graphic, rowOffset, columnOffset)
+                            : Status::Success;
+  if (!graphic.handleGiven) graphic.drawing.Restart();
+  return status;
 }

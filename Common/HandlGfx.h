@@ -16,7 +16,7 @@ Status LoadSegmentDrawing(NitfFile& document, uint32_t index, VectorHandle& draw
 /// file-format or vector library's code; the record holds no drawing after a failure.
 Status LoadGraphicDrawing(NitfFile& document, uint32_t index);
 
-/// Loads and paints a graphic segment; only CGM is painted. The drawing stays loaded. 1, or the first
-/// failure.
-Status DrawGraphicSegment(HostLoadRecord* record, HDC dc, NitfFile& document, uint32_t index,
-                          int32_t rowOffset, int32_t columnOffset);
+/// Loads and paints a graphic segment; only CGM is painted. A drawing whose handle no caller holds is
+/// freed again. 1, or the first failure.
+Status DrawGraphicSegment(HDC dc, NitfFile& document, uint32_t index, int32_t rowOffset,
+                          int32_t columnOffset);

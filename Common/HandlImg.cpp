@@ -60,9 +60,7 @@ void AdjustBiLevel(KernelBitmap& bitmap, const ImageSubheader& header) {
   PutOneColour(bitmap, 0, header.palette[1]);
 }
 
-Status FillSegmentBitmap(HostLoadRecord* record, NitfFile& document, uint32_t index,
-                         OwnedBitmap& bitmap) {
-  const ImageSource source = ImageSource::Of(document, index, record);
+Status FillSegmentBitmap(const ImageSource& source, OwnedBitmap& bitmap) {
   const ImageSubheader& header = source.header;
   const Reader reader = kReaders[static_cast<size_t>(header.Family())];
   if (Status s = CreateSegmentBitmap(bitmap, header); !Ok(s)) return s;
@@ -120,9 +118,7 @@ Status PaintPixels(HDC dc, KernelBitmap& bitmap, const ImageSubheader& header, c
                                           1, 1, 1, 1, pad, 0, 0, SRCCOPY));
 }
 
-Status PaintSegment(HDC dc, KernelBitmap& bitmap, const ImageSubheader& header, int32_t rowOffset,
-                    int32_t columnOffset) {
-  const RECT place = PlaceOf(header, bitmap, rowOffset, columnOffset);
+Status PaintSegment(HDC dc, KernelBitmap& bitmap, const ImageSubheader& header, const RECT& place) {
   const OwnedPalette palette(DisplayCreatePalette(dc, &bitmap), ORB_HERE);
   HPALETTE previous = nullptr;
   if (palette.get() != nullptr) {
@@ -132,6 +128,24 @@ Status PaintSegment(HDC dc, KernelBitmap& bitmap, const ImageSubheader& header, 
   const Status status = PaintPixels(dc, bitmap, header, place);
   if (palette.get() != nullptr) (void)SelectPalette(dc, previous, 0);
   return status;
+}
+
+// The part of its place that an image's bitmap fills.
+RECT FilledPart(const RECT& place, const KernelBitmap& bitmap) {
+  RECT filled = place;
+  filled.right = Clamp(std::min<int64_t>(place.right, int64_t{place.left} + bitmap.width));
+  filled.bottom = Clamp(std::min<int64_t>(place.bottom, int64_t{place.top} + bitmap.height));
+  return filled;
+}
+
+bool Covers(const RECT& upper, const RECT& lower) {
+  return upper.left <= lower.left && upper.top <= lower.top && upper.right >= lower.right &&
+         upper.bottom >= lower.bottom;
+}
+
+// Whether nothing of an image that is blank is to be seen: its one colour is the one left out.
+bool IsInvisible(const ImageSubheader& header, const KernelBitmap& bitmap) {
+  return header.mask.TPXCD.size() != 0 && (bitmap.colourCount == 0 || PadIndex(header) == 0);
 }
 
 // Brightens a bitmap whose luminances all lie below 20 of 255.
@@ -148,10 +162,17 @@ Status LiftDarkImage(KernelBitmap& bitmap) {
 
 }  // namespace
 
-Status PlaceBlock(KernelBitmap& segment, KernelBitmap& block, BlockPlace place) {
-  block.colourOrder = segment.colourOrder;
-  return FromHost(ImageEffectsCombine(&segment, place.column, place.row, block.width, block.height,
-                                      &block, 0, 0, kCombineCopy));
+Status PlaceBlock(const ImageSource& source, KernelBitmap& segment, KernelBitmap& block,
+                  BlockPlace place) {
+  return PlaceRows(source, segment, block, block.height, place);
+}
+
+Status PlaceRows(const ImageSource& source, KernelBitmap& segment, KernelBitmap& rowsOfBlock,
+                 uint32_t rows, BlockPlace place) {
+  source.blank = false;
+  rowsOfBlock.colourOrder = segment.colourOrder;
+  return FromHost(ImageEffectsCombine(&segment, place.column, place.row, rowsOfBlock.width, rows,
+                                      &rowsOfBlock, 0, 0, kCombineCopy));
 }
 
 Status PutDefaultColours(KernelBitmap& bitmap, uint32_t bits) {
@@ -172,19 +193,52 @@ Status PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header) {
   return FromHost(KernelSetPalette(&bitmap, palette.get()));
 }
 
-Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index, OwnedBitmap& bitmap) {
-  const Status status = FillSegmentBitmap(record, document, index, bitmap);
+Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index, OwnedBitmap& bitmap,
+                        bool* blank) {
+  const ImageSource source = ImageSource::Of(document, index, record);
+  const Status status = FillSegmentBitmap(source, bitmap);
   if (!Ok(status)) bitmap.Free();
+  if (blank != nullptr) *blank = source.blank;
   return status;
 }
 
-Status DrawImageSegment(HostLoadRecord* record, HDC dc, NitfFile& document, uint32_t index,
-                        int32_t rowOffset, int32_t columnOffset) {
-  OwnedBitmap bitmap;
-  const ImageSubheader& header = *document.images.At(index);
-  if (Status s = LoadImageSegment(record, document, index, bitmap); !Ok(s)) return s;
-  if (document.liftDarkImages) (void)LiftDarkImage(bitmap.record);
-  return PaintSegment(dc, bitmap.record, header, rowOffset, columnOffset);
+Status ImagePainter::Draw(uint32_t index, int32_t rowOffset, int32_t columnOffset) {
+  Read image;
+  bool blank = false;
+  image.header = document_.images.At(index);
+  if (Status s = LoadImageSegment(record_, document_, index, image.bitmap, &blank); !Ok(s)) return s;
+  if (document_.liftDarkImages) {
+    (void)LiftDarkImage(image.bitmap.record);
+    blank = false;
+  }
+  if (blank && IsInvisible(*image.header, image.bitmap.record)) return Status::Success;
+  image.place = PlaceOf(*image.header, image.bitmap.record, rowOffset, columnOffset);
+  const bool opaque = image.header->mask.TPXCD.size() == 0;
+  if (waiting_.header != nullptr) {
+    const KernelBitmap& below = waiting_.bitmap.record;
+    if (!opaque || !Covers(FilledPart(image.place, image.bitmap.record), FilledPart(waiting_.place, below))) {
+      if (Status s = Finish(); !Ok(s)) return s;
+    }
+    waiting_.header = nullptr;
+    waiting_.bitmap.Free();
+  }
+  if (!blank || !opaque) return Paint(image);
+  image.bitmap.MoveTo(waiting_.bitmap.record);
+  waiting_.header = image.header;
+  waiting_.place = image.place;
+  return Status::Success;
+}
+
+Status ImagePainter::Paint(Read& image) {
+  return PaintSegment(dc_, image.bitmap.record, *image.header, image.place);
+}
+
+Status ImagePainter::Finish() {
+  if (waiting_.header == nullptr) return Status::Success;
+  const Status status = Paint(waiting_);
+  waiting_.header = nullptr;
+  waiting_.bitmap.Free();
+  return status;
 }
 
 Status RequireImageData(NitfFile& document, uint32_t index, bool& known) {

@@ -3,14 +3,38 @@
 
 #include "Common/ImgModes.h"
 
-/// Reads image segment `index` into a bitmap and paints it. The offsets are those of its attachment. 1,
-/// or the first failure.
-Status DrawImageSegment(HostLoadRecord* record, HDC dc, NitfFile& document, uint32_t index,
-                        int32_t rowOffset, int32_t columnOffset);
+/// Draws image segments one over the other. An image without a stored block is of one colour: it is
+/// painted only once what comes next is known not to cover it.
+class ImagePainter {
+ public:
+  ImagePainter(HostLoadRecord* record, HDC dc, NitfFile& document)
+      : record_(record), dc_(dc), document_(document) {}
+
+  /// Reads image segment `index` into a bitmap and paints it. The offsets are those of its attachment. 1,
+  /// or the first failure.
+  Status Draw(uint32_t index, int32_t rowOffset, int32_t columnOffset);
+  /// Paints what was put off; wanted before anything else is painted and at the end.
+  Status Finish();
+
+ private:
+  // An image that was read, and where it goes.
+  struct Read {
+    OwnedBitmap bitmap;
+    const ImageSubheader* header = nullptr;  // null: none
+    RECT place{};
+  };
+  Status Paint(Read& image);
+
+  HostLoadRecord* record_;
+  HDC dc_;
+  NitfFile& document_;
+  Read waiting_;
+};
 
 /// Creates the segment's bitmap and fills it through the reader of its compression; -16 when there is
-/// none. After a failure the bitmap holds no pixels.
-Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index, OwnedBitmap& bitmap);
+/// none. After a failure the bitmap holds no pixels. `blank` tells that none of them was stored.
+Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index, OwnedBitmap& bitmap,
+                        bool* blank = nullptr);
 
 /// Whether the file has what an uncompressed image's reader needs at the least: what drawing the segment
 /// would answer first, found without touching a pixel. `known` is false, the result 1, for images of

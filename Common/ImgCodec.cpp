@@ -105,6 +105,7 @@ Status ReadSingleStream(KernelBitmap& segment, const ImageSource& source) {
   }
   HostLoadOptions options;
   if (Status s = FillLoadOptions(source, options); !Ok(s)) return s;
+  source.blank = false;
   (void)KernelFreeBitmap(&segment);
   if (Status s = Codec(source.record).Load(stream.Span(), segment, 0, kOrderAsDecoded, &options); !Ok(s))
     return s;
@@ -157,9 +158,10 @@ Status ReadBlocks(KernelBitmap& segment, const ImageSource& source) {
     if (Status s = FillLoadOptions(source, options); !Ok(s)) return s;
     const auto bytes = multi && decodedOne ? stream.WithNitfSegment() : stream.Plain();
     OwnedBitmap block;
+    block.Start(header.NPPBH.value, header.NPPBV.value);
     if (Status s = codec.Load(bytes, block.record, 0, kOrderAsDecoded, &options); !Ok(s)) return s;
     decodedOne = true;
-    if (Status s = PlaceBlock(segment, block.record, PlaceOfBlock(header, n)); !Ok(s)) return s;
+    if (Status s = PlaceBlock(source, segment, block.record, PlaceOfBlock(header, n)); !Ok(s)) return s;
   }
   return Status::Success;
 }
@@ -229,7 +231,7 @@ class BandSequentialReader {
       if (Status s = FromHost(ColourMerge(&block.record, three, kBitmapRecordSize, 0)); !Ok(s)) return s;
     }
     for (OwnedBitmap& band : bands_) band.Free();
-    return any ? PlaceBlock(segment_, block.record, PlaceOfBlock(header_, n)) : Status::Success;
+    return any ? PlaceBlock(source_, segment_, block.record, PlaceOfBlock(header_, n)) : Status::Success;
   }
 
   Status ReadBand(uint64_t n, uint32_t band) {
@@ -255,6 +257,7 @@ class BandSequentialReader {
     if (representation == Representation::Rgb || representation == Representation::Multi) {
       options.flags |= kLoadComponentsAreRgb;
     }
+    bands_[slot].Start(header_.NPPBH.value, header_.NPPBV.value);
     const Status status = codec_.Load(stream.Plain(), bands_[slot].record, 0, kOrderAsDecoded, &options);
     if (!isShown) bands_[slot].Free();
     return status;
@@ -285,6 +288,7 @@ Status ReadFacsimileImage(KernelBitmap& segment, const ImageSource& source) {
                                       segment.width, segment.height};
   const Codec codec(source.record);
   const uint32_t depth = segment.bitsPerPixel;
+  source.blank = false;
   (void)KernelFreeBitmap(&segment);
   const HostLoadInfoCallback previous = codec.SetCallback(&DescribeFacsimile, &description);
   const Status status =

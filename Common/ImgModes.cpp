@@ -8,14 +8,16 @@ namespace {
 
 constexpr char16_t kSourceFile[] = u"ImgModes";
 
-// A block of the segment while it is read, and the way it gets to its place.
+// A block of the segment, or a strip of it, while it is read.
 class ScratchBlock {
  public:
-  Status Allocate(const ImageSubheader& header, uint32_t bitsPerPixel, KernelColourOrder order) {
-    return bitmap_.Allocate(header.NPPBH.value, header.NPPBV.value, bitsPerPixel, order, kViewTopLeft);
+  Status Allocate(const ImageSubheader& header, uint32_t rows, uint32_t bitsPerPixel,
+                  KernelColourOrder order) {
+    return bitmap_.Allocate(header.NPPBH.value, rows, bitsPerPixel, order, kViewTopLeft);
   }
   void Prepare() { (void)KernelPrepareScratchBitmap(&bitmap_.record); }
   KernelBitmap& Record() { return bitmap_.record; }
+  uint32_t Rows() const { return bitmap_.record.height; }
   uint32_t BytesPerLine() const { return bitmap_.record.bytesPerLine; }
   uint32_t BytesPerPixel() const { return std::max(1u, bitmap_.record.bitsPerPixel / 8); }
 
@@ -75,7 +77,8 @@ Status ReadBiLevel(KernelBitmap& segment, const ImageSource& source) {
   if (Status s = source.ReadAt(mask.IMDATOFF, data.data(), stored); !Ok(s)) return s;
   if (Status s = row.Allocate(segment.bytesPerLine, ORB_HERE); !Ok(s)) return s;
   ScratchBlock scratch;
-  if (Status s = scratch.Allocate(header, segment.bitsPerPixel, kOrderBgr); !Ok(s)) return s;
+  if (Status s = scratch.Allocate(header, header.NPPBV.value, segment.bitsPerPixel, kOrderBgr); !Ok(s))
+    return s;
   uint64_t behindPrevious = 0;
   for (uint64_t n = 0; n < header.BlockCount(); ++n) {
     uint64_t start = behindPrevious;
@@ -90,7 +93,7 @@ Status ReadBiLevel(KernelBitmap& segment, const ImageSource& source) {
     BitRows bits(data.Span().subspan(static_cast<size_t>(start)));
     if (Status s = UnpackBiLevelBlock(header, bits, row.Span(), scratch); !Ok(s)) return s;
     behindPrevious = start + bits.BytesUsed();
-    if (Status s = PlaceBlock(segment, scratch.Record(), PlaceOfBlock(header, n)); !Ok(s)) return s;
+    if (Status s = PlaceBlock(source, segment, scratch.Record(), PlaceOfBlock(header, n)); !Ok(s)) return s;
   }
   return Status::Success;
 }
@@ -121,6 +124,7 @@ Status ReadSingleBlock(KernelBitmap& segment, const ImageSource& source) {
   const uint32_t length = SingleBlockRowLength(header, segment.width, segment.bytesPerLine);
   KernelBuffer<uint8_t> row;
   if (Status s = row.Allocate(std::max(length, segment.bytesPerLine), ORB_HERE); !Ok(s)) return s;
+  source.blank = false;
   // Samples of 16 significant bits get host order, pairs of 12 bits are repacked.
   const bool convert = nbpp != abpp || nbpp == 16 || IsTwelveBit(header);
   RowAccess rows(segment);
@@ -138,15 +142,20 @@ CheckedSize MultiBlockRowLength(const ImageSubheader& header) {
   return CheckedSize((uint64_t{bits} * header.NPPBH.value + 7) / 8);
 }
 
-Status ReadRowBlock(const ImageSource& source, int64_t offset, KernelBuffer<uint8_t>& row,
-                    uint32_t length, ScratchBlock& scratch) {
+Status ReadRowBlock(KernelBitmap& segment, const ImageSource& source, int64_t offset, BlockPlace place,
+                    KernelBuffer<uint8_t>& row, uint32_t length, ScratchBlock& scratch) {
   const ImageSubheader& header = source.header;
-  scratch.Prepare();
-  RowAccess rows(scratch.Record());
-  for (uint32_t y = 0; y < header.NPPBV.value; ++y, offset += length) {
-    if (Status s = source.ReadAt(offset, row.data(), length); !Ok(s)) return s;
-    ConvertSamples(row.Span().first(length), header.NBPP.value, header.ABPP.value, {});
-    if (Status s = rows.Put(row.data(), y); !Ok(s)) return s;
+  for (uint32_t first = 0; first < header.NPPBV.value; first += scratch.Rows()) {
+    const uint32_t count = std::min(scratch.Rows(), header.NPPBV.value - first);
+    scratch.Prepare();
+    RowAccess rows(scratch.Record());
+    for (uint32_t y = 0; y < count; ++y, offset += length) {
+      if (Status s = source.ReadAt(offset, row.data(), length); !Ok(s)) return s;
+      ConvertSamples(row.Span().first(length), header.NBPP.value, header.ABPP.value, {});
+      if (Status s = rows.Put(row.data(), y); !Ok(s)) return s;
+    }
+    const BlockPlace strip = {place.column, place.row + first};
+    if (Status s = PlaceRows(source, segment, scratch.Record(), count, strip); !Ok(s)) return s;
   }
   return Status::Success;
 }
@@ -155,7 +164,8 @@ Status ReadMultiBlock(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   const MaskTable& mask = header.mask;
   ScratchBlock scratch;
-  if (Status s = scratch.Allocate(header, segment.bitsPerPixel, header.IsMono() ? kOrderGrey : kOrderBgr);
+  if (Status s = scratch.Allocate(header, RowsOfStrip(header, segment.bitsPerPixel), segment.bitsPerPixel,
+                                  header.IsMono() ? kOrderGrey : kOrderBgr);
       !Ok(s)) {
     return s;
   }
@@ -165,9 +175,9 @@ Status ReadMultiBlock(KernelBitmap& segment, const ImageSource& source) {
   int64_t next = mask.IMDATOFF;
   for (uint64_t n = 0; n < header.BlockCount(); ++n) {
     if (mask.HasBlockRecords() && !source.IsStored(n)) continue;
-    if (Status s = ReadRowBlock(source, next, row, length, scratch); !Ok(s)) return s;
+    const BlockPlace place = PlaceOfBlock(header, n);
+    if (Status s = ReadRowBlock(segment, source, next, place, row, length, scratch); !Ok(s)) return s;
     next += int64_t{length} * header.NPPBV.value;
-    if (Status s = PlaceBlock(segment, scratch.Record(), PlaceOfBlock(header, n)); !Ok(s)) return s;
   }
   return Status::Success;
 }
@@ -299,17 +309,23 @@ class BandRows {
   KernelBuffer<uint8_t> samples_;
 };
 
-Status ReadBandBlock(const ImageSubheader& header, const ModeLayout& layout, int64_t offset,
-                     BandRows& rows, ScratchBlock& scratch) {
-  const uint32_t height = header.NPPBV.value;
+Status ReadBandBlock(KernelBitmap& segment, const ImageSource& source, const ModeLayout& layout,
+                     int64_t offset, BlockPlace place, BandRows& rows, ScratchBlock& scratch) {
+  const uint32_t height = source.header.NPPBV.value;
   rows.Clear();
-  RowAccess target(scratch.Record());
-  for (uint32_t y = 0; y < height; ++y) {
-    const bool repeated = layout.repeatsLastRow && y + 1 == height;
-    if (!repeated) {
-      if (Status s = rows.Read(offset + y * layout.rowStride); !Ok(s)) return s;
+  for (uint32_t first = 0; first < height; first += scratch.Rows()) {
+    const uint32_t count = std::min(scratch.Rows(), height - first);
+    scratch.Prepare();
+    RowAccess target(scratch.Record());
+    for (uint32_t y = first; y < first + count; ++y) {
+      const bool repeated = layout.repeatsLastRow && y + 1 == height;
+      if (!repeated) {
+        if (Status s = rows.Read(offset + y * layout.rowStride); !Ok(s)) return s;
+      }
+      if (Status s = target.Put(rows.Pixels(), y - first); !Ok(s)) return s;
     }
-    if (Status s = target.Put(rows.Pixels(), y); !Ok(s)) return s;
+    const BlockPlace strip = {place.column, place.row + first};
+    if (Status s = PlaceRows(source, segment, scratch.Record(), count, strip); !Ok(s)) return s;
   }
   return Status::Success;
 }
@@ -322,23 +338,27 @@ Status ReadInterleavedBands(KernelBitmap& segment, const ImageSource& source) {
                                           startsAtZero ? BandSelection{0, 0, 0} : BandSelection{0, 1, 2});
   if (layout.marksInterleaved) segment.interleaved = 1;
   ScratchBlock scratch;
-  if (Status s = scratch.Allocate(header, layout.segmentDepth ? segment.bitsPerPixel : 24, kOrderBgr);
-      !Ok(s)) {
-    return s;
-  }
+  const uint32_t depth = layout.segmentDepth ? segment.bitsPerPixel : 24;
+  if (Status s = scratch.Allocate(header, RowsOfStrip(header, depth), depth, kOrderBgr); !Ok(s)) return s;
   BandRows rows(source, layout, bands);
   if (Status s = rows.Allocate(scratch); !Ok(s)) return s;
   for (uint64_t n = 0; n < header.BlockCount(); ++n) {
     int64_t offset = 0;
     if (!OffsetOfBlock(source, layout, n, offset)) continue;
-    scratch.Prepare();
-    if (Status s = ReadBandBlock(header, layout, offset, rows, scratch); !Ok(s)) return s;
-    if (Status s = PlaceBlock(segment, scratch.Record(), PlaceOfBlock(header, n)); !Ok(s)) return s;
+    const BlockPlace place = PlaceOfBlock(header, n);
+    if (Status s = ReadBandBlock(segment, source, layout, offset, place, rows, scratch); !Ok(s)) return s;
   }
   return Status::Success;
 }
 
 }  // namespace
+
+uint32_t RowsOfStrip(const ImageSubheader& header, uint32_t bitsPerPixel) {
+  constexpr uint64_t kStripBytes = 4 << 20;
+  const uint64_t rowBytes = std::max<uint64_t>(1, uint64_t{header.NPPBH.value} * bitsPerPixel / 8);
+  const auto rows = static_cast<uint32_t>(std::max<uint64_t>(1, kStripBytes / rowBytes));
+  return std::min(rows, header.NPPBV.value);
+}
 
 uint32_t SegmentBitsPerPixel(const ImageSubheader& header) {
   const uint32_t bits = header.BandCount() > 1 ? header.NBPP.value * 3 : header.NBPP.value;

@@ -41,19 +41,26 @@ class CodeReader {
   uint8_t buffer_[4096];
 };
 
-// The vectors that codes stand for.
+// The vectors that codes stand for. Only what the tables hold of them is kept: the columns that no table
+// gives are zero.
 struct Codebook {
   uint32_t vectorHeight = 0;
   uint32_t vectorWidth = 0;
   uint32_t bytesPerPixel = 1;  // of a codebook value: 1, 2 (big-endian) or 3 (red, green, blue)
   uint32_t entries = 0;
-  uint32_t entryBytes = 0;
+  uint32_t entryBytes = 0;  // of what is kept
   KernelBuffer<uint8_t> values;
 
   Status SetGeometry(const ImageSubheader& header, const VqHeader& vq, uint32_t bitsPerPixel);
   /// Reads the lookup offset records and the tables behind them.
   Status Read(int32_t file, const VqHeader& vq);
-  const uint8_t* Entry(uint32_t code) const { return values.data() + size_t{code} * entryBytes; }
+  /// Copies `count` bytes of a vector from an offset on.
+  void Take(uint32_t code, size_t offset, uint8_t* to, size_t count) const {
+    const size_t kept = offset < entryBytes ? std::min<size_t>(count, entryBytes - offset) : 0;
+    const uint8_t* entry = values.data() + size_t{code} * entryBytes;
+    std::copy_n(entry + (kept != 0 ? offset : 0), kept, to);
+    std::fill(to + kept, to + count, uint8_t{0});
+  }
 
  private:
   Status ReadTable(int32_t file, uint32_t table);
@@ -71,9 +78,9 @@ Status Codebook::SetGeometry(const ImageSubheader& header, const VqHeader& vq, u
   bytesPerPixel = VqBytesPerPixel(bitsPerPixel);
   const CheckedSize bytes = CheckedSize(vectorHeight) * vectorWidth * bytesPerPixel;
   if (!bytes.Within(INT32_MAX)) return Status::BadStructure;
-  entryBytes = static_cast<uint32_t>(bytes.Value());
   // The tables of an entry stand side by side in it.
   const bool fit = vq.lookupRecordCount != 0 && vq.lookupRecordCount <= vectorWidth;
+  entryBytes = fit ? vectorHeight * bytesPerPixel * vq.lookupRecordCount : 0;
   return fit ? Status::Success : Status::BadStructure;
 }
 
@@ -85,11 +92,11 @@ Status Codebook::Read(int32_t file, const VqHeader& vq) {
     if (table == 0) entries = record.recordCount;
   }
   if (entries == 0) return Status::BadStructure;
-  const CheckedSize stored = CheckedSize(entries) * vectorHeight * bytesPerPixel * vq.lookupRecordCount;
-  const CheckedSize held = CheckedSize(entries) * entryBytes;
-  if (!stored.Within(INT32_MAX) || !held.Within(INT32_MAX)) return Status::ShortRead;
+  const CheckedSize stored = CheckedSize(entries) * entryBytes;
+  const CheckedSize whole = CheckedSize(entries) * vectorHeight * vectorWidth * bytesPerPixel;
+  if (!stored.Within(INT32_MAX) || !whole.Within(INT32_MAX)) return Status::ShortRead;
   if (Status s = RequireRemaining(file, stored.Value()); !Ok(s)) return s;
-  if (Status s = values.Allocate(held.Value(), ORB_HERE); !Ok(s)) return s;
+  if (Status s = values.Allocate(stored.Value(), ORB_HERE); !Ok(s)) return s;
   for (uint32_t table = 0; table < vq.lookupRecordCount; ++table) {
     if (Status s = ReadTable(file, table); !Ok(s)) return s;
   }
@@ -133,88 +140,108 @@ void PutPixel(uint8_t* row, uint32_t x, const uint8_t* value, uint32_t bitsPerPi
   }
 }
 
-// Decodes the blocks of one image.
+// Decodes the blocks of one image, each in strips of rows.
 class VqDecoder {
  public:
   VqDecoder(KernelBitmap& segment, const ImageSource& source, const Codebook& book, const VqHeader& vq)
       : segment_(segment),
+        source_(source),
         header_(source.header),
         book_(book),
         vq_(vq),
         codes_(source.document.FileHandle(), vq.codeBits) {}
 
-  Status Decode(const ImageSource& source) {
-    if (Status s = PrepareBlock(); !Ok(s)) return s;
-    for (uint64_t n = 0; n < source.header.BlockCount(); ++n) {
-      const MaskTable& mask = header_.mask;
-      if (!mask.HasBlock(n)) continue;
-      if (Status s = DecodeBlock(); !Ok(s)) return s;
-      const BlockPlace place = PlaceOfBlock(header_, n);
-      KernelBitmap& block = block_.record;
-      (void)KernelSetBitmapData(&block, pixels_.data(), block.height * block.bytesPerLine);
-      if (Status s = PlaceBlock(segment_, block, place); !Ok(s)) return s;
-      (void)KernelPrepareScratchBitmap(&block);
+  Status Decode() {
+    if (Status s = PrepareStrip(); !Ok(s)) return s;
+    for (uint64_t n = 0; n < header_.BlockCount(); ++n) {
+      if (!header_.mask.HasBlock(n)) continue;
+      if (Status s = DecodeBlock(PlaceOfBlock(header_, n)); !Ok(s)) return s;
     }
     return Status::Success;
   }
 
  private:
-  Status PrepareBlock() {
-    KernelBitmap& block = block_.record;
-    if (Status s = FromHost(KernelAllocateBitmap(&block, kBitmapRecordSize, 2, header_.NPPBH.value,
-                                                 header_.NPPBV.value, segment_.bitsPerPixel, kOrderBgr,
-                                                 nullptr, kViewTopLeft, nullptr, 0));
+  Status PrepareStrip() {
+    stripRows_ = std::min(book_.vectorHeight, RowsOfStrip(header_, segment_.bitsPerPixel));
+    KernelBitmap& strip = strip_.record;
+    if (Status s = FromHost(KernelAllocateBitmap(&strip, kBitmapRecordSize, 2, header_.NPPBH.value,
+                                                 stripRows_, segment_.bitsPerPixel, kOrderBgr, nullptr,
+                                                 kViewTopLeft, nullptr, 0));
         !Ok(s)) {
       return s;
     }
-    for (KernelBitmap* bitmap : {&segment_, &block}) {
+    for (KernelBitmap* bitmap : {&segment_, &strip}) {
       if (header_.palette.size() != 0) {
         if (Status s = PutDisplayPalette(*bitmap, header_); !Ok(s)) return s;
       } else if (bitmap->bitsPerPixel == 8) {
         if (Status s = PutDefaultColours(*bitmap, 8); !Ok(s)) return s;
       }
     }
-    return pixels_.Allocate(block.byteCount, ORB_HERE);
+    if (Status s = row_.Allocate(vq_.codesPerRow, ORB_HERE); !Ok(s)) return s;
+    if (Status s = vector_.Allocate(uint64_t{book_.vectorWidth} * book_.bytesPerPixel, ORB_HERE); !Ok(s))
+      return s;
+    return pixels_.Allocate(strip.byteCount, ORB_HERE);
   }
 
-  Status DecodeBlock() {
+  Status DecodeBlock(BlockPlace place) {
     for (uint32_t y = 0; y < header_.NPPBV.value; y += book_.vectorHeight) {
-      for (uint32_t k = 0; k < vq_.codesPerRow; ++k) {
-        uint32_t code = 0;
+      for (uint32_t& code : row_) {
         if (Status s = codes_.Next(code); !Ok(s)) return s;
         if (code >= book_.entries) return Status::BadStructure;
-        PlaceVector(book_.Entry(code), k * book_.vectorHeight, y);
+      }
+      const uint32_t rows = std::min(book_.vectorHeight, header_.NPPBV.value - y);
+      for (uint32_t first = 0; first < rows; first += stripRows_) {
+        if (Status s = PlaceStrip(first, std::min(stripRows_, rows - first),
+                                  {place.column, place.row + y + first});
+            !Ok(s)) {
+          return s;
+        }
       }
     }
     return Status::Success;
   }
 
-  // A square of the vector's width, clipped to the block and to the vector's values.
-  void PlaceVector(const uint8_t* vector, uint32_t x, uint32_t y) {
+  // Some rows of a row of vectors.
+  Status PlaceStrip(uint32_t first, uint32_t rows, BlockPlace place) {
+    KernelBitmap& strip = strip_.record;
+    std::fill(pixels_.begin(), pixels_.end(), uint8_t{0});
+    // A vector is a square of its width: there are no values for rows below that.
+    for (uint32_t j = first; j < std::min(first + rows, book_.vectorWidth); ++j) {
+      for (uint32_t k = 0; k < vq_.codesPerRow; ++k) {
+        PlaceVectorRow(row_[k], j, k * book_.vectorHeight, pixels_.data() + size_t{j - first} * strip.bytesPerLine);
+      }
+    }
+    (void)KernelSetBitmapData(&strip, pixels_.data(), strip.height * strip.bytesPerLine);
+    return PlaceRows(source_, segment_, strip, rows, place);
+  }
+
+  // Row j of a vector, clipped to the block.
+  void PlaceVectorRow(uint32_t code, uint32_t j, uint32_t x, uint8_t* row) {
     const uint32_t side = book_.vectorWidth;
     if (x >= header_.NPPBH.value) return;
     const uint32_t width = std::min(side, header_.NPPBH.value - x);
-    const uint32_t height = std::min({side, header_.NPPBV.value - y, book_.vectorHeight});
-    const uint32_t stride = block_.record.bytesPerLine;
-    for (uint32_t j = 0; j < height; ++j) {
-      uint8_t* row = pixels_.data() + size_t{y + j} * stride;
-      const uint8_t* in = vector + size_t{j} * side * book_.bytesPerPixel;
-      if (book_.bytesPerPixel == 1) {
-        std::memcpy(row + x, in, width);
-        continue;
-      }
-      for (uint32_t i = 0; i < width; ++i, in += book_.bytesPerPixel) {
-        PutPixel(row, x + i, in, segment_.bitsPerPixel);
-      }
+    const size_t offset = size_t{j} * side * book_.bytesPerPixel;
+    if (book_.bytesPerPixel == 1) {
+      book_.Take(code, offset, row + x, width);
+      return;
+    }
+    const uint8_t* in = vector_.data();
+    book_.Take(code, offset, vector_.data(), size_t{width} * book_.bytesPerPixel);
+    for (uint32_t i = 0; i < width; ++i, in += book_.bytesPerPixel) {
+      PutPixel(row, x + i, in, segment_.bitsPerPixel);
     }
   }
 
   KernelBitmap& segment_;
+  const ImageSource& source_;
   const ImageSubheader& header_;
   const Codebook& book_;
   const VqHeader& vq_;
   CodeReader codes_;
-  OwnedBitmap block_;
+  uint32_t stripRows_ = 0;
+  OwnedBitmap strip_;
+  KernelBuffer<uint32_t> row_;     // codes of a row of vectors
+  KernelBuffer<uint8_t> vector_;   // a row of one vector
   KernelBuffer<uint8_t> pixels_;
 };
 
@@ -319,5 +346,5 @@ Status ReadVectorQuantisedImage(KernelBitmap& segment, const ImageSource& source
   Codebook book;
   if (Status s = book.SetGeometry(source.header, vq, segment.bitsPerPixel); !Ok(s)) return s;
   if (Status s = book.Read(file, vq); !Ok(s)) return s;
-  return VqDecoder(segment, source, book, vq).Decode(source);
+  return VqDecoder(segment, source, book, vq).Decode();
 }

@@ -43,14 +43,19 @@ Status ReportSize(HostInformationRecord& record) {
 }
 
 Status DrawObjects(HostLoadRecord* record, HDC dc, NitfFile& document, const DisplayList& list) {
+  ImagePainter images(record, dc, document);
   for (const DisplayItem& item : list.Items()) {
-    const Status status =
-        item.kind == SegmentKind::Image
-            ? DrawImageSegment(record, dc, document, item.index, item.rowOffset, item.columnOffset)
-            : DrawGraphicSegment(record, dc, document, item.index, item.rowOffset, item.columnOffset);
-    if (!Ok(status)) return status;
+    if (item.kind == SegmentKind::Image) {
+      if (Status s = images.Draw(item.index, item.rowOffset, item.columnOffset); !Ok(s)) return s;
+    } else {
+      if (Status s = images.Finish(); !Ok(s)) return s;
+      if (Status s = DrawGraphicSegment(dc, document, item.index, item.rowOffset, item.columnOffset);
+          !Ok(s)) {
+        return s;
+      }
+    }
   }
-  return Status::Success;
+  return images.Finish();
 }
 
 // A small file that claims a large canvas is found out before its pixels are touched: the failure with

@@ -212,7 +212,9 @@ int32_t ORB_CALL Orb_NITFSetVectorHandle(NitfHandle handle, uint32_t index, cons
 VectorHandle* ORB_CALL Orb_NITFGetVectorHandle(NitfHandle handle, uint32_t index) {
   GraphicSubheader* graphic = handle != nullptr ? handle->graphics.At(index) : nullptr;
   if (graphic == nullptr) return nullptr;
-  return Ok(LoadGraphicDrawing(*handle, index)) ? &graphic->drawing.handle : nullptr;
+  if (!Ok(LoadGraphicDrawing(*handle, index))) return nullptr;
+  graphic->handleGiven = true;
+  return &graphic->drawing.handle;
 }
 
 int32_t ORB_CALL Orb_NITFGetTextSegment(NitfHandle handle, uint32_t index, char* buffer,

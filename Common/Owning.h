@@ -192,8 +192,14 @@ class OwnedFile : NonCopyable {
 /// A bitmap record whose pixels are freed with it.
 class OwnedBitmap : NonCopyable {
  public:
-  OwnedBitmap() { (void)KernelInitialiseBitmap(&record, kBitmapRecordSize, 0, 0, 0); }
+  OwnedBitmap() { Start(0, 0); }
   ~OwnedBitmap() { Free(); }
+
+  /// Starts a record without pixels, of the size that a decoder is to fill at most.
+  void Start(uint32_t width, uint32_t height) {
+    Free();
+    (void)KernelInitialiseBitmap(&record, kBitmapRecordSize, width, height, 0);
+  }
 
   /// Allocates fresh pixels (memory kind 1).
   Status Allocate(uint32_t width, uint32_t height, uint32_t bitsPerPixel, KernelColourOrder order,
@@ -211,7 +217,7 @@ class OwnedBitmap : NonCopyable {
     (void)KernelInitialiseBitmap(&record, kBitmapRecordSize, 0, 0, 0);
   }
 
-  KernelBitmap record;
+  KernelBitmap record{};
 };
 
 /// Access to a bitmap's rows, given back at its end.

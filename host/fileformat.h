@@ -84,7 +84,8 @@ struct HostRawDataInfo {
 using HostLoadInfoCallback = int32_t(ORB_CALL*)(HostRawDataInfo* info, void* userData);
 
 /// Loads an image from memory into a bitmap record that it allocates. `bitsPerPixel` 0 takes the
-/// decoder's own depth.
+/// decoder's own depth. A width and height that the record has on entry, 0 for none, are the most that is
+/// wanted: a decoder may leave out what lies to the right of and below them.
 using HostLoadMemory = int32_t(ORB_CALL*)(const void* bytes, KernelBitmap* bitmap, uint32_t recordSize,
                                           uint32_t bitsPerPixel, uint32_t colourOrder, uint32_t byteCount,
                                           const HostLoadOptions* options, HostFileInfo* info);

@@ -13,11 +13,18 @@ inline constexpr int32_t kHostBadData = -9;         ///< bytes that are not what
 inline constexpr int32_t kHostInvalid = -13;        ///< an argument that makes no sense
 inline constexpr int32_t kHostUnsupported = -16;    ///< a form that the stand-in does not handle
 inline constexpr int32_t kHostNotRecognised = -20;  ///< no known image format
+inline constexpr int32_t kHostOverBudget = -31;     ///< more work or memory than the bytes are worth
 
 // ---------------------------------------------------------------- limits and messages
 
-/// Refuses bitmaps of more pixels than this; 0 lifts the limit.
+/// Refuses bitmaps and drawings of more pixels than this, those that codecs work on included; 0 lifts the
+/// limit.
 ORB_HOST_API void ORB_CALL HostkitSetMaxPixels(uint64_t pixels);
+/// Bounds what the calling thread does from here on by what a file of some bytes and a canvas of some
+/// pixels are worth: operations beyond that are refused with kHostOverBudget. Starts at the full amount
+/// with every call.
+ORB_HOST_API void ORB_CALL HostkitLimitWork(uint64_t fileBytes, uint64_t canvasPixels);
+ORB_HOST_API void ORB_CALL HostkitLiftWorkLimit();
 
 /// Receives message boxes; null restores the default, which prints `caption: text` on standard error.
 /// The handlers exist where the stand-in supplies the Windows calls, not on Windows itself.

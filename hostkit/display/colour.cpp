@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/display.h"
+#include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/internal.h"
 
 namespace {
@@ -11,6 +12,7 @@ namespace {
 using hostkit::IsAllocated;
 
 int32_t Histogram(const KernelBitmap& bitmap, uint32_t* counters, uint32_t count) {
+  if (!hostkit::Spend(8 * uint64_t{bitmap.width} * bitmap.height)) return kHostOverBudget;
   std::vector<uint8_t> bgr(3 * static_cast<size_t>(bitmap.width));
   for (uint32_t row = 0; row < bitmap.height; ++row) {
     hostkit::RowToBgr(bitmap, hostkit::Row(bitmap, row), 0, bitmap.width, bgr.data());
@@ -35,6 +37,7 @@ int32_t Adjust(const KernelBitmap& bitmap, int32_t shift) {
     }
     return kHostOk;
   }
+  if (!hostkit::Spend(8 * uint64_t{bitmap.width} * bitmap.height)) return kHostOverBudget;
   std::vector<uint8_t> bgr(3 * static_cast<size_t>(bitmap.width));
   hostkit::NearestColour nearest(bitmap);
   for (uint32_t row = 0; row < bitmap.height; ++row) {
@@ -52,6 +55,7 @@ int32_t Merge(KernelBitmap* destination, const KernelBitmap* bands, uint32_t rec
     width = std::max(width, bands[band].width);
     height = std::max(height, bands[band].height);
   }
+  if (!hostkit::Spend(10 * uint64_t{width} * height)) return kHostOverBudget;
   const int32_t status = KernelAllocateBitmap(destination, recordSize, 1, width, height, 24, kOrderBgr,
                                               nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;
@@ -82,6 +86,7 @@ int32_t Combine(const KernelBitmap& destination, uint32_t x, uint32_t y, uint32_
   width = std::min({width, destination.width - x, source.width - sourceX});
   height = std::min({height, destination.height - y, source.height - sourceY});
   const bool convert = destination.bitsPerPixel != source.bitsPerPixel;
+  if (!hostkit::Spend(uint64_t{width} * height * (convert ? 8 : 1))) return kHostOverBudget;
   std::vector<uint8_t> bgr(convert ? 3 * static_cast<size_t>(width) : 0);
   hostkit::NearestColour nearest(destination);
   for (uint32_t row = 0; row < height; ++row) {

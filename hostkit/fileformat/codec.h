@@ -10,8 +10,8 @@ namespace hostkit {
 
 using Bytes = std::span<const uint8_t>;
 
-/// A codec: whether bytes are its own and what they hold, and their decoding into a fresh bitmap. Both
-/// may throw std::bad_alloc.
+/// A codec: whether bytes are its own and what they hold, and their decoding into a fresh bitmap, of as
+/// much as its record asks for. Both may throw std::bad_alloc.
 struct Codec {
   bool (*describe)(Bytes bytes, HostFileInfo& info);
   int32_t (*load)(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap);
@@ -36,7 +36,9 @@ struct JpegFrame {
   uint8_t precision;
   uint32_t width, height, components;
   bool declaresColour;  ///< JFIF or Adobe segment
+  size_t end;           ///< where the segment behind the frame header begins
   bool IsLossless() const { return marker == 0xC3 || marker == 0xC7 || marker == 0xCB; }
+  bool IsProgressive() const { return marker == 0xC2 || marker == 0xC6 || marker == 0xCA; }
 };
 bool FindJpegFrame(Bytes bytes, JpegFrame& frame);
 
@@ -45,10 +47,17 @@ struct DecodedSamples {
   uint32_t width, height, components, precision;
   std::span<const uint8_t> bytes;  ///< one byte a sample up to 8 bits, else two
 };
-/// Puts samples into a fresh bitmap: one component as 8- or 16-bit grey, more as 24-bit colour of the
-/// first three or the three selected.
-int32_t SamplesToBitmap(const DecodedSamples& samples, const HostLoadOptions& options, bool isYcc,
-                        KernelBitmap& bitmap);
+/// Makes a bitmap for samples, of as much as its record asks for: one component as 8- or 16-bit grey, more
+/// as 24-bit colour.
+int32_t AllocateForSamples(const DecodedSamples& samples, KernelBitmap& bitmap);
+/// Puts samples into such a bitmap: grey, or the first three or the three selected. The samples of a grey
+/// bitmap may stand in its own rows.
+void PutSamples(const DecodedSamples& samples, const HostLoadOptions& options, bool isYcc,
+                KernelBitmap& bitmap);
+/// How much of a side is decoded: what its bitmap's record asks for, 0 for all of it.
+constexpr uint32_t Wanted(uint32_t side, uint32_t asked) {
+  return asked == 0 || asked > side ? side : asked;
+}
 /// The component shown as blue (0), green (1) or red (2) of `count`.
 uint32_t ShownComponent(const HostLoadOptions& options, uint32_t colour, uint32_t count);
 /// YCbCr to blue, green, red, full range.

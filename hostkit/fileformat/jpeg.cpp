@@ -6,11 +6,14 @@
 #include <jpeglib.h>
 
 #include "hostkit/fileformat/codec.h"
+#include "hostkit/kernel/budget.h"
 
 namespace hostkit {
 namespace {
 
 constexpr uint64_t kMaxPixelsPerByte = 4096;  // no JPEG stream packs more pixels into a byte
+constexpr uint64_t kMaxCoefficientBytes = 96 << 20;
+constexpr uint64_t kWorkPerSample = 10, kWorkPerScanSample = 4;  // nanoseconds
 
 uint32_t Big16(const uint8_t* p) { return static_cast<uint32_t>(p[0] << 8 | p[1]); }
 
@@ -83,20 +86,39 @@ void PickComponents(const uint8_t* in, uint32_t count, uint32_t width, const Hos
   }
 }
 
-// A stream of countless empty scans costs a pass over the picture each.
+// Limits a decoder's work: a stream of countless empty scans costs a pass over the picture each.
+struct ScanLimit {
+  jpeg_progress_mgr manager;
+  int scan;
+  uint64_t samples;
+};
 void LimitScans(j_common_ptr codec) {
   constexpr int kMaxScans = 200;
-  if (codec->is_decompressor &&
-      reinterpret_cast<j_decompress_ptr>(codec)->input_scan_number > kMaxScans) {
-    ReturnError(codec);
-  }
+  if (!codec->is_decompressor) return;
+  auto& limit = *reinterpret_cast<ScanLimit*>(codec->progress);
+  const int scan = reinterpret_cast<j_decompress_ptr>(codec)->input_scan_number;
+  if (scan == limit.scan) return;
+  limit.scan = scan;
+  if (scan > kMaxScans || !Spend(kWorkPerScanSample * limit.samples)) ReturnError(codec);
 }
 
-// Runs the decoder; `samples` is a row buffer where components have to be picked, else null.
-bool RunDecoder(jpeg_decompress_struct& codec, ErrorReturn& errors, Bytes bytes, const JpegFrame& frame,
-                const HostLoadOptions& options, KernelBitmap& bitmap, uint8_t* samples,
-                jpeg_progress_mgr* progress) {
-  if (setjmp(errors.jump) != 0) return false;
+// Whether the decoder, which then keeps all coefficients, would take too much memory.
+bool NeedsTooMuch(jpeg_decompress_struct& codec) {
+  if (!jpeg_has_multiple_scans(&codec)) return false;
+  uint64_t bytes = 0;
+  for (int c = 0; c < codec.num_components; ++c) {
+    const jpeg_component_info& component = codec.comp_info[c];
+    bytes += uint64_t{component.width_in_blocks} * component.height_in_blocks * sizeof(JBLOCK);
+  }
+  return bytes > kMaxCoefficientBytes;
+}
+
+// Runs the decoder as far as the bitmap reaches; `samples` is a row buffer where a row does not go straight
+// into the bitmap, else null. A host status.
+int32_t RunDecoder(jpeg_decompress_struct& codec, ErrorReturn& errors, Bytes bytes, const JpegFrame& frame,
+                   const HostLoadOptions& options, KernelBitmap& bitmap, uint8_t* samples, bool pick,
+                   ScanLimit& limit) {
+  if (setjmp(errors.jump) != 0) return kHostBadData;
   jpeg_create_decompress(&codec);
   jpeg_mem_src(&codec, bytes.data(), static_cast<unsigned long>(bytes.size()));
   jpeg_read_header(&codec, TRUE);
@@ -104,28 +126,33 @@ bool RunDecoder(jpeg_decompress_struct& codec, ErrorReturn& errors, Bytes bytes,
   if (codec.image_width != frame.width || codec.image_height != frame.height ||
       codec.num_components != static_cast<int>(frame.components) ||
       codec.data_precision != frame.precision) {
-    return false;
+    return kHostBadData;
   }
-  codec.progress = progress;
+  if (NeedsTooMuch(codec)) return kHostOverBudget;
+  codec.progress = &limit.manager;
   ChooseColourSpace(codec, frame, options);
   jpeg_start_decompress(&codec);
-  while (codec.output_scanline < codec.output_height) {
+  while (codec.output_scanline < bitmap.height) {
     uint8_t* row = Row(bitmap, codec.output_scanline);
     JSAMPROW target = samples != nullptr ? samples : row;
     jpeg_read_scanlines(&codec, &target, 1);
-    if (samples != nullptr) {
+    if (pick) {
       PickComponents(samples, static_cast<uint32_t>(codec.output_components), bitmap.width, options, row);
+    } else if (samples != nullptr) {
+      std::memcpy(row, samples, size_t{bitmap.width} * static_cast<size_t>(codec.output_components));
     }
   }
-  jpeg_finish_decompress(&codec);
-  return true;
+  if (codec.output_scanline == codec.output_height) jpeg_finish_decompress(&codec);
+  return kHostOk;
 }
 
 int32_t Load(Bytes stream, const HostLoadOptions& options, KernelBitmap& bitmap) {
   const Bytes bytes = WithoutFill(stream);
   JpegFrame frame;
   if (!FindJpegFrame(bytes, frame)) return kHostNotRecognised;
-  if (uint64_t{frame.width} * frame.height / kMaxPixelsPerByte > bytes.size()) return kHostBadData;
+  const uint64_t pixels = uint64_t{frame.width} * frame.height;
+  if (pixels / kMaxPixelsPerByte > bytes.size()) return kHostBadData;
+  if (!Spend(kWorkPerSample * pixels * frame.components)) return kHostOverBudget;
   // libjpeg finds no more than four components in its scans.
   if (frame.precision != 8 || frame.IsLossless() || frame.components > 4) {
 #if defined(HOSTKIT_WIDE_JPEG)
@@ -135,21 +162,21 @@ int32_t Load(Bytes stream, const HostLoadOptions& options, KernelBitmap& bitmap)
 #endif
   }
   const bool grey = frame.components == 1;
-  const int32_t status =
-      KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, frame.width, frame.height, grey ? 8 : 24,
-                           grey ? kOrderRgb : kOrderBgr, nullptr, kViewTopLeft, nullptr, 0);
+  const int32_t status = KernelAllocateBitmap(
+      &bitmap, kBitmapRecordSize, 1, Wanted(frame.width, bitmap.width), Wanted(frame.height, bitmap.height),
+      grey ? 8 : 24, grey ? kOrderRgb : kOrderBgr, nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;
   const bool pick = !grey && (frame.components != 3 || (options.flags & kLoadSelectedBands) != 0);
-  std::vector<uint8_t> samples(pick ? size_t{frame.width} * frame.components : 0);
+  const bool aside = pick || bitmap.width < frame.width;
+  std::vector<uint8_t> samples(aside ? size_t{frame.width} * frame.components : 0);
   jpeg_decompress_struct codec{};
   ErrorReturn errors;
   codec.err = Silent(errors);
-  jpeg_progress_mgr progress{};
-  progress.progress_monitor = LimitScans;
-  const bool decoded = RunDecoder(codec, errors, bytes, frame, options, bitmap,
-                                  pick ? samples.data() : nullptr, &progress);
+  ScanLimit limit = {{&LimitScans, 0, 0, 0, 0}, 0, pixels * frame.components};
+  const int32_t decoded = RunDecoder(codec, errors, bytes, frame, options, bitmap,
+                                     aside ? samples.data() : nullptr, pick, limit);
   jpeg_destroy_decompress(&codec);
-  return decoded ? kHostOk : kHostBadData;
+  return decoded;
 }
 
 // ---------------------------------------------------------------- encoding
@@ -213,6 +240,7 @@ bool FindJpegFrame(Bytes bytes, JpegFrame& frame) {
       frame.height = Big16(segment + 1);
       frame.width = Big16(segment + 3);
       frame.components = segment[5];
+      frame.end = at + 2 + length;
       return frame.width != 0 && frame.height != 0 && frame.components != 0;
     }
     at += 2 + length;

@@ -8,6 +8,8 @@
 #include <openjpeg.h>
 
 #include "hostkit/fileformat/codec.h"
+#include "hostkit/fileformat/codestream.h"
+#include "hostkit/kernel/budget.h"
 
 namespace hostkit {
 namespace {
@@ -16,6 +18,7 @@ constexpr uint8_t kCodestreamStart[] = {0xFF, 0x4F, 0xFF, 0x51};
 constexpr uint8_t kJp2Signature[] = {0, 0, 0, 12, 'j', 'P', ' ', ' ', 0x0D, 0x0A, 0x87, 0x0A};
 constexpr uint64_t kMaxSamples = uint64_t{1} << 29;
 constexpr uint64_t kMaxSamplesPerByte = 65536;
+constexpr uint64_t kSamplesAtOnce = 16 << 20;  // each takes four bytes of a decoder
 
 uint32_t Big32(const uint8_t* p) {
   return static_cast<uint32_t>(p[0]) << 24 | p[1] << 16 | p[2] << 8 | p[3];
@@ -37,47 +40,11 @@ Bytes SkipMaskTable(Bytes bytes) {
   return bytes.subspan(offset);
 }
 
-// The image and tile size segment, read without the library so that sizes are known before memory is
-// taken.
-struct SizeSegment {
-  uint32_t width, height, components, precision;
-  uint32_t stepX, stepY;  // of the most finely sampled component: the pixels that are shown
-};
-uint32_t StepsBetween(uint32_t low, uint32_t high, uint32_t step) {
-  const auto up = [step](uint32_t v) { return v / step + (v % step != 0 ? 1 : 0); };
-  return up(high) - up(low);
-}
-
-bool FindSize(Bytes stream, SizeSegment& size) {
-  const auto start =
-      std::search(stream.begin(), stream.end(), std::begin(kCodestreamStart), std::end(kCodestreamStart));
-  const size_t at = static_cast<size_t>(start - stream.begin());
-  if (stream.size() - at < 43) return false;
-  const uint8_t* p = stream.data() + at + 8;  // behind marker, length and capabilities
-  const uint32_t right = Big32(p), bottom = Big32(p + 4), left = Big32(p + 8), top = Big32(p + 12);
-  if (right <= left || bottom <= top) return false;
-  const auto components = static_cast<uint32_t>(p[32] << 8 | p[33]);
-  if (components == 0 || stream.size() - at - 42 < 3 * size_t{components}) return false;
-  uint32_t stepX = 255, stepY = 255;
-  for (uint32_t c = 0; c < components; ++c) {
-    stepX = std::min<uint32_t>(stepX, p[35 + 3 * size_t{c}]);
-    stepY = std::min<uint32_t>(stepY, p[36 + 3 * size_t{c}]);
-  }
-  if (stepX == 0 || stepY == 0) return false;
-  size = {StepsBetween(left, right, stepX),
-          StepsBetween(top, bottom, stepY),
-          components,
-          (p[34] & 0x7Fu) + 1,
-          stepX,
-          stepY};
-  return size.width != 0 && size.height != 0;
-}
-
 bool Describe(Bytes bytes, HostFileInfo& info) {
   const Bytes stream = SkipMaskTable(bytes);
-  SizeSegment size;
+  CodestreamSize size;
   if (!StartsWith(stream, kCodestreamStart) && !StartsWith(stream, kJp2Signature)) return false;
-  if (!FindSize(stream, size)) return false;
+  if (!FindCodestreamSize(stream, size)) return false;
   info.format = 0;
   info.width = size.width;
   info.height = size.height;
@@ -148,48 +115,60 @@ bool AreUsable(const opj_image_t& image) {
   return image.numcomps != 0;
 }
 
-// The image must be the one that was measured.
-bool DecodeAsIs(Bytes bytes, const SizeSegment& size, ImageOwner& owner) {
-  const bool jp2 = StartsWith(bytes, kJp2Signature);
-  CodecPtr codec(opj_create_decompress(jp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K), &opj_destroy_codec);
-  MemoryStream memory{bytes};
-  const StreamPtr stream = OpenMemory(memory);
-  if (codec == nullptr || stream == nullptr) return false;
-  opj_set_error_handler(codec.get(), DropMessage, nullptr);
-  opj_set_warning_handler(codec.get(), DropMessage, nullptr);
-  opj_set_info_handler(codec.get(), DropMessage, nullptr);
-  opj_dparameters_t parameters;
-  opj_set_default_decoder_parameters(&parameters);
-  if (!opj_setup_decoder(codec.get(), &parameters)) return false;
-  const unsigned cores = std::thread::hardware_concurrency();
-  if (cores > 1) opj_codec_set_threads(codec.get(), static_cast<int>(cores));
-  if (!opj_read_header(stream.get(), codec.get(), &owner.image)) return false;
-  const opj_image_t& image = *owner.image;
-  if (image.numcomps != size.components || StepsBetween(image.x0, image.x1, size.stepX) != size.width ||
-      StepsBetween(image.y0, image.y1, size.stepY) != size.height) {
-    return false;
+// A decoder that has read a stream's header and gives one stretch of rows after the other.
+class Decoder {
+ public:
+  /// Starts on a stream whose image must be the one that was measured.
+  bool Start(Bytes bytes, const CodestreamSize& size) {
+    const bool jp2 = StartsWith(bytes, kJp2Signature);
+    memory_ = {bytes};
+    owner_.Reset();
+    stream_ = OpenMemory(memory_);
+    codec_.reset(opj_create_decompress(jp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K));
+    if (codec_ == nullptr || stream_ == nullptr) return false;
+    opj_set_error_handler(codec_.get(), DropMessage, nullptr);
+    opj_set_warning_handler(codec_.get(), DropMessage, nullptr);
+    opj_set_info_handler(codec_.get(), DropMessage, nullptr);
+    opj_dparameters_t parameters;
+    opj_set_default_decoder_parameters(&parameters);
+    if (!opj_setup_decoder(codec_.get(), &parameters)) return false;
+    const unsigned cores = std::thread::hardware_concurrency();
+    if (cores > 1) opj_codec_set_threads(codec_.get(), static_cast<int>(cores));
+    if (!opj_read_header(stream_.get(), codec_.get(), &owner_.image)) return false;
+    const opj_image_t& image = *owner_.image;
+    return image.numcomps == size.components && image.x0 == size.left && image.x1 == size.right &&
+           image.y0 == size.top && image.y1 == size.bottom;
   }
-  return opj_decode(codec.get(), stream.get(), owner.image) &&
-         opj_end_decompress(codec.get(), stream.get());
-}
+  /// Decodes `rows` rows of `width` pixels from row `first` on.
+  bool DecodePart(const CodestreamSize& size, uint32_t width, uint32_t first, uint32_t rows) {
+    const auto edge = [](uint32_t origin, uint64_t pixels, uint32_t step, uint32_t end) {
+      return static_cast<OPJ_INT32>(std::min<uint64_t>(origin + pixels * step, end));
+    };
+    return opj_set_decode_area(codec_.get(), owner_.image, static_cast<OPJ_INT32>(size.left),
+                               edge(size.top, first, size.stepY, size.bottom),
+                               edge(size.left, width, size.stepX, size.right),
+                               edge(size.top, uint64_t{first} + rows, size.stepY, size.bottom)) &&
+           DecodeAll();
+  }
+  bool DecodeAll() {
+    return opj_decode(codec_.get(), stream_.get(), owner_.image) && AreUsable(*owner_.image);
+  }
+  bool Finish() { return opj_end_decompress(codec_.get(), stream_.get()); }
+  const opj_image_t& Image() const { return *owner_.image; }
 
-// A file whose boxes the library refuses, or that say something else than the codestream, is decoded from
-// its codestream.
-bool Decode(Bytes bytes, const SizeSegment& size, ImageOwner& owner) {
-  if (DecodeAsIs(bytes, size, owner) && AreUsable(*owner.image)) return true;
-  if (!StartsWith(bytes, kJp2Signature)) return false;
-  const auto start =
-      std::search(bytes.begin(), bytes.end(), std::begin(kCodestreamStart), std::end(kCodestreamStart));
-  owner.Reset();
-  return DecodeAsIs({start, bytes.end()}, size, owner) && AreUsable(*owner.image);
-}
+ private:
+  MemoryStream memory_;
+  StreamPtr stream_{nullptr, &opj_stream_destroy};
+  CodecPtr codec_{nullptr, &opj_destroy_codec};
+  ImageOwner owner_;
+};
 
 // ---------------------------------------------------------------- components to pixels
 
 // Reads one component at the image's resolution, in 8 or 16 bits.
 class Component {
  public:
-  Component(const opj_image_comp_t& component, const SizeSegment& size, uint32_t bits)
+  Component(const opj_image_comp_t& component, const CodestreamSize& size, uint32_t bits)
       : component_(component),
         stepX_(std::max(1u, component.dx / size.stepX)),
         stepY_(std::max(1u, component.dy / size.stepY)),
@@ -215,12 +194,14 @@ class Component {
   int64_t from_, to_;
 };
 
-void PutGrey(const opj_image_t& image, const SizeSegment& size, KernelBitmap& bitmap) {
+// Puts decoded rows into the bitmap from row `first` on.
+void PutGrey(const opj_image_t& image, const CodestreamSize& size, uint32_t first, uint32_t rows,
+             KernelBitmap& bitmap) {
   const uint32_t depth = bitmap.bitsPerPixel;
   const Component grey(image.comps[0], size, depth);
-  for (uint32_t y = 0; y < bitmap.height; ++y) {
+  for (uint32_t y = 0; y < rows; ++y) {
     const OPJ_INT32* line = grey.Line(y);
-    uint8_t* row = Row(bitmap, y);
+    uint8_t* row = Row(bitmap, first + y);
     for (uint32_t x = 0; x < bitmap.width; ++x) {
       const auto value = static_cast<uint16_t>(grey.At(line, x));
       if (depth == 8) {
@@ -241,15 +222,15 @@ bool IsYcc(const opj_image_t& image, const HostLoadOptions& options) {
   return image.numcomps == 3 && !declared && (options.flags & kLoadComponentsAreRgb) == 0;
 }
 
-void PutColour(const opj_image_t& image, const SizeSegment& size, const HostLoadOptions& options,
-               KernelBitmap& bitmap) {
+void PutColour(const opj_image_t& image, const CodestreamSize& size, const HostLoadOptions& options,
+               uint32_t first, uint32_t rows, KernelBitmap& bitmap) {
   const bool isYcc = IsYcc(image, options);
   const auto shown = [&](uint32_t colour) {
     return Component(image.comps[ShownComponent(options, colour, image.numcomps)], size, 8);
   };
   const Component colours[3] = {shown(0), shown(1), shown(2)};
-  for (uint32_t y = 0; y < bitmap.height; ++y) {
-    uint8_t* row = Row(bitmap, y);
+  for (uint32_t y = 0; y < rows; ++y) {
+    uint8_t* row = Row(bitmap, first + y);
     for (uint32_t c = 0; c < 3; ++c) {
       const OPJ_INT32* line = colours[c].Line(y);
       for (uint32_t x = 0; x < bitmap.width; ++x) {
@@ -260,24 +241,82 @@ void PutColour(const opj_image_t& image, const SizeSegment& size, const HostLoad
   }
 }
 
-int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) {
-  const Bytes stream = SkipMaskTable(bytes);
-  SizeSegment size;
-  if (!FindSize(stream, size)) return kHostNotRecognised;
-  const uint64_t pixels = uint64_t{size.width} * size.height;
-  if (pixels > kMaxSamples || pixels * size.components > kMaxSamples) return kHostNoMemory;
-  if (pixels * size.components / kMaxSamplesPerByte > stream.size()) return kHostBadData;
-  ImageOwner owner;
-  if (!Decode(stream, size, owner)) return kHostBadData;
-  const opj_image_t& image = *owner.image;
+// What is decoded of an image: all of it at once, or rows in several parts where that would take much
+// memory or where not all of it is wanted.
+struct Plan {
+  uint32_t width, height;  // of what is wanted
+  uint32_t rowsAtOnce;
+  bool inParts;
+};
+
+Plan PlanOf(const CodestreamSize& size, const KernelBitmap& wanted) {
+  Plan plan = {Wanted(size.width, wanted.width), Wanted(size.height, wanted.height), size.height, false};
+  const uint64_t perRow = uint64_t{plan.width} * size.components;
+  plan.inParts = plan.width < size.width || plan.height < size.height ||
+                 (perRow * plan.height > kSamplesAtOnce && size.mostStepY <= 4 * size.stepY);
+  // Parts begin where a row of tiles does, and where each component has a row.
+  const uint32_t unit = size.tiles > 1 ? std::max(1u, size.tileHeight / size.stepY) : 64;
+  const uint64_t units = std::max<uint64_t>(1, kSamplesAtOnce / (perRow * unit));
+  plan.rowsAtOnce = plan.height;
+  if (plan.inParts && perRow * plan.height > kSamplesAtOnce && unit * units < plan.height) {
+    plan.rowsAtOnce = static_cast<uint32_t>(unit * units);
+  }
+  return plan;
+}
+
+int32_t AllocateFor(const opj_image_t& image, const Plan& plan, KernelBitmap& bitmap) {
   const bool grey = image.numcomps < 3;
   const uint32_t depth = !grey ? 24 : image.comps[0].prec <= 8 ? 8 : 16;
   const KernelColourOrder order = !grey ? kOrderBgr : depth == 8 ? kOrderRgb : kOrderGrey;
-  const int32_t status = KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, size.width, size.height,
-                                              depth, order, nullptr, kViewTopLeft, nullptr, 0);
-  if (status != kHostOk) return status;
-  grey ? PutGrey(image, size, bitmap) : PutColour(image, size, options, bitmap);
+  return KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, plan.width, plan.height, depth, order,
+                              nullptr, kViewTopLeft, nullptr, 0);
+}
+
+int32_t DecodeInto(Bytes stream, const CodestreamSize& size, const Plan& plan,
+                   const HostLoadOptions& options, KernelBitmap& bitmap) {
+  Decoder decoder;
+  for (uint32_t first = 0; first < plan.height; first += plan.rowsAtOnce) {
+    const uint32_t rows = std::min(plan.rowsAtOnce, plan.height - first);
+    // A decoder gives several parts of an image of one tile only.
+    if ((first == 0 || size.tiles > 1) && !decoder.Start(stream, size)) return kHostBadData;
+    if (!(plan.inParts ? decoder.DecodePart(size, plan.width, first, rows) : decoder.DecodeAll())) {
+      return kHostBadData;
+    }
+    if (!plan.inParts && !decoder.Finish()) return kHostBadData;
+    const opj_image_t& image = decoder.Image();
+    if (first == 0) {
+      if (const int32_t status = AllocateFor(image, plan, bitmap); status != kHostOk) return status;
+    }
+    image.numcomps < 3 ? PutGrey(image, size, first, rows, bitmap)
+                       : PutColour(image, size, options, first, rows, bitmap);
+  }
   return kHostOk;
+}
+
+int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) {
+  constexpr uint64_t kTableBytes = 48 << 20, kTableBytesPerByte = 16, kTableBytesPerSample = 2;
+  const Bytes stream = SkipMaskTable(bytes);
+  CodestreamSize size;
+  if (!FindCodestreamSize(stream, size)) return kHostNotRecognised;
+  const uint64_t pixels = uint64_t{size.width} * size.height, samples = pixels * size.components;
+  if (pixels > kMaxSamples || samples > kMaxSamples) return kHostNoMemory;
+  if (samples / kMaxSamplesPerByte > stream.size()) return kHostBadData;
+  const Plan plan = PlanOf(size, bitmap);
+  const uint64_t wanted = uint64_t{plan.width} * plan.height;
+  if (!AllowsPixels(wanted)) return kHostNoMemory;
+  if (CodestreamTableBytes(stream, size) >
+      kTableBytes + kTableBytesPerByte * stream.size() + kTableBytesPerSample * samples) {
+    return kHostOverBudget;
+  }
+  if (!SpendSamples(wanted * size.components)) return kHostOverBudget;
+  const int32_t status = DecodeInto(stream, size, plan, options, bitmap);
+  if (status != kHostBadData || !StartsWith(stream, kJp2Signature)) return status;
+  // A file whose boxes the library refuses, or that say something else than the codestream, is decoded
+  // from its codestream.
+  const auto start =
+      std::search(stream.begin(), stream.end(), std::begin(kCodestreamStart), std::end(kCodestreamStart));
+  KernelFreeBitmap(&bitmap);
+  return DecodeInto({start, stream.end()}, size, plan, options, bitmap);
 }
 
 }  // namespace

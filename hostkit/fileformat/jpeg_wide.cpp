@@ -16,6 +16,17 @@
 namespace hostkit {
 namespace {
 
+constexpr uint64_t kMaxKeptBytes = 96 << 20;
+
+// Whether the first scan leaves components to later ones. The decoder then keeps all samples.
+bool HasSeveralScans(Bytes bytes, const JpegFrame& frame) {
+  for (size_t at = frame.end; at + 5 <= bytes.size() && bytes[at] == 0xFF;) {
+    if (bytes[at + 1] == 0xDA) return bytes[at + 4] < frame.components;
+    at += 2 + size_t{bytes[at + 2]} * 256 + bytes[at + 3];
+  }
+  return false;
+}
+
 void SilenceOnce() {
   static const bool silenced = [] {
     OFLog::configure(OFLogger::OFF_LOG_LEVEL);
@@ -38,19 +49,27 @@ int32_t LoadWideJpeg(Bytes bytes, const JpegFrame& frame, const HostLoadOptions&
   SilenceOnce();
   const DJCodecParameter parameters(ECC_lossyYCbCr, EDC_never, EUC_default, EPC_default);
   const std::unique_ptr<DJDecoder> decoder = MakeDecoder(frame.precision, parameters);
-  const uint64_t size =
-      uint64_t{frame.width} * frame.height * frame.components * (frame.precision <= 8 ? 1 : 2);
+  const uint64_t sampleBytes = frame.precision <= 8 ? 1 : 2;
+  const uint64_t size = uint64_t{frame.width} * frame.height * frame.components * sampleBytes;
   if (size > INT32_MAX) return kHostNoMemory;
-  std::vector<uint8_t> decoded(static_cast<size_t>(size));
+  if ((frame.IsProgressive() || HasSeveralScans(bytes, frame)) && size > kMaxKeptBytes) return kHostOverBudget;
+  DecodedSamples samples = {frame.width, frame.height, frame.components, frame.precision, {}};
+  if (const int32_t status = AllocateForSamples(samples, bitmap); status != kHostOk) return status;
+  // Grey samples are decoded where they are shown.
+  const bool direct = frame.components == 1 && bitmap.height == frame.height &&
+                      bitmap.bytesPerLine == frame.width * sampleBytes;
+  std::vector<uint8_t> aside(direct ? 0 : static_cast<size_t>(size));
+  uint8_t* decoded = direct ? Pixels(bitmap) : aside.data();
+  samples.bytes = {decoded, static_cast<size_t>(size)};
   if (decoder->init().bad()) return kHostBadData;
   const OFCondition result =
-      decoder->decode(const_cast<Uint8*>(bytes.data()), static_cast<Uint32>(bytes.size()), decoded.data(),
-                      static_cast<Uint32>(decoded.size()), OFFalse);
+      decoder->decode(const_cast<Uint8*>(bytes.data()), static_cast<Uint32>(bytes.size()), decoded,
+                      static_cast<Uint32>(size), OFFalse);
   if (result.bad()) return kHostBadData;
   const bool isYcc = frame.components == 3 && !frame.IsLossless() &&
                      (options.flags & (kLoadComponentsAreRgb | kLoadSelectedBands)) == 0;
-  return SamplesToBitmap({frame.width, frame.height, frame.components, frame.precision, decoded}, options,
-                         isYcc, bitmap);
+  PutSamples(samples, options, isYcc, bitmap);
+  return kHostOk;
 }
 
 }  // namespace hostkit

@@ -19,9 +19,9 @@ uint32_t Stretch(uint32_t value, uint32_t precision, uint32_t bits) {
   return from == to ? value : static_cast<uint32_t>(uint64_t{std::min(value, from)} * to / from);
 }
 
-void PutGreyRow(const DecodedSamples& samples, size_t first, uint8_t* row) {
+void PutGreyRow(const DecodedSamples& samples, size_t first, uint32_t width, uint8_t* row) {
   const uint32_t bits = samples.precision <= 8 ? 8 : 16;
-  for (uint32_t x = 0; x < samples.width; ++x) {
+  for (uint32_t x = 0; x < width; ++x) {
     const uint32_t value = Stretch(SampleAt(samples, first + x), samples.precision, bits);
     if (bits == 8) {
       row[x] = static_cast<uint8_t>(value);
@@ -32,9 +32,9 @@ void PutGreyRow(const DecodedSamples& samples, size_t first, uint8_t* row) {
   }
 }
 
-void PutColourRow(const DecodedSamples& samples, size_t first, const uint32_t (&shown)[3], bool isYcc,
-                  uint8_t* row) {
-  for (uint32_t x = 0; x < samples.width; ++x, first += samples.components, row += 3) {
+void PutColourRow(const DecodedSamples& samples, size_t first, uint32_t width,
+                  const uint32_t (&shown)[3], bool isYcc, uint8_t* row) {
+  for (uint32_t x = 0; x < width; ++x, first += samples.components, row += 3) {
     for (int c = 0; c < 3; ++c) {
       row[c] = static_cast<uint8_t>(Stretch(SampleAt(samples, first + shown[c]), samples.precision, 8));
     }
@@ -62,27 +62,28 @@ void YccToBgr(uint8_t* bgr) {
   bgr[0] = Clamp(y + 1.772 * cb);
 }
 
-int32_t SamplesToBitmap(const DecodedSamples& samples, const HostLoadOptions& options, bool isYcc,
-                        KernelBitmap& bitmap) {
+int32_t AllocateForSamples(const DecodedSamples& samples, KernelBitmap& bitmap) {
   const bool grey = samples.components == 1;
   const uint32_t depth = !grey ? 24 : samples.precision <= 8 ? 8 : 16;
   const KernelColourOrder order = !grey ? kOrderBgr : depth == 8 ? kOrderRgb : kOrderGrey;
-  const int32_t status =
-      KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, samples.width, samples.height, depth, order,
-                           nullptr, kViewTopLeft, nullptr, 0);
-  if (status != kHostOk) return status;
+  return KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, Wanted(samples.width, bitmap.width),
+                              Wanted(samples.height, bitmap.height), depth, order, nullptr,
+                              kViewTopLeft, nullptr, 0);
+}
+
+void PutSamples(const DecodedSamples& samples, const HostLoadOptions& options, bool isYcc,
+                KernelBitmap& bitmap) {
   const uint32_t shown[3] = {ShownComponent(options, 0, samples.components),
                              ShownComponent(options, 1, samples.components),
                              ShownComponent(options, 2, samples.components)};
-  for (uint32_t y = 0; y < samples.height; ++y) {
+  for (uint32_t y = 0; y < bitmap.height; ++y) {
     const size_t first = size_t{y} * samples.width * samples.components;
-    if (grey) {
-      PutGreyRow(samples, first, Row(bitmap, y));
+    if (samples.components == 1) {
+      PutGreyRow(samples, first, bitmap.width, Row(bitmap, y));
     } else {
-      PutColourRow(samples, first, shown, isYcc, Row(bitmap, y));
+      PutColourRow(samples, first, bitmap.width, shown, isYcc, Row(bitmap, y));
     }
   }
-  return kHostOk;
 }
 
 }  // namespace hostkit

@@ -1,13 +1,11 @@
 // Bitmap records: allocation, rows, palettes' entries.
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
 
+#include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/internal.h"
 
 namespace {
-
-std::atomic<uint64_t> maxPixels{0};
 
 constexpr uint32_t kMaxDepth = 64;
 constexpr uint32_t kMaxWidth = INT32_MAX / 4;  // a row converted to 24 bits stays countable
@@ -24,6 +22,7 @@ void FillGreyRamp(KernelColour* colours, uint32_t bitsPerPixel) {
   }
 }
 
+uint64_t PixelCount(const KernelBitmap& bitmap) { return uint64_t{bitmap.width} * bitmap.height; }
 bool IsAccessed(const KernelBitmap& bitmap) { return (bitmap.flags & kBitmapAccessed) != 0; }
 bool HasRow(const KernelBitmap* bitmap, uint32_t row) {
   return hostkit::IsAllocated(bitmap) && IsAccessed(*bitmap) && row < bitmap->height;
@@ -42,16 +41,13 @@ bool HasOwnPalette(const KernelBitmap& bitmap) { return bitmap.bitsPerPixel > 8 
 uint64_t RowsSize(uint32_t width, uint32_t height, uint32_t bitsPerPixel, uint64_t* bytesPerLine) {
   if (width == 0 || height == 0 || bitsPerPixel == 0 || bitsPerPixel > kMaxDepth) return 0;
   if (width > kMaxWidth) return 0;
-  const uint64_t limit = maxPixels;
-  if (limit != 0 && static_cast<uint64_t>(width) * height > limit) return 0;
+  if (!hostkit::AllowsPixels(static_cast<uint64_t>(width) * height)) return 0;
   *bytesPerLine = (static_cast<uint64_t>(width) * bitsPerPixel + 31) / 32 * 4;
   if (*bytesPerLine > INT32_MAX || *bytesPerLine * height > INT32_MAX) return 0;
   return *bytesPerLine * height;
 }
 
 }  // namespace
-
-void ORB_CALL HostkitSetMaxPixels(uint64_t pixels) { maxPixels = pixels; }
 
 int32_t ORB_CALL KernelInitialiseBitmap(KernelBitmap* bitmap, uint32_t recordSize, uint32_t width,
                                         uint32_t height, uint32_t bitsPerPixel) {
@@ -132,6 +128,7 @@ int32_t hostkit::TakePalette(KernelBitmap& bitmap, const KernelColour* colours, 
 
 int32_t ORB_CALL KernelFillBitmap(KernelBitmap* bitmap, COLORREF colour) {
   if (!hostkit::IsAllocated(bitmap)) return kHostInvalid;
+  if (!hostkit::Spend(PixelCount(*bitmap))) return kHostOverBudget;
   const uint8_t bgr[3] = {static_cast<uint8_t>(colour >> 16), static_cast<uint8_t>(colour >> 8),
                           static_cast<uint8_t>(colour)};
   hostkit::NearestColour nearest(*bitmap);
@@ -194,6 +191,7 @@ KernelColour* ORB_CALL KernelMakePaletteTable(uint32_t bitsPerPixel, uint32_t li
 
 int32_t ORB_CALL KernelPrepareScratchBitmap(KernelBitmap* bitmap) {
   if (!hostkit::IsAllocated(bitmap)) return kHostInvalid;
+  (void)hostkit::Spend(bitmap->byteCount / 8);
   std::memset(hostkit::Pixels(*bitmap), 0, static_cast<size_t>(bitmap->byteCount));
   return kHostOk;
 }
