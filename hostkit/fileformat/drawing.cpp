@@ -19,6 +19,7 @@ int32_t ORB_CALL FileFormatLoadDrawingMemory(const void* bytes, VectorHandle* ha
     hostkit::Drawing drawing;
     const int32_t status = hostkit::DecodeCgm(static_cast<const uint8_t*>(bytes), byteCount, drawing);
     if (status != kHostOk) return status;
+    drawing.bytes = byteCount;
     hostkit::GiveDrawing(handle, std::move(drawing));
     return kHostOk;
   } catch (const std::bad_alloc&) {

@@ -6,10 +6,10 @@
 #include <memory>
 #include <new>
 
+#include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/gdi.h"
 #include "hostkit/vector/handle.h"
-#include "hostkit/vector/outline.h"
-#include "hostkit/vector/paint.h"
+#include "hostkit/vector/reach.h"
 
 namespace hostkit {
 namespace {
@@ -44,39 +44,42 @@ void Blend(const SurfacePtr& surface, KernelBitmap& canvas, uint32_t left, uint3
   }
 }
 
-// The device pixels that a drawing may touch: the extent's rectangle, or its objects' where it has no
-// frame. Lines are wider than their points, so there is a margin.
-Box Reach(const Drawing& drawing, const DeviceMap& map) {
-  constexpr double kMargin = 256;
-  Point least, greatest;
-  if (!FindExtent(drawing, TextBox::Full, least, greatest)) return {};
-  const Point a = map.ToDevice(least), b = map.ToDevice(greatest);
-  return {{std::min(a.x, b.x) - kMargin, std::min(a.y, b.y) - kMargin},
-          {std::max(a.x, b.x) + kMargin, std::max(a.y, b.y) + kMargin}};
-}
-
+// A drawing is painted piece by piece, those that nothing touches left out.
 int32_t PaintOnto(KernelBitmap& canvas, const Drawing& drawing, const RECT& place, double width,
                   double height) {
+  constexpr int64_t kPiece = 1024;
+  constexpr double kPieceCost = 4;  // nanoseconds a pixel
   const double placeLeft = std::min(place.left, place.right),
                placeTop = std::min(place.top, place.bottom);
   const DeviceMap whole = DeviceMap::ForDrawing(drawing, placeLeft, placeTop, width, height);
   if (!whole.IsUsable()) return kHostOk;
-  const Box reach = Reach(drawing, whole);
-  const auto left = static_cast<int64_t>(std::max(0.0, std::floor(reach.first.x)));
-  const auto top = static_cast<int64_t>(std::max(0.0, std::floor(reach.first.y)));
-  const auto right = static_cast<int64_t>(std::min<double>(canvas.width, std::ceil(reach.second.x)));
-  const auto bottom = static_cast<int64_t>(std::min<double>(canvas.height, std::ceil(reach.second.y)));
-  // Cairo's surfaces reach 32767 pixels; a larger piece is painted in tiles.
-  constexpr int64_t kTile = 8192;
-  for (int64_t y = top; y < bottom; y += kTile) {
-    for (int64_t x = left; x < right; x += kTile) {
+  const Reach reach(drawing, whole);
+  const auto first = [](double low) { return static_cast<int64_t>(std::max(0.0, std::floor(low))); };
+  const auto last = [](double high, uint32_t side) {
+    return static_cast<int64_t>(std::min<double>(side, std::ceil(high)));
+  };
+  const int64_t left = first(reach.Whole().left), right = last(reach.Whole().right, canvas.width);
+  const int64_t top = first(reach.Whole().top), bottom = last(reach.Whole().bottom, canvas.height);
+  PaintLimit limit(static_cast<double>(std::max<int64_t>(0, right - left)) *
+                       static_cast<double>(std::max<int64_t>(0, bottom - top)),
+                   static_cast<double>(drawing.bytes));
+  for (int64_t y = top; y < bottom; y += kPiece) {
+    for (int64_t x = left; x < right; x += kPiece) {
+      const int64_t w = std::min(kPiece, right - x), h = std::min(kPiece, bottom - y);
+      const auto objects = reach.Within(static_cast<double>(x), static_cast<double>(y),
+                                        static_cast<double>(x + w), static_cast<double>(y + h));
+      if (objects.empty()) continue;
+      if (!limit.Take(kPieceCost * static_cast<double>(w * h))) return kHostOverBudget;
       const SurfacePtr surface(
-          cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(std::min(kTile, right - x)),
-                                     static_cast<int>(std::min(kTile, bottom - y))),
+          cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(w), static_cast<int>(h)),
           &cairo_surface_destroy);
       if (!Usable(surface.get())) return kHostNoMemory;
       const ContextPtr cairo(cairo_create(surface.get()), &cairo_destroy);
-      PaintDrawing(cairo.get(), drawing, whole.Shifted(static_cast<double>(x), static_cast<double>(y)));
+      const Point corner = {static_cast<double>(x), static_cast<double>(y)};
+      const Brush brush = {cairo.get(), drawing, whole.Shifted(corner.x, corner.y),
+                           corner.x,    corner.y, static_cast<double>(w),
+                           static_cast<double>(h), limit};
+      if (!PaintObjects(brush, objects)) return kHostOverBudget;
       if (cairo_status(cairo.get()) == CAIRO_STATUS_NO_MEMORY) return kHostNoMemory;
       cairo_surface_flush(surface.get());
       Blend(surface, canvas, static_cast<uint32_t>(x), static_cast<uint32_t>(y));
@@ -133,8 +136,14 @@ class Recording {
     if (spanY == 0) frame.second.y += span;
     const DeviceMap map(frame, 0, 0, (frame.second.x - frame.first.x) * scale,
                         (frame.second.y - frame.first.y) * scale);
+    const Reach reach(drawing, map);
+    const Extent& whole = reach.Whole();
     const ContextPtr cairo(cairo_create(surface_.get()), &cairo_destroy);
-    PaintDrawing(cairo.get(), drawing, map);
+    PaintLimit limit(kMostPixels, static_cast<double>(drawing.bytes));
+    // A recording reaches as far as what is painted on it.
+    const Brush brush = {cairo.get(),          drawing, map,  0, 0, std::max(1.0, whole.right),
+                         std::max(1.0, whole.bottom), limit};
+    complete_ = PaintObjects(brush, reach.Within(whole.left, whole.top, whole.right, whole.bottom));
     double x = 0, y = 0, width = 0, height = 0;
     cairo_recording_surface_ink_extents(surface_.get(), &x, &y, &width, &height);
     left_ = std::floor(x) - kMargin;
@@ -143,6 +152,8 @@ class Recording {
     height_ = std::clamp(std::ceil(y + height) + kMargin - top_, 1.0, kLargestSurface);
   }
 
+  /// Whether all of the drawing is in it.
+  bool IsComplete() const { return complete_; }
   int Width() const { return static_cast<int>(width_); }
   int Height() const { return static_cast<int>(height_); }
   void Replay(cairo_surface_t* onto) const {
@@ -152,9 +163,10 @@ class Recording {
   }
 
  private:
-  static constexpr double kMargin = 1, kLargestSurface = 32767;
+  static constexpr double kMargin = 1, kLargestSurface = 32767, kMostPixels = 1 << 24;
   SurfacePtr surface_;
   double left_ = 0, top_ = 0, width_ = 1, height_ = 1;
+  bool complete_ = true;
 };
 
 }  // namespace
@@ -168,6 +180,8 @@ int32_t ORB_CALL HostkitSaveDrawing(const VectorHandle* handle, const char* path
   try {
     const Recording recording(*drawing, longerSide);
     const int width = recording.Width(), height = recording.Height();
+    if (!recording.IsComplete()) return kHostOverBudget;
+    if (!AllowsPixels(static_cast<uint64_t>(width) * static_cast<uint64_t>(height))) return kHostNoMemory;
     const SurfacePtr surface(form == kDrawingSvg
                                  ? cairo_svg_surface_create(path, width, height)
                                  : cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height),

@@ -141,6 +141,7 @@ struct Drawing {
   std::vector<std::string> fonts;
   std::map<int32_t, Pattern> patterns;
   std::vector<Layer> layers;
+  uint64_t bytes = 0;               ///< of the metafile that it was read from
   COLORREF behind = 0xFFFFFF;       ///< colour behind the drawing, set by its holder
   VectorTranslation translation{};  ///< noted, not yet applied
 

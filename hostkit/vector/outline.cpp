@@ -16,9 +16,19 @@ Point operator-(Point a, Point b) { return {a.x - b.x, a.y - b.y}; }
 Point operator*(double s, Point a) { return {s * a.x, s * a.y}; }
 double Cross(Point a, Point b) { return a.x * b.y - a.y * b.x; }
 
-// Points of centre + cos t * first + sin t * second for t from `start` over `sweep`.
-std::vector<Point> Sweep(Point centre, Point first, Point second, double start, double sweep) {
-  const int steps = std::max(2, static_cast<int>(std::ceil(std::abs(sweep) / kTurn * kTurnSteps)));
+// Steps of a whole turn: small circles need few.
+double TurnSteps(double pixels) {
+  constexpr double kSmall = 16;
+  return pixels < kSmall ? 16 + pixels * (kTurnSteps - 16) / kSmall : kTurnSteps;
+}
+
+// Points of centre + cos t * first + sin t * second for t from `start` over `sweep`; a unit is `scale`
+// pixels.
+std::vector<Point> Sweep(Point centre, Point first, Point second, double start, double sweep,
+                         double scale) {
+  const double pixels = scale * std::max(std::hypot(first.x, first.y), std::hypot(second.x, second.y));
+  const int steps =
+      std::max(2, static_cast<int>(std::ceil(std::abs(sweep) / kTurn * TurnSteps(pixels))));
   std::vector<Point> points;
   points.reserve(static_cast<size_t>(steps) + 1);
   for (int i = 0; i <= steps; ++i) {
@@ -35,11 +45,11 @@ double PositiveAngle(double from, double to) {
   return sweep;
 }
 
-std::vector<Point> CircleArc(Point centre, double radius, double start, double sweep) {
-  return Sweep(centre, {radius, 0}, {0, radius}, start, sweep);
+std::vector<Point> CircleArc(Point centre, double radius, double start, double sweep, double scale) {
+  return Sweep(centre, {radius, 0}, {0, radius}, start, sweep, scale);
 }
 
-std::vector<Point> ArcThroughThree(const std::vector<Point>& p, Point* centre) {
+std::vector<Point> ArcThroughThree(const std::vector<Point>& p, Point* centre, double scale) {
   const Point a = p[1] - p[0], b = p[2] - p[0];
   const double d = 2 * Cross(a, b);
   if (d == 0) return p;
@@ -48,23 +58,26 @@ std::vector<Point> ArcThroughThree(const std::vector<Point>& p, Point* centre) {
   const auto angle = [&](Point q) { return std::atan2(q.y - centre->y, q.x - centre->x); };
   const double start = angle(p[0]);
   const double sweep = d > 0 ? PositiveAngle(start, angle(p[2])) : -PositiveAngle(angle(p[2]), start);
-  return CircleArc(*centre, std::hypot(p[0].x - centre->x, p[0].y - centre->y), start, sweep);
+  return CircleArc(*centre, std::hypot(p[0].x - centre->x, p[0].y - centre->y), start, sweep,
+                   scale);
 }
 
-std::vector<Point> ArcAround(const Object& object) {
+std::vector<Point> ArcAround(const Object& object, double scale) {
   const Point start = object.points[1], end = object.points[2];
   const double from = std::atan2(start.y, start.x);
-  return CircleArc(object.points[0], object.radius, from, PositiveAngle(from, std::atan2(end.y, end.x)));
+  return CircleArc(object.points[0], object.radius, from, PositiveAngle(from, std::atan2(end.y, end.x)),
+                   scale);
 }
 
-std::vector<Point> EllipticalArc(const Object& object) {
+std::vector<Point> EllipticalArc(const Object& object, double scale) {
   const Point centre = object.points[0];
   const Point first = object.points[1] - centre, second = object.points[2] - centre;
   const double d = Cross(first, second);
   if (d == 0) return {object.points[1], object.points[2]};
   const auto parameter = [&](Point v) { return std::atan2(Cross(first, v) / d, Cross(v, second) / d); };
   const double from = parameter(object.points[3]);
-  return Sweep(centre, first, second, from, PositiveAngle(from, parameter(object.points[4])));
+  return Sweep(centre, first, second, from, PositiveAngle(from, parameter(object.points[4])),
+               scale);
 }
 
 Path Closed(std::vector<Point> points, CloseType close, Point centre) {
@@ -113,23 +126,23 @@ size_t PointsNeeded(ObjectKind kind) {
   }
 }
 
-std::vector<Path> ArcOutline(const Object& object) {
+std::vector<Path> ArcOutline(const Object& object, double scale) {
   Point centre = object.points[0];
   switch (object.kind) {
     case ObjectKind::ArcThreePoint:
-      return {{ArcThroughThree(object.points, &centre), false}};
+      return {{ArcThroughThree(object.points, &centre, scale), false}};
     case ObjectKind::ArcThreePointClose: {
-      std::vector<Point> arc = ArcThroughThree(object.points, &centre);
+      std::vector<Point> arc = ArcThroughThree(object.points, &centre, scale);
       return {Closed(std::move(arc), object.close, centre)};
     }
     case ObjectKind::ArcCentre:
-      return {{ArcAround(object), false}};
+      return {{ArcAround(object, scale), false}};
     case ObjectKind::ArcCentreClose:
-      return {Closed(ArcAround(object), object.close, centre)};
+      return {Closed(ArcAround(object, scale), object.close, centre)};
     case ObjectKind::EllipticalArc:
-      return {{EllipticalArc(object), false}};
+      return {{EllipticalArc(object, scale), false}};
     default:
-      return {Closed(EllipticalArc(object), object.close, centre)};
+      return {Closed(EllipticalArc(object, scale), object.close, centre)};
   }
 }
 
@@ -142,7 +155,7 @@ bool IsFinite(const Object& object) {
          std::isfinite(object.box.y);
 }
 
-std::vector<Path> OutlineOf(const Object& object) {
+std::vector<Path> OutlineOf(const Object& object, double pixelsPerUnit) {
   const std::vector<Point>& p = object.points;
   if (p.size() < PointsNeeded(object.kind) || p.empty()) return {};
   switch (object.kind) {
@@ -157,16 +170,48 @@ std::vector<Path> OutlineOf(const Object& object) {
     case ObjectKind::Rectangle:
       return {{{p[0], {p[1].x, p[0].y}, p[1], {p[0].x, p[1].y}}, true}};
     case ObjectKind::Circle:
-      return {{CircleArc(p[0], object.radius, 0, kTurn), true}};
+      return {{CircleArc(p[0], object.radius, 0, kTurn, pixelsPerUnit), true}};
     case ObjectKind::Ellipse:
-      return {{Sweep(p[0], p[1] - p[0], p[2] - p[0], 0, kTurn), true}};
+      return {{Sweep(p[0], p[1] - p[0], p[2] - p[0], 0, kTurn, pixelsPerUnit), true}};
     case ObjectKind::Polymarker:
     case ObjectKind::Text:
     case ObjectKind::RestrictedText:
     case ObjectKind::CellArray:
       return {};
     default:
-      return ArcOutline(object);
+      return ArcOutline(object, pixelsPerUnit);
+  }
+}
+
+void AddExtent(const Drawing& drawing, const Object& object, TextBox textBox,
+               const std::function<void(Point)>& add) {
+  const std::vector<Point>& points = object.points;
+  if (!IsFinite(object) || points.size() < PointsNeeded(object.kind)) return;
+  switch (object.kind) {
+    case ObjectKind::Circle: {
+      const double radius = std::abs(object.radius);
+      add(points[0] + Point{radius, radius});
+      return add(points[0] - Point{radius, radius});
+    }
+    case ObjectKind::Polyline:
+    case ObjectKind::Polygon:
+    case ObjectKind::PolygonSet:
+    case ObjectKind::Polymarker:
+      std::for_each(points.begin(), points.end(), add);
+      return;
+    case ObjectKind::CellArray:
+      std::for_each(points.begin(), points.end(), add);
+      return add(points[0] + (points[1] - points[2]));
+    case ObjectKind::Text:
+    case ObjectKind::RestrictedText: {
+      Point corners[4];
+      TextCorners(drawing, object, textBox, corners);
+      std::for_each(std::begin(corners), std::end(corners), add);
+      return;
+    }
+    default:
+      for (const Path& path : OutlineOf(object))
+        std::for_each(path.points.begin(), path.points.end(), add);
   }
 }
 
@@ -178,23 +223,7 @@ bool FindExtent(const Drawing& drawing, TextBox textBox, Point& least, Point& gr
     any = true;
   };
   for (const Layer& layer : drawing.layers) {
-    for (const Object& object : layer.objects) {
-      if (!IsFinite(object) || object.points.size() < PointsNeeded(object.kind)) continue;
-      for (const Path& path : OutlineOf(object))
-        std::for_each(path.points.begin(), path.points.end(), add);
-      if (object.kind == ObjectKind::Polymarker)
-        std::for_each(object.points.begin(), object.points.end(), add);
-      if (object.kind == ObjectKind::CellArray) {
-        const Point fourth = object.points[0] + (object.points[1] - object.points[2]);
-        std::for_each(object.points.begin(), object.points.end(), add);
-        add(fourth);
-      }
-      if (object.kind == ObjectKind::Text || object.kind == ObjectKind::RestrictedText) {
-        Point corners[4];
-        TextCorners(drawing, object, textBox, corners);
-        std::for_each(std::begin(corners), std::end(corners), add);
-      }
-    }
+    for (const Object& object : layer.objects) AddExtent(drawing, object, textBox, add);
   }
   return any;
 }

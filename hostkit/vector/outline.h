@@ -1,6 +1,8 @@
 // Outlines and extents of objects.
 #pragma once
 
+#include <functional>
+
 #include "hostkit/vector/text.h"
 
 namespace hostkit {
@@ -10,10 +12,14 @@ struct Path {
   std::vector<Point> points;
   bool closed = false;
 };
-/// An object's outline, curves flattened; texts, markers and cell arrays have none.
-std::vector<Path> OutlineOf(const Object& object);
+/// An object's outline, curves flattened: the finer the more pixels its units are. Texts, markers and cell
+/// arrays have none.
+std::vector<Path> OutlineOf(const Object& object, double pixelsPerUnit = 1e6);
 /// Whether every number of an object is finite.
 bool IsFinite(const Object& object);
+/// Gives the points that an object's extent follows from; none of one that is not drawn.
+void AddExtent(const Drawing& drawing, const Object& object, TextBox textBox,
+               const std::function<void(Point)>& add);
 /// Least and greatest point of everything drawn; false for a drawing without objects.
 bool FindExtent(const Drawing& drawing, TextBox textBox, Point& least, Point& greatest);
 

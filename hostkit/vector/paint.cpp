@@ -3,208 +3,36 @@
 #include <algorithm>
 #include <cmath>
 
-#include "hostkit/kernel/internal.h"
+#include "hostkit/kernel/budget.h"
 #include "hostkit/vector/looks.h"
-#include "hostkit/vector/outline.h"
+#include "hostkit/vector/paint_steps.h"
 
 namespace hostkit {
 namespace {
 
-// Cairo keeps coordinates in 24.8 fixed point; what lies far outside is pulled to here.
-constexpr double kFarthest = 1e6;
+constexpr double kObjectCost = 2000, kPointCost = 20;  // nanoseconds
 
-double Bounded(double value) {
-  return std::isfinite(value) ? std::clamp(value, -kFarthest, kFarthest) : kFarthest;
-}
-
-void AddPath(cairo_t* cairo, const Path& path, const DeviceMap& map) {
-  bool first = true;
-  for (const Point& point : path.points) {
-    const Point p = map.ToDevice(point);
-    first ? cairo_move_to(cairo, p.x, p.y) : cairo_line_to(cairo, p.x, p.y);
-    first = false;
-  }
-  if (path.closed && !first) cairo_close_path(cairo);
-}
-
-void SetDashes(cairo_t* cairo, int32_t type, double width) {
-  constexpr double kDash[] = {6, 3}, kDot[] = {1, 2}, kDashDot[] = {6, 2, 1, 2},
-                   kDashDotDot[] = {6, 2, 1, 2, 1, 2};
-  double dashes[6];
-  const auto set = [&](const auto& pattern) {
-    std::transform(std::begin(pattern), std::end(pattern), dashes, [&](double d) { return d * width; });
-    cairo_set_dash(cairo, dashes, static_cast<int>(std::size(pattern)), 0);
-  };
-  switch (static_cast<LineType>(type)) {
-    case LineType::Dash:
-      return set(kDash);
-    case LineType::Dot:
-      return set(kDot);
-    case LineType::DashDot:
-      return set(kDashDot);
-    case LineType::DashDotDot:
-      return set(kDashDotDot);
-    default:
-      cairo_set_dash(cairo, nullptr, 0, 0);
-  }
-}
-
-// A line is at least a pixel wide.
-double PixelWidth(const LineLook& look, const DeviceMap& map) {
-  const double width = look.scaled ? look.width : map.Length(look.width);
-  return std::isfinite(width) ? std::clamp(width, 1.0, 32767.0) : 1.0;
-}
-
-// Length of what is to be stroked, in pixels.
-double LengthOf(const std::vector<Path>& paths, const DeviceMap& map) {
-  double length = 0;
+PathExtent AddPaths(const Brush& brush, const std::vector<Path>& paths) {
+  PathExtent extent;
   for (const Path& path : paths) {
-    for (size_t i = 1; i < path.points.size(); ++i) {
-      const Point a = map.ToDevice(path.points[i - 1]), b = map.ToDevice(path.points[i]);
-      length += std::hypot(b.x - a.x, b.y - a.y);
-    }
-  }
-  return length;
-}
-
-// Lines without length are as long as they are wide.
-void FillDots(cairo_t* cairo, double width, const DeviceMap& map, const std::vector<Path>& paths) {
-  for (const Path& path : paths) {
-    if (path.points.empty() || LengthOf({path}, map) != 0) continue;
-    const Point p = map.ToDevice(path.points[0]);
-    cairo_rectangle(cairo, p.x - width / 2, p.y - width / 2, width, width);
-  }
-  cairo_fill(cairo);
-}
-
-// Strokes the current path, which is that of `paths`. So many dashes that none could be told from the
-// next are drawn as a solid line. Gaps of an opaque line have the auxiliary colour.
-void Stroke(cairo_t* cairo, const LineLook& look, const Attributes& attributes, const DeviceMap& map,
-            const std::vector<Path>& paths) {
-  constexpr double kMostDashes = 50000;
-  const double width = PixelWidth(look, map);
-  cairo_set_line_width(cairo, width);
-  const bool dashed = look.type >= static_cast<int32_t>(LineType::Dash) &&
-                      look.type <= static_cast<int32_t>(LineType::DashDotDot) &&
-                      LengthOf(paths, map) / width < kMostDashes;
-  if (dashed && !attributes.transparent) {
-    SetDashes(cairo, 1, width);
-    SetColour(cairo, attributes.auxiliary);
-    cairo_stroke_preserve(cairo);
-  }
-  SetDashes(cairo, dashed ? look.type : 1, width);
-  SetColour(cairo, look.colour);
-  cairo_stroke(cairo);
-  FillDots(cairo, width, map, paths);
-}
-
-// ---------------------------------------------------------------- fills
-
-// One square of a hatch, repeated over the shape: its cost is that of a plain fill.
-void FillHatch(cairo_t* cairo, const Attributes& attributes) {
-  constexpr int kGap = 8;
-  const int32_t style = attributes.fill.hatch;
-  const auto isLine = [style](int x, int y) {
-    return ((style == 1 || style == 5) && y == 0) || ((style == 2 || style == 5) && x == 0) ||
-           ((style == 3 || style == 6) && (x + y) % kGap == 0) || ((style == 4 || style == 6) && x == y);
-  };
-  const auto pixel = [](Colour c) {
-    return 0xFF000000u | static_cast<uint32_t>(c.red) << 16 | c.green << 8 | c.blue;
-  };
-  uint32_t square[kGap * kGap];
-  for (int i = 0; i < kGap * kGap; ++i) {
-    const uint32_t gap = attributes.transparent ? 0 : pixel(attributes.auxiliary);
-    square[i] = isLine(i % kGap, i / kGap) ? pixel(attributes.fill.colour) : gap;
-  }
-  cairo_surface_t* surface = cairo_image_surface_create_for_data(
-      reinterpret_cast<unsigned char*>(square), CAIRO_FORMAT_ARGB32, kGap, kGap, 4 * kGap);
-  cairo_set_source_surface(cairo, surface, 0, 0);
-  cairo_pattern_set_extend(cairo_get_source(cairo), CAIRO_EXTEND_REPEAT);
-  cairo_pattern_set_filter(cairo_get_source(cairo), CAIRO_FILTER_NEAREST);
-  cairo_fill(cairo);
-  cairo_set_source_rgb(cairo, 0, 0, 0);  // lets go of the square
-  cairo_surface_finish(surface);
-  cairo_surface_destroy(surface);
-}
-
-// Colours as a cairo picture, one pixel a cell.
-class CellSurface {
- public:
-  CellSurface(const std::vector<Colour>& cells, int32_t columns, int32_t rows)
-      : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, columns, rows)) {
-    if (cairo_surface_status(surface_) != CAIRO_STATUS_SUCCESS) return;
-    uint8_t* bytes = cairo_image_surface_get_data(surface_);
-    const auto stride = static_cast<size_t>(cairo_image_surface_get_stride(surface_));
-    for (int32_t row = 0; row < rows; ++row) {
-      for (int32_t column = 0; column < columns; ++column) {
-        const Colour c =
-            cells[static_cast<size_t>(row) * static_cast<size_t>(columns) + static_cast<size_t>(column)];
-        const uint32_t pixel = static_cast<uint32_t>(c.red) << 16 | c.green << 8 | c.blue;
-        std::memcpy(bytes + static_cast<size_t>(row) * stride + 4 * static_cast<size_t>(column), &pixel,
-                    4);
+    Point first, previous;
+    for (size_t i = 0; i < path.points.size(); ++i) {
+      const Point p = brush.map.ToDevice(path.points[i]);
+      if (i == 0) {
+        cairo_move_to(brush.cairo, p.x, p.y);
+        first = p;
+        extent.extent.Add(p);
+      } else {
+        cairo_line_to(brush.cairo, p.x, p.y);
+        extent.AddEdge(brush, previous, p);
       }
+      previous = p;
     }
-    cairo_surface_mark_dirty(surface_);
+    if (!path.closed || path.points.empty()) continue;
+    cairo_close_path(brush.cairo);
+    extent.AddEdge(brush, previous, first);
   }
-  ~CellSurface() { cairo_surface_destroy(surface_); }
-  CellSurface(const CellSurface&) = delete;
-  CellSurface& operator=(const CellSurface&) = delete;
-
-  /// Paints or fills with the cells; a cell's sides are the device vectors `right` and `down`.
-  void Use(cairo_t* cairo, Point corner, Point right, Point down, cairo_extend_t extend) {
-    cairo_matrix_t matrix;
-    cairo_matrix_init(&matrix, right.x, right.y, down.x, down.y, corner.x, corner.y);
-    if (cairo_matrix_invert(&matrix) != CAIRO_STATUS_SUCCESS) {
-      cairo_new_path(cairo);
-      return;
-    }
-    cairo_set_source_surface(cairo, surface_, 0, 0);
-    cairo_pattern_t* pattern = cairo_get_source(cairo);
-    cairo_pattern_set_matrix(pattern, &matrix);
-    cairo_pattern_set_filter(pattern, CAIRO_FILTER_NEAREST);
-    cairo_pattern_set_extend(pattern, extend);
-    cairo_fill(cairo);
-  }
-
- private:
-  cairo_surface_t* surface_;
-};
-
-void FillPattern(cairo_t* cairo, const Drawing& drawing, const FillLook& fill, const DeviceMap& map) {
-  const auto found = drawing.patterns.find(fill.pattern);
-  if (found == drawing.patterns.end() || found->second.columns > 32767 || found->second.rows > 32767) {
-    SetColour(cairo, fill.colour);
-    cairo_fill(cairo);
-    return;
-  }
-  const Pattern& pattern = found->second;
-  Point right{1, 0}, down{0, 1};
-  const Point width = map.Direction(fill.patternWidth), height = map.Direction(fill.patternHeight);
-  if (std::hypot(width.x, width.y) > 0 && std::hypot(height.x, height.y) > 0) {
-    right = {width.x / pattern.columns, width.y / pattern.columns};
-    down = {-height.x / pattern.rows, -height.y / pattern.rows};
-  }
-  CellSurface(pattern.cells, pattern.columns, pattern.rows)
-      .Use(cairo, map.ToDevice(drawing.extent.first), right, down, CAIRO_EXTEND_REPEAT);
-}
-
-void Fill(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map,
-          const std::vector<Path>& paths) {
-  const Attributes& attributes = *object.attributes;
-  switch (attributes.fill.interior) {
-    case Interior::Solid:
-      SetColour(cairo, attributes.fill.colour);
-      return cairo_fill(cairo);
-    case Interior::Hatch:
-      return FillHatch(cairo, attributes);
-    case Interior::Pattern:
-      return FillPattern(cairo, drawing, attributes.fill, map);
-    case Interior::Hollow:
-      if (attributes.edgeVisible) return cairo_new_path(cairo);
-      return Stroke(cairo, {1, 1, true, attributes.fill.colour}, attributes, map, paths);
-    case Interior::Empty:
-      return cairo_new_path(cairo);
-  }
+  return extent;
 }
 
 // The edges of a polygon set that its flags show, one by one.
@@ -221,20 +49,26 @@ std::vector<Path> VisibleEdges(const Object& object) {
   return edges;
 }
 
-void PaintOutline(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map) {
-  const std::vector<Path> paths = OutlineOf(object);
-  for (const Path& path : paths) AddPath(cairo, path, map);
-  if (!IsFilled(object.kind))
-    return Stroke(cairo, object.attributes->line, *object.attributes, map, paths);
-  Fill(cairo, drawing, object, map, paths);
-  if (!object.attributes->edgeVisible) return;
+void PaintOutline(const Brush& brush, const Object& object) {
+  const Attributes& attributes = *object.attributes;
+  const std::vector<Path> paths = OutlineOf(object, brush.map.Length(1));
+  const PathExtent path = AddPaths(brush, paths);
+  if (!IsFilled(object.kind)) return StrokePath(brush, attributes.line, attributes, paths, path);
+  const Interior interior = attributes.fill.interior;
+  if (interior == Interior::Empty || (interior == Interior::Hollow && attributes.edgeVisible)) {
+    cairo_new_path(brush.cairo);
+  } else if (interior == Interior::Hollow) {
+    StrokePath(brush, {1, 1, true, attributes.fill.colour}, attributes, paths, path);
+  } else {
+    FillPath(brush, object, path);
+  }
+  if (!attributes.edgeVisible) return;
   const bool single = object.kind == ObjectKind::PolygonSet;
   const std::vector<Path> edges = single ? VisibleEdges(object) : paths;
-  for (const Path& path : edges) AddPath(cairo, path, map);
-  Stroke(cairo, object.attributes->edge, *object.attributes, map, edges);
+  StrokePath(brush, attributes.edge, attributes, edges, AddPaths(brush, edges));
 }
 
-// ---------------------------------------------------------------- markers and cells
+// ---------------------------------------------------------------- markers
 
 void AddMarker(cairo_t* cairo, int32_t type, Point p, double half) {
   const auto line = [&](double dx, double dy) {
@@ -257,44 +91,45 @@ void AddMarker(cairo_t* cairo, int32_t type, Point p, double half) {
   }
 }
 
-void PaintMarkers(cairo_t* cairo, const Object& object, const DeviceMap& map) {
-  constexpr double kNominalMarker = 6;  // pixels
+// Markers are drawn some at a time: a path of very many is slower than its parts.
+void PaintMarkers(const Brush& brush, const Object& object) {
+  constexpr size_t kAtOnce = 64;
+  constexpr double kMarkerCost = 6000;
   const MarkerLook& look = object.attributes->marker;
-  const double size = look.scaled ? look.size * kNominalMarker : map.Length(look.size);
-  const double half = Bounded(std::max(1.0, size)) / 2;
-  for (const Point& point : object.points) AddMarker(cairo, look.type, map.ToDevice(point), half);
+  const double half = HalfMarker(look, brush.map);
+  cairo_t* cairo = brush.cairo;
   SetColour(cairo, look.colour);
   cairo_set_dash(cairo, nullptr, 0, 0);
   cairo_set_line_width(cairo, 1);
-  look.type == 1 ? cairo_fill(cairo) : cairo_stroke(cairo);
+  size_t held = 0;
+  for (size_t i = 0; i < object.points.size(); ++i) {
+    const Point p = brush.map.ToDevice(object.points[i]);
+    const bool seen = p.x + half >= -1 && p.x - half <= brush.width + 1 && p.y + half >= -1 &&
+                      p.y - half <= brush.height + 1;
+    if (seen) {
+      const double rows = std::min(2 * half, brush.height);
+      if (!brush.limit.Take(kMarkerCost + kPointCost * rows * (look.type == 1 ? rows : 4))) break;
+      AddMarker(cairo, look.type, p, half);
+      ++held;
+    }
+    if (held < kAtOnce && i + 1 < object.points.size()) continue;
+    look.type == 1 ? cairo_fill(cairo) : cairo_stroke(cairo);
+    held = 0;
+  }
+  cairo_new_path(cairo);
 }
 
-// Rows run from the first point towards the third, one after the other towards the second.
-void PaintCells(cairo_t* cairo, const Object& object, const DeviceMap& map) {
-  if (object.columns > 32767 || object.rows > 32767 || object.points.size() < 3) return;
-  const Point p = map.ToDevice(object.points[0]), q = map.ToDevice(object.points[1]),
-              r = map.ToDevice(object.points[2]);
-  const Point right{(r.x - p.x) / object.columns, (r.y - p.y) / object.columns};
-  const Point down{(q.x - r.x) / object.rows, (q.y - r.y) / object.rows};
-  cairo_move_to(cairo, p.x, p.y);
-  cairo_line_to(cairo, r.x, r.y);
-  cairo_line_to(cairo, q.x, q.y);
-  cairo_line_to(cairo, p.x + q.x - r.x, p.y + q.y - r.y);
-  cairo_close_path(cairo);
-  CellSurface(object.cells, object.columns, object.rows).Use(cairo, p, right, down, CAIRO_EXTEND_PAD);
-}
-
-void PaintObject(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map) {
+void PaintObject(const Brush& brush, const Object& object) {
   switch (object.kind) {
     case ObjectKind::Text:
     case ObjectKind::RestrictedText:
-      return PaintText(cairo, drawing, object, map);
+      return PaintText(brush, object);
     case ObjectKind::Polymarker:
-      return PaintMarkers(cairo, object, map);
+      return PaintMarkers(brush, object);
     case ObjectKind::CellArray:
-      return PaintCells(cairo, object, map);
+      return PaintCells(brush, object);
     default:
-      return PaintOutline(cairo, drawing, object, map);
+      return PaintOutline(brush, object);
   }
 }
 
@@ -307,82 +142,66 @@ void ClipTo(cairo_t* cairo, const Box& box, const DeviceMap& map) {
 
 }  // namespace
 
-DeviceMap::DeviceMap(const Box& extent, double left, double top, double width, double height) {
-  const double spanX = extent.second.x - extent.first.x, spanY = extent.second.y - extent.first.y;
-  scaleX_ = width / spanX;
-  scaleY_ = -height / spanY;
-  originX_ = left - extent.first.x * scaleX_;
-  originY_ = top + height - extent.first.y * scaleY_;
-  usable_ = spanX != 0 && spanY != 0 && std::isfinite(scaleX_) && std::isfinite(scaleY_) &&
-            std::isfinite(originX_) && std::isfinite(originY_) && width > 0 && height > 0;
+double HalfMarker(const MarkerLook& look, const DeviceMap& map) {
+  constexpr double kNominalMarker = 6;  // pixels
+  const double size = look.scaled ? look.size * kNominalMarker : map.Length(look.size);
+  return Bounded(std::max(1.0, size)) / 2;
 }
 
-// A drawing without a frame begins at its objects' corner.
-DeviceMap DeviceMap::OneUnitAPixel(const Drawing& drawing, double left, double top) {
-  constexpr double kWholeRange = 32767;
-  Box frame = drawing.extent;
-  const double spanX = frame.second.x - frame.first.x, spanY = frame.second.y - frame.first.y;
-  Point least, greatest;
-  if (std::abs(spanX) == kWholeRange && std::abs(spanY) == kWholeRange &&
-      FindExtent(drawing, TextBox::Capitals, least, greatest)) {
-    frame = {{spanX < 0 ? greatest.x : least.x, spanY < 0 ? greatest.y : least.y},
-             {spanX < 0 ? least.x : greatest.x, spanY < 0 ? least.y : greatest.y}};
-  }
-  DeviceMap map;
-  map.scaleX_ = spanX < 0 ? -1 : 1;
-  map.scaleY_ = spanY < 0 ? 1 : -1;
-  map.originX_ = left - map.scaleX_ * frame.first.x;
-  map.originY_ = top - map.scaleY_ * frame.second.y;
-  map.usable_ = std::isfinite(map.originX_) && std::isfinite(map.originY_);
-  return map;
+PaintLimit::PaintLimit(double pixels, double bytes)
+    : left_(kBaseCost + kCostPerPixel * pixels + kCostPerByte * bytes) {}
+
+bool PaintLimit::Take(double nanoseconds) {
+  left_ -= nanoseconds;
+  const double most = 1e15;  // keeps the conversion defined
+  if (!Spend(static_cast<uint64_t>(std::clamp(nanoseconds, 0.0, most)))) left_ = -1;
+  return left_ >= 0;
 }
 
-DeviceMap DeviceMap::ForDrawing(const Drawing& drawing, double left, double top, double width,
-                                double height) {
-  if (drawing.wholeUnits) return OneUnitAPixel(drawing, left, top);
-  Box frame = drawing.extent;
-  const auto isFlat = [&frame] {
-    return frame.first.x == frame.second.x || frame.first.y == frame.second.y;
-  };
-  // A degenerate extent frames nothing: the objects are their own frame, a line has one unit across.
-  if (isFlat() && !FindExtent(drawing, TextBox::Full, frame.first, frame.second)) return {};
-  if (frame.first.x == frame.second.x) frame.second.x += 1;
-  if (frame.first.y == frame.second.y) frame.second.y += 1;
-  return DeviceMap(frame, left, top, width, height);
+void Extent::Add(Point p) {
+  left = std::min(left, p.x), right = std::max(right, p.x);
+  top = std::min(top, p.y), bottom = std::max(bottom, p.y);
 }
 
-DeviceMap DeviceMap::Shifted(double left, double top) const {
-  DeviceMap map = *this;
-  map.originX_ -= left;
-  map.originY_ -= top;
-  return map;
+double Extent::Area(const Brush& brush, double margin) const {
+  const double width = std::min(right + margin, brush.width) - std::max(left - margin, 0.0);
+  const double height = std::min(bottom + margin, brush.height) - std::max(top - margin, 0.0);
+  return std::max(width, 0.0) * std::max(height, 0.0);
 }
 
-Point DeviceMap::ToDevice(Point p) const {
-  return {Bounded(originX_ + p.x * scaleX_), Bounded(originY_ + p.y * scaleY_)};
+void PathExtent::AddEdge(const Brush& brush, Point from, Point to) {
+  extent.Add(to);
+  ++segments;
+  edgeRows += 1 + std::max(0.0, std::min(std::max(from.y, to.y), brush.height) -
+                                    std::max(std::min(from.y, to.y), 0.0));
 }
-Point DeviceMap::Direction(Point v) const { return {Bounded(v.x * scaleX_), Bounded(v.y * scaleY_)}; }
-double DeviceMap::Length(double vdc) const {
-  return std::abs(vdc) * std::sqrt(std::abs(scaleX_ * scaleY_));
+
+// Edges are sampled in several lines a row, the fewer the more edges there are.
+double ChooseSmoothness(cairo_t* cairo, double edgeRows) {
+  constexpr double kFew = 200'000, kMany = 2'000'000;
+  constexpr double kFineCost = 40, kFastCost = 12, kPlainCost = 8;  // nanoseconds an edge and row
+  const bool few = edgeRows <= kFew, many = edgeRows > kMany;
+  cairo_set_antialias(cairo, few    ? CAIRO_ANTIALIAS_DEFAULT
+                             : many ? CAIRO_ANTIALIAS_NONE
+                                    : CAIRO_ANTIALIAS_FAST);
+  return edgeRows * (few ? kFineCost : many ? kPlainCost : kFastCost);
 }
 
 void SetColour(cairo_t* cairo, Colour colour) {
   cairo_set_source_rgb(cairo, colour.red / 255.0, colour.green / 255.0, colour.blue / 255.0);
 }
 
-void PaintDrawing(cairo_t* cairo, const Drawing& drawing, const DeviceMap& map) {
-  if (!map.IsUsable()) return;
-  cairo_set_fill_rule(cairo, CAIRO_FILL_RULE_EVEN_ODD);
-  for (const Layer& layer : drawing.layers) {
-    for (const Object& object : layer.objects) {
-      if (!IsFinite(object)) continue;
-      cairo_save(cairo);
-      if (object.attributes->clip) ClipTo(cairo, object.attributes->clipBox, map);
-      cairo_new_path(cairo);
-      PaintObject(cairo, drawing, object, map);
-      cairo_restore(cairo);
-    }
+bool PaintObjects(const Brush& brush, std::span<const Object* const> objects) {
+  cairo_set_fill_rule(brush.cairo, CAIRO_FILL_RULE_EVEN_ODD);
+  for (const Object* object : objects) {
+    if (!brush.limit.Take(kObjectCost + kPointCost * static_cast<double>(object->points.size()))) break;
+    cairo_save(brush.cairo);
+    if (object->attributes->clip) ClipTo(brush.cairo, object->attributes->clipBox, brush.map);
+    cairo_new_path(brush.cairo);
+    PaintObject(brush, *object);
+    cairo_restore(brush.cairo);
   }
+  return !brush.limit.IsExceeded();
 }
 
 }  // namespace hostkit

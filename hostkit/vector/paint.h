@@ -3,6 +3,8 @@
 
 #include <cairo.h>
 
+#include <span>
+
 #include "hostkit/vector/drawing.h"
 
 namespace hostkit {
@@ -33,10 +35,34 @@ class DeviceMap {
   bool usable_ = false;
 };
 
-/// Draws every object.
-void PaintDrawing(cairo_t* cairo, const Drawing& drawing, const DeviceMap& map);
-/// Draws a text object.
-void PaintText(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map);
-void SetColour(cairo_t* cairo, Colour colour);
+/// How much more painting there may be, in nanoseconds of an ordinary core: what the pixels that a drawing
+/// can reach and the bytes that it was read from are worth.
+class PaintLimit {
+ public:
+  static constexpr double kBaseCost = 1e9, kCostPerPixel = 40, kCostPerByte = 800;
+  PaintLimit(double pixels, double bytes);
+  /// Takes the cost of a step; false when there is less left.
+  bool Take(double nanoseconds);
+  bool IsExceeded() const { return left_ < 0; }
+
+ private:
+  double left_;
+};
+
+/// What a drawing is painted with.
+struct Brush {
+  cairo_t* cairo;
+  const Drawing& drawing;
+  DeviceMap map;
+  double left, top;      ///< of the surface, on the device
+  double width, height;  ///< of the surface
+  PaintLimit& limit;
+};
+
+/// Keeps a device coordinate within what can be painted on.
+double Bounded(double value);
+
+/// Draws objects, one after the other; false when the limit was met, and what was drawn is not all.
+bool PaintObjects(const Brush& brush, std::span<const Object* const> objects);
 
 }  // namespace hostkit

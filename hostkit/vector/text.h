@@ -9,6 +9,7 @@ namespace hostkit {
 struct FontName {
   std::string family;  ///< Latin-1; empty for any sans-serif family
   bool slanted = false, bold = false;
+  bool operator==(const FontName&) const = default;
 };
 FontName FontOf(const Drawing& drawing, const TextLook& look);
 

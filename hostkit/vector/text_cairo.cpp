@@ -1,13 +1,12 @@
-// Texts measured and drawn with Cairo's fonts.
-#include <cmath>
+// Texts measured with Cairo's fonts.
+#include "hostkit/vector/text_cairo.h"
 
-#include "hostkit/vector/paint.h"
-#include "hostkit/vector/text.h"
+#include <algorithm>
+#include <cmath>
+#include <list>
+
 
 namespace hostkit {
-namespace {
-
-constexpr double kMeasureSize = 1000;
 
 std::string Utf8(const std::string& latin1) {
   std::string utf8;
@@ -32,6 +31,10 @@ void SelectFont(cairo_t* cairo, const FontName& name) {
                          name.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
 }
 
+namespace {
+
+constexpr double kMeasureSize = 1000;
+
 class Scratch {
  public:
   Scratch()
@@ -50,71 +53,60 @@ class Scratch {
   cairo_t* cairo_;
 };
 
-}  // namespace
+// What is known of a font: its heights, and the advances of the characters that were asked for.
+struct KnownFont {
+  FontName name;
+  FontMeasure measure;
+  double advances[256];
 
-FontMeasure MeasureFont(const FontName& name, const std::string& text) {
-  Scratch scratch;
-  SelectFont(scratch.get(), name);
-  cairo_set_font_size(scratch.get(), kMeasureSize);
-  cairo_text_extents_t extents;
-  cairo_text_extents(scratch.get(), "H", &extents);
-  cairo_font_extents_t whole;
-  cairo_font_extents(scratch.get(), &whole);
-  FontMeasure measure = {
-      extents.height / kMeasureSize, whole.ascent / kMeasureSize, whole.descent / kMeasureSize, {}};
-  for (const char c : text) {
-    cairo_text_extents(scratch.get(), Utf8(std::string(1, c)).c_str(), &extents);
-    measure.advances.push_back(extents.x_advance / kMeasureSize);
+  explicit KnownFont(const FontName& font) : name(font) {
+    Scratch scratch;
+    Select(scratch);
+    cairo_text_extents_t extents;
+    cairo_text_extents(scratch.get(), "H", &extents);
+    cairo_font_extents_t whole;
+    cairo_font_extents(scratch.get(), &whole);
+    measure = {extents.height / kMeasureSize, whole.ascent / kMeasureSize, whole.descent / kMeasureSize, {}};
+    std::fill(std::begin(advances), std::end(advances), NAN);
   }
-  return measure;
-}
-
-namespace {
-
-// The box behind an opaque text.
-void FillTextBox(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map) {
-  Point corners[4];
-  TextCorners(drawing, object, TextBox::Full, corners);
-  for (const Point& corner : corners) {
-    const Point p = map.ToDevice(corner);
-    cairo_line_to(cairo, p.x, p.y);
-  }
-  SetColour(cairo, object.attributes->auxiliary);
-  cairo_fill(cairo);
-}
-
-}  // namespace
-
-void PaintText(cairo_t* cairo, const Drawing& drawing, const Object& object, const DeviceMap& map) {
-  const Attributes& attributes = *object.attributes;
-  const LaidOutText text = LayOutText(drawing, object);
-  if (text.fontSize <= 0 || !std::isfinite(text.fontSize)) return;
-  const Point x = map.Direction(
-      {text.along.x * text.fontSize * text.stretch, text.along.y * text.fontSize * text.stretch});
-  const Point y = map.Direction({text.across.x * text.fontSize, text.across.y * text.fontSize});
-  constexpr double kLargest = 10000;  // pixels; larger glyphs are nothing but memory
-  const double area = std::abs(x.x * y.y - x.y * y.x);
-  if (!(area > 1e-6) || std::hypot(x.x, x.y) > kLargest || std::hypot(y.x, y.y) > kLargest) return;
-  if (!attributes.transparent) FillTextBox(cairo, drawing, object, map);
-  SelectFont(cairo, FontOf(drawing, attributes.text));
-  cairo_matrix_t matrix;
-  cairo_matrix_init(&matrix, x.x, x.y, -y.x, -y.y, 0, 0);
-  cairo_set_font_matrix(cairo, &matrix);
-  SetColour(cairo, attributes.text.colour);
-  // The pictures of large glyphs would be kept; their outlines are not.
-  constexpr double kLargestKept = 200;
-  const bool asOutline = std::hypot(x.x, x.y) > kLargestKept || std::hypot(y.x, y.y) > kLargestKept;
-  for (size_t i = 0; i < text.places.size(); ++i) {
-    const std::string character = Utf8(object.text.substr(i, 1));
-    const Point device = map.ToDevice(text.Place(object.points[0], text.places[i]));
-    cairo_move_to(cairo, device.x, device.y);
-    if (asOutline) {
-      cairo_text_path(cairo, character.c_str());
-      cairo_fill(cairo);
-    } else {
-      cairo_show_text(cairo, character.c_str());
+  void Learn(const std::string& text) {
+    const auto unknown = [this](char c) { return std::isnan(advances[static_cast<uint8_t>(c)]); };
+    if (std::none_of(text.begin(), text.end(), unknown)) return;
+    Scratch scratch;
+    Select(scratch);
+    for (const char c : text) {
+      if (!unknown(c)) continue;
+      cairo_text_extents_t extents;
+      cairo_text_extents(scratch.get(), Utf8(std::string(1, c)).c_str(), &extents);
+      advances[static_cast<uint8_t>(c)] = extents.x_advance / kMeasureSize;
     }
   }
+
+ private:
+  void Select(Scratch& scratch) const {
+    SelectFont(scratch.get(), name);
+    cairo_set_font_size(scratch.get(), kMeasureSize);
+  }
+};
+
+}  // namespace
+
+// Measuring a font anew for every text of a drawing would take longer than drawing it.
+FontMeasure MeasureFont(const FontName& name, const std::string& text) {
+  constexpr size_t kKept = 16;
+  thread_local std::list<KnownFont> fonts;  // the last used in front
+  auto found = std::find_if(fonts.begin(), fonts.end(), [&](const KnownFont& f) { return f.name == name; });
+  if (found == fonts.end()) {
+    fonts.emplace_front(name);
+    if (fonts.size() > kKept) fonts.pop_back();
+  } else {
+    fonts.splice(fonts.begin(), fonts, found);
+  }
+  KnownFont& font = fonts.front();
+  font.Learn(text);
+  FontMeasure measure = font.measure;
+  for (const char c : text) measure.advances.push_back(font.advances[static_cast<uint8_t>(c)]);
+  return measure;
 }
 
 }  // namespace hostkit
