@@ -91,6 +91,7 @@ struct ScanLimit {
   jpeg_progress_mgr manager;
   int scan;
   uint64_t samples;
+  bool exceeded;
 };
 void LimitScans(j_common_ptr codec) {
   constexpr int kMaxScans = 200;
@@ -99,7 +100,8 @@ void LimitScans(j_common_ptr codec) {
   const int scan = reinterpret_cast<j_decompress_ptr>(codec)->input_scan_number;
   if (scan == limit.scan) return;
   limit.scan = scan;
-  if (scan > kMaxScans || !Spend(kWorkPerScanSample * limit.samples)) ReturnError(codec);
+  limit.exceeded = !Spend(kWorkPerScanSample * limit.samples);
+  if (scan > kMaxScans || limit.exceeded) ReturnError(codec);
 }
 
 // Whether the decoder, which then keeps all coefficients, would take too much memory.
@@ -118,7 +120,7 @@ bool NeedsTooMuch(jpeg_decompress_struct& codec) {
 int32_t RunDecoder(jpeg_decompress_struct& codec, ErrorReturn& errors, Bytes bytes, const JpegFrame& frame,
                    const HostLoadOptions& options, KernelBitmap& bitmap, uint8_t* samples, bool pick,
                    ScanLimit& limit) {
-  if (setjmp(errors.jump) != 0) return kHostBadData;
+  if (setjmp(errors.jump) != 0) return limit.exceeded ? kHostOverBudget : kHostBadData;
   jpeg_create_decompress(&codec);
   jpeg_mem_src(&codec, bytes.data(), static_cast<unsigned long>(bytes.size()));
   jpeg_read_header(&codec, TRUE);
@@ -172,7 +174,7 @@ int32_t Load(Bytes stream, const HostLoadOptions& options, KernelBitmap& bitmap)
   jpeg_decompress_struct codec{};
   ErrorReturn errors;
   codec.err = Silent(errors);
-  ScanLimit limit = {{&LimitScans, 0, 0, 0, 0}, 0, pixels * frame.components};
+  ScanLimit limit = {{&LimitScans, 0, 0, 0, 0}, 0, pixels * frame.components, false};
   const int32_t decoded = RunDecoder(codec, errors, bytes, frame, options, bitmap,
                                      aside ? samples.data() : nullptr, pick, limit);
   jpeg_destroy_decompress(&codec);

@@ -8,7 +8,7 @@
 namespace hostkit {
 namespace {
 
-constexpr double kCellCost = 5, kPixelCost = 1, kSampledPixelCost = 12;  // nanoseconds
+constexpr double kCellCost = 5, kPixelCost = 0.5, kSampledPixelCost = 12;  // nanoseconds
 
 // One square of a hatch, repeated over the shape: its cost is that of a plain fill.
 void FillHatch(const Brush& brush, const Attributes& attributes) {
@@ -110,7 +110,7 @@ void FillPath(const Brush& brush, const Object& object, const PathExtent& path) 
   cairo_t* cairo = brush.cairo;
   const Attributes& attributes = *object.attributes;
   const bool plain = attributes.fill.interior == Interior::Solid;
-  if (!brush.limit.Take(ChooseSmoothness(cairo, path.edgeRows) +
+  if (!brush.limit.Take(ChooseSmoothness(brush, path.edgeRows, path.segments) +
                         (plain ? kPixelCost : kSampledPixelCost) * path.extent.Area(brush))) {
     return cairo_new_path(cairo);
   }

@@ -23,8 +23,9 @@ struct PathExtent {
   void AddEdge(const Brush& brush, Point from, Point to);
 };
 
-/// Chooses how finely edges are sampled; returns their cost in nanoseconds.
-double ChooseSmoothness(cairo_t* cairo, double edgeRows);
+/// Chooses how finely as many edges, which cross so many rows, are sampled; returns their cost in
+/// nanoseconds.
+double ChooseSmoothness(const Brush& brush, double edgeRows, double edges);
 
 /// Fills the current path of an object, or strokes it with a line's look: at least a pixel wide; so many
 /// dashes that none could be told from the next are a solid line; gaps of an opaque line have the

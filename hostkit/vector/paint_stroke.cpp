@@ -58,7 +58,7 @@ double PixelWidth(const LineLook& look, const DeviceMap& map) {
 
 void StrokePath(const Brush& brush, const LineLook& look, const Attributes& attributes,
                 const std::vector<Path>& paths, const PathExtent& path) {
-  constexpr double kMostDashes = 50000, kSegmentCost = 400, kDashCost = 2500, kPixelCost = 1;
+  constexpr double kMostDashes = 50000, kSegmentCost = 400, kDashCost = 2500, kPixelCost = 0.5;
   cairo_t* cairo = brush.cairo;
   const double width = PixelWidth(look, brush.map);
   double length = 0;
@@ -69,7 +69,7 @@ void StrokePath(const Brush& brush, const LineLook& look, const Attributes& attr
   // A stroke is an outline of two sides, with corners of its own.
   const double sides = 2.5 * path.edgeRows + std::min(width, brush.height) * path.segments;
   const double ink = std::min(path.extent.Area(brush, width), length * width);
-  if (!brush.limit.Take(ChooseSmoothness(cairo, sides) + kSegmentCost * path.segments + kPixelCost * ink +
+  if (!brush.limit.Take(ChooseSmoothness(brush, sides, 4 * path.segments) + kSegmentCost * path.segments + kPixelCost * ink +
                         (dashed ? kDashCost * length / width : 0))) {
     return cairo_new_path(cairo);
   }

@@ -26,6 +26,22 @@ double MarginOf(const Object& object, const DeviceMap& map) {
   return Bounded(margin);
 }
 
+bool Contains(const Box& box, const DeviceMap& map, const Extent& area) {
+  Extent extent;
+  extent.Add(map.ToDevice(box.first));
+  extent.Add(map.ToDevice(box.second));
+  return extent.left <= area.left && extent.top <= area.top && extent.right >= area.right &&
+         extent.bottom >= area.bottom;
+}
+
+// Whether a plain rectangle hides all of an area.
+bool Hides(const Object& object, const DeviceMap& map, const Extent& area) {
+  const Attributes& attributes = *object.attributes;
+  return object.kind == ObjectKind::Rectangle && attributes.fill.interior == Interior::Solid &&
+         Contains({object.points[0], object.points[1]}, map, area) &&
+         (!attributes.clip || Contains(attributes.clipBox, map, area));
+}
+
 }  // namespace
 
 Reach::Reach(const Drawing& drawing, const DeviceMap& map) : map_(map) {
@@ -63,7 +79,9 @@ std::vector<const Object*> Reach::Within(double left, double top, double right, 
   area.Add({right, bottom});
   std::vector<const Object*> objects;
   for (const Entry& entry : entries_) {
-    if (Touches(entry, area)) objects.push_back(entry.object);
+    if (!Touches(entry, area)) continue;
+    if (Hides(*entry.object, map_, area)) objects.clear();
+    objects.push_back(entry.object);
   }
   return objects;
 }

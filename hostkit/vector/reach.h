@@ -11,7 +11,7 @@ class Reach {
   Reach(const Drawing& drawing, const DeviceMap& map);
   /// What all objects may touch.
   const Extent& Whole() const { return whole_; }
-  /// The objects that may touch a rectangle, in drawing order.
+  /// The objects that may be seen in a rectangle, in drawing order.
   std::vector<const Object*> Within(double left, double top, double right, double bottom) const;
 
  private:

@@ -1,8 +1,13 @@
 // orbntf: shows, renders and edits NITF files.
+#include <cstdio>
+#include <new>
+
 #include "hostkit/hostkit.h"
 #include "tools/orbntf/tool.h"
 
-int main(int argc, char** argv) {
+namespace {
+
+int Run(int argc, char** argv) {
   CLI::App app("Shows, renders and edits NITF 2.1 files");
   app.require_subcommand(1);
   uint64_t maxPixels = 0;
@@ -20,4 +25,16 @@ int main(int argc, char** argv) {
   }
   HostkitSetMaxPixels(maxPixels);
   return work();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    // Nothing is left to make a sentence with.
+    std::fputs("orbntf: status -1: out of memory\n", stderr);
+    return tool::kExitStatus;
+  }
 }

@@ -87,7 +87,9 @@ int32_t LoadRows(const RenderOptions& options, const std::u16string& path, RowSi
 int32_t RenderInto(const RenderOptions& options, std::FILE* file, PictureForm form) {
   const std::u16string path = Widen(options.file);
   HostFileInfo info = {};
+  LimitWork(options.file, 0);
   if (const int32_t status = AskSize(options, path, info); status != ORB_SUCCESS) return status;
+  LimitWork(options.file, uint64_t{info.width} * info.height);
   BoxScaler scaler(info.width, info.height, ScaleFactor(options.scale));
   const auto writer = PictureWriter::Start(form, file, scaler.Width(), scaler.Height());
   RowSink sink{*writer, scaler, info.height, isatty(STDERR_FILENO) != 0};

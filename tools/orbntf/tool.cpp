@@ -6,8 +6,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 
-#include "host/kernel.h"
+#include "hostkit/hostkit.h"
 #include "orbntf/orbntf.h"
 
 namespace tool {
@@ -30,7 +31,8 @@ constexpr Meaning kMeanings[] = {
     {ORB_INVALID_PARAMETER, "invalid value"},
     {ORB_TEXT_NOT_OPENED, "the text file cannot be opened"},
     {ORB_UNSUPPORTED, "not supported"},
-    {-20, "not a known image format"},
+    {kHostNotRecognised, "not a known image format"},
+    {kHostOverBudget, "more work than the file and its picture are worth"},
     {ORB_BAD_QUALITY, "quality factor out of range"},
     {ORB_BAD_BITMAP_DEPTH, "bits per pixel neither 24 nor 8"},
     {ORB_BAD_VERSION, "version is not 02.10"},
@@ -90,6 +92,12 @@ bool OutputFile::Commit() {
   if (temporary_.empty() || rename(temporary_.c_str(), path_.c_str()) != 0) return false;
   temporary_.clear();
   return true;
+}
+
+void LimitWork(const std::string& path, uint64_t pixels) {
+  std::error_code error;
+  const uint64_t bytes = std::filesystem::file_size(path, error);
+  HostkitLimitWork(error ? 0 : bytes, pixels);
 }
 
 bool IsSameFile(const std::string& a, const std::string& b) {

@@ -45,6 +45,9 @@ class OutputFile {
   std::string temporary_;
 };
 
+/// Bounds what reading and drawing a file may take from here on by its bytes and the pixels that it makes.
+void LimitWork(const std::string& path, uint64_t pixels);
+
 /// Whether two paths name one existing file.
 bool IsSameFile(const std::string& a, const std::string& b);
 

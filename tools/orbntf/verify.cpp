@@ -7,6 +7,7 @@
 #include "Common/Exchange.h"
 #include "Common/HandlImg.h"
 #include "Common/ImgVq.h"
+#include "hostkit/hostkit.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/tool.h"
 
@@ -227,7 +228,13 @@ std::string FindFault(NitfHandle document, const std::string& path) {
     return "FL would be " + std::to_string(written.get()->header.fileLength) + " in a file of " +
            std::to_string(size) + " bytes";
   }
-  return FindSegmentFaults(*document, *written.get(), size);
+  uint64_t pixels = 0;
+  for (const ImageSubheader& image : written.get()->images)
+    pixels = std::max(pixels, image.FullWidth().Value() * image.FullHeight().Value());
+  LimitWork(path, pixels);
+  const std::string fault = FindSegmentFaults(*document, *written.get(), size);
+  HostkitLiftWorkLimit();
+  return fault;
 }
 
 bool SetTrueLengths(NitfHandle document) {
