@@ -33,17 +33,21 @@ Status PutSegmentColours(KernelBitmap& bitmap, const ImageSubheader& header) {
   return nbpp == 32 || nbpp == 64 ? PutDefaultColours(bitmap, 8) : Status::Success;
 }
 
-Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header) {
-  const CheckedSize width = header.FullWidth(), height = header.FullHeight();
-  if (!width.Within(kMaxSide) || !height.Within(kMaxSide)) return Status::OutOfMemory;
-  if (Status s =
-          bitmap.Allocate(static_cast<uint32_t>(width.Value()), static_cast<uint32_t>(height.Value()),
-                          SegmentBitsPerPixel(header), kOrderBgr, kViewTopLeft);
+Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header, uint32_t width,
+                           uint32_t height) {
+  if (Status s = bitmap.Allocate(width, height, SegmentBitsPerPixel(header), kOrderBgr, kViewTopLeft);
       !Ok(s)) {
     return s;
   }
   bitmap.record.colourOrder = SegmentColourOrder(header, bitmap.record.bitsPerPixel);
   return PutSegmentColours(bitmap.record, header);
+}
+
+Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header) {
+  const CheckedSize width = header.FullWidth(), height = header.FullHeight();
+  if (!width.Within(kMaxSide) || !height.Within(kMaxSide)) return Status::OutOfMemory;
+  return CreateSegmentBitmap(bitmap, header, static_cast<uint32_t>(width.Value()),
+                             static_cast<uint32_t>(height.Value()));
 }
 
 void PutOneColour(KernelBitmap& bitmap, uint32_t entry, KernelColour colour) {
@@ -198,47 +202,50 @@ Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t ind
   const ImageSource source = ImageSource::Of(document, index, record);
   const Status status = FillSegmentBitmap(source, bitmap);
   if (!Ok(status)) bitmap.Free();
-  if (blank != nullptr) *blank = source.blank;
+  // What a vector-quantised image fills follows from its blocks.
+  if (blank != nullptr) *blank = source.blank && source.header.Family() != ReaderFamily::VectorQuantised;
   return status;
 }
 
 Status ImagePainter::Draw(uint32_t index, int32_t rowOffset, int32_t columnOffset) {
-  Read image;
+  OwnedBitmap bitmap;
   bool blank = false;
-  image.header = document_.images.At(index);
-  if (Status s = LoadImageSegment(record_, document_, index, image.bitmap, &blank); !Ok(s)) return s;
+  const ImageSubheader& header = *document_.images.At(index);
+  if (Status s = LoadImageSegment(record_, document_, index, bitmap, &blank); !Ok(s)) return s;
   if (document_.liftDarkImages) {
-    (void)LiftDarkImage(image.bitmap.record);
+    (void)LiftDarkImage(bitmap.record);
     blank = false;
   }
-  if (blank && IsInvisible(*image.header, image.bitmap.record)) return Status::Success;
-  image.place = PlaceOf(*image.header, image.bitmap.record, rowOffset, columnOffset);
-  const bool opaque = image.header->mask.TPXCD.size() == 0;
-  if (waiting_.header != nullptr) {
-    const KernelBitmap& below = waiting_.bitmap.record;
-    if (!opaque || !Covers(FilledPart(image.place, image.bitmap.record), FilledPart(waiting_.place, below))) {
-      if (Status s = Finish(); !Ok(s)) return s;
-    }
-    waiting_.header = nullptr;
-    waiting_.bitmap.Free();
-  }
-  if (!blank || !opaque) return Paint(image);
-  image.bitmap.MoveTo(waiting_.bitmap.record);
-  waiting_.header = image.header;
-  waiting_.place = image.place;
+  if (blank && IsInvisible(header, bitmap.record)) return Status::Success;
+  const RECT place = PlaceOf(header, bitmap.record, rowOffset, columnOffset);
+  const RECT filled = FilledPart(place, bitmap.record);
+  const bool opaque = header.mask.TPXCD.size() == 0;
+  if (waiting_.header != nullptr && opaque && Covers(filled, waiting_.filled)) waiting_ = {};
+  if (Status s = Finish(); !Ok(s)) return s;
+  if (!blank || !opaque) return PaintSegment(dc_, bitmap.record, header, place);
+  waiting_ = {&header, filled};
   return Status::Success;
 }
 
-Status ImagePainter::Paint(Read& image) {
-  return PaintSegment(dc_, image.bitmap.record, *image.header, image.place);
-}
-
+// One colour is painted strip by strip.
 Status ImagePainter::Finish() {
+  constexpr int32_t kStripRows = 64;
   if (waiting_.header == nullptr) return Status::Success;
-  const Status status = Paint(waiting_);
-  waiting_.header = nullptr;
-  waiting_.bitmap.Free();
-  return status;
+  const ImageSubheader& header = *waiting_.header;
+  RECT strip = waiting_.filled;
+  const int32_t bottom = strip.bottom;
+  waiting_ = {};
+  OwnedBitmap bitmap;
+  if (Status s = CreateSegmentBitmap(bitmap, header, static_cast<uint32_t>(strip.right - strip.left),
+                                     kStripRows);
+      !Ok(s)) {
+    return s;
+  }
+  for (; strip.top < bottom; strip.top = strip.bottom) {
+    strip.bottom = std::min(bottom, strip.top + std::min(kStripRows, bottom - strip.top));
+    if (Status s = PaintSegment(dc_, bitmap.record, header, strip); !Ok(s)) return s;
+  }
+  return Status::Success;
 }
 
 Status RequireImageData(NitfFile& document, uint32_t index, bool& known) {

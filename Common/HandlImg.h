@@ -17,18 +17,16 @@ class ImagePainter {
   Status Finish();
 
  private:
-  // An image that was read, and where it goes.
-  struct Read {
-    OwnedBitmap bitmap;
+  // A blank image, and the part of the canvas that it fills.
+  struct Blank {
     const ImageSubheader* header = nullptr;  // null: none
-    RECT place{};
+    RECT filled{};
   };
-  Status Paint(Read& image);
 
   HostLoadRecord* record_;
   HDC dc_;
   NitfFile& document_;
-  Read waiting_;
+  Blank waiting_;
 };
 
 /// Creates the segment's bitmap and fills it through the reader of its compression; -16 when there is

@@ -36,7 +36,7 @@ void WriteStream(const std::string& name, const std::string& compression, int si
 void WriteCodecBombs() {
   WriteStream("j2k_components", "C8", 450, bomb::Codestream(450, 10, 1000));
   WriteStream("j2k_tiles", "C8", 2040, bomb::Codestream(2040, 8, 1));
-  WriteStream("j2k_precincts", "C8", 4080, bomb::Codestream(4080, 4080, 1, 0x11));
+  WriteStream("j2k_precincts", "C8", 2040, bomb::Codestream(2040, 2040, 1, 0x11));
   WriteStream("j2k_twice", "C8", 4096, bomb::EncodeJpeg2000(8192));
   WriteStream("j2k_whole", "C8", 8192, bomb::EncodeJpeg2000(8192));
   WriteStream("jpeg_progressive", "C3", 8192, bomb::EncodeProgressive(8192, 3, 0));

@@ -1,109 +1,94 @@
-// Writes the seed corpora of the fuzz targets: FOLDER/document and FOLDER/drawing.
+// Writes seed corpora into FOLDER/TARGET: make_seeds FOLDER KEPT, where KEPT holds the files that the tests
+// make (ORBNTF_KEPT_FILES).
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
 
-#include "host/fileformat.h"
-#include "orbntf/orbntf.h"
-#include "tests/support/builder.h"
-#include "tests/support/metafile.h"
+#include "Common/NitfFile.h"
+#include "hostkit/hostkit.h"
+#include "tools/orbntf/picture.h"
 
 namespace {
 
-using test::Element;
-using test::I;
-using test::ImageForm;
-using test::NitfBuilder;
+std::filesystem::path folder;
 
-// A metafile of one primitive of every kind.
-std::string Drawing() {
-  std::string cgm;
-  cgm += Element(5, 22, I({1})) + Element(5, 23, "\xFF\x80\x10") + Element(5, 30, I({1}));
-  cgm += Element(5, 2, I({2})) + Element(5, 15, I({9})) + Element(5, 18, I({3, 1, 0, 0, 0, 0}));
-  for (const int id : {1, 2, 3, 7}) cgm += Element(4, id, I({10, 10, 40, 30, 70, 20, 20, 80}));
-  cgm += Element(4, 4, I({20, 30, 1}) + "\x04text") + Element(4, 5, I({30, 9, 20, 60, 1}) + "\x03box");
-  cgm += Element(4, 8, I({1, 1, 1, 9, 1, 1, 9, 9, 3}));
-  cgm += Element(4, 9, I({10, 10, 50, 50, 50, 10, 2, 2, 8, 1}) + std::string(12, '\x7F'));
-  cgm += Element(4, 11, I({20, 20, 60, 50})) + Element(4, 12, I({50, 50, 20}));
-  for (const int id : {13, 14}) cgm += Element(4, id, I({10, 50, 50, 90, 90, 50, 1}));
-  for (const int id : {15, 16}) cgm += Element(4, id, I({50, 50, 10, 0, 0, 10, 30, 0}));
-  cgm += Element(4, 17, I({50, 50, 80, 50, 50, 70}));
-  for (const int id : {18, 19}) cgm += Element(4, id, I({50, 50, 80, 50, 50, 70, 1, 0, 0, 1, 1}));
-  return test::Metafile(cgm);
+void Write(const std::string& target, const std::string& bytes) {
+  const std::string name = std::to_string(std::hash<std::string>()(bytes));
+  std::filesystem::create_directories(folder / target);
+  std::ofstream(folder / target / name, std::ios::binary) << bytes;
 }
 
-void Write(const std::filesystem::path& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary) << bytes;
+std::string DataOf(NitfFile& document, SegmentKind kind, uint32_t index) {
+  constexpr uint32_t kMost = 100000;
+  std::string data(std::min(document.DataLength(kind, index), kMost), '\0');
+  document.SeekToData(kind, index);
+  data.resize(KernelRead(document.FileHandle(), data.data(), static_cast<uint32_t>(data.size())));
+  return data;
 }
 
-// A file of one uncompressed or masked image.
-std::string ImageFile(ImageForm form) {
-  form.blocksAcross = 2;
-  const std::string mask =
-      form.compression == "NM"
-          ? test::MaskBytes({.blocks = {0, 0xFFFFFFFF}, .pads = {0, 1}, .padCode = 7})
-          : "";
-  const auto bytes = static_cast<size_t>(2 * 64 * form.bands * ((form.bits + 7) / 8));
-  return NitfBuilder().Image(form, mask + std::string(bytes, '\x5A')).Bytes();
-}
-
-void WriteImages(const std::filesystem::path& folder) {
-  for (const char* mode : {"B", "P", "R", "S"}) {
-    for (const char* compression : {"NC", "NM"}) {
-      ImageForm form;
-      form.bands = 3;
-      form.representation = "RGB";
-      form.mode = mode;
-      form.compression = compression;
-      Write(folder / (std::string(mode) + compression), ImageFile(form));
+// The streams of a file's segments, each with bytes behind it that choose what its target does.
+void WriteStreams(NitfFile& document) {
+  const std::string choices(16, '\x01');
+  for (uint32_t i = 0; i < document.ImageCount(); ++i) {
+    const ImageSubheader& image = *document.images.At(i);
+    const std::string data = DataOf(document, SegmentKind::Image, i);
+    switch (image.Family()) {
+      case ReaderFamily::Jpeg:
+        Write("jpeg", data + choices);
+        Write("jpeg2000", data + std::string(8, '\0'));
+        break;
+      case ReaderFamily::Facsimile:
+        Write("facsimile", data + std::string(5, '\0') + "\x40\x01\x04\x01");
+        break;
+      case ReaderFamily::VectorQuantised:
+        Write("vector", data.substr(std::min<size_t>(data.size(), 77)) +
+                            std::string("\x08\x0c\x10\x04\x04\x04\x08\x08\x01", 9));
+        break;
+      default:
+        break;
     }
   }
-  for (const int bits : {1, 8, 12, 16, 32, 64}) {
-    ImageForm form;
-    form.bits = bits;
-    form.pixelType = bits == 1 ? "B" : bits == 64 ? "C" : bits == 32 ? "R" : "INT";
-    Write(folder / ("bits" + std::to_string(bits)), ImageFile(form));
-  }
-  for (const char* compression : {"C1", "C3", "C4", "C8", "M1", "M3", "M4"}) {
-    ImageForm form;
-    form.compression = compression;
-    form.rate = "1D  ";
-    Write(folder / compression, NitfBuilder().Image(form, std::string(200, '\x11')).Bytes());
-  }
+  for (uint32_t i = 0; i < document.GraphicCount(); ++i)
+    Write("drawing", DataOf(document, SegmentKind::Graphic, i) + '\x80');
 }
 
-// A JPEG image, appended as a caller would.
-void WriteJpeg(const std::string& path) {
-  NitfHandle document = nullptr;
-  KernelBitmap bitmap = {};
-  if (Orb_NITFCreate(&document, nullptr) == ORB_SUCCESS &&
-      KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, 20, 12, 24, kOrderBgr, nullptr, kViewTopLeft,
-                           nullptr, 0) == 1) {
-    (void)Orb_NITFAppendImageSegment(document, &bitmap, kFormatJpegRgb, 24, 30);
-    (void)Orb_NITFSaveFileA(document, path.c_str());
-    KernelFreeBitmap(&bitmap);
+void WritePicture() {
+  const std::string path = (folder / "picture.png").string();
+  std::FILE* file = std::fopen(path.c_str(), "wb");
+  if (file == nullptr) return;
+  {
+    const auto writer = tool::PictureWriter::Start(tool::PictureForm::Png, file, 9, 4);
+    const std::string row(27, '\x5A');
+    for (int y = 0; y < 4; ++y) writer->PutRow(reinterpret_cast<const uint8_t*>(row.data()));
+    writer->Finish();
   }
-  Orb_NITFDestroy(&document);
+  std::fclose(file);
+  std::ifstream stored(path, std::ios::binary);
+  Write("input", std::string(std::istreambuf_iterator<char>(stored), {}) + '\0');
+  std::filesystem::remove(path);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
-    std::cerr << "usage: make_seeds FOLDER\n";
+  if (argc != 3) {
+    std::cerr << "usage: make_seeds FOLDER KEPT\n";
     return 2;
   }
-  const std::filesystem::path folder = argv[1];
-  std::filesystem::create_directories(folder / "document");
-  std::filesystem::create_directories(folder / "drawing");
-  WriteImages(folder / "document");
-  WriteJpeg((folder / "document" / "jpeg").string());
-  Write(folder / "drawing" / "every", Drawing());
-  NitfBuilder whole;
-  whole.Image(ImageForm{}, std::string(64, 'i'))
-      .Graphic(test::GraphicRecord(), Drawing())
-      .Text("some text");
-  whole.extensions.push_back({test::DataExtensionRecord("TRE_OVERFLOW"), "data"});
-  Write(folder / "document" / "whole", whole.Bytes());
+  HostkitSetMessageHandler([](const char*, const char*) {});
+  folder = argv[1];
+  std::filesystem::create_directories(folder);
+  WritePicture();
+  Write("input", std::string("a text of\r\ntwo lines\x01"));
+  for (const auto& entry : std::filesystem::directory_iterator(argv[2])) {
+    std::ifstream file(entry.path(), std::ios::binary);
+    const std::string bytes(std::istreambuf_iterator<char>(file), {});
+    Write("filter", bytes + '\0');
+    Write("api", bytes + std::string("\x04\x01\x02\x03\x06\x07", 6));
+    NitfFile document;
+    if (Ok(document.ReadDocument(entry.path().u16string().c_str()))) WriteStreams(document);
+  }
   return 0;
 }

@@ -18,7 +18,7 @@ constexpr uint8_t kCodestreamStart[] = {0xFF, 0x4F, 0xFF, 0x51};
 constexpr uint8_t kJp2Signature[] = {0, 0, 0, 12, 'j', 'P', ' ', ' ', 0x0D, 0x0A, 0x87, 0x0A};
 constexpr uint64_t kMaxSamples = uint64_t{1} << 29;
 constexpr uint64_t kMaxSamplesPerByte = 65536;
-constexpr uint64_t kSamplesAtOnce = 16 << 20;  // each takes four bytes of a decoder
+constexpr uint64_t kSamplesAtOnce = 2 << 20;  // each takes four bytes of a decoder
 
 uint32_t Big32(const uint8_t* p) {
   return static_cast<uint32_t>(p[0]) << 24 | p[1] << 16 | p[2] << 8 | p[3];
@@ -132,8 +132,10 @@ class Decoder {
     opj_dparameters_t parameters;
     opj_set_default_decoder_parameters(&parameters);
     if (!opj_setup_decoder(codec_.get(), &parameters)) return false;
+    constexpr uint64_t kWorthThreads = 1 << 18;  // samples
     const unsigned cores = std::thread::hardware_concurrency();
-    if (cores > 1) opj_codec_set_threads(codec_.get(), static_cast<int>(cores));
+    const uint64_t samples = uint64_t{size.width} * size.height * size.components;
+    if (cores > 1 && samples >= kWorthThreads) opj_codec_set_threads(codec_.get(), static_cast<int>(cores));
     if (!opj_read_header(stream_.get(), codec_.get(), &owner_.image)) return false;
     const opj_image_t& image = *owner_.image;
     return image.numcomps == size.components && image.x0 == size.left && image.x1 == size.right &&

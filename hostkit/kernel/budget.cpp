@@ -34,14 +34,14 @@ bool hostkit::AllowsPixels(uint64_t pixels) {
 
 void ORB_CALL HostkitSetMaxPixels(uint64_t pixels) { maxPixels = pixels; }
 
-void ORB_CALL HostkitLimitWork(uint64_t fileBytes, uint64_t canvasPixels) {
+void ORB_CALL HostkitLimitWork(uint64_t fileBytes, uint64_t canvasPixels, uint32_t percent) {
   constexpr uint64_t kBase = 1'500'000'000, kPerByte = 1000, kPerPixel = 40;
   constexpr uint64_t kSamples = 1 << 24, kSamplesPerByte = 1024, kSamplesPerPixel = 16;
-  constexpr uint64_t kMost = uint64_t{1} << 50;  // keeps the sums countable
+  constexpr uint64_t kMost = uint64_t{1} << 54;  // keeps the sums countable
   const uint64_t bytes = std::min(fileBytes, kMost / kSamplesPerByte);
   const uint64_t pixels = std::min(canvasPixels, kMost / kSamplesPerByte);
-  work = {true, kBase + kPerByte * bytes + kPerPixel * pixels};
-  samples = {true, kSamples + kSamplesPerByte * bytes + kSamplesPerPixel * pixels};
+  work = {true, (kBase + kPerByte * bytes + kPerPixel * pixels) / 100 * percent};
+  samples = {true, (kSamples + kSamplesPerByte * bytes + kSamplesPerPixel * pixels) / 100 * percent};
 }
 
 void ORB_CALL HostkitLiftWorkLimit() { work = samples = {}; }

@@ -18,7 +18,7 @@ double Cross(Point a, Point b) { return a.x * b.y - a.y * b.x; }
 
 // Steps of a whole turn: small circles need few.
 double TurnSteps(double pixels) {
-  constexpr double kSmall = 16;
+  constexpr double kSmall = 16;  // pixels
   return pixels < kSmall ? 16 + pixels * (kTurnSteps - 16) / kSmall : kTurnSteps;
 }
 
@@ -27,8 +27,8 @@ double TurnSteps(double pixels) {
 std::vector<Point> Sweep(Point centre, Point first, Point second, double start, double sweep,
                          double scale) {
   const double pixels = scale * std::max(std::hypot(first.x, first.y), std::hypot(second.x, second.y));
-  const int steps =
-      std::max(2, static_cast<int>(std::ceil(std::abs(sweep) / kTurn * TurnSteps(pixels))));
+  const double turns = std::abs(sweep) / kTurn;  // of sums that overflowed not a number
+  const int steps = std::max(2, static_cast<int>(std::ceil((turns <= 1 ? turns : 1) * TurnSteps(pixels))));
   std::vector<Point> points;
   points.reserve(static_cast<size_t>(steps) + 1);
   for (int i = 0; i <= steps; ++i) {
@@ -210,8 +210,11 @@ void AddExtent(const Drawing& drawing, const Object& object, TextBox textBox,
       return;
     }
     default:
-      for (const Path& path : OutlineOf(object))
-        std::for_each(path.points.begin(), path.points.end(), add);
+      for (const Path& path : OutlineOf(object)) {
+        for (const Point& point : path.points) {
+          if (std::isfinite(point.x) && std::isfinite(point.y)) add(point);
+        }
+      }
   }
 }
 

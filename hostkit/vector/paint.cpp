@@ -181,7 +181,7 @@ void PathExtent::AddEdge(const Brush& brush, Point from, Point to) {
 double ChooseSmoothness(const Brush& brush, double edgeRows, double edges) {
   constexpr double kFew = 200'000, kMany = 2'000'000;
   constexpr double kFineCost = 40, kFastCost = 12, kPlainCost = 8;  // nanoseconds an edge and row
-  constexpr double kCrossingCost = 6;
+  constexpr double kCrossingCost = 1.5;
   const bool few = edgeRows <= kFew, many = edgeRows > kMany;
   const double beside = edgeRows / std::max(1.0, brush.height);
   const double crossings = beside * beside * brush.height / (2 * std::max(1.0, edgeRows / std::max(1.0, edges)));

@@ -97,7 +97,7 @@ bool OutputFile::Commit() {
 void LimitWork(const std::string& path, uint64_t pixels) {
   std::error_code error;
   const uint64_t bytes = std::filesystem::file_size(path, error);
-  HostkitLimitWork(error ? 0 : bytes, pixels);
+  HostkitLimitWork(error ? 0 : bytes, pixels, 100);
 }
 
 bool IsSameFile(const std::string& a, const std::string& b) {

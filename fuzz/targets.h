@@ -1,0 +1,35 @@
+// The fuzz targets. Each takes any bytes and ends the process when something is wrong.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace fuzz {
+
+using Target = int (*)(const uint8_t* data, size_t size);
+
+/// A file through fltInfo and fltLoad; its last byte chooses the options.
+int Filter(const uint8_t* data, size_t size);
+/// A document through the API: Get, Set, appends, save, reopen, compare. The last bytes choose what is done.
+int Api(const uint8_t* data, size_t size);
+/// Streams of the codecs; the last bytes choose the options, or describe the raw facsimile data.
+int Jpeg(const uint8_t* data, size_t size);
+int Jpeg2000(const uint8_t* data, size_t size);
+int Facsimile(const uint8_t* data, size_t size);
+/// A vector-quantised image whose header the first bytes make, so that its sizes agree more often.
+int Vector(const uint8_t* data, size_t size);
+/// A metafile read, measured, painted, written and read again.
+int Drawing(const uint8_t* data, size_t size);
+/// What the tool takes in: pictures, and texts to append.
+int Input(const uint8_t* data, size_t size);
+
+struct NamedTarget {
+  const char* name;
+  Target run;
+};
+inline constexpr NamedTarget kTargets[] = {
+    {"filter", &Filter},       {"api", &Api},       {"jpeg", &Jpeg},       {"jpeg2000", &Jpeg2000},
+    {"facsimile", &Facsimile}, {"vector", &Vector}, {"drawing", &Drawing}, {"input", &Input},
+};
+
+}  // namespace fuzz
