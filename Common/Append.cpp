@@ -178,7 +178,7 @@ Status ReadWholeFile(const char16_t* fileName, KernelBuffer<char>& bytes, uint32
   file.OpenForReading(fileName);
   if (!file.IsOpen()) return Status::TextNotOpened;
   const int64_t size = KernelSeek(file.Handle(), 0, kSeekEnd);
-  (void)KernelSeek(file.Handle(), 0, kSeekStart);
+  if (Status s = SeekTo(file.Handle(), 0); !Ok(s)) return s;
   if (size < 0 || static_cast<uint64_t>(size) > kMaxTextBytes) return Status::InvalidParameter;
   count = static_cast<uint32_t>(size);
   if (Status s = bytes.Allocate(uint64_t{count} + 1, ORB_HERE); !Ok(s)) return s;

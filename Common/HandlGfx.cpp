@@ -47,7 +47,7 @@ Status LoadSegmentDrawing(NitfFile& document, uint32_t index, VectorHandle& draw
   const uint32_t length = document.DataLength(SegmentKind::Graphic, index);
   KernelBuffer<uint8_t> bytes;
   if (length != 0) {
-    (void)document.SeekToData(SegmentKind::Graphic, index);
+    if (document.SeekToData(SegmentKind::Graphic, index) < 0) return Status::ShortRead;
     if (Status s = RequireRemaining(document.FileHandle(), length); !Ok(s)) return s;
     if (Status s = bytes.Allocate(length, ORB_HERE); !Ok(s)) return s;
     if (Status s = ReadExactly(document.FileHandle(), bytes.data(), length); !Ok(s)) return s;

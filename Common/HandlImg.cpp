@@ -50,18 +50,18 @@ Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header) {
                              static_cast<uint32_t>(height.Value()));
 }
 
-void PutOneColour(KernelBitmap& bitmap, uint32_t entry, KernelColour colour) {
+Status PutOneColour(KernelBitmap& bitmap, uint32_t entry, KernelColour colour) {
   KernelColour both[2] = {};
-  (void)KernelGetColours(&bitmap, 0, 2, both);
+  if (Status s = FromHost(KernelGetColours(&bitmap, 0, 2, both)); !Ok(s)) return s;
   both[entry] = {colour.blue, colour.green, colour.red, 0};
-  (void)KernelPutColours(&bitmap, 0, 2, both);
+  return FromHost(KernelPutColours(&bitmap, 0, 2, both));
 }
 
 // Facsimile bitmaps show a lookup table's two colours the other way round.
-void AdjustBiLevel(KernelBitmap& bitmap, const ImageSubheader& header) {
-  if (header.palette.size() < 2) return;
-  PutOneColour(bitmap, 1, header.palette[0]);
-  PutOneColour(bitmap, 0, header.palette[1]);
+Status AdjustBiLevel(KernelBitmap& bitmap, const ImageSubheader& header) {
+  if (header.palette.size() < 2) return Status::Success;
+  if (Status s = PutOneColour(bitmap, 1, header.palette[0]); !Ok(s)) return s;
+  return PutOneColour(bitmap, 0, header.palette[1]);
 }
 
 Status FillSegmentBitmap(const ImageSource& source, OwnedBitmap& bitmap) {
@@ -71,8 +71,8 @@ Status FillSegmentBitmap(const ImageSource& source, OwnedBitmap& bitmap) {
   if (reader == nullptr) return Status::Unsupported;
   if (Status s = source.Require(0, LeastDataBytes(header)); !Ok(s)) return s;
   if (Status s = reader(bitmap.record, source); !Ok(s)) return s;
-  if (header.Family() == ReaderFamily::Facsimile) AdjustBiLevel(bitmap.record, header);
-  return Status::Success;
+  return header.Family() == ReaderFamily::Facsimile ? AdjustBiLevel(bitmap.record, header)
+                                                    : Status::Success;
 }
 
 int32_t Clamp(int64_t coordinate) {
@@ -98,7 +98,7 @@ Status PadColour(const KernelBitmap& bitmap, uint8_t code, COLORREF& colour) {
   if (count == 0) return Status::Success;
   KernelBuffer<KernelColour> colours;
   if (Status s = colours.Allocate(count, ORB_HERE); !Ok(s)) return s;
-  (void)KernelGetColours(&bitmap, 0, count, colours.data());
+  if (Status s = FromHost(KernelGetColours(&bitmap, 0, count, colours.data())); !Ok(s)) return s;
   if (code < count) {
     const KernelColour entry = colours[code];
     colour = entry.red | entry.green << 8 | static_cast<COLORREF>(entry.blue) << 16;
@@ -183,9 +183,9 @@ Status PutDefaultColours(KernelBitmap& bitmap, uint32_t bits) {
   constexpr uint32_t kEntries = 255;
   KernelColour* colours = KernelMakePaletteTable(bits, __LINE__, kSourceFile);
   if (colours == nullptr) return Status::OutOfMemory;
-  (void)KernelPutColours(&bitmap, 0, kEntries, colours);
+  const Status status = FromHost(KernelPutColours(&bitmap, 0, kEntries, colours));
   KernelFree(colours, __LINE__, kSourceFile);
-  return Status::Success;
+  return bitmap.bitsPerPixel <= 8 ? status : Status::Success;  // others have nothing to put them in
 }
 
 Status PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header) {

@@ -93,7 +93,8 @@ Status ReadBiLevel(KernelBitmap& segment, const ImageSource& source) {
     BitRows bits(data.Span().subspan(static_cast<size_t>(start)));
     if (Status s = UnpackBiLevelBlock(header, bits, row.Span(), scratch); !Ok(s)) return s;
     behindPrevious = start + bits.BytesUsed();
-    if (Status s = PlaceBlock(source, segment, scratch.Record(), PlaceOfBlock(header, n)); !Ok(s)) return s;
+    if (Status s = PlaceBlock(source, segment, scratch.Record(), PlaceOfBlock(header, n)); !Ok(s))
+      return s;
   }
   return Status::Success;
 }
@@ -120,7 +121,10 @@ Status ReadSingleBlock(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   const uint32_t nbpp = header.NBPP.value, abpp = header.ABPP.value;
   SampleRange range;
-  if (ScalesByRange(nbpp, abpp)) (void)FindSampleRange(source, range);
+  // Data that ends early has the range of what there is of it.
+  if (ScalesByRange(nbpp, abpp) && FindSampleRange(source, range) == Status::OutOfMemory) {
+    return Status::OutOfMemory;
+  }
   const uint32_t length = SingleBlockRowLength(header, segment.width, segment.bytesPerLine);
   KernelBuffer<uint8_t> row;
   if (Status s = row.Allocate(std::max(length, segment.bytesPerLine), ORB_HERE); !Ok(s)) return s;

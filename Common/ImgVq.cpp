@@ -208,10 +208,15 @@ class VqDecoder {
     // A vector is a square of its width: there are no values for rows below that.
     for (uint32_t j = first; j < std::min(first + rows, book_.vectorWidth); ++j) {
       for (uint32_t k = 0; k < vq_.codesPerRow; ++k) {
-        PlaceVectorRow(row_[k], j, k * book_.vectorHeight, pixels_.data() + size_t{j - first} * strip.bytesPerLine);
+        PlaceVectorRow(row_[k], j, k * book_.vectorHeight,
+                       pixels_.data() + size_t{j - first} * strip.bytesPerLine);
       }
     }
-    (void)KernelSetBitmapData(&strip, pixels_.data(), strip.height * strip.bytesPerLine);
+    if (Status s =
+            FromHost(KernelSetBitmapData(&strip, pixels_.data(), strip.height * strip.bytesPerLine));
+        !Ok(s)) {
+      return s;
+    }
     return PlaceRows(source_, segment_, strip, rows, place);
   }
 
@@ -240,8 +245,8 @@ class VqDecoder {
   CodeReader codes_;
   uint32_t stripRows_ = 0;
   OwnedBitmap strip_;
-  KernelBuffer<uint32_t> row_;     // codes of a row of vectors
-  KernelBuffer<uint8_t> vector_;   // a row of one vector
+  KernelBuffer<uint32_t> row_;    // codes of a row of vectors
+  KernelBuffer<uint8_t> vector_;  // a row of one vector
   KernelBuffer<uint8_t> pixels_;
 };
 
@@ -289,13 +294,15 @@ Status FindVqDataExtent(const ImageSource& source, VqDataExtent& extent) {
   const ImageSubheader& image = source.header;
   const int32_t file = source.document.FileHandle();
   MaskTable mask;  // the source's, whatever the record says
-  (void)KernelSeek(file, source.dataStart, kSeekStart);
+  if (Status s = SeekTo(file, source.dataStart); !Ok(s)) return s;
   if (image.CompressionCode() == Compression::M4) {
     FieldReader reader(file, ReadMode::Normal, 0);
     const CheckedSize records = CheckedSize(image.NBPR.value) * image.NBPC.value * image.BandCount();
     if (Status s = mask.Read(reader, records); !Ok(s)) return s;
   }
-  extent.start = KernelSeek(file, 0, kSeekCurrent) - source.dataStart;
+  const int64_t behindMask = KernelSeek(file, 0, kSeekCurrent);
+  if (behindMask < 0) return Status::ShortRead;
+  extent.start = behindMask - source.dataStart;
   VqHeader vq;
   uint8_t raw[VqHeader::kBytes];
   if (Status s = vq.Read(file, raw); !Ok(s)) return s;
@@ -329,13 +336,12 @@ Status SeekPastMaskTable(const ImageSource& source) {
   int64_t bytes = sizeof head + (Big16(head + 8) + 7) / 8;
   if (Big16(head + 4) != 0) bytes += records;
   if (Big16(head + 6) != 0) bytes += records;
-  (void)KernelSeek(source.document.FileHandle(), source.dataStart + bytes, kSeekStart);
-  return Status::Success;
+  return SeekTo(source.document.FileHandle(), source.dataStart + bytes);
 }
 
 Status ReadVectorQuantisedImage(KernelBitmap& segment, const ImageSource& source) {
   const int32_t file = source.document.FileHandle();
-  (void)KernelSeek(file, source.dataStart, kSeekStart);
+  if (Status s = SeekTo(file, source.dataStart); !Ok(s)) return s;
   if (source.header.CompressionCode() == Compression::M4) {
     if (Status s = SeekPastMaskTable(source); !Ok(s)) return s;
   }

@@ -57,7 +57,7 @@ template <class R>
 Status NitfFile::ReadSubheaders(SegmentKind kind, SegmentList<R>& list, HeaderParser& parser) {
   uint32_t index = 0;
   for (R& record : list) {
-    (void)SeekToSubheader(kind, index++);
+    if (SeekToSubheader(kind, index++) < 0) return Status::ShortRead;
     if (Status s = record.ReadSubheader(parser); !Ok(s)) return s;
   }
   return Status::Success;
@@ -81,25 +81,26 @@ void NitfFile::FreeObjects() {
   header.FreeTables();
 }
 
-void NitfFile::SeekPastHeader() { (void)KernelSeek(FileHandle(), header.headerLength, kSeekStart); }
-
-int64_t NitfFile::SeekToSubheader(SegmentKind kind, uint32_t index) {
-  SeekPastHeader();
-  int64_t skip = 0;
+int64_t NitfFile::StartOf(SegmentKind kind, uint32_t index) const {
+  int64_t start = header.headerLength;
   for (const SegmentLengthFields& fields : kSegmentLengths) {
     const LengthTable& table = header.*fields.table;
     if (fields.kind == kind) {
-      skip += SpanOf(table, index);
+      start += SpanOf(table, index);
       break;
     }
-    skip += SpanOf(table, table.Count());
+    start += SpanOf(table, table.Count());
   }
-  return KernelSeek(FileHandle(), skip, kSeekCurrent);
+  return start;
+}
+
+int64_t NitfFile::SeekToSubheader(SegmentKind kind, uint32_t index) {
+  return KernelSeek(FileHandle(), StartOf(kind, index), kSeekStart);
 }
 
 int64_t NitfFile::SeekToData(SegmentKind kind, uint32_t index) {
-  (void)SeekToSubheader(kind, index);
-  return KernelSeek(FileHandle(), header.Lengths(kind).InFile(index).subheader, kSeekCurrent);
+  const int64_t start = StartOf(kind, index) + header.Lengths(kind).InFile(index).subheader;
+  return KernelSeek(FileHandle(), start, kSeekStart);
 }
 
 uint32_t NitfFile::DataLength(SegmentKind kind, uint32_t index) const {

@@ -25,10 +25,11 @@ struct NitfFile : NonCopyable {
 
   // Positions in the file.
 
-  void SeekPastHeader();
   /// Goes to the first byte of a segment's subheader or data and returns that position.
   int64_t SeekToSubheader(SegmentKind kind, uint32_t index);
   int64_t SeekToData(SegmentKind kind, uint32_t index);
+  /// Position of a segment's subheader.
+  int64_t StartOf(SegmentKind kind, uint32_t index) const;
   /// Length of a segment's data in the file; 0 at or beyond the current count.
   uint32_t DataLength(SegmentKind kind, uint32_t index) const;
   int32_t FileHandle() const { return file.Handle(); }

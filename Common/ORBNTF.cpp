@@ -81,7 +81,7 @@ Status GetText(NitfFile& document, uint32_t index, char* buffer, uint32_t* lengt
     held = std::min<size_t>(bytes, text.appended.bytes.size());
     KernelCopyMemory(buffer, text.appended.bytes.data(), held);
   } else {
-    (void)document.SeekToData(SegmentKind::Text, index);
+    if (document.SeekToData(SegmentKind::Text, index) < 0) return Status::ShortRead;
     if (Status s = ReadExactly(document.FileHandle(), buffer, bytes); !Ok(s)) return s;
   }
   buffer[held] = 0;

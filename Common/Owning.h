@@ -307,14 +307,16 @@ inline Status ReadExactly(int32_t file, void* to, uint32_t bytes) {
 inline Status WriteExactly(int32_t file, const void* from, uint32_t bytes) {
   return KernelWrite(file, from, bytes) == bytes ? Status::Success : Status::ShortWrite;
 }
-/// Bytes between a file's position and its end, 0 for a file that is not open.
-inline uint64_t BytesRemaining(int32_t file) {
-  const int64_t position = KernelSeek(file, 0, kSeekCurrent);
-  const int64_t end = KernelSeek(file, 0, kSeekEnd);
-  (void)KernelSeek(file, position, kSeekStart);
-  return end > position ? static_cast<uint64_t>(end - position) : 0;
+/// Goes to a position; -7 when there is no going there.
+inline Status SeekTo(int32_t file, int64_t position, int32_t origin = kSeekStart) {
+  return KernelSeek(file, position, origin) < 0 ? Status::ShortRead : Status::Success;
 }
 /// -7 unless as many bytes remain: the test before memory is taken for a length that a file states.
 inline Status RequireRemaining(int32_t file, uint64_t bytes) {
-  return bytes <= BytesRemaining(file) ? Status::Success : Status::ShortRead;
+  if (bytes == 0) return Status::Success;
+  const int64_t position = KernelSeek(file, 0, kSeekCurrent);
+  const int64_t end = KernelSeek(file, 0, kSeekEnd);
+  if (Status s = SeekTo(file, position); !Ok(s)) return s;
+  const bool enough = end >= position && bytes <= static_cast<uint64_t>(end - position);
+  return enough ? Status::Success : Status::ShortRead;
 }

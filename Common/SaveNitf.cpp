@@ -36,7 +36,14 @@ Status OrbNitfSaveFile::WriteFile(int32_t output, NitfFile& document) {
   output_ = output;
   document_ = &document;
   if (Status s = WriteFileHeader(); !Ok(s)) return s;
-  return WriteSegments();
+  if (Status s = WriteSegments(); !Ok(s)) return s;
+  return endLost_ ? Status::ShortWrite : Status::Success;
+}
+
+int64_t OrbNitfSaveFile::OutputEnd() {
+  const int64_t end = KernelSeek(output_, 0, kSeekEnd);
+  endLost_ = endLost_ || end < 0;
+  return end;
 }
 
 Status OrbNitfSaveFile::WriteFileHeader() {
@@ -116,7 +123,9 @@ Status OrbNitfSaveFile::WriteImage(ImageSubheader& image) {
 Status OrbNitfSaveFile::PatchLength(const ImageSubheader& image, uint64_t value, bool ofSubheader) {
   const SegmentLengthFields& fields = LengthFieldsOf(SegmentKind::Image);
   const int64_t entry = lengthTableOffset_ + int64_t{fields.EntryBytes()} * image.index;
-  (void)KernelSeek(output_, entry + (ofSubheader ? 0 : fields.subheaderWidth), kSeekStart);
+  if (KernelSeek(output_, entry + (ofSubheader ? 0 : fields.subheaderWidth), kSeekStart) < 0) {
+    return Status::ShortWrite;
+  }
   FieldWriter writer(output_);
   const uint32_t width = ofSubheader ? fields.subheaderWidth : fields.dataWidth;
   if (Status s = writer.PutNumber(static_cast<int64_t>(value), width); !Ok(s)) return s;
@@ -134,7 +143,7 @@ Status OrbNitfSaveFile::WriteImageData(ImageSubheader& image) {
 
 // Where the file header says that an image's data begins; behind a masked vector-quantised image, whose
 // lengths may have been patched, in front of the mask table just written.
-int64_t OrbNitfSaveFile::RawDataStart(const ImageSubheader& image) const {
+int64_t OrbNitfSaveFile::RawDataStart(const ImageSubheader& image) {
   if (lengthsPatched_) return OutputEnd() - image.mask.IMDATOFF;
   const LengthTable& table = document_->header.images;
   int64_t start = document_->header.currentHeaderLength;
@@ -152,8 +161,9 @@ Status OrbNitfSaveFile::WriteRawImage(ImageSubheader& image) {
 }
 
 Status OrbNitfSaveFile::CopyFromSource(SegmentKind kind, uint32_t index) {
-  (void)document_->SeekToData(kind, index);
-  return CopyBytes(document_->header.Lengths(kind).Current(index).data);
+  const uint64_t bytes = document_->header.Lengths(kind).Current(index).data;
+  if (bytes != 0 && document_->SeekToData(kind, index) < 0) return Status::ShortRead;
+  return CopyBytes(bytes);
 }
 
 Status OrbNitfSaveFile::CopyBytes(uint64_t bytes) {
@@ -176,6 +186,6 @@ Status OrbNitfSaveFile::WriteVectorQuantised(ImageSubheader& image) {
   const ImageSource source = ImageSource::Of(*document_, image.index, nullptr);
   VqDataExtent extent;
   if (Status s = FindVqDataExtent(source, extent); !Ok(s)) return s;
-  (void)KernelSeek(document_->FileHandle(), source.dataStart + extent.start, kSeekStart);
+  if (Status s = SeekTo(document_->FileHandle(), source.dataStart + extent.start); !Ok(s)) return s;
   return CopyBytes(extent.bytes);
 }

@@ -24,7 +24,7 @@ class OrbNitfSaveFile : NonCopyable {
   Status WriteImage(ImageSubheader& image);
   Status WriteImageData(ImageSubheader& image);
   Status WriteRawImage(ImageSubheader& image);
-  int64_t RawDataStart(const ImageSubheader& image) const;
+  int64_t RawDataStart(const ImageSubheader& image);
   /// The codes of a vector-quantised image, block by block.
   Status WriteVectorQuantised(ImageSubheader& image);
   Status PatchLength(const ImageSubheader& image, uint64_t value, bool ofSubheader);
@@ -32,12 +32,14 @@ class OrbNitfSaveFile : NonCopyable {
   Status CopyBytes(uint64_t bytes);
   /// Copies a segment's data as it stands in the source file.
   Status CopyFromSource(SegmentKind kind, uint32_t index);
-  int64_t OutputEnd() const { return KernelSeek(output_, 0, kSeekEnd); }
+  /// Goes to the end of what was written and tells where that is.
+  int64_t OutputEnd();
 
   int32_t output_ = kNoFile;
   NitfFile* document_ = nullptr;
   int64_t lengthTableOffset_ = 0;  ///< of the first image's LISH
   bool lengthsPatched_ = false;
+  bool endLost_ = false;  ///< there was no going to the end once
 };
 
 /// Saves a document under a wide path. -13 when that names the document's source file.

@@ -32,19 +32,19 @@ Status StreamingFileHeader::Read(int32_t file) {
   if (Status s = ReadDelimiter(file, SFH_DELIM2, kDelimiter2); !Ok(s)) return s;
   if (Status s = ReadLength(file, SFH_L2); !Ok(s)) return s;
   if (SFH_L1 != SFH_L2) return Status::BadStructure;
-  (void)KernelSeek(file, start, kSeekStart);
-  return Status::Success;
+  return SeekTo(file, start);
 }
 
 Status FindStreamingHeader(int32_t file, StreamingFileHeader& streaming, uint32_t& distance) {
   constexpr int64_t kChunk = 255;
   constexpr int64_t kDelimiterWidth = 4;
   const int64_t size = KernelSeek(file, 0, kSeekEnd);
+  if (size < 0) return Status::ShortRead;
   char chunk[kChunk];
   for (int64_t scanned = 0; scanned < size; scanned -= kDelimiterWidth - 1) {
     const int64_t count = std::min(kChunk, size - scanned);
     if (count < kDelimiterWidth) break;
-    (void)KernelSeek(file, -(count + scanned), kSeekEnd);
+    if (Status s = SeekTo(file, -(count + scanned), kSeekEnd); !Ok(s)) return s;
     if (Status s = ReadExactly(file, chunk, static_cast<uint32_t>(count)); !Ok(s)) return s;
     scanned += count;
     const std::string_view bytes(chunk, static_cast<size_t>(count));
@@ -53,7 +53,7 @@ Status FindStreamingHeader(int32_t file, StreamingFileHeader& streaming, uint32_
     const int64_t fromEnd = scanned - static_cast<int64_t>(found);
     const int64_t lengthField = size - fromEnd - kLengthWidth;
     if (lengthField < 0 || fromEnd > UINT32_MAX) return Status::BadStructure;
-    (void)KernelSeek(file, lengthField, kSeekStart);
+    if (Status s = SeekTo(file, lengthField); !Ok(s)) return s;
     distance = static_cast<uint32_t>(fromEnd - kDelimiterWidth);
     return streaming.Read(file);
   }
@@ -65,6 +65,5 @@ Status HeaderParser::SeekToReplacement() {
     if (Status s = FindStreamingHeader(file_, streaming_, progress_.distance); !Ok(s)) return s;
     progress_.located = true;
   }
-  (void)KernelSeek(file_, -int64_t{progress_.distance}, kSeekEnd);
-  return Status::Success;
+  return SeekTo(file_, -int64_t{progress_.distance}, kSeekEnd);
 }

@@ -75,6 +75,5 @@ Status HeaderParser::Parse(R& record, ReadMode mode) {
     // A placeholder met in replacement mode starts nothing further.
     if (Status s = Parse(record, ReadMode::Replacement); !Ok(s)) return s;
   }
-  (void)KernelSeek(file_, start, kSeekStart);
-  return Status::Success;
+  return SeekTo(file_, start);
 }

@@ -1,6 +1,7 @@
 // Leak tracker, byte counts and fault injection.
 #include <atomic>
 #include <mutex>
+#include <new>
 #include <unordered_map>
 
 #include "hostkit/kernel/internal.h"
@@ -32,7 +33,11 @@ void Track(int32_t kind, const void* resource, uint64_t bytes, uint32_t line, co
   if (resource == nullptr) return;
   Tracker& tracker = TheTracker();
   std::lock_guard<std::mutex> lock(tracker.mutex);
-  tracker.entries.emplace(resource, HostkitLeak{kind, line, file, bytes});
+  try {
+    tracker.entries.emplace(resource, HostkitLeak{kind, line, file, bytes});
+  } catch (const std::bad_alloc&) {
+    return;  // there is no memory to note it; nothing else is lost
+  }
   tracker.held += bytes;
   if (tracker.held > tracker.peak) tracker.peak = tracker.held;
 }

@@ -8,6 +8,7 @@
 #include <random>
 #include <sstream>
 
+#if !defined(ORBNTF_FAULTS)
 // Allocations of the module that do not pass through the kernel fail on demand as well.
 void* operator new(size_t bytes, const std::nothrow_t&) noexcept {
   if (HostkitShouldFail(kFaultAllocation)) return nullptr;
@@ -25,6 +26,7 @@ void* operator new[](size_t bytes, const std::nothrow_t&) noexcept {
     return nullptr;
   }
 }
+#endif
 
 namespace test {
 namespace {
