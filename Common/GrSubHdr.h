@@ -47,7 +47,7 @@ struct GraphicSubheader {
   uint32_t index = 0;
   OwnedDrawing drawing;
   bool handleGiven = false;  ///< a caller holds the drawing's handle, so it stays loaded
-  AppendedData appended;  ///< CGM bytes of an appended or replaced drawing
+  AppendedData appended;     ///< CGM bytes of an appended or replaced drawing
 
   Text<2> SY;
   Text<10> SID;

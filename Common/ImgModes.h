@@ -15,10 +15,11 @@ inline BlockPlace PlaceOfBlock(const ImageSubheader& header, uint64_t n) {
 
 /// Copies a block's pixels to their place in a segment bitmap, which is then no longer blank. The
 /// image-effects library's status.
-Status PlaceBlock(const ImageSource& source, KernelBitmap& segment, KernelBitmap& block, BlockPlace place);
+Status PlaceBlock(const ImageSource& source, KernelBitmap& segment, KernelBitmap& block,
+                  BlockPlace place);
 /// The same with the first `rows` rows of a bitmap.
-Status PlaceRows(const ImageSource& source, KernelBitmap& segment, KernelBitmap& rowsOfBlock, uint32_t rows,
-                 BlockPlace place);
+Status PlaceRows(const ImageSource& source, KernelBitmap& segment, KernelBitmap& rowsOfBlock,
+                 uint32_t rows, BlockPlace place);
 
 /// Rows of a block of `bitsPerPixel` that are read at once: a large block is placed strip by strip.
 uint32_t RowsOfStrip(const ImageSubheader& header, uint32_t bitsPerPixel);

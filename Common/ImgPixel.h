@@ -10,9 +10,9 @@ struct ImageSource {
   const ImageSubheader& header;
   BandSelection& rememberedBands;  ///< of the image's last selection with equal bands
   uint32_t index;
-  HostLoadRecord* record;  ///< of a running fltLoad, or null
-  uint32_t length;         ///< LI
-  int64_t dataStart;       ///< position of the segment's data in the file
+  HostLoadRecord* record;     ///< of a running fltLoad, or null
+  uint32_t length;            ///< LI
+  int64_t dataStart;          ///< position of the segment's data in the file
   mutable bool blank = true;  ///< no pixel has reached the segment bitmap yet
 
   /// The source of an image segment; the index must be below the image count.

@@ -22,8 +22,8 @@ inline std::string Codestream(uint32_t side, uint32_t tile, uint32_t components,
   stream += Big(components, 2);
   for (uint32_t c = 0; c < components; ++c) stream += Big(0x070101, 3);
   const std::string precincts(precinct != 0 ? 6 : 0, static_cast<char>(precinct));
-  stream += Big(0xFF52, 2) + Big(12 + precincts.size(), 2) + Big(precinct != 0, 1) + Big(0, 1) + Big(1, 2) +
-            Big(0, 1) + Big(5, 1) + Big(0x0000, 2) + Big(0, 1) + Big(1, 1) + precincts;
+  stream += Big(0xFF52, 2) + Big(12 + precincts.size(), 2) + Big(precinct != 0, 1) + Big(0, 1) +
+            Big(1, 2) + Big(0, 1) + Big(5, 1) + Big(0x0000, 2) + Big(0, 1) + Big(1, 1) + precincts;
   stream += Big(0xFF5C, 2) + Big(19, 2) + Big(0x40, 1) + std::string(16, '\x48');
   return stream + Big(0xFF90, 2) + Big(10, 2) + Big(0, 2) + Big(14, 4) + Big(0x0001, 2) + Big(0xFF93, 2) +
          Big(0xFFD9, 2);
@@ -74,7 +74,8 @@ inline std::string EncodeProgressive(uint32_t side, int components, int moreScan
   codec.input_components = components;
   codec.in_color_space = components == 1 ? JCS_GRAYSCALE : JCS_RGB;
   jpeg_set_defaults(&codec);
-  for (int c = 0; c < components; ++c) codec.comp_info[c].h_samp_factor = codec.comp_info[c].v_samp_factor = 1;
+  for (int c = 0; c < components; ++c)
+    codec.comp_info[c].h_samp_factor = codec.comp_info[c].v_samp_factor = 1;
   std::vector<jpeg_scan_info> scans;
   if (moreScans != 0) {
     // One bit after the other of each coefficient.

@@ -126,18 +126,20 @@ void WriteDrawingBombs() {
   WriteDrawing("fills", solid + Repeated(full, 11000));
   WriteDrawing("fills_1mb", solid + Repeated(full, 990000));
   WriteDrawing("hatches", Element(5, 22, I({3})) + Repeated(full, 200000));
-  WriteDrawing("patterns", Element(5, 32, I({1, 2, 2, 0}) + std::string(12, 'p')) + Element(5, 22, I({2})) +
-                               Element(5, 25, I({1})) + Repeated(full, 200000));
+  WriteDrawing("patterns", Element(5, 32, I({1, 2, 2, 0}) + std::string(12, 'p')) +
+                               Element(5, 22, I({2})) + Element(5, 25, I({1})) + Repeated(full, 200000));
   WriteDrawing("circles", solid + Repeated(Element(4, 12, I({1024, 1024, 1000})), 240000));
   WriteDrawing("small_circles", solid + Repeated(Element(4, 12, I({1024, 1024, 2})), 990000));
-  WriteDrawing("texts", Element(5, 15, I({1500})) + Repeated(Element(4, 4, I({9, 9, 1}) + test::S("MWM")), 240000));
-  WriteDrawing("small_texts",
-               Element(5, 15, I({9})) + Repeated(Element(4, 4, I({99, 99, 1}) + test::S("text")), 990000));
-  WriteDrawing("dashes", Element(5, 2, I({3})) + Repeated(Element(4, 1, I({0, 0, kMost, kMost})), 240000));
+  WriteDrawing("texts", Element(5, 15, I({1500})) +
+                            Repeated(Element(4, 4, I({9, 9, 1}) + test::S("MWM")), 240000));
+  WriteDrawing("small_texts", Element(5, 15, I({9})) +
+                                  Repeated(Element(4, 4, I({99, 99, 1}) + test::S("text")), 990000));
+  WriteDrawing("dashes",
+               Element(5, 2, I({3})) + Repeated(Element(4, 1, I({0, 0, kMost, kMost})), 240000));
   NitfBuilder many;
   for (int i = 0; i < 20; ++i) {
-    const std::string cgm = test::Metafile(solid + Repeated(Element(4, 11, I({0, 0, 9, 9})), 990000), "",
-                                           I({0, 0, 15, 15}));
+    const std::string cgm =
+        test::Metafile(solid + Repeated(Element(4, 11, I({0, 0, 9, 9})), 990000), "", I({0, 0, 15, 15}));
     many.Graphic(WholeCanvas(16, i + 1), cgm);
   }
   Write("cgm_20_of_1mb", many);
@@ -173,9 +175,10 @@ void WriteBlankBombs() {
   form = {.width = 256, .height = 256, .blocksAcross = 32, .blocksDown = 32, .compression = "NM"};
   form.bands = 3;
   form.representation = "RGB";
-  Write("shared_blocks_99",
-        Images(form, test::MaskBytes({.blocks = std::vector<uint32_t>(3072, 0)}) + std::string(196608, 's'),
-               99, 1));
+  Write(
+      "shared_blocks_99",
+      Images(form, test::MaskBytes({.blocks = std::vector<uint32_t>(3072, 0)}) + std::string(196608, 's'),
+             99, 1));
 }
 
 }  // namespace

@@ -30,8 +30,7 @@ int Load(const uint8_t* data, const size_t& size, Choices& choices, bool recogni
                          byte & 8 ? choices.Byte() : 0, 0);
   const auto bytes = static_cast<uint32_t>(size);
   HostFileInfo info = {};
-  const bool known =
-      FileFormatInfoMemory(data, &info, kFileInfoSize, bytes, 0, nullptr) == kHostOk;
+  const bool known = FileFormatInfoMemory(data, &info, kFileInfoSize, bytes, 0, nullptr) == kHostOk;
   const int32_t status = FileFormatLoadMemory(data, &bitmap, kBitmapRecordSize, depth, kOrderAsDecoded,
                                               bytes, &options, nullptr);
   if (status == kHostOk) {

@@ -1,5 +1,5 @@
-// Writes seed corpora into FOLDER/TARGET: make_seeds FOLDER KEPT, where KEPT holds the files that the tests
-// make (ORBNTF_KEPT_FILES).
+// Writes seed corpora into FOLDER/TARGET: make_seeds FOLDER KEPT, where KEPT holds the files that the
+// tests make (ORBNTF_KEPT_FILES).
 #include <cstdio>
 #include <filesystem>
 #include <fstream>

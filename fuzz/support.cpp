@@ -22,8 +22,9 @@ MemoryFile::MemoryFile()
 MemoryFile::~MemoryFile() { close(descriptor_); }
 
 void MemoryFile::Fill(const void* data, size_t size) {
-  Require(ftruncate(descriptor_, 0) == 0 && pwrite(descriptor_, data, size, 0) == static_cast<ssize_t>(size),
-          "a filled file");
+  Require(
+      ftruncate(descriptor_, 0) == 0 && pwrite(descriptor_, data, size, 0) == static_cast<ssize_t>(size),
+      "a filled file");
 }
 
 std::string MemoryFile::Contents() const {

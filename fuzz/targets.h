@@ -10,7 +10,8 @@ using Target = int (*)(const uint8_t* data, size_t size);
 
 /// A file through fltInfo and fltLoad; its last byte chooses the options.
 int Filter(const uint8_t* data, size_t size);
-/// A document through the API: Get, Set, appends, save, reopen, compare. The last bytes choose what is done.
+/// A document through the API: Get, Set, appends, save, reopen, compare. The last bytes choose what is
+/// done.
 int Api(const uint8_t* data, size_t size);
 /// Streams of the codecs; the last bytes choose the options, or describe the raw facsimile data.
 int Jpeg(const uint8_t* data, size_t size);

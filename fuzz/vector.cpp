@@ -29,8 +29,8 @@ int fuzz::Vector(const uint8_t* data, size_t size) {
   // The header says what was chosen; tables and codes are the input's.
   using test::Big;
   bytes += Big(vectors.codeRows, 4) + Big(vectors.codesPerRow, 4) +
-           Big(static_cast<uint64_t>(vectors.codeBits), 1) + Big(1, 2) + Big(vectors.tables, 2) + Big(0, 2) +
-           Big(6, 4) + Big(14, 2);
+           Big(static_cast<uint64_t>(vectors.codeBits), 1) + Big(1, 2) + Big(vectors.tables, 2) +
+           Big(0, 2) + Big(6, 4) + Big(14, 2);
   for (uint32_t table = 0; table < vectors.tables; ++table)
     bytes += Big(table, 2) + Big(vectors.entries, 4) + Big(4, 2) + Big(8, 2) + Big(0, 4);
   bytes.append(reinterpret_cast<const char*>(data), size);

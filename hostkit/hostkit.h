@@ -21,8 +21,8 @@ inline constexpr int32_t kHostOverBudget = -31;     ///< more work or memory tha
 /// limit.
 ORB_HOST_API void ORB_CALL HostkitSetMaxPixels(uint64_t pixels);
 /// Bounds what the calling thread does from here on by what a file of some bytes and a canvas of some
-/// pixels are worth, or by so many percent of that: operations beyond it are refused with kHostOverBudget. Starts at the full amount
-/// with every call.
+/// pixels are worth, or by so many percent of that: operations beyond it are refused with
+/// kHostOverBudget. Starts at the full amount with every call.
 ORB_HOST_API void ORB_CALL HostkitLimitWork(uint64_t fileBytes, uint64_t canvasPixels, uint32_t percent);
 ORB_HOST_API void ORB_CALL HostkitLiftWorkLimit();
 

@@ -47,8 +47,8 @@ struct DecodedSamples {
   uint32_t width, height, components, precision;
   std::span<const uint8_t> bytes;  ///< one byte a sample up to 8 bits, else two
 };
-/// Makes a bitmap for samples, of as much as its record asks for: one component as 8- or 16-bit grey, more
-/// as 24-bit colour.
+/// Makes a bitmap for samples, of as much as its record asks for: one component as 8- or 16-bit grey,
+/// more as 24-bit colour.
 int32_t AllocateForSamples(const DecodedSamples& samples, KernelBitmap& bitmap);
 /// Puts samples into such a bitmap: grey, or the first three or the three selected. The samples of a grey
 /// bitmap may stand in its own rows.

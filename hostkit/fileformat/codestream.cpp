@@ -118,7 +118,8 @@ uint64_t CodestreamTableBytes(Bytes stream, const CodestreamSize& size) {
   const uint64_t height = std::min<uint64_t>(size.tileHeight, size.bottom - size.top) / size.stepY + 1;
   uint64_t precincts = 0;
   for (uint32_t level = 0; level <= division.levels; ++level) {
-    precincts += ((width >> level >> division.precinctX) + 1) * ((height >> level >> division.precinctY) + 1);
+    precincts +=
+        ((width >> level >> division.precinctX) + 1) * ((height >> level >> division.precinctY) + 1);
   }
   const uint64_t blocks = precincts + (2 * width * height >> division.block);
   const uint64_t perComponent = std::min(kPrecinct * precincts + kBlock * blocks, kMost);

@@ -115,11 +115,11 @@ bool NeedsTooMuch(jpeg_decompress_struct& codec) {
   return bytes > kMaxCoefficientBytes;
 }
 
-// Runs the decoder as far as the bitmap reaches; `samples` is a row buffer where a row does not go straight
-// into the bitmap, else null. A host status.
-int32_t RunDecoder(jpeg_decompress_struct& codec, ErrorReturn& errors, Bytes bytes, const JpegFrame& frame,
-                   const HostLoadOptions& options, KernelBitmap& bitmap, uint8_t* samples, bool pick,
-                   ScanLimit& limit) {
+// Runs the decoder as far as the bitmap reaches; `samples` is a row buffer where a row does not go
+// straight into the bitmap, else null. A host status.
+int32_t RunDecoder(jpeg_decompress_struct& codec, ErrorReturn& errors, Bytes bytes,
+                   const JpegFrame& frame, const HostLoadOptions& options, KernelBitmap& bitmap,
+                   uint8_t* samples, bool pick, ScanLimit& limit) {
   if (setjmp(errors.jump) != 0) return limit.exceeded ? kHostOverBudget : kHostBadData;
   jpeg_create_decompress(&codec);
   jpeg_mem_src(&codec, bytes.data(), static_cast<unsigned long>(bytes.size()));
@@ -164,9 +164,10 @@ int32_t Load(Bytes stream, const HostLoadOptions& options, KernelBitmap& bitmap)
 #endif
   }
   const bool grey = frame.components == 1;
-  const int32_t status = KernelAllocateBitmap(
-      &bitmap, kBitmapRecordSize, 1, Wanted(frame.width, bitmap.width), Wanted(frame.height, bitmap.height),
-      grey ? 8 : 24, grey ? kOrderRgb : kOrderBgr, nullptr, kViewTopLeft, nullptr, 0);
+  const int32_t status =
+      KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, Wanted(frame.width, bitmap.width),
+                           Wanted(frame.height, bitmap.height), grey ? 8 : 24,
+                           grey ? kOrderRgb : kOrderBgr, nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;
   const bool pick = !grey && (frame.components != 3 || (options.flags & kLoadSelectedBands) != 0);
   const bool aside = pick || bitmap.width < frame.width;

@@ -135,7 +135,8 @@ class Decoder {
     constexpr uint64_t kWorthThreads = 1 << 18;  // samples
     const unsigned cores = std::thread::hardware_concurrency();
     const uint64_t samples = uint64_t{size.width} * size.height * size.components;
-    if (cores > 1 && samples >= kWorthThreads) opj_codec_set_threads(codec_.get(), static_cast<int>(cores));
+    if (cores > 1 && samples >= kWorthThreads)
+      opj_codec_set_threads(codec_.get(), static_cast<int>(cores));
     if (!opj_read_header(stream_.get(), codec_.get(), &owner_.image)) return false;
     const opj_image_t& image = *owner_.image;
     return image.numcomps == size.components && image.x0 == size.left && image.x1 == size.right &&

@@ -52,7 +52,8 @@ int32_t LoadWideJpeg(Bytes bytes, const JpegFrame& frame, const HostLoadOptions&
   const uint64_t sampleBytes = frame.precision <= 8 ? 1 : 2;
   const uint64_t size = uint64_t{frame.width} * frame.height * frame.components * sampleBytes;
   if (size > INT32_MAX) return kHostNoMemory;
-  if ((frame.IsProgressive() || HasSeveralScans(bytes, frame)) && size > kMaxKeptBytes) return kHostOverBudget;
+  if ((frame.IsProgressive() || HasSeveralScans(bytes, frame)) && size > kMaxKeptBytes)
+    return kHostOverBudget;
   DecodedSamples samples = {frame.width, frame.height, frame.components, frame.precision, {}};
   if (const int32_t status = AllocateForSamples(samples, bitmap); status != kHostOk) return status;
   // Grey samples are decoded where they are shown.

@@ -32,8 +32,8 @@ void PutGreyRow(const DecodedSamples& samples, size_t first, uint32_t width, uin
   }
 }
 
-void PutColourRow(const DecodedSamples& samples, size_t first, uint32_t width,
-                  const uint32_t (&shown)[3], bool isYcc, uint8_t* row) {
+void PutColourRow(const DecodedSamples& samples, size_t first, uint32_t width, const uint32_t (&shown)[3],
+                  bool isYcc, uint8_t* row) {
   for (uint32_t x = 0; x < width; ++x, first += samples.components, row += 3) {
     for (int c = 0; c < 3; ++c) {
       row[c] = static_cast<uint8_t>(Stretch(SampleAt(samples, first + shown[c]), samples.precision, 8));
@@ -67,8 +67,8 @@ int32_t AllocateForSamples(const DecodedSamples& samples, KernelBitmap& bitmap) 
   const uint32_t depth = !grey ? 24 : samples.precision <= 8 ? 8 : 16;
   const KernelColourOrder order = !grey ? kOrderBgr : depth == 8 ? kOrderRgb : kOrderGrey;
   return KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, Wanted(samples.width, bitmap.width),
-                              Wanted(samples.height, bitmap.height), depth, order, nullptr,
-                              kViewTopLeft, nullptr, 0);
+                              Wanted(samples.height, bitmap.height), depth, order, nullptr, kViewTopLeft,
+                              nullptr, 0);
 }
 
 void PutSamples(const DecodedSamples& samples, const HostLoadOptions& options, bool isYcc,

@@ -76,9 +76,14 @@ int32_t PaintOnto(KernelBitmap& canvas, const Drawing& drawing, const RECT& plac
       if (!Usable(surface.get())) return kHostNoMemory;
       const ContextPtr cairo(cairo_create(surface.get()), &cairo_destroy);
       const Point corner = {static_cast<double>(x), static_cast<double>(y)};
-      const Brush brush = {cairo.get(), drawing, whole.Shifted(corner.x, corner.y),
-                           corner.x,    corner.y, static_cast<double>(w),
-                           static_cast<double>(h), limit};
+      const Brush brush = {cairo.get(),
+                           drawing,
+                           whole.Shifted(corner.x, corner.y),
+                           corner.x,
+                           corner.y,
+                           static_cast<double>(w),
+                           static_cast<double>(h),
+                           limit};
       if (!PaintObjects(brush, objects)) return kHostOverBudget;
       if (cairo_status(cairo.get()) == CAIRO_STATUS_NO_MEMORY) return kHostNoMemory;
       cairo_surface_flush(surface.get());
@@ -141,8 +146,8 @@ class Recording {
     const ContextPtr cairo(cairo_create(surface_.get()), &cairo_destroy);
     PaintLimit limit(kMostPixels, static_cast<double>(drawing.bytes));
     // A recording reaches as far as what is painted on it.
-    const Brush brush = {cairo.get(),          drawing, map,  0, 0, std::max(1.0, whole.right),
-                         std::max(1.0, whole.bottom), limit};
+    const Brush brush = {
+        cairo.get(), drawing, map, 0, 0, std::max(1.0, whole.right), std::max(1.0, whole.bottom), limit};
     complete_ = PaintObjects(brush, reach.Within(whole.left, whole.top, whole.right, whole.bottom));
     double x = 0, y = 0, width = 0, height = 0;
     cairo_recording_surface_ink_extents(surface_.get(), &x, &y, &width, &height);

@@ -28,7 +28,8 @@ std::vector<Point> Sweep(Point centre, Point first, Point second, double start, 
                          double scale) {
   const double pixels = scale * std::max(std::hypot(first.x, first.y), std::hypot(second.x, second.y));
   const double turns = std::abs(sweep) / kTurn;  // of sums that overflowed not a number
-  const int steps = std::max(2, static_cast<int>(std::ceil((turns <= 1 ? turns : 1) * TurnSteps(pixels))));
+  const int steps =
+      std::max(2, static_cast<int>(std::ceil((turns <= 1 ? turns : 1) * TurnSteps(pixels))));
   std::vector<Point> points;
   points.reserve(static_cast<size_t>(steps) + 1);
   for (int i = 0; i <= steps; ++i) {
@@ -58,8 +59,7 @@ std::vector<Point> ArcThroughThree(const std::vector<Point>& p, Point* centre, d
   const auto angle = [&](Point q) { return std::atan2(q.y - centre->y, q.x - centre->x); };
   const double start = angle(p[0]);
   const double sweep = d > 0 ? PositiveAngle(start, angle(p[2])) : -PositiveAngle(angle(p[2]), start);
-  return CircleArc(*centre, std::hypot(p[0].x - centre->x, p[0].y - centre->y), start, sweep,
-                   scale);
+  return CircleArc(*centre, std::hypot(p[0].x - centre->x, p[0].y - centre->y), start, sweep, scale);
 }
 
 std::vector<Point> ArcAround(const Object& object, double scale) {
@@ -76,8 +76,7 @@ std::vector<Point> EllipticalArc(const Object& object, double scale) {
   if (d == 0) return {object.points[1], object.points[2]};
   const auto parameter = [&](Point v) { return std::atan2(Cross(first, v) / d, Cross(v, second) / d); };
   const double from = parameter(object.points[3]);
-  return Sweep(centre, first, second, from, PositiveAngle(from, parameter(object.points[4])),
-               scale);
+  return Sweep(centre, first, second, from, PositiveAngle(from, parameter(object.points[4])), scale);
 }
 
 Path Closed(std::vector<Point> points, CloseType close, Point centre) {

@@ -12,8 +12,8 @@ struct Path {
   std::vector<Point> points;
   bool closed = false;
 };
-/// An object's outline, curves flattened: the finer the more pixels its units are. Texts, markers and cell
-/// arrays have none.
+/// An object's outline, curves flattened: the finer the more pixels its units are. Texts, markers and
+/// cell arrays have none.
 std::vector<Path> OutlineOf(const Object& object, double pixelsPerUnit = 1e6);
 /// Whether every number of an object is finite.
 bool IsFinite(const Object& object);

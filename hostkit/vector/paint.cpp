@@ -176,18 +176,19 @@ void PathExtent::AddEdge(const Brush& brush, Point from, Point to) {
                                     std::max(std::min(from.y, to.y), 0.0));
 }
 
-// Edges are sampled in several lines a row, the fewer the more edges there are. Those that lie side by side
-// may cross, and each crossing is sorted out.
+// Edges are sampled in several lines a row, the fewer the more edges there are. Those that lie side by
+// side may cross, and each crossing is sorted out.
 double ChooseSmoothness(const Brush& brush, double edgeRows, double edges) {
   constexpr double kFew = 200'000, kMany = 2'000'000;
   constexpr double kFineCost = 40, kFastCost = 12, kPlainCost = 8;  // nanoseconds an edge and row
   constexpr double kCrossingCost = 1.5;
   const bool few = edgeRows <= kFew, many = edgeRows > kMany;
   const double beside = edgeRows / std::max(1.0, brush.height);
-  const double crossings = beside * beside * brush.height / (2 * std::max(1.0, edgeRows / std::max(1.0, edges)));
+  const double crossings =
+      beside * beside * brush.height / (2 * std::max(1.0, edgeRows / std::max(1.0, edges)));
   cairo_set_antialias(brush.cairo, few    ? CAIRO_ANTIALIAS_DEFAULT
-                             : many ? CAIRO_ANTIALIAS_NONE
-                                    : CAIRO_ANTIALIAS_FAST);
+                                   : many ? CAIRO_ANTIALIAS_NONE
+                                          : CAIRO_ANTIALIAS_FAST);
   return edgeRows * (few ? kFineCost : many ? kPlainCost : kFastCost) + kCrossingCost * crossings;
 }
 

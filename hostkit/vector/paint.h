@@ -35,8 +35,8 @@ class DeviceMap {
   bool usable_ = false;
 };
 
-/// How much more painting there may be, in nanoseconds of an ordinary core: what the pixels that a drawing
-/// can reach and the bytes that it was read from are worth.
+/// How much more painting there may be, in nanoseconds of an ordinary core: what the pixels that a
+/// drawing can reach and the bytes that it was read from are worth.
 class PaintLimit {
  public:
   static constexpr double kBaseCost = 1e9, kCostPerPixel = 40, kCostPerByte = 800;

@@ -93,7 +93,8 @@ void FillPattern(const Brush& brush, const FillLook& fill) {
     return;
   }
   const Pattern& pattern = found->second;
-  if (!brush.limit.Take(kCellCost * static_cast<double>(pattern.cells.size()))) return cairo_new_path(cairo);
+  if (!brush.limit.Take(kCellCost * static_cast<double>(pattern.cells.size())))
+    return cairo_new_path(cairo);
   Point right{1, 0}, down{0, 1};
   const Point width = map.Direction(fill.patternWidth), height = map.Direction(fill.patternHeight);
   if (std::hypot(width.x, width.y) > 0 && std::hypot(height.x, height.y) > 0) {

@@ -69,8 +69,8 @@ void StrokePath(const Brush& brush, const LineLook& look, const Attributes& attr
   // A stroke is an outline of two sides, with corners of its own.
   const double sides = 2.5 * path.edgeRows + std::min(width, brush.height) * path.segments;
   const double ink = std::min(path.extent.Area(brush, width), length * width);
-  if (!brush.limit.Take(ChooseSmoothness(brush, sides, path.segments) + kSegmentCost * path.segments + kPixelCost * ink +
-                        (dashed ? kDashCost * length / width : 0))) {
+  if (!brush.limit.Take(ChooseSmoothness(brush, sides, path.segments) + kSegmentCost * path.segments +
+                        kPixelCost * ink + (dashed ? kDashCost * length / width : 0))) {
     return cairo_new_path(cairo);
   }
   cairo_set_line_width(cairo, width);

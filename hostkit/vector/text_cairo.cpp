@@ -5,7 +5,6 @@
 #include <cmath>
 #include <list>
 
-
 namespace hostkit {
 
 std::string Utf8(const std::string& latin1) {
@@ -66,7 +65,8 @@ struct KnownFont {
     cairo_text_extents(scratch.get(), "H", &extents);
     cairo_font_extents_t whole;
     cairo_font_extents(scratch.get(), &whole);
-    measure = {extents.height / kMeasureSize, whole.ascent / kMeasureSize, whole.descent / kMeasureSize, {}};
+    measure = {
+        extents.height / kMeasureSize, whole.ascent / kMeasureSize, whole.descent / kMeasureSize, {}};
     std::fill(std::begin(advances), std::end(advances), NAN);
   }
   void Learn(const std::string& text) {
@@ -95,7 +95,8 @@ struct KnownFont {
 FontMeasure MeasureFont(const FontName& name, const std::string& text) {
   constexpr size_t kKept = 16;
   thread_local std::list<KnownFont> fonts;  // the last used in front
-  auto found = std::find_if(fonts.begin(), fonts.end(), [&](const KnownFont& f) { return f.name == name; });
+  auto found =
+      std::find_if(fonts.begin(), fonts.end(), [&](const KnownFont& f) { return f.name == name; });
   if (found == fonts.end()) {
     fonts.emplace_front(name);
     if (fonts.size() > kKept) fonts.pop_back();

@@ -45,7 +45,8 @@ class OutputFile {
   std::string temporary_;
 };
 
-/// Bounds what reading and drawing a file may take from here on by its bytes and the pixels that it makes.
+/// Bounds what reading and drawing a file may take from here on by its bytes and the pixels that it
+/// makes.
 void LimitWork(const std::string& path, uint64_t pixels);
 
 /// Whether two paths name one existing file.
