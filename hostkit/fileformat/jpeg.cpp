@@ -1,6 +1,8 @@
 // JPEG: the marker scan, 8-bit decoding and encoding through libjpeg.
+#include <algorithm>
 #include <csetjmp>
 #include <cstdio>
+#include <new>
 #include <vector>
 
 #include <jpeglib.h>
@@ -184,19 +186,44 @@ int32_t Load(Bytes stream, const HostLoadOptions& options, KernelBitmap& bitmap)
 
 // ---------------------------------------------------------------- encoding
 
-struct EncodedBytes {
-  unsigned char* data = nullptr;
-  unsigned long size = 0;
+// Where the encoder writes: a buffer of ours that grows, since the library's own one is lost, and freed
+// twice, when it cannot grow.
+struct Destination {
+  jpeg_destination_mgr manager;
+  std::vector<uint8_t>& bytes;
 };
+void Grow(jpeg_compress_struct* codec, size_t filled) {
+  constexpr size_t kLeast = 16384;
+  auto& destination = *reinterpret_cast<Destination*>(codec->dest);
+  bool grown = true;
+  try {
+    destination.bytes.resize(std::max(2 * filled, kLeast));
+  } catch (const std::bad_alloc&) {
+    grown = false;
+  }
+  if (!grown) ReturnError(reinterpret_cast<j_common_ptr>(codec));
+  destination.manager.next_output_byte = destination.bytes.data() + filled;
+  destination.manager.free_in_buffer = destination.bytes.size() - filled;
+}
+void StartDestination(jpeg_compress_struct* codec) { Grow(codec, 0); }
+// The buffer is full, whatever is said to be free in it.
+boolean GrowDestination(jpeg_compress_struct* codec) {
+  Grow(codec, reinterpret_cast<Destination*>(codec->dest)->bytes.size());
+  return TRUE;
+}
+void EndDestination(jpeg_compress_struct* codec) {
+  auto& destination = *reinterpret_cast<Destination*>(codec->dest);
+  destination.bytes.resize(destination.bytes.size() - destination.manager.free_in_buffer);
+}
 
 // A quality factor of 2 keeps the most, 255 the least.
 int LibraryQuality(int32_t factor) { return 100 - (factor - 2) * 99 / 253; }
 
 bool RunEncoder(jpeg_compress_struct& codec, ErrorReturn& errors, const KernelBitmap& bitmap,
-                uint32_t format, bool grey, int quality, EncodedBytes& out, const uint8_t* rows) {
+                uint32_t format, bool grey, int quality, Destination& out, const uint8_t* rows) {
   if (setjmp(errors.jump) != 0) return false;
   jpeg_create_compress(&codec);
-  jpeg_mem_dest(&codec, &out.data, &out.size);
+  codec.dest = &out.manager;
   codec.image_width = bitmap.width;
   codec.image_height = bitmap.height;
   codec.input_components = grey ? 1 : 3;
@@ -269,12 +296,12 @@ int32_t EncodeJpeg(const KernelBitmap& bitmap, uint32_t format, uint32_t bitsPer
   jpeg_compress_struct codec{};
   ErrorReturn errors;
   codec.err = Silent(errors);
-  EncodedBytes encoded;
+  std::vector<uint8_t> encoded;
+  Destination destination = {{nullptr, 0, &StartDestination, &GrowDestination, &EndDestination}, encoded};
   const bool done = RunEncoder(codec, errors, bitmap, format, grey, LibraryQuality(qualityFactor),
-                               encoded, rows.data());
+                               destination, rows.data());
   jpeg_destroy_compress(&codec);
-  if (done) bytes.assign(reinterpret_cast<char*>(encoded.data), encoded.size);
-  std::free(encoded.data);
+  if (done) bytes.assign(encoded.begin(), encoded.end());
   return done ? kHostOk : kHostBadData;
 }
 

@@ -23,6 +23,32 @@ void FillTextBox(const Brush& brush, const Object& object) {
   cairo_fill(cairo);
 }
 
+// Draws the characters of a text whose letters' sides are the device vectors `x` and `y`.
+void PaintCharacters(const Brush& brush, const Object& object, const LaidOutText& text, Point x,
+                     Point y) {
+  // The pictures of large glyphs would be kept; their outlines are not.
+  constexpr double kLargestKept = 200, kGlyphCost = 4000, kRowCost = 400;
+  const double tall = std::abs(x.y) + std::abs(y.y), wide = std::abs(x.x) + std::abs(y.x);
+  const bool asOutline = std::hypot(x.x, x.y) > kLargestKept || std::hypot(y.x, y.y) > kLargestKept;
+  for (size_t i = 0; i < text.places.size(); ++i) {
+    const std::string character = Utf8(object.text.substr(i, 1));
+    const Point device = brush.map.ToDevice(text.Place(object.points[0], text.places[i]));
+    Extent extent;
+    extent.Add({device.x - wide, device.y - tall});
+    extent.Add({device.x + wide, device.y + tall});
+    const double seen = extent.Area(brush);
+    if (seen == 0) continue;
+    if (!brush.limit.Take(kGlyphCost + kRowCost * std::min(tall, brush.height) + seen)) return;
+    cairo_move_to(brush.cairo, device.x, device.y);
+    if (asOutline) {
+      cairo_text_path(brush.cairo, character.c_str());
+      cairo_fill(brush.cairo);
+    } else {
+      cairo_show_text(brush.cairo, character.c_str());
+    }
+  }
+}
+
 }  // namespace
 
 void PaintText(const Brush& brush, const Object& object) {
@@ -43,28 +69,8 @@ void PaintText(const Brush& brush, const Object& object) {
   cairo_matrix_init(&matrix, x.x, x.y, -y.x, -y.y, 0, 0);
   cairo_set_font_matrix(cairo, &matrix);
   SetColour(cairo, attributes.text.colour);
-  // The pictures of large glyphs would be kept; their outlines are not.
-  constexpr double kLargestKept = 200, kTextCost = 60'000, kGlyphCost = 4000, kRowCost = 400;
-  const double tall = std::abs(x.y) + std::abs(y.y), wide = std::abs(x.x) + std::abs(y.x);
-  const bool asOutline = std::hypot(x.x, x.y) > kLargestKept || std::hypot(y.x, y.y) > kLargestKept;
-  if (!brush.limit.Take(kTextCost)) return;
-  for (size_t i = 0; i < text.places.size(); ++i) {
-    const std::string character = Utf8(object.text.substr(i, 1));
-    const Point device = map.ToDevice(text.Place(object.points[0], text.places[i]));
-    Extent extent;
-    extent.Add({device.x - wide, device.y - tall});
-    extent.Add({device.x + wide, device.y + tall});
-    const double seen = extent.Area(brush);
-    if (seen == 0) continue;
-    if (!brush.limit.Take(kGlyphCost + kRowCost * std::min(tall, brush.height) + seen)) return;
-    cairo_move_to(cairo, device.x, device.y);
-    if (asOutline) {
-      cairo_text_path(cairo, character.c_str());
-      cairo_fill(cairo);
-    } else {
-      cairo_show_text(cairo, character.c_str());
-    }
-  }
+  constexpr double kTextCost = 60'000;
+  if (brush.limit.Take(kTextCost)) PaintCharacters(brush, object, text, x, y);
 }
 
 }  // namespace hostkit
