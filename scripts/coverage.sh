@@ -15,7 +15,7 @@ if [ $# -eq 0 ]; then
   rm -f $build/*.profraw
 fi
 objects=($build/bin/orbntf_tests -object $build/bin/libhostkit.so)
-for program in orbntf_faults fuzz_replay; do
+for program in orbntf_faults; do
   [ ! -x $build/bin/$program ] || objects+=(-object $build/bin/$program)
 done
 if [ $# -gt 0 ]; then
