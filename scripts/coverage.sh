@@ -22,5 +22,7 @@ if [ $# -gt 0 ]; then
   llvm-cov-14 show "${objects[@]}" -instr-profile=$build/tests.profdata "$@"
   exit
 fi
-llvm-cov-14 export "${objects[@]}" -instr-profile=$build/tests.profdata -summary-only |
-  python3 scripts/coverage.py
+for format in lcov text; do
+  llvm-cov-14 export "${objects[@]}" -instr-profile=$build/tests.profdata -format=$format >$build/coverage.$format
+done
+python3 scripts/coverage.py $build/coverage.lcov $build/coverage.text

@@ -14,7 +14,7 @@ esac
 for group in "$@"; do
   case "$group" in
     test) packages+=(libgtest-dev) ;;
-    check) packages+=(clang clang-tidy clang-format libclang-rt-14-dev) ;;
+    check) packages+=(clang clang-tidy clang-format libclang-rt-14-dev llvm-14 python3) ;;
     bench) packages+=(libbenchmark-dev) ;;
     windows) packages+=(g++-mingw-w64-i686 googletest) ;;
     wine) packages+=(debootstrap) ;;

@@ -111,8 +111,8 @@ class File {
 
 std::mutex filesMutex;
 std::vector<std::unique_ptr<File>>& Files() {
-  static auto* files = new std::vector<std::unique_ptr<File>>;
-  return *files;
+  static hostkit::Immortal<std::vector<std::unique_ptr<File>>> files;
+  return files.Get();
 }
 
 File* Find(int32_t handle) {

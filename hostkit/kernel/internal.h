@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstring>
+#include <new>
 #include <string>
 
 #include "host/kernel.h"
@@ -13,6 +14,20 @@ namespace hostkit {
 inline constexpr int32_t kKindMemory = 0;
 inline constexpr int32_t kKindFile = 1;
 inline constexpr int32_t kKindBitmap = 2;
+
+/// An object that is made without memory of its own and outlives every other: for what static objects may
+/// still use when they end.
+template <class T>
+class Immortal {
+ public:
+  Immortal() { new (bytes_) T; }
+  Immortal(const Immortal&) = delete;
+  Immortal& operator=(const Immortal&) = delete;
+  T& Get() { return *std::launder(reinterpret_cast<T*>(bytes_)); }
+
+ private:
+  alignas(T) unsigned char bytes_[sizeof(T)];
+};
 
 void Track(int32_t kind, const void* resource, uint64_t bytes, uint32_t line, const char16_t* file);
 void Untrack(int32_t kind, const void* resource);

@@ -15,8 +15,8 @@ struct Tracker {
   uint64_t peak = 0;
 };
 Tracker& TheTracker() {
-  static Tracker* tracker = new Tracker;  // outlives every static object that may still free
-  return *tracker;
+  static hostkit::Immortal<Tracker> tracker;
+  return tracker.Get();
 }
 
 struct Fault {
