@@ -169,6 +169,29 @@ TEST_F(BudgetTest, BlankImagesAreShownOnce) {
   EXPECT_EQ(test::RenderBytes(file.Image(form, pad).Bytes()).At(5, 5), test::kWhite);
 }
 
+TEST_F(BudgetTest, LargeCanvasesThatHaveTheirDataAreDrawn) {
+  const std::string far = "0420004100", data(64, 'x');
+  const auto draw = [](const NitfBuilder& file) {
+    const test::TempFile onDisk(file.Bytes());
+    const test::Handle handle(onDisk);
+    KernelBitmap bitmap;
+    KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 0);
+    const int32_t status = Orb_NtfRenderBitmap(&bitmap, handle);
+    EXPECT_EQ(bitmap.height, 4208u);
+    KernelFreeBitmap(&bitmap);
+    return status;
+  };
+  EXPECT_EQ(draw(NitfBuilder().Image({.location = far}, data).Image({.level = 2}, data)), ORB_SUCCESS);
+  // What is in front of an image whose data cannot be told tells nothing of it.
+  const ImageForm masked{.compression = "NM", .location = far};
+  EXPECT_EQ(draw(NitfBuilder().Image(masked, test::MaskBytes({.blocks = {0}}) + data)), ORB_SUCCESS);
+  test::Record symbol = test::GraphicRecord();
+  NitfBuilder drawing;
+  EXPECT_EQ(
+      draw(drawing.Graphic(symbol.Set("SFMT", "B"), "symbol").Image({.level = 2, .location = far}, data)),
+      ORB_SUCCESS);
+}
+
 TEST_F(BudgetTest, WorkBeyondTheLimitIsRefused) {
   const test::TempFile file(
       NitfBuilder().Image({.width = 500, .height = 500}, std::string(250000, 'x')).Bytes());

@@ -56,6 +56,14 @@ TEST_F(FilterTest, SaveAndIncompleteRecordsAreRefused) {
   EXPECT_EQ(fltLoad(&record), ORB_BAD_STRUCTURE);
 }
 
+TEST_F(FilterTest, DrawingAsksForADocumentAndABitmap) {
+  KernelBitmap bitmap = {};
+  EXPECT_EQ(Orb_NtfRenderBitmap(&bitmap, nullptr), ORB_NULL_HANDLE);
+  EXPECT_EQ(Orb_NtfRenderBitmap(nullptr, nullptr), ORB_INVALID_PARAMETER);
+  EXPECT_EQ(Orb_NitfDrawObjects(nullptr, nullptr, nullptr, nullptr), ORB_NULL_HANDLE);
+  EXPECT_EQ(fltInfo(nullptr), ORB_INVALID_PARAMETER);
+}
+
 TEST_F(FilterTest, RowsArriveFromTheTopWithTheirFlags) {
   const auto picture = test::RenderBytes(RampFile(5, 4).Bytes());
   ASSERT_EQ(picture.status, 1);
