@@ -101,7 +101,8 @@ Status PadColour(const KernelBitmap& bitmap, uint8_t code, COLORREF& colour) {
   if (Status s = FromHost(KernelGetColours(&bitmap, 0, count, colours.data())); !Ok(s)) return s;
   if (code < count) {
     const KernelColour entry = colours[code];
-    colour = entry.red | entry.green << 8 | static_cast<COLORREF>(entry.blue) << 16;
+    colour = static_cast<COLORREF>(entry.red | entry.green << 8) | static_cast<COLORREF>(entry.blue)
+                                                                       << 16;
   }
   return Status::Success;
 }

@@ -33,7 +33,8 @@ Status AcceptReserved(FileHeader& header) {
 
 Status TakeBackground(FileHeader& header) {
   const auto* bytes = reinterpret_cast<const uint8_t*>(header.FBKGC.text);
-  header.background = bytes[0] | bytes[1] << 8 | static_cast<COLORREF>(bytes[2]) << 16;
+  header.background = static_cast<COLORREF>(bytes[0] | bytes[1] << 8) | static_cast<COLORREF>(bytes[2])
+                                                                            << 16;
   return Status::Success;
 }
 
