@@ -102,9 +102,12 @@ Status SetComments(H& header, const ImageHeader& given) {
 }
 
 // A special setter that gives one member of the public record to a setter of the header.
+template <class Argument>
+Argument ArgumentOf(Status (H::*)(Argument));
 template <auto Set, auto Given>
-constexpr auto kForward =
-    [](H& header, const I& given) { return (header.*Set)(PublicMember<Given>::Of(given)); };
+constexpr auto kForward = [](H& header, const I& given) {
+  return (header.*Set)(static_cast<decltype(ArgumentOf(Set))>(PublicMember<Given>::Of(given)));
+};
 template <auto Member, auto Given>
 constexpr auto kAssignMask = [](H& header, const I& given) {
   using Part = std::remove_reference_t<decltype(header.mask.*Member)>;
@@ -117,8 +120,7 @@ constexpr SpecialSetter<H, I> kImageSpecials[] = {
     {"IC", kForward<&H::SetCompression, &I::IC>},
     {"COMRAT", kForward<&H::SetCompressionRate, &I::COMRAT>},
     {"IMAG", kForward<&H::SetMagnification, &I::IMAG>},
-    {"NICOM",
-     [](H& header, const I& given) { return header.SetCommentCount(static_cast<int32_t>(given.NICOM)); }},
+    {"NICOM", kForward<&H::SetCommentCount, &I::NICOM>},
     {"ICOM", &SetComments},
     {"NBANDS", kForward<&H::SetBandCount, &I::NBANDS>},
     {"XBANDS", kForward<&H::SetExtendedBandCount, &I::XBANDS>},
