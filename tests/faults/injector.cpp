@@ -1,10 +1,8 @@
 #include "tests/faults/injector.h"
 
-#include <cstdlib>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <new>
-#include <regex>
 
 #include "hostkit/hostkit.h"
 #include "tests/faults/names.h"
@@ -30,13 +28,13 @@ struct Inside {
 
 bool Met(int seen) { return plan.fromThenOn ? seen >= plan.n : seen == plan.n; }
 
+}  // namespace
+
 bool AllocationFails() {
   if (plan.allocation == 0 || inside) return false;
   ++plan.allocations;
   return plan.fromThenOn ? plan.allocations >= plan.allocation : plan.allocations == plan.allocation;
 }
-
-}  // namespace
 
 bool ShouldFail(const char* name, const char* file, int line) {
   if (!plan.recording && plan.site == nullptr) return false;
@@ -82,35 +80,19 @@ bool FailAllocation(int n, bool fromThenOn, const std::function<void()>& work) {
 
 std::set<Site> SitesInSource() {
   std::set<Site> sites;
-  std::string names;
-  for (const char* name : kFailing) names += std::string(names.empty() ? "" : "|") + name;
-  const std::regex call("\\b(" + names + ")\\(");
   for (const auto& entry : std::filesystem::directory_iterator(PROJECT_SOURCE_DIR "/Common")) {
     std::ifstream source(entry.path());
     std::string line;
     for (int number = 1; std::getline(source, line); ++number) {
-      for (std::sregex_iterator found(line.begin(), line.end(), call), end; found != end; ++found)
-        sites.insert({(*found)[1], entry.path().filename().string(), number});
+      for (const char* name : kFailing) {
+        const size_t at = line.find(name + std::string("("));
+        const bool whole = at == 0 || (at != std::string::npos && std::isalnum(line[at - 1]) == 0);
+        if (at != std::string::npos && whole)
+          sites.insert({name, entry.path().filename().string(), number});
+      }
     }
   }
   return sites;
 }
 
 }  // namespace faults
-
-void* operator new(size_t bytes) {
-  void* block = faults::AllocationFails() ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
-  if (block == nullptr) throw std::bad_alloc();
-  return block;
-}
-void* operator new(size_t bytes, const std::nothrow_t&) noexcept {
-  return faults::AllocationFails() ? nullptr : std::malloc(bytes != 0 ? bytes : 1);
-}
-void* operator new[](size_t bytes) { return ::operator new(bytes); }
-void* operator new[](size_t bytes, const std::nothrow_t& tag) noexcept {
-  return ::operator new(bytes, tag);
-}
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete[](void* block) noexcept { std::free(block); }
-void operator delete(void* block, size_t) noexcept { std::free(block); }
-void operator delete[](void* block, size_t) noexcept { std::free(block); }

@@ -25,6 +25,9 @@ bool Fail(const Site& site, int n, bool fromThenOn, const std::function<void()>&
 /// Whether there was one.
 bool FailAllocation(int n, bool fromThenOn, const std::function<void()>& work);
 
+/// Whether the allocation that is asked for is to fail.
+bool AllocationFails();
+
 /// Every call of a host operation that can fail in the module's source, found by reading it.
 std::set<Site> SitesInSource();
 
