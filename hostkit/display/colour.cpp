@@ -86,7 +86,9 @@ int32_t Combine(const KernelBitmap& destination, uint32_t x, uint32_t y, uint32_
   width = std::min({width, destination.width - x, source.width - sourceX});
   height = std::min({height, destination.height - y, source.height - sourceY});
   const bool convert = destination.bitsPerPixel != source.bitsPerPixel;
-  if (!hostkit::Spend(uint64_t{width} * height * (convert ? 8 : 1))) return kHostOverBudget;
+  // Most pixels are the first of their page, which the system has yet to give.
+  const uint64_t pixelCost = convert ? 8 : 1 + destination.bitsPerPixel / 2;
+  if (!hostkit::Spend(uint64_t{width} * height * pixelCost)) return kHostOverBudget;
   std::vector<uint8_t> bgr(convert ? 3 * static_cast<size_t>(width) : 0);
   hostkit::NearestColour nearest(destination);
   for (uint32_t row = 0; row < height; ++row) {

@@ -43,7 +43,7 @@ int32_t hostkit::PaintBitmap(HDC dc, const KernelBitmap& bitmap, const RECT* sou
   std::vector<uint8_t> bgr(3 * static_cast<size_t>(width));
   NearestColour nearest(canvas);
   const bool copy = transparent == nullptr && SameForm(canvas, bitmap);
-  if (!Spend(static_cast<uint64_t>(place.width) * static_cast<uint64_t>(place.height) * (copy ? 1 : 5)))
+  if (!Spend(static_cast<uint64_t>(place.width) * static_cast<uint64_t>(place.height) * (copy ? 3 : 5)))
     return kHostOverBudget;
   for (int64_t y = 0; y < place.height; ++y) {
     const uint8_t* in = PictureRow(bitmap, static_cast<uint32_t>(place.sourceY + y));

@@ -15,7 +15,7 @@ namespace {
 
 constexpr uint64_t kMaxPixelsPerByte = 4096;  // no JPEG stream packs more pixels into a byte
 constexpr uint64_t kMaxCoefficientBytes = 96 << 20;
-constexpr uint64_t kWorkPerSample = 10, kWorkPerScanSample = 4;  // nanoseconds
+constexpr uint64_t kWorkPerSample = 5, kWorkPerScanSample = 4;  // nanoseconds
 
 uint32_t Big16(const uint8_t* p) { return static_cast<uint32_t>(p[0] << 8 | p[1]); }
 

@@ -12,11 +12,9 @@
 #include "host/kernel.h"
 #include "host/vector.h"
 #include "host/windows.h"
+#include "tests/faults/result.h"
 
 namespace faults {
-
-/// What an injected failure answers where a host answers with a status.
-inline constexpr int32_t kInjected = -77;
 
 /// Whether the call of a host operation at a place of the source is to fail.
 bool ShouldFail(const char* name, const char* file, int line);

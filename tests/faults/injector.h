@@ -7,6 +7,8 @@
 #include <set>
 #include <string>
 
+#include "host/fileformat.h"
+
 namespace faults {
 
 /// A call in the module's source.
@@ -28,6 +30,14 @@ bool FailAllocation(int n, bool fromThenOn, const std::function<void()>& work);
 /// Whether the allocation that is asked for is to fail.
 bool AllocationFails();
 
+/// FileFormatLoadMemory for a load record, through which the module calls it.
+int32_t ORB_CALL LoadMemoryOrFail(const void* bytes, KernelBitmap* bitmap, uint32_t recordSize,
+                                  uint32_t bitsPerPixel, uint32_t order, uint32_t byteCount,
+                                  const HostLoadOptions* options, HostFileInfo* info);
+
+/// The operations that the fault tests have in their hands, and those that the host offers.
+std::set<std::string> HookedOperations();
+std::set<std::string> OperationsOfTheHost();
 /// Every call of a host operation that can fail in the module's source, found by reading it.
 std::set<Site> SitesInSource();
 

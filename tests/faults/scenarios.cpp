@@ -1,6 +1,7 @@
 #include "tests/faults/scenarios.h"
 
 #include "orbntf/orbntf.h"
+#include "tests/faults/injector.h"
 #include "tests/support/encoders.h"
 #include "tests/support/metafile.h"
 #include "tests/support/vq.h"
@@ -60,7 +61,7 @@ int32_t Load(const char16_t* path, uint32_t flags) {
   record.bitmap = &bitmap;
   record.rowCallback = &TakeRow;
   record.options = &options;
-  record.loadMemory = &FileFormatLoadMemory;
+  record.loadMemory = &LoadMemoryOrFail;
   record.setLoadCallback = &FileFormatSetLoadInfoCallback;
   record.required2224 = 1;
   return fltLoad(&record);

@@ -232,7 +232,7 @@ std::string FindFault(NitfHandle document, const std::string& path) {
   for (const ImageSubheader& image : written.get()->images)
     pixels = std::max(pixels, image.FullWidth().Value() * image.FullHeight().Value());
   LimitWork(path, pixels);
-  const std::string fault = FindSegmentFaults(*document, *written.get(), size);
+  std::string fault = FindSegmentFaults(*document, *written.get(), size);
   HostkitLiftWorkLimit();
   return fault;
 }
