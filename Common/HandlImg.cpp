@@ -230,20 +230,20 @@ Status ImagePainter::Draw(uint32_t index, int32_t rowOffset, int32_t columnOffse
 
 // One colour is painted strip by strip.
 Status ImagePainter::Finish() {
-  constexpr int32_t kStripRows = 64;
+  constexpr LONG kStripRows = 64;
   if (waiting_.header == nullptr) return Status::Success;
   const ImageSubheader& header = *waiting_.header;
   RECT strip = waiting_.filled;
-  const int32_t bottom = strip.bottom;
+  const LONG bottom = strip.bottom;
   waiting_ = {};
   OwnedBitmap bitmap;
   if (Status s = CreateSegmentBitmap(bitmap, header, static_cast<uint32_t>(strip.right - strip.left),
-                                     kStripRows);
+                                     static_cast<uint32_t>(kStripRows));
       !Ok(s)) {
     return s;
   }
   for (; strip.top < bottom; strip.top = strip.bottom) {
-    strip.bottom = std::min(bottom, strip.top + std::min(kStripRows, bottom - strip.top));
+    strip.bottom = strip.top + std::min(kStripRows, bottom - strip.top);
     if (Status s = PaintSegment(dc_, bitmap.record, header, strip); !Ok(s)) return s;
   }
   return Status::Success;

@@ -24,7 +24,7 @@ for target in "${targets[@]}"; do
   kept=fuzz/corpus/$target
   mkdir -p "$work" $build/seeds/"$target" "$kept" fuzz/regressions/"$target"
   echo "== $target"
-  "$build/bin/fuzz_$target" -max_total_time=$((minutes * 60 / ${#targets[@]})) -timeout=5 -rss_limit_mb=512 \
+  "$build/bin/fuzz_$target" -max_total_time=$((minutes * 60 / ${#targets[@]})) -timeout=2 -rss_limit_mb=512 \
     -max_len=262144 -dict=fuzz/nitf.dict -print_final_stats=1 -artifact_prefix=$build/findings/"$target"- \
     "$work" "$kept" fuzz/regressions/"$target" $build/seeds/"$target" 2>&1 |
     grep -E '^stat::|SUMMARY|INITED|DONE|not so|held:' || true
@@ -34,7 +34,7 @@ for target in "${targets[@]}"; do
   small=$build/small/$target
   rm -rf "$small"
   mkdir -p "$small"
-  "$build/bin/fuzz_$target" -merge=1 -timeout=5 -rss_limit_mb=512 "$small" fuzz/corpus/"$target" \
+  "$build/bin/fuzz_$target" -merge=1 -timeout=2 -rss_limit_mb=512 "$small" fuzz/corpus/"$target" \
     $build/work/"$target" $build/seeds/"$target" >/dev/null 2>&1 || true
   rm -rf fuzz/corpus/"$target"
   mkdir -p fuzz/corpus/"$target"

@@ -6,6 +6,7 @@
 
 #include <dcmtk/dcmjpeg/djcparam.h>
 #include <dcmtk/dcmjpeg/djeijg12.h>
+#include <dcmtk/dcmjpeg/djeijg8.h>
 #endif
 
 #include "tests/support/encoders.h"
@@ -147,6 +148,20 @@ TEST_F(CompressedTest, WideAndLosslessJpegAreDecoded) {
   form.compression = "C3";
   DJCompressIJG12Bit sequential(parameters, EJM_sequential, 95);
   ExpectSamples(RenderImage(form, EncodeWide(sequential, samples, kSide, kSide)), {0, 0, 0}, 12);
+}
+
+TEST_F(CompressedTest, LosslessColourIsDecodedWhereItIsShown) {
+  const DJCodecParameter parameters(ECC_lossyYCbCr, EDC_never, EUC_default, EPC_default);
+  DJCompressIJG8Bit encoder(parameters, EJM_lossless, 1, 0);
+  std::string samples = Samples(0, 0, kSide, kSide, {0, 1, 2});
+  Uint8* out = nullptr;
+  Uint32 size = 0;
+  ASSERT_TRUE(
+      encoder.encode(kSide, kSide, EPI_RGB, 3, reinterpret_cast<Uint8*>(samples.data()), out, size)
+          .good());
+  const std::string stream(reinterpret_cast<char*>(out), size);
+  delete[] out;
+  ExpectSamples(RenderImage(BlockForm("C5", 1, 1, 3, "RGB"), stream), {0, 1, 2}, 0);
 }
 #endif
 

@@ -50,8 +50,8 @@ struct DecodedSamples {
 /// Makes a bitmap for samples, of as much as its record asks for: one component as 8- or 16-bit grey,
 /// more as 24-bit colour.
 int32_t AllocateForSamples(const DecodedSamples& samples, KernelBitmap& bitmap);
-/// Puts samples into such a bitmap: grey, or the first three or the three selected. The samples of a grey
-/// bitmap may stand in its own rows.
+/// Puts samples into such a bitmap: grey, or the first three or the three selected. The samples of pixels
+/// of their own size may stand in the bitmap's rows.
 void PutSamples(const DecodedSamples& samples, const HostLoadOptions& options, bool isYcc,
                 KernelBitmap& bitmap);
 /// How much of a side is decoded: what its bitmap's record asks for, 0 for all of it.

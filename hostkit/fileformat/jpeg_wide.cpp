@@ -56,9 +56,10 @@ int32_t LoadWideJpeg(Bytes bytes, const JpegFrame& frame, const HostLoadOptions&
     return kHostOverBudget;
   DecodedSamples samples = {frame.width, frame.height, frame.components, frame.precision, {}};
   if (const int32_t status = AllocateForSamples(samples, bitmap); status != kHostOk) return status;
-  // Grey samples are decoded where they are shown.
-  const bool direct = frame.components == 1 && bitmap.height == frame.height &&
-                      bitmap.bytesPerLine == frame.width * sampleBytes;
+  // Samples that take as much as their pixels are decoded where they are shown.
+  const bool direct = (frame.components == 1 || (frame.components == 3 && sampleBytes == 1)) &&
+                      bitmap.height == frame.height &&
+                      bitmap.bytesPerLine == frame.width * frame.components * sampleBytes;
   std::vector<uint8_t> aside(direct ? 0 : static_cast<size_t>(size));
   uint8_t* decoded = direct ? Pixels(bitmap) : aside.data();
   samples.bytes = {decoded, static_cast<size_t>(size)};

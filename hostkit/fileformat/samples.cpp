@@ -35,9 +35,11 @@ void PutGreyRow(const DecodedSamples& samples, size_t first, uint32_t width, uin
 void PutColourRow(const DecodedSamples& samples, size_t first, uint32_t width, const uint32_t (&shown)[3],
                   bool isYcc, uint8_t* row) {
   for (uint32_t x = 0; x < width; ++x, first += samples.components, row += 3) {
+    uint8_t bgr[3];  // the samples may be those of the row
     for (int c = 0; c < 3; ++c) {
-      row[c] = static_cast<uint8_t>(Stretch(SampleAt(samples, first + shown[c]), samples.precision, 8));
+      bgr[c] = static_cast<uint8_t>(Stretch(SampleAt(samples, first + shown[c]), samples.precision, 8));
     }
+    std::memcpy(row, bgr, sizeof bgr);
     if (isYcc) YccToBgr(row);
   }
 }
