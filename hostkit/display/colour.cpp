@@ -87,7 +87,7 @@ int32_t Combine(const KernelBitmap& destination, uint32_t x, uint32_t y, uint32_
   height = std::min({height, destination.height - y, source.height - sourceY});
   const bool convert = destination.bitsPerPixel != source.bitsPerPixel;
   // Most pixels are the first of their page, which the system has yet to give.
-  const uint64_t pixelCost = convert ? 8 : 1 + destination.bitsPerPixel / 2;
+  const uint64_t pixelCost = convert ? 8 : 1 + destination.bitsPerPixel * 13 / 8;
   if (!hostkit::Spend(uint64_t{width} * height * pixelCost)) return kHostOverBudget;
   std::vector<uint8_t> bgr(convert ? 3 * static_cast<size_t>(width) : 0);
   hostkit::NearestColour nearest(destination);
