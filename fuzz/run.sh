@@ -20,7 +20,7 @@ fi
 mkdir -p $build/findings
 export ASAN_OPTIONS=quarantine_size_mb=8:allocator_release_to_os_interval_ms=500:detect_leaks=0
 for target in "${targets[@]}"; do
-  work=$build/work/$target
+  work=$build/grown/$target
   kept=fuzz/corpus/$target
   mkdir -p "$work" $build/seeds/"$target" "$kept" fuzz/regressions/"$target"
   echo "== $target"
@@ -35,7 +35,7 @@ for target in "${targets[@]}"; do
   rm -rf "$small"
   mkdir -p "$small"
   "$build/bin/fuzz_$target" -merge=1 -timeout=2 -rss_limit_mb=512 "$small" fuzz/corpus/"$target" \
-    $build/work/"$target" $build/seeds/"$target" >/dev/null 2>&1 || true
+    $build/grown/"$target" $build/seeds/"$target" >/dev/null 2>&1 || true
   rm -rf fuzz/corpus/"$target"
   mkdir -p fuzz/corpus/"$target"
   (cd "$small" && ls -Sr) | {

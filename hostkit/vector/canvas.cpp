@@ -44,50 +44,63 @@ void Blend(const SurfacePtr& surface, KernelBitmap& canvas, uint32_t left, uint3
   }
 }
 
-// A drawing is painted piece by piece, those that nothing touches left out.
-int32_t PaintOnto(KernelBitmap& canvas, const Drawing& drawing, const RECT& place, double width,
-                  double height) {
-  constexpr int64_t kPiece = 1024;
-  constexpr double kPieceCost = 4;  // nanoseconds a pixel
-  const double placeLeft = std::min(place.left, place.right),
-               placeTop = std::min(place.top, place.bottom);
-  const DeviceMap whole = DeviceMap::ForDrawing(drawing, placeLeft, placeTop, width, height);
-  if (!whole.IsUsable()) return kHostOk;
-  const Reach reach(drawing, whole);
+// Pixels of a canvas, from (left, top) to in front of (right, bottom).
+struct PixelArea {
+  int64_t left, top, right, bottom;
+  double Count() const {
+    return static_cast<double>(std::max<int64_t>(0, right - left)) *
+           static_cast<double>(std::max<int64_t>(0, bottom - top));
+  }
+};
+
+PixelArea WithinCanvas(const Extent& extent, const KernelBitmap& canvas) {
   const auto first = [](double low) { return static_cast<int64_t>(std::max(0.0, std::floor(low))); };
   const auto last = [](double high, uint32_t side) {
     return static_cast<int64_t>(std::min<double>(side, std::ceil(high)));
   };
-  const int64_t left = first(reach.Whole().left), right = last(reach.Whole().right, canvas.width);
-  const int64_t top = first(reach.Whole().top), bottom = last(reach.Whole().bottom, canvas.height);
-  PaintLimit limit(static_cast<double>(std::max<int64_t>(0, right - left)) *
-                       static_cast<double>(std::max<int64_t>(0, bottom - top)),
-                   static_cast<double>(drawing.bytes));
-  for (int64_t y = top; y < bottom; y += kPiece) {
-    for (int64_t x = left; x < right; x += kPiece) {
-      const int64_t w = std::min(kPiece, right - x), h = std::min(kPiece, bottom - y);
-      const auto objects = reach.Within(static_cast<double>(x), static_cast<double>(y),
-                                        static_cast<double>(x + w), static_cast<double>(y + h));
-      if (objects.empty()) continue;
-      if (!limit.Take(kPieceCost * static_cast<double>(w * h))) return kHostOverBudget;
-      const SurfacePtr surface(
-          cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(w), static_cast<int>(h)),
-          &cairo_surface_destroy);
-      if (!Usable(surface.get())) return kHostNoMemory;
-      const ContextPtr cairo(cairo_create(surface.get()), &cairo_destroy);
-      const Point corner = {static_cast<double>(x), static_cast<double>(y)};
-      const Brush brush = {cairo.get(),
-                           drawing,
-                           whole.Shifted(corner.x, corner.y),
-                           corner.x,
-                           corner.y,
-                           static_cast<double>(w),
-                           static_cast<double>(h),
-                           limit};
-      if (!PaintObjects(brush, objects)) return kHostOverBudget;
-      if (cairo_status(cairo.get()) == CAIRO_STATUS_NO_MEMORY) return kHostNoMemory;
-      cairo_surface_flush(surface.get());
-      Blend(surface, canvas, static_cast<uint32_t>(x), static_cast<uint32_t>(y));
+  return {first(extent.left), first(extent.top), last(extent.right, canvas.width),
+          last(extent.bottom, canvas.height)};
+}
+
+int32_t PaintPiece(KernelBitmap& canvas, const Drawing& drawing, const DeviceMap& whole,
+                   const Reach& reach, const PixelArea& piece, PaintLimit& limit) {
+  constexpr double kPieceCost = 4;  // nanoseconds a pixel
+  const auto left = static_cast<double>(piece.left), top = static_cast<double>(piece.top),
+             right = static_cast<double>(piece.right), bottom = static_cast<double>(piece.bottom);
+  const auto objects = reach.Within(left, top, right, bottom);
+  if (objects.empty()) return kHostOk;
+  if (!limit.Take(kPieceCost * piece.Count())) return kHostOverBudget;
+  const SurfacePtr surface(
+      cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(piece.right - piece.left),
+                                 static_cast<int>(piece.bottom - piece.top)),
+      &cairo_surface_destroy);
+  if (!Usable(surface.get())) return kHostNoMemory;
+  const ContextPtr cairo(cairo_create(surface.get()), &cairo_destroy);
+  const Brush brush = {cairo.get(),  drawing, whole.Shifted(left, top), left, top, right - left,
+                       bottom - top, limit};
+  if (!PaintObjects(brush, objects)) return kHostOverBudget;
+  if (cairo_status(cairo.get()) == CAIRO_STATUS_NO_MEMORY) return kHostNoMemory;
+  cairo_surface_flush(surface.get());
+  Blend(surface, canvas, static_cast<uint32_t>(piece.left), static_cast<uint32_t>(piece.top));
+  return kHostOk;
+}
+
+// A drawing is painted piece by piece, those that nothing touches left out.
+int32_t PaintOnto(KernelBitmap& canvas, const Drawing& drawing, const RECT& place, double width,
+                  double height) {
+  constexpr int64_t kPiece = 1024;
+  const DeviceMap whole = DeviceMap::ForDrawing(drawing, std::min(place.left, place.right),
+                                                std::min(place.top, place.bottom), width, height);
+  if (!whole.IsUsable()) return kHostOk;
+  const Reach reach(drawing, whole);
+  const PixelArea reached = WithinCanvas(reach.Whole(), canvas);
+  PaintLimit limit(reached.Count(), static_cast<double>(drawing.bytes));
+  for (int64_t y = reached.top; y < reached.bottom; y += kPiece) {
+    for (int64_t x = reached.left; x < reached.right; x += kPiece) {
+      const PixelArea piece = {x, y, std::min(x + kPiece, reached.right),
+                               std::min(y + kPiece, reached.bottom)};
+      const int32_t status = PaintPiece(canvas, drawing, whole, reach, piece, limit);
+      if (status != kHostOk) return status;
     }
   }
   return kHostOk;
