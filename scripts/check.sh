@@ -18,12 +18,13 @@ found=$(grep -nE '\b(Kernel|Vector|FileFormat|ImageEffects|Display)[A-Za-z]*\(.*
 found=$(git ls-files '*.cpp' '*.h' '*.c' ':!include/orbntf/orbntf.h' | xargs wc -l | awk '$2 != "total" && $1 > 400')
 [ -z "$found" ] || refuse "files of more than 400 lines" <<<"$found"
 found=$(git ls-files '*.cpp' '*.h' '*.c' | xargs awk -v limit=40 '
-  FNR == 1 { close_ = "" }
+  FNR == 1 { close_ = ""; head = 0 }
+  # Where a declaration that is spread over lines begins.
+  { match($0, /^ */); if (RLENGTH <= 4 && /[(,)]$/) head = RLENGTH }
   close_ == "" && /\) *(const *)?(noexcept *)?(-> [A-Za-z:<>0-9_ ]+ )?\{$/ &&
       !/^ *(if|for|while|switch|else|\}|namespace|return|case)/ {
     match($0, /^ */)
-    if (RLENGTH > 4) next
-    close_ = sprintf("%*s}", RLENGTH, ""); start = FNR; next
+    close_ = sprintf("%*s}", RLENGTH > 4 ? head : RLENGTH, ""); start = FNR; next
   }
   close_ != "" && index($0, close_) == 1 {
     if (FNR - start + 1 > limit) print FILENAME ":" start ": " FNR - start + 1 " lines"
