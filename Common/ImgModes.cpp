@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Common/BigEndian.h"
 #include "host/display.h"
 
 namespace {
@@ -269,6 +270,29 @@ bool OffsetOfBlock(const ImageSource& source, const ModeLayout& layout, uint64_t
   return true;
 }
 
+// Every pixel's sample of three rows in turn; the samples of a row lie `stride` bytes apart.
+void InterleaveRows(const KernelBuffer<uint8_t> (&rows)[3], uint32_t stride, uint32_t count,
+                    uint8_t* pixels) {
+  const uint8_t *blue = rows[0].data(), *green = rows[1].data(), *red = rows[2].data();
+  const size_t step = stride;
+  for (; count >= 4; count -= 4, blue += 4 * step, green += 4 * step, red += 4 * step, pixels += 12) {
+    const auto pixel = [&](size_t n) {
+      return blue[n * step] | static_cast<uint32_t>(green[n * step]) << 8 |
+             static_cast<uint32_t>(red[n * step]) << 16;
+    };
+    // Four pixels are three words.
+    const uint32_t first = pixel(0), second = pixel(1), third = pixel(2), fourth = pixel(3);
+    PutLittle32(first | second << 24, pixels);
+    PutLittle32(second >> 8 | third << 16, pixels + 4);
+    PutLittle32(third >> 16 | fourth << 8, pixels + 8);
+  }
+  for (; count > 0; --count, blue += step, green += step, red += step, pixels += 3) {
+    pixels[0] = *blue;
+    pixels[1] = *green;
+    pixels[2] = *red;
+  }
+}
+
 // Reads the rows of blocks into blue, green, red pixels.
 class BandRows {
  public:
@@ -279,7 +303,9 @@ class BandRows {
     width_ = source_.header.NPPBH.value;
     step_ = scratch.BytesPerPixel();
     if (Status s = pixels_.Allocate(uint64_t{scratch.BytesPerLine()} + 3, ORB_HERE); !Ok(s)) return s;
-    if (Status s = samples_.Allocate(uint64_t{width_} * layout_.pixelStride, ORB_HERE); !Ok(s)) return s;
+    for (KernelBuffer<uint8_t>& samples : samples_) {
+      if (Status s = samples.Allocate(uint64_t{width_} * layout_.pixelStride, ORB_HERE); !Ok(s)) return s;
+    }
     return Status::Success;
   }
   void Clear() { std::fill(pixels_.begin(), pixels_.end(), uint8_t{0}); }
@@ -287,18 +313,26 @@ class BandRows {
   Status Read(int64_t offset) {
     for (uint8_t colour : layout_.readOrder) {
       const int64_t at = offset + bands_[colour] * layout_.bandStride;
-      const auto bytes = static_cast<uint32_t>(samples_.size());
-      if (Status s = source_.ReadAt(at, samples_.data(), bytes); !Ok(s)) return s;
-      if (colour < step_) Spread(colour);
+      KernelBuffer<uint8_t>& samples = samples_[colour];
+      const auto bytes = static_cast<uint32_t>(samples.size());
+      if (Status s = source_.ReadAt(at, samples.data(), bytes); !Ok(s)) return s;
+    }
+    if (step_ == 3) {
+      InterleaveRows(samples_, layout_.pixelStride, width_, pixels_.data());
+    } else {
+      for (uint8_t colour : layout_.readOrder) {
+        if (colour < step_) Spread(colour);
+      }
     }
     return Status::Success;
   }
   const uint8_t* Pixels() const { return pixels_.data(); }
 
  private:
+  // The samples of one colour, at pixels of any size.
   void Spread(uint8_t colour) {
     const auto fits = static_cast<uint32_t>((pixels_.size() - colour + step_ - 1) / step_);
-    const uint8_t* in = samples_.data();
+    const uint8_t* in = samples_[colour].data();
     uint8_t* out = pixels_.data() + colour;
     const uint32_t count = std::min(width_, fits);
     for (uint32_t i = 0; i < count; ++i, in += layout_.pixelStride, out += step_) *out = *in;
@@ -310,7 +344,7 @@ class BandRows {
   uint32_t width_ = 0;
   uint32_t step_ = 0;
   KernelBuffer<uint8_t> pixels_;
-  KernelBuffer<uint8_t> samples_;
+  KernelBuffer<uint8_t> samples_[3];
 };
 
 Status ReadBandBlock(KernelBitmap& segment, const ImageSource& source, const ModeLayout& layout,
@@ -358,7 +392,7 @@ Status ReadInterleavedBands(KernelBitmap& segment, const ImageSource& source) {
 }  // namespace
 
 uint32_t RowsOfStrip(const ImageSubheader& header, uint32_t bitsPerPixel) {
-  constexpr uint64_t kStripBytes = 4 << 20;
+  constexpr uint64_t kStripBytes = 256 << 10;  // stays in the processor's cache
   const uint64_t rowBytes = std::max<uint64_t>(1, uint64_t{header.NPPBH.value} * bitsPerPixel / 8);
   const auto rows = static_cast<uint32_t>(std::max<uint64_t>(1, kStripBytes / rowBytes));
   return std::min(rows, header.NPPBV.value);

@@ -48,8 +48,16 @@ void ScaleToBytes(std::span<uint8_t> row, uint32_t abpp, SampleRange range) {
   }
 }
 
+void SwapWords(std::span<uint8_t> row) {
+  for (size_t i = 0; i + 2 <= row.size(); i += 2) {
+    const uint16_t value = Big16(&row[i]);
+    std::memcpy(&row[i], &value, 2);
+  }
+}
+
 void StretchWords(std::span<uint8_t> row, uint32_t nbpp, uint32_t abpp) {
   const uint32_t to = LargestOfBits(nbpp) & 0xFFFF, from = LargestOfBits(abpp);
+  if (from == to) return SwapWords(row);
   for (size_t i = 0; i + 2 <= row.size(); i += 2) {
     const uint32_t value = static_cast<uint32_t>(row[i] << 8 | row[i + 1]);
     const auto stretched = static_cast<uint16_t>(value * to / from);

@@ -6,6 +6,8 @@
 #include "host/display.h"
 #include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/internal.h"
+#include "hostkit/kernel/pixels_rows.h"
+#include "hostkit/kernel/pixels_shuffle.h"
 
 namespace {
 
@@ -14,8 +16,9 @@ using hostkit::IsAllocated;
 int32_t Histogram(const KernelBitmap& bitmap, uint32_t* counters, uint32_t count) {
   if (!hostkit::Spend(8 * uint64_t{bitmap.width} * bitmap.height)) return kHostOverBudget;
   std::vector<uint8_t> bgr(3 * static_cast<size_t>(bitmap.width));
+  hostkit::RowReader reader(bitmap, hostkit::PixelCount(bitmap));
   for (uint32_t row = 0; row < bitmap.height; ++row) {
-    hostkit::RowToBgr(bitmap, hostkit::Row(bitmap, row), 0, bitmap.width, bgr.data());
+    reader.Read(hostkit::Row(bitmap, row), 0, bitmap.width, bgr.data());
     for (size_t i = 0; i < bgr.size(); i += 3) {
       const uint32_t luminance = (114u * bgr[i] + 587u * bgr[i + 1] + 299u * bgr[i + 2]) / 1000;
       ++counters[luminance * count / 256];
@@ -40,13 +43,53 @@ int32_t Adjust(const KernelBitmap& bitmap, int32_t shift) {
   if (!hostkit::Spend(8 * uint64_t{bitmap.width} * bitmap.height)) return kHostOverBudget;
   std::vector<uint8_t> bgr(3 * static_cast<size_t>(bitmap.width));
   hostkit::NearestColour nearest(bitmap);
+  hostkit::RowReader reader(bitmap, hostkit::PixelCount(bitmap));
   for (uint32_t row = 0; row < bitmap.height; ++row) {
-    hostkit::RowToBgr(bitmap, hostkit::Row(bitmap, row), 0, bitmap.width, bgr.data());
+    reader.Read(hostkit::Row(bitmap, row), 0, bitmap.width, bgr.data());
     for (uint8_t& value : bgr) value = Brighter(value, shift);
     hostkit::BgrToRow(bitmap, nearest, bgr.data(), 0, bitmap.width, hostkit::Row(bitmap, row));
   }
   return kHostOk;
 }
+
+// Rows of a band's grey values; zeros for a band that is not there, and beyond its edges.
+class BandRows {
+ public:
+  BandRows(const KernelBitmap& band, uint32_t width)
+      : band_(band),
+        values_(width),
+        bgr_(IsAllocated(&band) && !HasRamp() ? 3 * size_t{band.width} : 0),
+        reader_(band, IsAllocated(&band) ? hostkit::PixelCount(band) : 0) {}
+  const uint8_t* Row(uint32_t y) {
+    if (!IsAllocated(&band_) || y >= band_.height) {
+      std::fill(values_.begin(), values_.end(), uint8_t{0});
+      return values_.data();
+    }
+    const uint8_t* row = hostkit::PictureRow(band_, y);
+    if (bgr_.empty()) {
+      std::copy_n(row, band_.width, values_.data());
+      return values_.data();
+    }
+    reader_.Read(row, 0, band_.width, bgr_.data());
+    for (uint32_t x = 0; x < band_.width; ++x) values_[x] = bgr_[3 * size_t{x} + 1];
+    return values_.data();
+  }
+
+ private:
+  // Whether the pixels are the values themselves.
+  bool HasRamp() const {
+    if (band_.bitsPerPixel != 8 || band_.colourCount != 256) return false;
+    const KernelColour* palette = hostkit::Palette(band_);
+    for (uint32_t i = 0; i < 256; ++i) {
+      if (palette[i].green != i) return false;
+    }
+    return true;
+  }
+
+  const KernelBitmap& band_;
+  std::vector<uint8_t> values_, bgr_;
+  hostkit::RowReader reader_;
+};
 
 int32_t Merge(KernelBitmap* destination, const KernelBitmap* bands, uint32_t recordSize) {
   uint32_t width = 0, height = 0;
@@ -60,15 +103,9 @@ int32_t Merge(KernelBitmap* destination, const KernelBitmap* bands, uint32_t rec
                                               nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;
   try {
-    std::vector<uint8_t> bgr(3 * static_cast<size_t>(width));
-    for (uint32_t band = 0; band < 3; ++band) {
-      if (!IsAllocated(&bands[band])) continue;
-      for (uint32_t y = 0; y < bands[band].height; ++y) {
-        hostkit::RowToBgr(bands[band], hostkit::PictureRow(bands[band], y), 0, bands[band].width,
-                          bgr.data());
-        uint8_t* out = hostkit::Row(*destination, y) + band;
-        for (uint32_t x = 0; x < bands[band].width; ++x) out[3 * x] = bgr[3 * x + 1];
-      }
+    BandRows blue(bands[0], width), green(bands[1], width), red(bands[2], width);
+    for (uint32_t y = 0; y < height; ++y) {
+      hostkit::Interleave(blue.Row(y), green.Row(y), red.Row(y), width, hostkit::Row(*destination, y));
     }
   } catch (const std::bad_alloc&) {
     KernelFreeBitmap(destination);
@@ -91,11 +128,12 @@ int32_t Combine(const KernelBitmap& destination, uint32_t x, uint32_t y, uint32_
   if (!hostkit::Spend(uint64_t{width} * height * pixelCost)) return kHostOverBudget;
   std::vector<uint8_t> bgr(convert ? 3 * static_cast<size_t>(width) : 0);
   hostkit::NearestColour nearest(destination);
+  hostkit::RowReader reader(source, convert ? uint64_t{width} * height : 0);
   for (uint32_t row = 0; row < height; ++row) {
     const uint8_t* in = hostkit::PictureRow(source, sourceY + row);
     uint8_t* out = hostkit::PictureRow(destination, y + row);
     if (convert) {
-      hostkit::RowToBgr(source, in, sourceX, width, bgr.data());
+      reader.Read(in, sourceX, width, bgr.data());
       hostkit::BgrToRow(destination, nearest, bgr.data(), x, width, out);
     } else {
       hostkit::CopyPixels(destination.bitsPerPixel, in, sourceX, out, x, width);

@@ -6,6 +6,7 @@
 #include "hostkit/display/placement.h"
 #include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/gdi.h"
+#include "hostkit/kernel/pixels_rows.h"
 
 namespace {
 
@@ -14,17 +15,20 @@ bool SameForm(const KernelBitmap& a, const KernelBitmap& b) {
          (a.colourOrder == kOrderRgb) == (b.colourOrder == kOrderRgb);
 }
 
-// Writes the runs of `row` that differ from the transparent colour.
+// Writes the runs of `bgr` that differ from the transparent colour; a byte behind them may be read.
 void PutOpaqueRuns(const KernelBitmap& canvas, hostkit::NearestColour& nearest, const uint8_t* bgr,
                    COLORREF transparent, uint32_t x, uint32_t count, uint8_t* row) {
+  const uint32_t pad =
+      (transparent & 0xFF) << 16 | (transparent & 0xFF00) | (transparent >> 16 & 0xFF);
   const auto isTransparent = [&](uint32_t i) {
-    const uint8_t* p = bgr + 3 * static_cast<size_t>(i);
-    return (p[2] | p[1] << 8 | static_cast<COLORREF>(p[0]) << 16) == transparent;
+    uint32_t pixel;
+    std::memcpy(&pixel, bgr + 3 * size_t{i}, sizeof pixel);
+    return (pixel & 0xFFFFFF) == pad;
   };
   for (uint32_t i = 0; i < count;) {
     uint32_t end = i;
     while (end < count && !isTransparent(end)) ++end;
-    hostkit::BgrToRow(canvas, nearest, bgr + 3 * static_cast<size_t>(i), x + i, end - i, row);
+    hostkit::BgrToRow(canvas, nearest, bgr + 3 * size_t{i}, x + i, end - i, row);
     for (i = end; i < count && isTransparent(i);) ++i;
   }
 }
@@ -40,23 +44,27 @@ int32_t hostkit::PaintBitmap(HDC dc, const KernelBitmap& bitmap, const RECT* sou
   const auto width = static_cast<uint32_t>(place.width);
   const auto left = static_cast<uint32_t>(place.left);
   const auto from = static_cast<uint32_t>(place.sourceX);
-  std::vector<uint8_t> bgr(3 * static_cast<size_t>(width));
-  NearestColour nearest(canvas);
+  const bool isBgr = canvas.bitsPerPixel == 24 && canvas.colourOrder != kOrderRgb;
   const bool copy = transparent == nullptr && SameForm(canvas, bitmap);
-  if (!Spend(static_cast<uint64_t>(place.width) * static_cast<uint64_t>(place.height) * (copy ? 3 : 5)))
-    return kHostOverBudget;
+  const uint64_t pixels = uint64_t{width} * static_cast<uint64_t>(place.height);
+  if (!Spend(pixels * (copy ? 3 : 5))) return kHostOverBudget;
+  std::vector<uint8_t> bgr(3 * size_t{width} + 1);
+  NearestColour nearest(canvas);
+  RowReader reader(bitmap, pixels);
   for (int64_t y = 0; y < place.height; ++y) {
     const uint8_t* in = PictureRow(bitmap, static_cast<uint32_t>(place.sourceY + y));
     uint8_t* out = PictureRow(canvas, static_cast<uint32_t>(place.top + y));
     if (copy) {
       CopyPixels(canvas.bitsPerPixel, in, from, out, left, width);
-      continue;
-    }
-    RowToBgr(bitmap, in, from, width, bgr.data());
-    if (transparent != nullptr) {
-      PutOpaqueRuns(canvas, nearest, bgr.data(), *transparent, left, width, out);
+    } else if (isBgr && transparent == nullptr) {
+      reader.Read(in, from, width, out + 3 * size_t{left});
     } else {
-      BgrToRow(canvas, nearest, bgr.data(), left, width, out);
+      reader.Read(in, from, width, bgr.data());
+      if (transparent != nullptr) {
+        PutOpaqueRuns(canvas, nearest, bgr.data(), *transparent, left, width, out);
+      } else {
+        BgrToRow(canvas, nearest, bgr.data(), left, width, out);
+      }
     }
   }
   return kHostOk;

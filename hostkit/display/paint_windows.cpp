@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "hostkit/display/placement.h"
+#include "hostkit/kernel/pixels_rows.h"
 
 namespace {
 
@@ -54,6 +55,7 @@ int32_t hostkit::PaintBitmap(HDC dc, const KernelBitmap& bitmap, const RECT* sou
   if (GetClipBox(dc, &bounds) == ERROR) return kHostInvalid;
   const Placement place = PlaceBitmap(bounds, bitmap, source, destination, clip);
   if (place.width <= 0 || place.height <= 0) return kHostOk;
+  RowReader reader(bitmap, static_cast<uint64_t>(place.width * place.height));
   const int64_t stride = (3 * place.width + 3) & ~int64_t{3};
   const int64_t stripRows = std::clamp<int64_t>(kStripBytes / stride, 1, place.height);
   const auto left = static_cast<int>(place.left), width = static_cast<int>(place.width);
@@ -63,8 +65,8 @@ int32_t hostkit::PaintBitmap(HDC dc, const KernelBitmap& bitmap, const RECT* sou
     const auto top = static_cast<int>(place.top + y), height = static_cast<int>(count);
     const auto convert = [&](uint8_t* bits) {
       for (int64_t row = 0; row < count; ++row) {
-        RowToBgr(bitmap, PictureRow(bitmap, static_cast<uint32_t>(place.sourceY + y + row)),
-                 static_cast<uint32_t>(place.sourceX), static_cast<uint32_t>(width), bits + row * stride);
+        reader.Read(PictureRow(bitmap, static_cast<uint32_t>(place.sourceY + y + row)),
+                    static_cast<uint32_t>(place.sourceX), static_cast<uint32_t>(width), bits + row * stride);
       }
     };
     if (transparent != nullptr) {

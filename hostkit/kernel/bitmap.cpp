@@ -4,6 +4,7 @@
 
 #include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/internal.h"
+#include "hostkit/kernel/large_pages.h"
 
 namespace {
 
@@ -22,7 +23,6 @@ void FillGreyRamp(KernelColour* colours, uint32_t bitsPerPixel) {
   }
 }
 
-uint64_t PixelCount(const KernelBitmap& bitmap) { return uint64_t{bitmap.width} * bitmap.height; }
 bool IsAccessed(const KernelBitmap& bitmap) { return (bitmap.flags & kBitmapAccessed) != 0; }
 bool HasRow(const KernelBitmap* bitmap, uint32_t row) {
   return hostkit::IsAllocated(bitmap) && IsAccessed(*bitmap) && row < bitmap->height;
@@ -75,6 +75,7 @@ int32_t ORB_CALL KernelAllocateBitmap(KernelBitmap* bitmap, uint32_t recordSize,
   const size_t paletteBytes = PaletteEntries(bitsPerPixel) * sizeof(KernelColour);
   auto* block = static_cast<uint8_t*>(std::calloc(1, static_cast<size_t>(bytes) + paletteBytes));
   if (block == nullptr) return kHostNoMemory;
+  hostkit::AskForLargePages(block, static_cast<size_t>(bytes));
   *bitmap = {};
   bitmap->size = recordSize;
   bitmap->memoryKind = memoryKind;
@@ -128,7 +129,7 @@ int32_t hostkit::TakePalette(KernelBitmap& bitmap, const KernelColour* colours, 
 
 int32_t ORB_CALL KernelFillBitmap(KernelBitmap* bitmap, COLORREF colour) {
   if (!hostkit::IsAllocated(bitmap)) return kHostInvalid;
-  if (!hostkit::Spend(PixelCount(*bitmap))) return kHostOverBudget;
+  if (!hostkit::Spend(hostkit::PixelCount(*bitmap))) return kHostOverBudget;
   const uint8_t bgr[3] = {static_cast<uint8_t>(colour >> 16), static_cast<uint8_t>(colour >> 8),
                           static_cast<uint8_t>(colour)};
   hostkit::NearestColour nearest(*bitmap);

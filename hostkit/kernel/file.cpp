@@ -1,16 +1,16 @@
 // Files: 64-bit, buffered, positions kept by arithmetic so that a seek costs no system call.
 #include <algorithm>
+#include <atomic>
 #include <memory>
-#include <mutex>
 #include <new>
 #include <vector>
 
 #include "hostkit/kernel/budget.h"
+#include "hostkit/kernel/read_windows.h"
 #include "hostkit/kernel/system_file.h"
 
 namespace {
 
-constexpr size_t kReadWindow = 64 * 1024;
 constexpr size_t kWriteBuffer = 256 * 1024;
 
 class File {
@@ -21,25 +21,16 @@ class File {
     if (!Flush()) return 0;
     uint32_t moved = 0;
     while (moved < count) {
-      const uint32_t wanted = count - moved;
-      if (const size_t held = TakeFromWindow(buffer + moved, wanted)) {
-        moved += static_cast<uint32_t>(held);
-        continue;
-      }
-      if (wanted >= kReadWindow) {
-        const int64_t got = hostkit::ReadAt(fd_, buffer + moved, wanted, position_);
-        if (got <= 0) break;
-        moved += static_cast<uint32_t>(got);
-        position_ += got;
-        continue;
-      }
-      if (!FillWindow(wanted)) break;
+      const int64_t got = windows_.Read(fd_, position_, buffer + moved, count - moved);
+      if (got <= 0) break;
+      moved += static_cast<uint32_t>(got);
+      position_ += got;
     }
     return moved;
   }
 
   uint32_t Write(const uint8_t* bytes, uint32_t count) {
-    window_.clear();
+    windows_.Forget();
     if (failed_) return 0;
     if (position_ != pendingStart_ + static_cast<int64_t>(pending_.size()) && !Flush()) return 0;
     if (pending_.empty()) pendingStart_ = position_;
@@ -66,27 +57,6 @@ class File {
   }
 
  private:
-  size_t TakeFromWindow(uint8_t* buffer, size_t wanted) {
-    const int64_t into = position_ - windowStart_;
-    if (into < 0 || into >= static_cast<int64_t>(window_.size())) return 0;
-    const size_t held = std::min(wanted, window_.size() - static_cast<size_t>(into));
-    std::memcpy(buffer, window_.data() + into, held);
-    position_ += static_cast<int64_t>(held);
-    return held;
-  }
-
-  // Fills the window around the position. A step backwards fills it with what lies in front, so that a
-  // scan from the end of a file costs no more than one from its start.
-  bool FillWindow(uint32_t wanted) {
-    const bool backwards = position_ < windowStart_;
-    const int64_t ahead = static_cast<int64_t>(kReadWindow) - wanted;
-    windowStart_ = backwards ? std::max<int64_t>(0, position_ - ahead) : position_;
-    window_.resize(kReadWindow);
-    const int64_t got = hostkit::ReadAt(fd_, window_.data(), kReadWindow, windowStart_);
-    window_.resize(got > 0 ? static_cast<size_t>(got) : 0);
-    return windowStart_ + static_cast<int64_t>(window_.size()) > position_;
-  }
-
   bool Flush() {
     size_t done = 0;
     while (!failed_ && done < pending_.size()) {
@@ -102,33 +72,27 @@ class File {
   int fd_;
   int64_t size_;
   int64_t position_ = 0;
-  std::vector<uint8_t> window_;
-  int64_t windowStart_ = 0;
+  hostkit::ReadWindows windows_;
   std::vector<uint8_t> pending_;
   int64_t pendingStart_ = 0;
   bool failed_ = false;
 };
 
-std::mutex filesMutex;
-std::vector<std::unique_ptr<File>>& Files() {
-  static hostkit::Immortal<std::vector<std::unique_ptr<File>>> files;
-  return files.Get();
-}
+// A handle is the number of its slot; finding a file locks nothing.
+constexpr int32_t kMostFiles = 1 << 16;
+std::atomic<File*> files[kMostFiles];
 
-File* Find(int32_t handle) {
-  std::lock_guard<std::mutex> lock(filesMutex);
-  auto& files = Files();
-  return handle >= 0 && static_cast<size_t>(handle) < files.size() ? files[handle].get() : nullptr;
-}
+File* Find(int32_t handle) { return handle >= 0 && handle < kMostFiles ? files[handle].load() : nullptr; }
 
 int32_t Enter(std::unique_ptr<File> file) {
-  std::lock_guard<std::mutex> lock(filesMutex);
-  auto& files = Files();
-  auto slot = std::find(files.begin(), files.end(), nullptr);
-  if (slot == files.end()) slot = files.insert(files.end(), nullptr);
-  *slot = std::move(file);
-  hostkit::Track(hostkit::kKindFile, slot->get(), 0, 0, u"file");
-  return static_cast<int32_t>(slot - files.begin());
+  for (int32_t handle = 0; handle < kMostFiles; ++handle) {
+    File* none = nullptr;
+    if (!files[handle].compare_exchange_strong(none, file.get())) continue;
+    hostkit::Track(hostkit::kKindFile, file.release(), 0, 0, u"file");
+    return handle;
+  }
+  (void)file->Close();
+  return kNoFile;
 }
 
 }  // namespace
@@ -176,13 +140,8 @@ int64_t ORB_CALL KernelSeek(int32_t handle, int64_t offset, int32_t origin) {
 }
 
 int32_t ORB_CALL KernelClose(int32_t handle) {
-  std::unique_ptr<File> file;
-  {
-    std::lock_guard<std::mutex> lock(filesMutex);
-    auto& files = Files();
-    if (handle < 0 || static_cast<size_t>(handle) >= files.size()) return kHostInvalid;
-    file = std::move(files[handle]);
-  }
+  if (Find(handle) == nullptr) return kHostInvalid;
+  const std::unique_ptr<File> file(files[handle].exchange(nullptr));
   if (file == nullptr) return kHostInvalid;
   hostkit::Untrack(hostkit::kKindFile, file.get());
   const bool closed = file->Close();

@@ -1,6 +1,7 @@
 // What the stand-in kernel's files share with each other and with the other stand-in libraries.
 #pragma once
 
+#include <array>
 #include <cstring>
 #include <new>
 #include <string>
@@ -50,6 +51,7 @@ inline uint8_t* Row(const KernelBitmap& bitmap, uint32_t row) {
 inline uint8_t* PictureRow(const KernelBitmap& bitmap, uint32_t y) {
   return Row(bitmap, bitmap.viewPerspective == kViewBottomLeft ? bitmap.height - 1 - y : y);
 }
+inline uint64_t PixelCount(const KernelBitmap& bitmap) { return uint64_t{bitmap.width} * bitmap.height; }
 inline bool IsAllocated(const KernelBitmap* bitmap) {
   return bitmap != nullptr && (bitmap->flags & kBitmapAllocated) != 0;
 }
@@ -60,16 +62,21 @@ int32_t TakePalette(KernelBitmap& bitmap, const KernelColour* colours, uint32_t 
 /// Pixels of any depth to and from blue, green, red triples; `first` and `count` are pixels of the row.
 void RowToBgr(const KernelBitmap& bitmap, const uint8_t* row, uint32_t first, uint32_t count,
               uint8_t* bgr);
-/// Finds nearest palette entries; remembers the last colour, so runs cost nothing.
+/// Finds nearest palette entries and remembers what it found.
 class NearestColour {
  public:
   explicit NearestColour(const KernelBitmap& bitmap) : bitmap_(bitmap) {}
   uint8_t Find(uint8_t blue, uint8_t green, uint8_t red);
 
  private:
+  struct Remembered {
+    uint32_t colour = 0;
+    uint8_t index = 0;
+  };
+  uint8_t Search(uint8_t blue, uint8_t green, uint8_t red) const;
+
   const KernelBitmap& bitmap_;
-  uint32_t lastColour_ = UINT32_MAX;
-  uint8_t lastIndex_ = 0;
+  std::array<Remembered, 512> remembered_ = {};
 };
 void BgrToRow(const KernelBitmap& bitmap, NearestColour& nearest, const uint8_t* bgr, uint32_t first,
               uint32_t count, uint8_t* row);

@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "hostkit/kernel/internal.h"
+#include "hostkit/kernel/large_pages.h"
 
 namespace {
 
@@ -23,6 +24,7 @@ void* ORB_CALL KernelReallocate(void* block, size_t bytes, uint32_t line, const 
   const size_t oldBytes = block != nullptr ? HeaderOf(block)->bytes : 0;
   auto* header = static_cast<BlockHeader*>(std::calloc(1, sizeof(BlockHeader) + bytes));
   if (header == nullptr) return nullptr;
+  hostkit::AskForLargePages(header, sizeof(BlockHeader) + bytes);
   header->bytes = bytes;
   if (block != nullptr) std::memcpy(header + 1, block, oldBytes < bytes ? oldBytes : bytes);
   KernelFree(block, line, file);

@@ -1,4 +1,4 @@
-// Pixels of every depth to and from blue, green, red triples.
+// Pixels of every depth to and from blue, green, red triples: the general way.
 #include "hostkit/kernel/internal.h"
 
 namespace hostkit {
@@ -84,6 +84,28 @@ void BgrToBytes(const uint8_t* bgr, uint32_t step, bool rgb, uint32_t count, uin
   }
 }
 
+void CopyBits(const uint8_t* source, uint64_t from, uint8_t* destination, uint64_t to, uint64_t bits,
+              bool highFirst) {
+  for (; bits > 0; --bits, ++from, ++to) {
+    const uint64_t fromShift = highFirst ? 7 - from % 8 : from % 8;
+    const auto mask = static_cast<uint8_t>(1u << (highFirst ? 7 - to % 8 : to % 8));
+    const bool set = (source[from / 8] >> fromShift & 1) != 0;
+    destination[to / 8] = static_cast<uint8_t>((destination[to / 8] & ~mask) | (set ? mask : 0));
+  }
+}
+
+// Whole bytes of bits that begin anywhere, most significant first.
+void ShiftBytes(const uint8_t* source, uint64_t from, uint8_t* destination, uint64_t bytes) {
+  const uint8_t* in = source + from / 8;
+  const auto shift = static_cast<uint32_t>(from % 8);
+  if (shift == 0) {
+    std::memcpy(destination, in, static_cast<size_t>(bytes));
+    return;
+  }
+  for (uint64_t i = 0; i < bytes; ++i)
+    destination[i] = static_cast<uint8_t>(in[i] << shift | in[i + 1] >> (8 - shift));
+}
+
 }  // namespace
 
 void RowToBgr(const KernelBitmap& bitmap, const uint8_t* row, uint32_t first, uint32_t count,
@@ -146,35 +168,44 @@ void CopyPixels(uint32_t depth, const uint8_t* source, uint32_t sourceFirst, uin
   uint64_t from = static_cast<uint64_t>(sourceFirst) * depth;
   uint64_t to = static_cast<uint64_t>(destinationFirst) * depth;
   uint64_t bits = static_cast<uint64_t>(count) * depth;
+  const bool highFirst = depth < 8;
   if (from % 8 == 0 && to % 8 == 0) {
     std::memcpy(destination + to / 8, source + from / 8, static_cast<size_t>(bits / 8));
     from += bits / 8 * 8;
     to += bits / 8 * 8;
     bits %= 8;
+  } else if (highFirst && bits >= 16) {
+    const uint64_t head = (8 - to % 8) % 8;
+    CopyBits(source, from, destination, to, head, true);
+    const uint64_t bytes = (bits - head) / 8;
+    ShiftBytes(source, from + head, destination + (to + head) / 8, bytes);
+    from += head + 8 * bytes;
+    to += head + 8 * bytes;
+    bits -= head + 8 * bytes;
   }
-  const bool highFirst = depth < 8;
-  for (; bits > 0; --bits, ++from, ++to) {
-    const uint64_t fromShift = highFirst ? 7 - from % 8 : from % 8;
-    const auto mask = static_cast<uint8_t>(1u << (highFirst ? 7 - to % 8 : to % 8));
-    const bool set = (source[from / 8] >> fromShift & 1) != 0;
-    destination[to / 8] = static_cast<uint8_t>((destination[to / 8] & ~mask) | (set ? mask : 0));
-  }
+  CopyBits(source, from, destination, to, bits, highFirst);
 }
 
 uint8_t NearestColour::Find(uint8_t blue, uint8_t green, uint8_t red) {
-  const uint32_t colour = blue | green << 8 | red << 16;
-  if (colour == lastColour_) return lastIndex_;
+  constexpr uint32_t kKnown = 1u << 31;
+  const auto colour = static_cast<uint32_t>(blue | green << 8 | red << 16) | kKnown;
+  Remembered& known = remembered_[(colour ^ colour >> 11) % remembered_.size()];
+  if (known.colour != colour) known = {colour, Search(blue, green, red)};
+  return known.index;
+}
+
+uint8_t NearestColour::Search(uint8_t blue, uint8_t green, uint8_t red) const {
   const KernelColour* palette = Palette(bitmap_);
   int best = INT32_MAX;
+  uint8_t index = 0;
   for (uint32_t i = 0; i < bitmap_.colourCount && best != 0; ++i) {
     const int db = palette[i].blue - blue, dg = palette[i].green - green, dr = palette[i].red - red;
     const int distance = db * db + dg * dg + dr * dr;
     if (distance >= best) continue;
     best = distance;
-    lastIndex_ = static_cast<uint8_t>(i);
+    index = static_cast<uint8_t>(i);
   }
-  lastColour_ = colour;
-  return lastIndex_;
+  return index;
 }
 
 }  // namespace hostkit

@@ -5,6 +5,8 @@
 
 #include <png.h>
 
+#include "hostkit/kernel/pixels_shuffle.h"
+
 namespace tool {
 namespace {
 
@@ -12,16 +14,26 @@ class PpmWriter : public PictureWriter {
  public:
   PpmWriter(std::FILE* file, uint32_t width, uint32_t height) : file_(file), bytes_(size_t{width} * 3) {
     good_ = std::fprintf(file, "P6\n%u %u\n255\n", width, height) > 0;
+    rows_.reserve(kPiece + bytes_);
   }
   bool PutRow(const uint8_t* rgb) override {
-    good_ = good_ && std::fwrite(rgb, 1, bytes_, file_) == bytes_;
-    return good_;
+    rows_.insert(rows_.end(), rgb, rgb + bytes_);
+    return rows_.size() < kPiece || Flush();
   }
-  bool Finish() override { return good_ && std::fflush(file_) == 0; }
+  bool Finish() override { return Flush() && std::fflush(file_) == 0; }
 
  private:
+  static constexpr size_t kPiece = 256 << 10;  // bytes that are written at once
+
+  bool Flush() {
+    good_ = good_ && std::fwrite(rows_.data(), 1, rows_.size(), file_) == rows_.size();
+    rows_.clear();
+    return good_;
+  }
+
   std::FILE* file_;
   size_t bytes_;
+  std::vector<uint8_t> rows_;
   bool good_;
 };
 
@@ -76,38 +88,33 @@ std::unique_ptr<PictureWriter> PictureWriter::Start(PictureForm form, std::FILE*
 
 BoxScaler::BoxScaler(uint32_t width, uint32_t height, uint32_t factor)
     : width_(width), height_(height), factor_(factor), rgb_(3 * size_t{Width()}) {
-  if (factor > 1) sums_.resize(rgb_.size());
+  if (factor > 1) sums_.resize(3 * size_t{width});
 }
 
 const uint8_t* BoxScaler::Take(const uint8_t* bgr) {
   ++rowsTaken_;
   if (factor_ == 1) {
-    for (uint32_t x = 0; x < width_; ++x) {
-      for (int c = 0; c < 3; ++c) rgb_[3 * size_t{x} + c] = bgr[3 * size_t{x} + 2 - c];
-    }
+    hostkit::SwapEnds(bgr, width_, rgb_.data());
     return rgb_.data();
   }
-  Accumulate(bgr);
+  // Rows are added up first, the columns of a square only once.
+  for (size_t i = 0; i < sums_.size(); ++i) sums_[i] += bgr[i];
   if (++rowsHeld_ < factor_ && rowsTaken_ < height_) return nullptr;
-  for (uint32_t x = 0; x < Width(); ++x) {
-    const uint64_t pixels = uint64_t{std::max(1u, std::min(factor_, width_ - x * factor_))} * rowsHeld_;
-    for (int c = 0; c < 3; ++c) {
-      uint64_t& sum = sums_[3 * size_t{x} + c];
-      rgb_[3 * size_t{x} + c] = static_cast<uint8_t>((sum + pixels / 2) / pixels);
-      sum = 0;
-    }
-  }
+  for (uint32_t x = 0; x < Width(); ++x) Average(x);
+  std::fill(sums_.begin(), sums_.end(), 0);
   rowsHeld_ = 0;
   return rgb_.data();
 }
 
-void BoxScaler::Accumulate(const uint8_t* bgr) {
-  for (uint32_t x = 0; x < width_; ++x, bgr += 3) {
-    uint64_t* sum = &sums_[3 * size_t{x / factor_}];
-    sum[0] += bgr[2];
-    sum[1] += bgr[1];
-    sum[2] += bgr[0];
+void BoxScaler::Average(uint32_t x) {
+  const uint32_t first = x * factor_, columns = std::min(factor_, width_ - first);
+  uint64_t totals[3] = {};
+  for (size_t i = 3 * size_t{first}; i < 3 * size_t{first + columns}; i += 3) {
+    for (size_t c = 0; c < 3; ++c) totals[c] += sums_[i + c];
   }
+  const uint64_t pixels = uint64_t{std::max(1u, columns)} * rowsHeld_;
+  for (size_t c = 0; c < 3; ++c)
+    rgb_[3 * size_t{x} + c] = static_cast<uint8_t>((totals[2 - c] + pixels / 2) / pixels);
 }
 
 }  // namespace tool

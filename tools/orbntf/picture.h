@@ -34,10 +34,10 @@ class BoxScaler {
   const uint8_t* Take(const uint8_t* bgr);
 
  private:
-  void Accumulate(const uint8_t* bgr);
+  void Average(uint32_t x);
   uint32_t width_, height_, factor_;
   uint32_t rowsTaken_ = 0, rowsHeld_ = 0;
-  std::vector<uint64_t> sums_;
+  std::vector<uint32_t> sums_;  // of the rows held, blue, green and red a column
   std::vector<uint8_t> rgb_;
 };
 

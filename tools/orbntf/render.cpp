@@ -1,6 +1,8 @@
 // orbntf render: the composite display as a picture, through the filter exports as a host calls them.
 #include <unistd.h>
 
+#include <optional>
+
 #include "host/fileformat.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/document.h"
@@ -16,6 +18,7 @@ struct RenderOptions {
   bool fixedCanvas = false;
   bool liftDark = false;
   std::string scale = "1/1";
+  std::string format;
 };
 
 uint32_t LoadFlags(const RenderOptions& options) {
@@ -32,6 +35,15 @@ uint32_t ScaleFactor(const std::string& text) {
 
 bool EndsWith(const std::string& text, const std::string& end) {
   return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+// The form that --format or else the output's name asks for; PNG on standard output.
+std::optional<PictureForm> FormOf(const RenderOptions& options) {
+  if (options.format == "ppm") return PictureForm::Ppm;
+  if (options.format == "png" || options.output == "-") return PictureForm::Png;
+  if (EndsWith(options.output, ".ppm")) return PictureForm::Ppm;
+  if (EndsWith(options.output, ".png")) return PictureForm::Png;
+  return std::nullopt;
 }
 
 // Receives the canvas rows from the filter.
@@ -100,19 +112,15 @@ int32_t RenderInto(const RenderOptions& options, std::FILE* file, PictureForm fo
 
 int RunRender(const RenderOptions& options) {
   if (ScaleFactor(options.scale) == 0) return Refuse("render", "--scale takes 1/N");
-  if (options.output == "-") {
-    return ReportFile("render", options.file, RenderInto(options, stdout, PictureForm::Png));
-  }
-  if (!EndsWith(options.output, ".png") && !EndsWith(options.output, ".ppm")) {
-    return Refuse("render", "the output's name ends in .png or .ppm");
-  }
+  const std::optional<PictureForm> form = FormOf(options);
+  if (!form) return Refuse("render", "the output's name ends in .png or .ppm, or --format says which");
+  if (options.output == "-") return ReportFile("render", options.file, RenderInto(options, stdout, *form));
   if (IsSameFile(options.file, options.output)) return Refuse("render", "the output is the input");
-  const PictureForm form = EndsWith(options.output, ".png") ? PictureForm::Png : PictureForm::Ppm;
   OutputFile output(options.output);
   std::FILE* file =
       output.TemporaryPath().empty() ? nullptr : std::fopen(output.TemporaryPath().c_str(), "wb");
   if (file == nullptr) return Report("render", options.output, ORB_SHORT_WRITE);
-  int32_t status = RenderInto(options, file, form);
+  int32_t status = RenderInto(options, file, *form);
   if (std::fclose(file) != 0 && status == ORB_SUCCESS) status = ORB_SHORT_WRITE;
   if (status == ORB_SUCCESS && !output.Commit()) status = ORB_SHORT_WRITE;
   return ReportFile("render", options.file, status);
@@ -124,11 +132,13 @@ void AddRender(CLI::App& app, Work& work) {
   auto options = std::make_shared<RenderOptions>();
   CLI::App* command = app.add_subcommand("render", "Draw the composite display into a picture");
   command->add_option("FILE", options->file, "file to draw")->required();
-  command->add_option("-o,--output", options->output, "OUT.png, OUT.ppm, or - for PNG on standard output")
+  command->add_option("-o,--output", options->output, "OUT.png, OUT.ppm, or - for standard output")
       ->required();
   command->add_flag("--fixed-canvas", options->fixedCanvas, "draw on 2048 x 2048 pixels");
   command->add_flag("--lift-dark", options->liftDark, "brighten images that are nearly black");
   command->add_option("--scale", options->scale, "1/N: average squares of N x N pixels");
+  command->add_option("--format", options->format, "png or ppm, whatever the output's name")
+      ->check(CLI::IsMember({"png", "ppm"}));
   command->callback([&work, options] { work = [options] { return RunRender(*options); }; });
 }
 
