@@ -270,23 +270,27 @@ bool OffsetOfBlock(const ImageSource& source, const ModeLayout& layout, uint64_t
   return true;
 }
 
-// Every pixel's sample of three rows in turn; the samples of a row lie `stride` bytes apart.
-void InterleaveRows(const KernelBuffer<uint8_t> (&rows)[3], uint32_t stride, uint32_t count,
+// The samples of four pixels of a row, the first in the lowest byte.
+template <size_t kStride>
+uint32_t FourSamples(const uint8_t* row) {
+  if constexpr (kStride == 1) return Little32(row);
+  return row[0] | static_cast<uint32_t>(row[kStride]) << 8 |
+         static_cast<uint32_t>(row[2 * kStride]) << 16 | static_cast<uint32_t>(row[3 * kStride]) << 24;
+}
+
+// Puts the samples of three rows into pixels, four at a step: they are three words.
+template <size_t kStride>
+void InterleaveRows(const uint8_t* blue, const uint8_t* green, const uint8_t* red, uint32_t count,
                     uint8_t* pixels) {
-  const uint8_t *blue = rows[0].data(), *green = rows[1].data(), *red = rows[2].data();
-  const size_t step = stride;
-  for (; count >= 4; count -= 4, blue += 4 * step, green += 4 * step, red += 4 * step, pixels += 12) {
-    const auto pixel = [&](size_t n) {
-      return blue[n * step] | static_cast<uint32_t>(green[n * step]) << 8 |
-             static_cast<uint32_t>(red[n * step]) << 16;
-    };
-    // Four pixels are three words.
-    const uint32_t first = pixel(0), second = pixel(1), third = pixel(2), fourth = pixel(3);
-    PutLittle32(first | second << 24, pixels);
-    PutLittle32(second >> 8 | third << 16, pixels + 4);
-    PutLittle32(third >> 16 | fourth << 8, pixels + 8);
+  constexpr size_t kStep = 4 * kStride;
+  for (; count >= 4; count -= 4, blue += kStep, green += kStep, red += kStep, pixels += 12) {
+    const uint32_t b = FourSamples<kStride>(blue), g = FourSamples<kStride>(green),
+                   r = FourSamples<kStride>(red);
+    PutLittle32((b & 0xFF) | (g & 0xFF) << 8 | (r & 0xFF) << 16 | (b & 0xFF00) << 16, pixels);
+    PutLittle32((g >> 8 & 0xFF) | (r & 0xFF00) | (b & 0xFF0000) | (g & 0xFF0000) << 8, pixels + 4);
+    PutLittle32((r >> 16 & 0xFF) | b >> 24 << 8 | g >> 24 << 16 | (r & 0xFF000000), pixels + 8);
   }
-  for (; count > 0; --count, blue += step, green += step, red += step, pixels += 3) {
+  for (; count > 0; --count, blue += kStride, green += kStride, red += kStride, pixels += 3) {
     pixels[0] = *blue;
     pixels[1] = *green;
     pixels[2] = *red;
@@ -317,19 +321,24 @@ class BandRows {
       const auto bytes = static_cast<uint32_t>(samples.size());
       if (Status s = source_.ReadAt(at, samples.data(), bytes); !Ok(s)) return s;
     }
-    if (step_ == 3) {
-      InterleaveRows(samples_, layout_.pixelStride, width_, pixels_.data());
-    } else {
-      for (uint8_t colour : layout_.readOrder) {
-        if (colour < step_) Spread(colour);
-      }
-    }
+    SpreadAll();
     return Status::Success;
   }
   const uint8_t* Pixels() const { return pixels_.data(); }
 
  private:
-  // The samples of one colour, at pixels of any size.
+  void SpreadAll() {
+    const auto interleave = layout_.pixelStride == 1   ? &InterleaveRows<1>
+                            : layout_.pixelStride == 3 ? &InterleaveRows<3>
+                                                       : nullptr;
+    if (interleave != nullptr && step_ == 3)
+      return interleave(samples_[0].data(), samples_[1].data(), samples_[2].data(), width_,
+                        pixels_.data());
+    for (uint8_t colour : layout_.readOrder) {
+      if (colour < step_) Spread(colour);
+    }
+  }
+  // The samples of one colour, at pixels of any size and distance.
   void Spread(uint8_t colour) {
     const auto fits = static_cast<uint32_t>((pixels_.size() - colour + step_ - 1) / step_);
     const uint8_t* in = samples_[colour].data();

@@ -207,9 +207,12 @@ class VqDecoder {
     std::fill(pixels_.begin(), pixels_.end(), uint8_t{0});
     // A vector is a square of its width: there are no values for rows below that.
     for (uint32_t j = first; j < std::min(first + rows, book_.vectorWidth); ++j) {
-      for (uint32_t k = 0; k < vq_.codesPerRow; ++k) {
-        PlaceVectorRow(row_[k], j, k * book_.vectorHeight,
-                       pixels_.data() + size_t{j - first} * strip.bytesPerLine);
+      uint8_t* row = pixels_.data() + size_t{j - first} * strip.bytesPerLine;
+      if (HasWholeBytes()) {
+        PlaceByteRow(j, row);
+      } else {
+        for (uint32_t k = 0; k < vq_.codesPerRow; ++k)
+          PlaceVectorRow(row_[k], j, k * book_.vectorHeight, row);
       }
     }
     if (Status s =
@@ -218,6 +221,28 @@ class VqDecoder {
       return s;
     }
     return PlaceRows(source_, segment_, strip, rows, place);
+  }
+
+  // Whether vectors of one byte a pixel stand side by side in the block, with all their columns.
+  bool HasWholeBytes() const {
+    const uint64_t side = book_.vectorWidth;
+    return book_.bytesPerPixel == 1 && book_.vectorHeight == side && book_.entryBytes == side * side &&
+           side * vq_.codesPerRow <= header_.NPPBH.value;
+  }
+  // Row j of all vectors of a row.
+  void PlaceByteRow(uint32_t j, uint8_t* row) {
+    const size_t side = book_.vectorWidth;
+    const uint8_t* values = book_.values.data() + j * side;
+    if (side == 4) {  // the usual width, at a size that the compiler knows
+      for (const uint32_t code : row_.Span()) {
+        std::memcpy(row, values + size_t{code} * 16, 4);
+        row += 4;
+      }
+      return;
+    }
+    for (const uint32_t code : row_.Span()) {
+      row = std::copy_n(values + size_t{code} * book_.entryBytes, side, row);
+    }
   }
 
   // Row j of a vector, clipped to the block.

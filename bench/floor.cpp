@@ -50,7 +50,8 @@ std::vector<Bytes> ReadStreams(const char* path) {
   std::vector<Bytes> streams;
   uint8_t length[4];
   while (file.read(reinterpret_cast<char*>(length), 4)) {
-    const uint32_t bytes = static_cast<uint32_t>(length[0] << 24 | length[1] << 16 | length[2] << 8 | length[3]);
+    const uint32_t bytes =
+        static_cast<uint32_t>(length[0] << 24 | length[1] << 16 | length[2] << 8 | length[3]);
     Bytes stream(bytes);
     file.read(reinterpret_cast<char*>(stream.data()), static_cast<std::streamsize>(bytes));
     streams.push_back(std::move(stream));

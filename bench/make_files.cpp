@@ -1,5 +1,6 @@
 // Writes the files that scripts/bench.sh draws: make_files FOLDER SIDE. Beside a compressed image stand
-// its streams, for the bare library: NAME.streams, each with its length of four bytes in front, or NAME.tif.
+// its streams, for the bare library: NAME.streams, each with its length of four bytes in front, or
+// NAME.tif.
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -59,7 +60,8 @@ void WriteMono() {
   const std::string picture = bench::Picture(side, 1);
   WriteImage("mono_one", Blocked(side, side), picture);
   for (const uint32_t block : {256u, 1024u})
-    WriteImage("mono_" + std::to_string(block), Blocked(side, block), Joined(Blocks(picture, side, block)));
+    WriteImage("mono_" + std::to_string(block), Blocked(side, block),
+               Joined(Blocks(picture, side, block)));
   ImageForm form = Blocked(side, side);
   std::string lookup;
   for (int table = 0; table < 3; ++table) {
@@ -74,7 +76,8 @@ void WriteMono() {
       words += {picture[j], static_cast<char>(j)};
       byte = byte << 1 | (static_cast<uint8_t>(picture[j]) < 100);
       if (j % 2 == 0)
-        triples += {picture[j], static_cast<char>(picture[j + 1] >> 4), static_cast<char>(picture[j + 1] << 4)};
+        triples +=
+            {picture[j], static_cast<char>(picture[j + 1] >> 4), static_cast<char>(picture[j + 1] << 4)};
     }
     bits += static_cast<char>(byte);
   }

@@ -1,5 +1,5 @@
-// Reading image segments: a blocked JPEG against libjpeg alone, and vector quantisation in pixels a
-// second.
+// Reading image segments: a blocked JPEG against libjpeg alone, JPEG 2000 against OpenJPEG alone, vector
+// quantisation; and the loops over pixels, each against its general form.
 #include <unistd.h>
 
 #include <cstdio>
@@ -11,54 +11,37 @@
 #include <openjpeg.h>
 
 #include "Common/HandlImg.h"
+#include "bench/streams.h"
+#include "hostkit/kernel/internal.h"
+#include "hostkit/kernel/pixels_rows.h"
+#include "hostkit/kernel/pixels_shuffle.h"
 #include "tests/support/builder.h"
+#include "tests/support/vq.h"
 
 namespace {
 
 constexpr int kBlocks = 16, kBlockSide = 256;
 
-std::string BlockStream(int block) {
-  std::vector<uint8_t> pixels(kBlockSide * kBlockSide);
-  for (size_t i = 0; i < pixels.size(); ++i) {
-    pixels[i] = static_cast<uint8_t>((i * 7 + i / 256 * 13 + static_cast<size_t>(block)) % 251 / 4 + 90);
-  }
-  jpeg_compress_struct codec{};
-  jpeg_error_mgr errors;
-  codec.err = jpeg_std_error(&errors);
-  jpeg_create_compress(&codec);
-  unsigned char* out = nullptr;
-  unsigned long size = 0;
-  jpeg_mem_dest(&codec, &out, &size);
-  codec.image_width = codec.image_height = kBlockSide;
-  codec.input_components = 1;
-  codec.in_color_space = JCS_GRAYSCALE;
-  jpeg_set_defaults(&codec);
-  jpeg_start_compress(&codec, TRUE);
-  while (codec.next_scanline < codec.image_height) {
-    JSAMPROW row = &pixels[codec.next_scanline * kBlockSide];
-    jpeg_write_scanlines(&codec, &row, 1);
-  }
-  jpeg_finish_compress(&codec);
-  jpeg_destroy_compress(&codec);
-  std::string bytes(reinterpret_cast<char*>(out), size);
-  std::free(out);
-  return bytes;
-}
-
 const std::vector<std::string>& Streams() {
   static const std::vector<std::string> streams = [] {
     std::vector<std::string> made;
-    for (int block = 0; block < kBlocks * kBlocks; ++block) made.push_back(BlockStream(block));
+    for (uint32_t block = 0; block < kBlocks * kBlocks; ++block)
+      made.push_back(bench::EncodeJpeg(bench::Picture(kBlockSide, block), kBlockSide, 1));
     return made;
   }();
   return streams;
 }
 
-// Loads the first image of a file over and over.
-void LoadFirstImage(benchmark::State& state, const std::string& bytes) {
+std::string TemporaryFile(const std::string& bytes) {
   std::string path = std::string(P_tmpdir) + "/orbntf-bench-XXXXXX";
   close(mkstemp(path.data()));
   std::ofstream(path, std::ios::binary) << bytes;
+  return path;
+}
+
+// Loads the first image of a file over and over.
+void LoadFirstImage(benchmark::State& state, const std::string& bytes) {
+  const std::string path = TemporaryFile(bytes);
   NitfFile document;
   const std::u16string wide(path.begin(), path.end());
   if (!Ok(document.ReadDocument(wide.c_str()))) state.SkipWithError("does not open");
@@ -112,51 +95,28 @@ BENCHMARK(LibjpegAlone)->Unit(benchmark::kMillisecond);
 
 constexpr OPJ_UINT32 kCodestreamSide = 2048;
 
-const std::string& CodestreamPath() {
-  static const std::string path = [] {
-    std::string made = std::string(P_tmpdir) + "/orbntf-bench-XXXXXX";
-    close(mkstemp(made.data()));
-    opj_cparameters_t parameters;
-    opj_set_default_encoder_parameters(&parameters);
-    opj_image_cmptparm_t component = {};
-    component.dx = component.dy = 1;
-    component.w = component.h = kCodestreamSide;
-    component.prec = 8;
-    opj_image_t* image = opj_image_create(1, &component, OPJ_CLRSPC_GRAY);
-    image->x1 = image->y1 = kCodestreamSide;
-    for (OPJ_UINT32 i = 0; i < kCodestreamSide * kCodestreamSide; ++i) {
-      image->comps[0].data[i] = static_cast<OPJ_INT32>((i * 7 + i / kCodestreamSide * 13) % 251);
-    }
-    opj_codec_t* codec = opj_create_compress(OPJ_CODEC_J2K);
-    opj_setup_encoder(codec, &parameters, image);
-    opj_stream_t* stream = opj_stream_create_default_file_stream(made.c_str(), OPJ_FALSE);
-    const bool done = opj_start_compress(codec, image, stream) && opj_encode(codec, stream) &&
-                      opj_end_compress(codec, stream);
-    opj_stream_destroy(stream);
-    opj_destroy_codec(codec);
-    opj_image_destroy(image);
-    return done ? made : std::string();
-  }();
-  return path;
+const std::string& Codestream() {
+  static const std::string stream =
+      bench::EncodeJpeg2000(bench::Picture(kCodestreamSide, 1), kCodestreamSide, kCodestreamSide);
+  return stream;
 }
 
 void Jpeg2000(benchmark::State& state) {
-  std::ifstream file(CodestreamPath(), std::ios::binary);
-  const std::string data((std::istreambuf_iterator<char>(file)), {});
   test::ImageForm form = Blocked("C8");
   form.blocksAcross = form.blocksDown = kCodestreamSide / kBlockSide;
-  LoadFirstImage(state, test::NitfBuilder().Image(form, data).Bytes());
+  LoadFirstImage(state, test::NitfBuilder().Image(form, Codestream()).Bytes());
 }
 BENCHMARK(Jpeg2000)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void OpenjpegAlone(benchmark::State& state) {
+  const std::string path = TemporaryFile(Codestream());
   for (auto _ : state) {
     opj_codec_t* codec = opj_create_decompress(OPJ_CODEC_J2K);
     opj_dparameters_t parameters;
     opj_set_default_decoder_parameters(&parameters);
     opj_setup_decoder(codec, &parameters);
     opj_codec_set_threads(codec, static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN)));
-    opj_stream_t* stream = opj_stream_create_default_file_stream(CodestreamPath().c_str(), OPJ_TRUE);
+    opj_stream_t* stream = opj_stream_create_default_file_stream(path.c_str(), OPJ_TRUE);
     opj_image_t* image = nullptr;
     if (!opj_read_header(stream, codec, &image) || !opj_decode(codec, stream, image)) {
       state.SkipWithError("does not decode");
@@ -165,20 +125,62 @@ void OpenjpegAlone(benchmark::State& state) {
     opj_stream_destroy(stream);
     opj_destroy_codec(codec);
   }
+  unlink(path.c_str());
 }
 BENCHMARK(OpenjpegAlone)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void VectorQuantised(benchmark::State& state) {
-  using test::Big;
-  std::string data =
-      Big(64, 4) + Big(64, 4) + Big(12, 1) + Big(1, 2) + Big(4, 2) + Big(0, 2) + Big(6, 4) + Big(14, 2);
-  for (uint64_t table = 0; table < 4; ++table)
-    data += Big(table, 2) + Big(4096, 4) + Big(4, 2) + Big(8, 2) + Big(0, 4);
-  for (int i = 0; i < 4 * 4096 * 4; ++i) data += static_cast<char>(i);
-  for (int i = 0; i < kBlocks * kBlocks * 64 * 64 * 12 / 8; ++i) data += static_cast<char>(i * 31);
-  LoadFirstImage(state, test::NitfBuilder().Image(Blocked("C4"), data).Bytes());
+  const test::VqForm form{.blockWidth = 256,
+                          .blockHeight = 256,
+                          .codeRows = 64,
+                          .codesPerRow = 64,
+                          .entries = 4096,
+                          .stored = std::vector<bool>(kBlocks * kBlocks, true)};
+  LoadFirstImage(
+      state,
+      test::NitfBuilder().Image(test::VqImage(form, "C4", kBlocks, kBlocks), test::VqData(form)).Bytes());
 }
 BENCHMARK(VectorQuantised)->Unit(benchmark::kMillisecond);
+
+// ---------------------------------------------------------------- rows
+
+// A row of a depth to colour: the way that is chosen for many pixels, and the general one.
+void ReadRow(benchmark::State& state) {
+  constexpr uint32_t kWidth = 8192;
+  const auto depth = static_cast<uint32_t>(state.range(0));
+  const bool chosen = state.range(1) != 0, palette = state.range(2) != 0;
+  KernelBitmap bitmap;
+  KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, kWidth, 1, depth, kOrderRgb, nullptr, kViewTopLeft,
+                       nullptr, 0);
+  if (palette) hostkit::Palette(bitmap)[0].red = 9;
+  std::vector<uint8_t> bgr(3 * kWidth);
+  const hostkit::RowReader reader(bitmap, kWidth);
+  for (auto _ : state) {
+    chosen ? reader.Read(hostkit::Row(bitmap, 0), 0, kWidth, bgr.data())
+           : hostkit::RowToBgr(bitmap, hostkit::Row(bitmap, 0), 0, kWidth, bgr.data());
+    benchmark::DoNotOptimize(bgr.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * kWidth);
+  KernelFreeBitmap(&bitmap);
+}
+BENCHMARK(ReadRow)
+    ->ArgNames({"depth", "chosen", "palette"})
+    ->ArgsProduct({{1, 8}, {0, 1}, {0, 1}})
+    ->ArgsProduct({{12, 16, 24}, {0, 1}, {0}});
+
+void InterleaveBands(benchmark::State& state) {
+  constexpr uint32_t kWidth = 8192;
+  const std::vector<uint8_t> band(kWidth, 7);
+  std::vector<uint8_t> pixels(3 * kWidth);
+  for (auto _ : state) {
+    hostkit::Interleave(band.data(), band.data(), band.data(), kWidth, pixels.data());
+    benchmark::DoNotOptimize(pixels.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * kWidth);
+}
+BENCHMARK(InterleaveBands);
 
 }  // namespace
 

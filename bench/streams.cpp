@@ -117,8 +117,9 @@ std::string EncodeFacsimile(const std::string& pixels, uint32_t side, const std:
   const auto offset = static_cast<std::streamoff>(TIFFGetStrileOffset(tiff, 0));
   std::string strip(TIFFGetStrileByteCount(tiff, 0), '\0');
   TIFFClose(tiff);
-  std::ifstream(path, std::ios::binary).seekg(offset).read(strip.data(),
-                                                            static_cast<std::streamsize>(strip.size()));
+  std::ifstream(path, std::ios::binary)
+      .seekg(offset)
+      .read(strip.data(), static_cast<std::streamsize>(strip.size()));
   return strip;
 }
 

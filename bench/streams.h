@@ -9,7 +9,8 @@ namespace bench {
 /// `side` x `side` samples with gradients, edges and noise; each seed is another picture.
 std::string Picture(uint32_t side, uint32_t seed);
 /// A square part of a picture.
-std::string Part(const std::string& picture, uint32_t side, uint32_t left, uint32_t top, uint32_t partSide);
+std::string Part(const std::string& picture, uint32_t side, uint32_t left, uint32_t top,
+                 uint32_t partSide);
 /// Squares as JPEG of quality 75: one byte a pixel, or three interleaved.
 std::string EncodeJpeg(const std::string& pixels, uint32_t side, int components);
 /// A square of one byte a pixel as a lossless JPEG 2000 codestream in tiles.

@@ -5,6 +5,7 @@
 #include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/internal.h"
 #include "hostkit/kernel/large_pages.h"
+#include "hostkit/kernel/row_threads.h"
 
 namespace {
 
@@ -135,9 +136,10 @@ int32_t ORB_CALL KernelFillBitmap(KernelBitmap* bitmap, COLORREF colour) {
   hostkit::NearestColour nearest(*bitmap);
   uint8_t* first = hostkit::Row(*bitmap, 0);
   for (uint32_t x = 0; x < bitmap->width; ++x) hostkit::BgrToRow(*bitmap, nearest, bgr, x, 1, first);
-  for (uint32_t row = 1; row < bitmap->height; ++row) {
-    std::memcpy(hostkit::Row(*bitmap, row), first, bitmap->bytesPerLine);
-  }
+  hostkit::ForRows(bitmap->height, bitmap->byteCount, [&](uint32_t row, uint32_t end) {
+    for (row = std::max(row, 1u); row < end; ++row)
+      std::memcpy(hostkit::Row(*bitmap, row), first, bitmap->bytesPerLine);
+  });
   return kHostOk;
 }
 

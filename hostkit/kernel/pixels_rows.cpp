@@ -56,23 +56,23 @@ void RowReader::MakeTable() {
   }
 }
 
-void RowReader::AnyWay(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) {
+void RowReader::AnyWay(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
   RowToBgr(bitmap_, row, first, count, bgr);
 }
 
-void RowReader::Copied(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) {
+void RowReader::Copied(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
   std::memcpy(bgr, row + 3 * size_t{first}, 3 * size_t{count});
 }
 
-void RowReader::Swapped(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) {
+void RowReader::Swapped(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
   SwapEnds(row + 3 * size_t{first}, count, bgr);
 }
 
-void RowReader::OfGreyRamp(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) {
+void RowReader::OfGreyRamp(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
   TripleBytes(row + first, count, bgr);
 }
 
-void RowReader::OfPalette(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) {
+void RowReader::OfPalette(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
   if (count == 0) return;
   const uint8_t* in = row + first;
   // The fourth byte is written over by the pixel behind.
@@ -81,7 +81,7 @@ void RowReader::OfPalette(const uint8_t* row, uint32_t first, uint32_t count, ui
   std::memcpy(bgr, &entries_[*in], 3);
 }
 
-void RowReader::OfBits(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) {
+void RowReader::OfBits(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
   const uint32_t head = std::min(count, (8 - first % 8) % 8);
   RowToBgr(bitmap_, row, first, head, bgr);
   first += head, count -= head, bgr += 3 * size_t{head};
@@ -90,7 +90,7 @@ void RowReader::OfBits(const uint8_t* row, uint32_t first, uint32_t count, uint8
   RowToBgr(bitmap_, row, first, count, bgr);
 }
 
-void RowReader::OfTwelveBits(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) {
+void RowReader::OfTwelveBits(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
   uint8_t high[kPiece];
   const uint32_t odd = std::min(count, first % 2);
   RowToBgr(bitmap_, row, first, odd, bgr);
@@ -107,7 +107,7 @@ void RowReader::OfTwelveBits(const uint8_t* row, uint32_t first, uint32_t count,
   RowToBgr(bitmap_, row, first, count, bgr);
 }
 
-void RowReader::OfWords(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) {
+void RowReader::OfWords(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
   uint8_t high[kPiece];
   for (const uint8_t* in = row + 2 * size_t{first}; count > 0;) {
     const uint32_t some = std::min(count, kPiece);

@@ -15,6 +15,7 @@ using Json = nlohmann::ordered_json;
 // Field texts are single bytes of the file's own character set; JSON takes them as Latin-1.
 std::string ToUtf8(std::string_view text) {
   std::string utf8;
+  utf8.reserve(text.size());
   for (const char c : text) {
     const auto byte = static_cast<uint8_t>(c);
     if (byte < 0x80) {
@@ -35,9 +36,14 @@ std::string TextOf(const FieldRow<R>& row, const R& record) {
 
 template <class R>
 Json FieldsOf(const R& record) {
+  constexpr size_t kOthers = 8;
   Json fields = Json::object();
+  // No name comes twice, so none is looked for; members are not moved as they grow.
+  auto& members = fields.get_ref<Json::object_t&>();
+  members.reserve(R::Table().size() + kOthers);
   for (const auto& row : R::Table()) {
-    if (row.IsPresent(record)) fields[std::string(row.prefix) + row.name] = TextOf(row, record);
+    if (row.IsPresent(record))
+      members.emplace_back(std::string(row.prefix) + row.name, TextOf(row, record));
   }
   return fields;
 }
@@ -110,6 +116,7 @@ Json ToJson(const DataExtensionSubheader& header) {
 template <class R>
 Json ListToJson(const SegmentList<R>& list) {
   Json array = Json::array();
+  array.get_ref<Json::array_t&>().reserve(list.Count());
   for (const R& record : list) array.push_back(ToJson(record));
   return array;
 }
