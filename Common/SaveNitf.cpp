@@ -8,7 +8,7 @@ namespace {
 
 constexpr char16_t kSourceFile[] = u"SaveNitf";
 
-constexpr uint32_t kCopyChunk = 1 << 20;
+constexpr uint32_t kCopyChunk = 256 << 10;
 
 // Whether an image's lengths in the file header are compared with what was written.
 bool HasCheckedLengths(const ImageSubheader& image) {

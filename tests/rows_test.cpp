@@ -129,8 +129,8 @@ TEST_F(RowsTest, TheNearestEntryIsFoundHoweverOftenItIsAsked) {
 #if !defined(_WIN32)
 TEST_F(RowsTest, SquaresAreAveragedToTheirEdges) {
   std::mt19937 random(5);
-  for (const uint32_t factor : {1u, 2u, 3u, 7u, 64u}) {
-    constexpr uint32_t kWidth = 23, kHeight = 17;
+  for (const uint32_t factor : {1u, 2u, 3u, 7u, 64u, 65u}) {
+    constexpr uint32_t kWidth = 71, kHeight = 67;
     const Bytes bgr = RandomBytes(random, size_t{3} * kWidth * kHeight);
     tool::BoxScaler scaler(kWidth, kHeight, factor);
     uint32_t made = 0;

@@ -34,9 +34,16 @@ class File {
     if (failed_) return 0;
     if (position_ != pendingStart_ + static_cast<int64_t>(pending_.size()) && !Flush()) return 0;
     if (pending_.empty()) pendingStart_ = position_;
-    pending_.insert(pending_.end(), bytes, bytes + count);
+    // What fills the buffer by itself goes past it.
+    const bool direct = count >= kWriteBuffer;
+    if (direct) {
+      if (!Flush() || !WriteOut(bytes, count, position_)) return 0;
+    } else {
+      pending_.insert(pending_.end(), bytes, bytes + count);
+    }
     position_ += count;
     size_ = std::max(size_, position_);
+    if (direct) pendingStart_ = position_;
     return pending_.size() < kWriteBuffer || Flush() ? count : 0;
   }
 
@@ -58,14 +65,19 @@ class File {
 
  private:
   bool Flush() {
+    (void)WriteOut(pending_.data(), pending_.size(), pendingStart_);
+    pending_.clear();
+    return !failed_;
+  }
+
+  bool WriteOut(const uint8_t* bytes, size_t count, int64_t position) {
     size_t done = 0;
-    while (!failed_ && done < pending_.size()) {
-      const int64_t wrote = hostkit::WriteAt(fd_, pending_.data() + done, pending_.size() - done,
-                                             pendingStart_ + static_cast<int64_t>(done));
+    while (!failed_ && done < count) {
+      const int64_t wrote =
+          hostkit::WriteAt(fd_, bytes + done, count - done, position + static_cast<int64_t>(done));
       if (wrote <= 0) failed_ = true;  // a lost byte is never forgotten: the close fails too
       done += wrote > 0 ? static_cast<size_t>(wrote) : 0;
     }
-    pending_.clear();
     return !failed_;
   }
 

@@ -88,7 +88,8 @@ std::unique_ptr<PictureWriter> PictureWriter::Start(PictureForm form, std::FILE*
 
 BoxScaler::BoxScaler(uint32_t width, uint32_t height, uint32_t factor)
     : width_(width), height_(height), factor_(factor), rgb_(3 * size_t{Width()}) {
-  if (factor > 1) sums_.resize(3 * size_t{width});
+  if (factor > kMostShort) longSums_.resize(3 * size_t{width});
+  if (factor > 1 && factor <= kMostShort) shortSums_.resize(3 * size_t{width});
 }
 
 const uint8_t* BoxScaler::Take(const uint8_t* bgr) {
@@ -98,23 +99,46 @@ const uint8_t* BoxScaler::Take(const uint8_t* bgr) {
     return rgb_.data();
   }
   // Rows are added up first, the columns of a square only once.
-  for (size_t i = 0; i < sums_.size(); ++i) sums_[i] += bgr[i];
-  if (++rowsHeld_ < factor_ && rowsTaken_ < height_) return nullptr;
-  for (uint32_t x = 0; x < Width(); ++x) Average(x);
-  std::fill(sums_.begin(), sums_.end(), 0);
+  const bool isLast = ++rowsHeld_ == factor_ || rowsTaken_ == height_;
+  if (factor_ <= kMostShort) {
+    Add(bgr, shortSums_);
+    if (isLast) Average<uint32_t>(shortSums_);
+  } else {
+    Add(bgr, longSums_);
+    if (isLast) Average<uint64_t>(longSums_);
+  }
+  if (!isLast) return nullptr;
   rowsHeld_ = 0;
   return rgb_.data();
 }
 
-void BoxScaler::Average(uint32_t x) {
-  const uint32_t first = x * factor_, columns = std::min(factor_, width_ - first);
-  uint64_t totals[3] = {};
-  for (size_t i = 3 * size_t{first}; i < 3 * size_t{first + columns}; i += 3) {
-    for (size_t c = 0; c < 3; ++c) totals[c] += sums_[i + c];
+template <class Sum>
+void BoxScaler::Add(const uint8_t* bgr, std::vector<Sum>& sums) {
+  for (size_t i = 0; i < sums.size(); ++i) sums[i] = static_cast<Sum>(sums[i] + bgr[i]);
+}
+
+template <class Total, class Sum>
+void BoxScaler::Average(std::vector<Sum>& sums) {
+  // Dividing is multiplying by a reciprocal, exactly so for totals of short sums.
+  constexpr uint32_t kBits = 43;
+  uint64_t pixels = 0, reciprocal = 0;
+  const Sum* sum = sums.data();
+  uint8_t* out = rgb_.data();
+  for (uint32_t first = 0; first < width_; first += factor_, out += 3) {
+    const uint32_t columns = std::min(factor_, width_ - first);
+    Total blue = 0, green = 0, red = 0;
+    for (uint32_t i = 0; i < columns; ++i, sum += 3) blue += sum[0], green += sum[1], red += sum[2];
+    if (pixels != uint64_t{columns} * rowsHeld_) {
+      pixels = uint64_t{columns} * rowsHeld_;
+      reciprocal = ((uint64_t{1} << kBits) + pixels - 1) / pixels;
+    }
+    const auto average = [&](uint64_t total) {
+      total += pixels / 2;
+      return static_cast<uint8_t>(sizeof(Total) == 4 ? total * reciprocal >> kBits : total / pixels);
+    };
+    out[0] = average(red), out[1] = average(green), out[2] = average(blue);
   }
-  const uint64_t pixels = uint64_t{std::max(1u, columns)} * rowsHeld_;
-  for (size_t c = 0; c < 3; ++c)
-    rgb_[3 * size_t{x} + c] = static_cast<uint8_t>((totals[2 - c] + pixels / 2) / pixels);
+  std::fill(sums.begin(), sums.end(), Sum{0});
 }
 
 }  // namespace tool

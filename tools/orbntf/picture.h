@@ -34,10 +34,17 @@ class BoxScaler {
   const uint8_t* Take(const uint8_t* bgr);
 
  private:
-  void Average(uint32_t x);
+  static constexpr uint32_t kMostShort = 64;  // the factor up to which sums stay short
+
+  template <class Sum>
+  void Add(const uint8_t* bgr, std::vector<Sum>& sums);
+  template <class Total, class Sum>
+  void Average(std::vector<Sum>& sums);
+
   uint32_t width_, height_, factor_;
   uint32_t rowsTaken_ = 0, rowsHeld_ = 0;
-  std::vector<uint32_t> sums_;  // of the rows held, blue, green and red a column
+  std::vector<uint16_t> shortSums_;  // of the rows held, blue, green and red a column
+  std::vector<uint32_t> longSums_;
   std::vector<uint8_t> rgb_;
 };
 

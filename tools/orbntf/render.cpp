@@ -114,7 +114,8 @@ int RunRender(const RenderOptions& options) {
   if (ScaleFactor(options.scale) == 0) return Refuse("render", "--scale takes 1/N");
   const std::optional<PictureForm> form = FormOf(options);
   if (!form) return Refuse("render", "the output's name ends in .png or .ppm, or --format says which");
-  if (options.output == "-") return ReportFile("render", options.file, RenderInto(options, stdout, *form));
+  if (options.output == "-")
+    return ReportFile("render", options.file, RenderInto(options, stdout, *form));
   if (IsSameFile(options.file, options.output)) return Refuse("render", "the output is the input");
   OutputFile output(options.output);
   std::FILE* file =
