@@ -53,22 +53,24 @@ class SegmentList : NonCopyable {
       before = *last;
       last = &before->next;
     }
+    lastFound_ = nullptr;
     Free(std::exchange(*last, nullptr));
     tail_ = before;
     --count_;
   }
   void Clear() {
     while (head_ != nullptr) Free(std::exchange(head_, head_->next));
-    tail_ = nullptr;
+    tail_ = lastFound_ = nullptr;
     count_ = 0;
   }
 
   uint32_t Count() const { return count_; }
   /// The record of an index, null at or beyond the count.
   R* At(uint32_t index) const {
-    Node* node = index < count_ ? head_ : nullptr;
-    for (; node != nullptr && index > 0; --index) node = node->next;
-    return node != nullptr ? node->record.get() : nullptr;
+    if (index >= count_) return nullptr;
+    if (lastFound_ == nullptr || index < lastIndex_) lastFound_ = head_, lastIndex_ = 0;
+    for (; lastIndex_ < index; ++lastIndex_) lastFound_ = lastFound_->next;
+    return lastFound_->record.get();
   }
   R* Last() const { return tail_ != nullptr ? tail_->record.get() : nullptr; }
   Iterator begin() const { return Iterator(head_); }
@@ -82,5 +84,8 @@ class SegmentList : NonCopyable {
 
   Node* head_ = nullptr;
   Node* tail_ = nullptr;
+  // Segments are mostly asked for in order: the search goes on from the last one found.
+  mutable Node* lastFound_ = nullptr;
+  mutable uint32_t lastIndex_ = 0;
   uint32_t count_ = 0;
 };

@@ -115,7 +115,12 @@ bool AreUsable(const opj_image_t& image) {
   return image.numcomps != 0;
 }
 
-// A decoder that has read a stream's header and gives one stretch of rows after the other.
+// Pixels of the image that are decoded at once.
+struct Part {
+  uint32_t left, top, width, height;
+};
+
+// A decoder that has read a stream's header and gives one part after the other.
 class Decoder {
  public:
   /// Starts on a stream whose image must be the one that was measured.
@@ -142,15 +147,15 @@ class Decoder {
     return image.numcomps == size.components && image.x0 == size.left && image.x1 == size.right &&
            image.y0 == size.top && image.y1 == size.bottom;
   }
-  /// Decodes `rows` rows of `width` pixels from row `first` on.
-  bool DecodePart(const CodestreamSize& size, uint32_t width, uint32_t first, uint32_t rows) {
+  bool DecodePart(const CodestreamSize& size, const Part& part) {
     const auto edge = [](uint32_t origin, uint64_t pixels, uint32_t step, uint32_t end) {
       return static_cast<OPJ_INT32>(std::min<uint64_t>(origin + pixels * step, end));
     };
-    return opj_set_decode_area(codec_.get(), owner_.image, static_cast<OPJ_INT32>(size.left),
-                               edge(size.top, first, size.stepY, size.bottom),
-                               edge(size.left, width, size.stepX, size.right),
-                               edge(size.top, uint64_t{first} + rows, size.stepY, size.bottom)) &&
+    return opj_set_decode_area(
+               codec_.get(), owner_.image, edge(size.left, part.left, size.stepX, size.right),
+               edge(size.top, part.top, size.stepY, size.bottom),
+               edge(size.left, uint64_t{part.left} + part.width, size.stepX, size.right),
+               edge(size.top, uint64_t{part.top} + part.height, size.stepY, size.bottom)) &&
            DecodeAll();
   }
   bool DecodeAll() {
@@ -197,15 +202,15 @@ class Component {
   int64_t from_, to_;
 };
 
-// Puts decoded rows into the bitmap from row `first` on.
-void PutGrey(const opj_image_t& image, const CodestreamSize& size, uint32_t first, uint32_t rows,
+// Put a decoded part into the bitmap.
+void PutGrey(const opj_image_t& image, const CodestreamSize& size, const Part& part,
              KernelBitmap& bitmap) {
   const uint32_t depth = bitmap.bitsPerPixel;
   const Component grey(image.comps[0], size, depth);
-  for (uint32_t y = 0; y < rows; ++y) {
+  for (uint32_t y = 0; y < part.height; ++y) {
     const OPJ_INT32* line = grey.Line(y);
-    uint8_t* row = Row(bitmap, first + y);
-    for (uint32_t x = 0; x < bitmap.width; ++x) {
+    uint8_t* row = Row(bitmap, part.top + y) + size_t{part.left} * (depth / 8);
+    for (uint32_t x = 0; x < part.width; ++x) {
       const auto value = static_cast<uint16_t>(grey.At(line, x));
       if (depth == 8) {
         row[x] = static_cast<uint8_t>(value);
@@ -226,44 +231,59 @@ bool IsYcc(const opj_image_t& image, const HostLoadOptions& options) {
 }
 
 void PutColour(const opj_image_t& image, const CodestreamSize& size, const HostLoadOptions& options,
-               uint32_t first, uint32_t rows, KernelBitmap& bitmap) {
+               const Part& part, KernelBitmap& bitmap) {
   const bool isYcc = IsYcc(image, options);
   const auto shown = [&](uint32_t colour) {
     return Component(image.comps[ShownComponent(options, colour, image.numcomps)], size, 8);
   };
   const Component colours[3] = {shown(0), shown(1), shown(2)};
-  for (uint32_t y = 0; y < rows; ++y) {
-    uint8_t* row = Row(bitmap, first + y);
+  for (uint32_t y = 0; y < part.height; ++y) {
+    uint8_t* row = Row(bitmap, part.top + y) + 3 * size_t{part.left};
     for (uint32_t c = 0; c < 3; ++c) {
       const OPJ_INT32* line = colours[c].Line(y);
-      for (uint32_t x = 0; x < bitmap.width; ++x) {
+      for (uint32_t x = 0; x < part.width; ++x) {
         row[3 * size_t{x} + c] = static_cast<uint8_t>(colours[c].At(line, x));
       }
     }
-    for (uint32_t x = 0; isYcc && x < bitmap.width; ++x) YccToBgr(row + 3 * size_t{x});
+    for (uint32_t x = 0; isYcc && x < part.width; ++x) YccToBgr(row + 3 * size_t{x});
   }
 }
 
-// What is decoded of an image: all of it at once, or rows in several parts where that would take much
-// memory or where not all of it is wanted.
+// What is decoded of an image: all of it at once, or in several parts where that would take much memory
+// or where not all of it is wanted.
 struct Plan {
   uint32_t width, height;  // of what is wanted
-  uint32_t rowsAtOnce;
+  uint32_t columnsAtOnce, rowsAtOnce;
   bool inParts;
 };
 
+// As many units of a side as `pixels` allow, at least one.
+uint32_t PartOf(uint32_t side, uint32_t unit, uint64_t pixels) {
+  const uint64_t units = std::max<uint64_t>(1, pixels / unit);
+  return static_cast<uint32_t>(std::min<uint64_t>(side, units * unit));
+}
+
 Plan PlanOf(const CodestreamSize& size, const KernelBitmap& wanted) {
-  Plan plan = {Wanted(size.width, wanted.width), Wanted(size.height, wanted.height), size.height, false};
-  const uint64_t perRow = uint64_t{plan.width} * size.components;
-  plan.inParts = plan.width < size.width || plan.height < size.height ||
-                 (perRow * plan.height > kSamplesAtOnce && size.mostStepY <= 4 * size.stepY);
-  // Parts begin where a row of tiles does, and where each component has a row.
-  const uint32_t unit = size.tiles > 1 ? std::max(1u, size.tileHeight / size.stepY) : 64;
-  const uint64_t units = std::max<uint64_t>(1, kSamplesAtOnce / (perRow * unit));
+  Plan plan = {.width = Wanted(size.width, wanted.width), .height = Wanted(size.height, wanted.height)};
+  plan.columnsAtOnce = plan.width;
   plan.rowsAtOnce = plan.height;
-  if (plan.inParts && perRow * plan.height > kSamplesAtOnce && unit * units < plan.height) {
-    plan.rowsAtOnce = static_cast<uint32_t>(unit * units);
+  const bool large = uint64_t{plan.width} * plan.height * size.components > kSamplesAtOnce;
+  plan.inParts = plan.width < size.width || plan.height < size.height ||
+                 (large && size.mostStepX <= 4 * size.stepX && size.mostStepY <= 4 * size.stepY);
+  if (!plan.inParts || !large) return plan;
+  const uint64_t pixels = kSamplesAtOnce / size.components;
+  if (size.tiles == 1) {
+    // Parts begin where each component has a row.
+    plan.rowsAtOnce = PartOf(plan.height, 64, pixels / plan.width);
+    return plan;
   }
+  // Parts are made of tiles, side by side before one below the other.
+  const uint32_t tileWidth = std::max(1u, size.tileWidth / size.stepX);
+  const uint32_t tileHeight = std::max(1u, size.tileHeight / size.stepY);
+  // Each component must have a column of its own where a part begins.
+  if (size.tileWidth % size.mostStepX == 0 && size.left % size.mostStepX == 0)
+    plan.columnsAtOnce = PartOf(plan.width, tileWidth, pixels / std::min(tileHeight, plan.height));
+  plan.rowsAtOnce = PartOf(plan.height, tileHeight, pixels / plan.columnsAtOnce);
   return plan;
 }
 
@@ -278,20 +298,23 @@ int32_t AllocateFor(const opj_image_t& image, const Plan& plan, KernelBitmap& bi
 int32_t DecodeInto(Bytes stream, const CodestreamSize& size, const Plan& plan,
                    const HostLoadOptions& options, KernelBitmap& bitmap) {
   Decoder decoder;
-  for (uint32_t first = 0; first < plan.height; first += plan.rowsAtOnce) {
-    const uint32_t rows = std::min(plan.rowsAtOnce, plan.height - first);
-    // A decoder gives several parts of an image of one tile only.
-    if ((first == 0 || size.tiles > 1) && !decoder.Start(stream, size)) return kHostBadData;
-    if (!(plan.inParts ? decoder.DecodePart(size, plan.width, first, rows) : decoder.DecodeAll())) {
-      return kHostBadData;
+  Part part = {};
+  for (; part.top < plan.height; part.top += part.height) {
+    part.height = std::min(plan.rowsAtOnce, plan.height - part.top);
+    for (part.left = 0; part.left < plan.width; part.left += part.width) {
+      part.width = std::min(plan.columnsAtOnce, plan.width - part.left);
+      const bool isFirst = part.top == 0 && part.left == 0;
+      // A decoder gives several parts of an image of one tile only.
+      if ((isFirst || size.tiles > 1) && !decoder.Start(stream, size)) return kHostBadData;
+      if (!(plan.inParts ? decoder.DecodePart(size, part) : decoder.DecodeAll())) return kHostBadData;
+      if (!plan.inParts && !decoder.Finish()) return kHostBadData;
+      const opj_image_t& image = decoder.Image();
+      if (isFirst) {
+        if (const int32_t status = AllocateFor(image, plan, bitmap); status != kHostOk) return status;
+      }
+      image.numcomps < 3 ? PutGrey(image, size, part, bitmap)
+                         : PutColour(image, size, options, part, bitmap);
     }
-    if (!plan.inParts && !decoder.Finish()) return kHostBadData;
-    const opj_image_t& image = decoder.Image();
-    if (first == 0) {
-      if (const int32_t status = AllocateFor(image, plan, bitmap); status != kHostOk) return status;
-    }
-    image.numcomps < 3 ? PutGrey(image, size, first, rows, bitmap)
-                       : PutColour(image, size, options, first, rows, bitmap);
   }
   return kHostOk;
 }
