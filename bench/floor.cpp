@@ -1,12 +1,15 @@
-// What drawing a file into a picture takes at least: floor io FILE OUT PIXELS reads the file once and
-// writes a picture of three bytes a pixel once; floor jpeg|jpeg2000|facsimile FILE OUT PIXELS decodes the
-// file's streams with the bare library, and writes such a picture.
+// What drawing a file into a picture takes at least: floor io FILE OUT PIXELS MEMORY reads the file once
+// and writes a picture of three bytes a pixel once; floor jpeg|jpeg2000|facsimile FILE OUT PIXELS MEMORY
+// decodes the file's streams with the bare library, and writes such a picture. MEMORY is a number of
+// bytes that are taken and touched first: 0, or what the bitmaps of a drawing take.
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -41,6 +44,15 @@ void WriteOnce(const char* path, uint64_t bytes) {
     bytes -= static_cast<uint64_t>(wrote);
   }
   close(file);
+}
+
+// Takes memory and writes to it, in large pages where the system has them. It is never given back.
+void Touch(size_t bytes) {
+  if (bytes == 0) return;
+  void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) Fail("no memory");
+  (void)madvise(memory, bytes, MADV_HUGEPAGE);
+  std::memset(memory, 0x55, bytes);
 }
 
 using Bytes = std::vector<uint8_t>;
@@ -129,7 +141,8 @@ void DecodeFacsimile(const char* path) {
 }  // namespace
 
 int main(int count, char** words) {
-  if (count != 5) Fail("usage: floor KIND FILE OUT PIXELS");
+  if (count != 6) Fail("usage: floor KIND FILE OUT PIXELS MEMORY");
+  Touch(std::strtoull(words[5], nullptr, 10));
   const std::string kind = words[1];
   if (kind == "io") ReadOnce(words[2]);
   if (kind == "facsimile") DecodeFacsimile(words[2]);

@@ -66,7 +66,8 @@ int32_t hostkit::PaintBitmap(HDC dc, const KernelBitmap& bitmap, const RECT* sou
     const auto convert = [&](uint8_t* bits) {
       for (int64_t row = 0; row < count; ++row) {
         reader.Read(PictureRow(bitmap, static_cast<uint32_t>(place.sourceY + y + row)),
-                    static_cast<uint32_t>(place.sourceX), static_cast<uint32_t>(width), bits + row * stride);
+                    static_cast<uint32_t>(place.sourceX), static_cast<uint32_t>(width),
+                    bits + row * stride);
       }
     };
     if (transparent != nullptr) {

@@ -9,6 +9,7 @@
 
 #include "hostkit/fileformat/codec.h"
 #include "hostkit/kernel/budget.h"
+#include "hostkit/kernel/pixels_rows.h"
 
 namespace hostkit {
 namespace {
@@ -219,8 +220,32 @@ void EndDestination(jpeg_compress_struct* codec) {
 // A quality factor of 2 keeps the most, 255 the least.
 int LibraryQuality(int32_t factor) { return 100 - (factor - 2) * 99 / 253; }
 
+// Rows of a bitmap as they are encoded: blue, green, red, or their luminance.
+class EncodedRows {
+ public:
+  EncodedRows(const KernelBitmap& bitmap, bool grey)
+      : bitmap_(bitmap),
+        reader_(bitmap, PixelCount(bitmap)),
+        bgr_(3 * size_t{bitmap.width}),
+        grey_(grey ? bitmap.width : 0) {}
+  uint8_t* Row(uint32_t y) {
+    reader_.Read(PictureRow(bitmap_, y), 0, bitmap_.width, bgr_.data());
+    if (grey_.empty()) return bgr_.data();
+    for (size_t x = 0; x < grey_.size(); ++x) {
+      const uint8_t* p = &bgr_[3 * x];
+      grey_[x] = static_cast<uint8_t>((114u * p[0] + 587u * p[1] + 299u * p[2]) / 1000);
+    }
+    return grey_.data();
+  }
+
+ private:
+  const KernelBitmap& bitmap_;
+  RowReader reader_;
+  std::vector<uint8_t> bgr_, grey_;
+};
+
 bool RunEncoder(jpeg_compress_struct& codec, ErrorReturn& errors, const KernelBitmap& bitmap,
-                uint32_t format, bool grey, int quality, Destination& out, const uint8_t* rows) {
+                uint32_t format, bool grey, int quality, Destination& out, EncodedRows& rows) {
   if (setjmp(errors.jump) != 0) return false;
   jpeg_create_compress(&codec);
   codec.dest = &out.manager;
@@ -232,9 +257,8 @@ bool RunEncoder(jpeg_compress_struct& codec, ErrorReturn& errors, const KernelBi
   if (!grey) jpeg_set_colorspace(&codec, format == kFormatJpegRgb ? JCS_RGB : JCS_YCbCr);
   jpeg_set_quality(&codec, quality, TRUE);
   jpeg_start_compress(&codec, TRUE);
-  const size_t stride = size_t{bitmap.width} * static_cast<uint32_t>(codec.input_components);
   while (codec.next_scanline < codec.image_height) {
-    JSAMPROW row = const_cast<JSAMPROW>(rows + codec.next_scanline * stride);
+    JSAMPROW row = rows.Row(codec.next_scanline);
     jpeg_write_scanlines(&codec, &row, 1);
   }
   jpeg_finish_compress(&codec);
@@ -282,24 +306,14 @@ int32_t EncodeJpeg(const KernelBitmap& bitmap, uint32_t format, uint32_t bitsPer
                    int32_t qualityFactor, std::string& bytes) {
   if (bitmap.width > JPEG_MAX_DIMENSION || bitmap.height > JPEG_MAX_DIMENSION) return kHostUnsupported;
   const bool grey = bitsPerPixel == 8;
-  const size_t stride = size_t{bitmap.width} * (grey ? 1 : 3);
-  std::vector<uint8_t> rows(stride * bitmap.height), bgr(3 * size_t{bitmap.width});
-  for (uint32_t y = 0; y < bitmap.height; ++y) {
-    RowToBgr(bitmap, PictureRow(bitmap, y), 0, bitmap.width, bgr.data());
-    uint8_t* out = rows.data() + y * stride;
-    if (!grey) std::memcpy(out, bgr.data(), stride);
-    for (uint32_t x = 0; grey && x < bitmap.width; ++x) {
-      const uint8_t* p = &bgr[3 * size_t{x}];
-      out[x] = static_cast<uint8_t>((114u * p[0] + 587u * p[1] + 299u * p[2]) / 1000);
-    }
-  }
+  EncodedRows rows(bitmap, grey);
   jpeg_compress_struct codec{};
   ErrorReturn errors;
   codec.err = Silent(errors);
   std::vector<uint8_t> encoded;
   Destination destination = {{nullptr, 0, &StartDestination, &GrowDestination, &EndDestination}, encoded};
-  const bool done = RunEncoder(codec, errors, bitmap, format, grey, LibraryQuality(qualityFactor),
-                               destination, rows.data());
+  const bool done =
+      RunEncoder(codec, errors, bitmap, format, grey, LibraryQuality(qualityFactor), destination, rows);
   jpeg_destroy_compress(&codec);
   if (done) bytes.assign(encoded.begin(), encoded.end());
   return done ? kHostOk : kHostBadData;

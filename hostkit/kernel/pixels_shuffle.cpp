@@ -27,8 +27,8 @@ void TripleBytes(const uint8_t* grey, uint32_t count, uint8_t* pixels) {
     const Vector in = Load(grey);
     Store(pixels, __builtin_shufflevector(in, in, 0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5));
     Store(pixels + 16, __builtin_shufflevector(in, in, 5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10));
-    Store(pixels + 32,
-          __builtin_shufflevector(in, in, 10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14, 15, 15, 15));
+    Store(pixels + 32, __builtin_shufflevector(in, in, 10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14, 14, 14,
+                                               15, 15, 15));
   }
   for (; count > 0; --count, ++grey, pixels += 3) std::memset(pixels, *grey, 3);
 }
@@ -55,10 +55,12 @@ void Interleave(const uint8_t* first, const uint8_t* second, const uint8_t* thir
     const Vector a = Load(first + i), b = Load(second + i), c = Load(third + i);
     // Two rows first, with gaps that the third one fills.
     const Vector ab = __builtin_shufflevector(a, b, 0, 16, 0, 1, 17, 0, 2, 18, 0, 3, 19, 0, 4, 20, 0, 5);
-    const Vector ba = __builtin_shufflevector(a, b, 21, 0, 6, 22, 0, 7, 23, 0, 8, 24, 0, 9, 25, 0, 10, 26);
+    const Vector ba =
+        __builtin_shufflevector(a, b, 21, 0, 6, 22, 0, 7, 23, 0, 8, 24, 0, 9, 25, 0, 10, 26);
     const Vector bb =
         __builtin_shufflevector(a, b, 0, 11, 27, 0, 12, 28, 0, 13, 29, 0, 14, 30, 0, 15, 31, 0);
-    Store(pixels, __builtin_shufflevector(ab, c, 0, 1, 16, 3, 4, 17, 6, 7, 18, 9, 10, 19, 12, 13, 20, 15));
+    Store(pixels,
+          __builtin_shufflevector(ab, c, 0, 1, 16, 3, 4, 17, 6, 7, 18, 9, 10, 19, 12, 13, 20, 15));
     Store(pixels + 16,
           __builtin_shufflevector(ba, c, 0, 21, 2, 3, 22, 5, 6, 23, 8, 9, 24, 11, 12, 25, 14, 15));
     Store(pixels + 32,

@@ -52,13 +52,15 @@ ReadWindows::Window* ReadWindows::Fill(int fd, int64_t position, size_t wanted) 
     const int64_t gap = window.start - position;
     const bool isInFront = gap > 0 && gap <= static_cast<int64_t>(wanted);
     backwards = backwards || isInFront;
-    if (isInFront || window.End() == position) size = std::max(size, std::min(2 * window.bytes.size(), kMost));
+    if (isInFront || window.End() == position)
+      size = std::max(size, std::min(2 * window.bytes.size(), kMost));
   }
   Window& window = windows_[last_ = oldest];
   window.used = ++fills_;
   window.held = 0;
   window.bytes.resize(size);
-  window.start = backwards ? std::max<int64_t>(0, position - static_cast<int64_t>(size - wanted)) : position;
+  window.start =
+      backwards ? std::max<int64_t>(0, position - static_cast<int64_t>(size - wanted)) : position;
   const int64_t got = ReadAt(fd, window.bytes.data(), size, window.start);
   window.held = got > 0 ? static_cast<size_t>(got) : 0;
   return window.Holds(position) ? &window : nullptr;
