@@ -24,7 +24,9 @@ found=$(git ls-files '*.cpp' '*.h' '*.c' | xargs awk -v limit=40 '
   close_ == "" && /\) *(const *)?(noexcept *)?(-> [A-Za-z:<>0-9_ ]+ )?\{$/ &&
       !/^ *(if|for|while|switch|else|\}|namespace|return|case)/ {
     match($0, /^ */)
-    close_ = sprintf("%*s}", RLENGTH > 4 ? head : RLENGTH, ""); start = FNR; next
+    indent = RLENGTH > 4 ? head : RLENGTH
+    if (/^ *: /) indent = RLENGTH - 4  # the members of a constructor
+    close_ = sprintf("%*s}", indent, ""); start = FNR; next
   }
   close_ != "" && index($0, close_) == 1 {
     if (FNR - start + 1 > limit) print FILENAME ":" start ": " FNR - start + 1 " lines"

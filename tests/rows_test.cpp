@@ -25,22 +25,17 @@ struct Form {
   enum { Default, Random, None } palette;
 };
 
+constexpr Form kForms[] = {
+    Form{1, kOrderRgb, Form::Default}, {1, kOrderRgb, Form::Random}, {4, kOrderRgb, Form::Random},
+    {8, kOrderRgb, Form::Default},     {8, kOrderRgb, Form::Random}, {12, kOrderGrey, Form::None},
+    {12, kOrderGrey, Form::Random},    {16, kOrderGrey, Form::None}, {16, kOrderGrey, Form::Random},
+    {24, kOrderBgr, Form::None},       {24, kOrderRgb, Form::None},  {32, kOrderRgb, Form::None},
+    {48, kOrderBgr, Form::None}};
+
 TEST_F(RowsTest, RowsOfEveryFormAreReadAsByTheGeneralWay) {
   std::mt19937 random(1);
   constexpr uint32_t kWidth = 2100;
-  for (const Form form : {Form{1, kOrderRgb, Form::Default},
-                          {1, kOrderRgb, Form::Random},
-                          {4, kOrderRgb, Form::Random},
-                          {8, kOrderRgb, Form::Default},
-                          {8, kOrderRgb, Form::Random},
-                          {12, kOrderGrey, Form::None},
-                          {12, kOrderGrey, Form::Random},
-                          {16, kOrderGrey, Form::None},
-                          {16, kOrderGrey, Form::Random},
-                          {24, kOrderBgr, Form::None},
-                          {24, kOrderRgb, Form::None},
-                          {32, kOrderRgb, Form::None},
-                          {48, kOrderBgr, Form::None}}) {
+  for (const Form& form : kForms) {
     KernelBitmap bitmap;
     ASSERT_EQ(KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, kWidth, 3, form.depth, form.order,
                                    nullptr, kViewTopLeft, nullptr, 0),
