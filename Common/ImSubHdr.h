@@ -173,6 +173,7 @@ struct ImageSubheader {
   CheckedSize FullHeight() const { return CheckedSize(NPPBV.value) * NBPC.value; }
 
   FileHeader* owner = nullptr;  ///< whose lengths follow what setters change
+  bool parsed = false;          ///< the file's subheader was read to its end
   uint32_t index = 0;
   uint32_t bandCount = 0;
   uint32_t biLevelOption = static_cast<uint32_t>(BiLevelOption::None);

@@ -57,6 +57,7 @@ struct FileHeader {
   void SetBackground(COLORREF colour);
 
   bool loaded = false;               ///< FHDR was accepted
+  bool everyVersion = false;         ///< NSIF 1.00 and every complexity level are read; no export sets it
   uint64_t fileLength = 0;           ///< 12 digits
   uint32_t headerLength = 0;         ///< as read; the segments start here
   uint32_t currentHeaderLength = 0;  ///< as a save writes it

@@ -1,5 +1,5 @@
 #include "fuzz/support.h"
-#include "tools/orbntf/load.h"
+#include "tools/orbntf/inspect/load.h"
 
 int fuzz::Input(const uint8_t* data, size_t size) {
   static MemoryFile file, saved;
@@ -10,11 +10,11 @@ int fuzz::Input(const uint8_t* data, size_t size) {
   Require(Orb_NITFCreate(&document, nullptr) == ORB_SUCCESS, "an empty document");
   int32_t added = 0;
   if (choice % 2 == 0) {
+    tool::Picture picture;
     tool::Bitmap bitmap;
-    if (bitmap.Load(file.Path()) == kHostOk) {
-      const uint32_t depth = bitmap.record.bitsPerPixel == 8 ? 8 : 24;
-      added = Orb_NITFAppendImageSegment(document, &bitmap.record, kFormatJpegRgb, depth, 30);
-    }
+    if (picture.Load(file.Path()) == kHostOk && picture.bits == 8 && bitmap.Take(picture) == kHostOk)
+      added =
+          Orb_NITFAppendImageSegment(document, &bitmap.record, kFormatJpegRgb, picture.channels * 8, 30);
   } else {
     added = Orb_NITFAppendTextSegment(document, file.Wide());
   }

@@ -8,7 +8,7 @@
 
 #include "Common/NitfFile.h"
 #include "hostkit/hostkit.h"
-#include "tools/orbntf/picture.h"
+#include "tools/orbntf/output/picture.h"
 
 namespace {
 

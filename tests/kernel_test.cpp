@@ -151,8 +151,12 @@ TEST_F(KernelTest, NarrowTextIsWidened) {
   Orb_A2W wide;
   EXPECT_NE(wide.Convert("a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80"), 0);
   EXPECT_EQ(std::u16string(wide.Value()), u"a\u00E9\u20AC\U0001F600");
-  EXPECT_EQ(wide.Convert("\xC3"), 0);
-  EXPECT_EQ(wide.Convert("\xED\xA0\x80"), 0) << "a surrogate is no character";
+  EXPECT_NE(wide.Convert("\xC3"
+                         "a\xFF"),
+            0);
+  EXPECT_EQ(std::u16string(wide.Value()), (std::u16string{0xDCC3, u'a', 0xDCFF})) << "bytes, not text";
+  EXPECT_NE(wide.Convert("\xED\xA0\x80"), 0);
+  EXPECT_EQ(std::u16string(wide.Value()), (std::u16string{0xDCED, 0xDCA0, 0xDC80})) << "no character";
   EXPECT_EQ(wide.Convert(nullptr), 0);
 }
 

@@ -6,7 +6,7 @@
 #include "hostkit/kernel/pixels_shuffle.h"
 #include "tests/support/objects.h"
 #if !defined(_WIN32)
-#include "tools/orbntf/picture.h"
+#include "tools/orbntf/output/picture.h"
 #endif
 
 namespace {

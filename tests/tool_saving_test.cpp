@@ -7,8 +7,8 @@
 #include "tests/support/metafile.h"
 #include "tests/support/support.h"
 #include "tools/orbntf/document.h"
+#include "tools/orbntf/output/verify.h"
 #include "tools/orbntf/tool.h"
-#include "tools/orbntf/verify.h"
 
 namespace {
 

@@ -1,24 +1,29 @@
-// Narrow (UTF-8) and wide (UTF-16) text.
+// Narrow (UTF-8) and wide (UTF-16) text. Names of files are bytes on POSIX systems: one that is no part
+// of UTF-8 becomes a low surrogate without a high one, and that becomes the byte again.
 #include <new>
 
 #include "hostkit/kernel/internal.h"
 
 namespace {
 
-// Takes one code point off UTF-8; -1 when the bytes are malformed.
-int32_t NextCodePoint(const uint8_t*& p) {
+constexpr uint32_t kLoneByte = 0xDC00;  // 0x80 to 0xFF are added
+
+// Takes one code point off UTF-8, or a byte where there is none.
+uint32_t NextCodePoint(const uint8_t*& p) {
   const uint8_t lead = *p++;
   if (lead < 0x80) return lead;
-  const int extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC2 ? 1 : -1;
-  if (extra < 0 || lead > 0xF4) return -1;
-  int32_t code = lead & (0x3F >> extra);
+  const int extra = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC2 ? 1 : 0;
+  if (extra == 0 || lead > 0xF4) return kLoneByte + lead;
+  uint32_t code = lead & (0x3F >> extra);
   for (int i = 0; i < extra; ++i) {
-    if ((*p & 0xC0) != 0x80) return -1;
-    code = (code << 6) | (*p++ & 0x3F);
+    if ((p[i] & 0xC0) != 0x80) return kLoneByte + lead;
+    code = code << 6 | (p[i] & 0x3F);
   }
-  constexpr int32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
+  constexpr uint32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
   const bool surrogate = code >= 0xD800 && code < 0xE000;
-  return code < kLeast[extra] || code > 0x10FFFF || surrogate ? -1 : code;
+  if (code < kLeast[extra] || code > 0x10FFFF || surrogate) return kLoneByte + lead;
+  p += extra;
+  return code;
 }
 
 }  // namespace
@@ -32,11 +37,7 @@ char16_t* ORB_CALL KernelWiden(const char* narrow) {
   char16_t* out = wide;
   const auto* p = reinterpret_cast<const uint8_t*>(narrow);
   while (*p != 0) {
-    const int32_t code = NextCodePoint(p);
-    if (code < 0) {
-      KernelFree(wide, __LINE__, kFile);
-      return nullptr;
-    }
+    const uint32_t code = NextCodePoint(p);
     if (code >= 0x10000) *out++ = static_cast<char16_t>(0xD7C0 + (code >> 10));
     *out++ = static_cast<char16_t>(code < 0x10000 ? code : 0xDC00 + (code & 0x3FF));
   }
@@ -50,7 +51,8 @@ std::string hostkit::ToUtf8(const char16_t* text) {
     if (code >= 0xD800 && code < 0xDC00 && *text >= 0xDC00 && *text < 0xE000) {
       code = 0x10000 + ((code - 0xD800) << 10) + (*text++ - 0xDC00);
     }
-    if (code < 0x80) {
+    const bool isLone = code >= kLoneByte + 0x80 && code <= kLoneByte + 0xFF;
+    if (code < 0x80 || isLone) {
       utf8 += static_cast<char>(code);
       continue;
     }

@@ -14,7 +14,7 @@ enum OrbStatus {
   ORB_SUCCESS = 1,
   ORB_LIMIT_REACHED = 0,         /**< 999 segments of the kind; null handle in header Get and Set */
   ORB_NO_SUCH_RECORD = 87,       /**< null public record, or an index without a segment */
-  ORB_OUT_OF_MEMORY = -1,        /**< out of memory; no device context; text not convertible */
+  ORB_OUT_OF_MEMORY = -1,        /**< out of memory; no device context; no narrow text */
   ORB_NO_BITMAP = -2,            /**< no usable bitmap to append */
   ORB_SHORT_WRITE = -5,          /**< a write moved fewer bytes than asked */
   ORB_SHORT_READ = -7,           /**< a read moved fewer bytes than asked */

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "hostkit/vector/metafile.h"
-#include "tools/orbntf/picture.h"
+#include "tools/orbntf/output/picture.h"
 
 namespace {
 

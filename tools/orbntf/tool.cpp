@@ -1,15 +1,15 @@
 #include "tools/orbntf/tool.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
+#include <vector>
 
 #include "hostkit/hostkit.h"
 #include "orbntf/orbntf.h"
+#include "tools/orbntf/inspect/words.h"
 
 namespace tool {
 namespace {
@@ -22,7 +22,7 @@ constexpr Meaning kMeanings[] = {
     {ORB_SUCCESS, "success"},
     {ORB_LIMIT_REACHED, "limit of 999 segments of one kind reached"},
     {ORB_NO_SUCH_RECORD, "no such segment"},
-    {ORB_OUT_OF_MEMORY, "out of memory, or an image too large"},
+    {ORB_OUT_OF_MEMORY, "more memory than there is, or a picture too large"},
     {ORB_NO_BITMAP, "no usable bitmap"},
     {ORB_SHORT_WRITE, "the output could not be written"},
     {ORB_SHORT_READ, "the file ends too early, or cannot be read"},
@@ -53,45 +53,42 @@ const char* MeaningOf(int32_t status) {
   return "failure of a host library";
 }
 
+namespace {
+
+// Texts of message boxes that no line has told yet, each once.
+std::vector<std::string>& Messages() {
+  static std::vector<std::string> messages;
+  return messages;
+}
+
+}  // namespace
+
+void CollectMessages() {
+  HostkitSetMessageHandler([](const char* text, const char*) {
+    auto& messages = Messages();
+    if (std::find(messages.begin(), messages.end(), text) == messages.end()) messages.push_back(text);
+  });
+}
+
 int Report(const std::string& command, const std::string& file, int32_t status,
-           const std::string& place) {
+           const std::string& words) {
   if (status == ORB_SUCCESS) return kExitOk;
-  std::fprintf(stderr, "orbntf: %s: %s: status %d: %s%s\n", command.c_str(), file.c_str(), status,
-               MeaningOf(status), place.c_str());
+  std::string line = "orbntf: " + command + ": " + Printable(file) + ": status " +
+                     std::to_string(status) + ": " + (words.empty() ? MeaningOf(status) : words);
+  for (const std::string& message : Messages()) line += " (" + Printable(message) + ")";
+  Messages().clear();
+  std::fprintf(stderr, "%s\n", line.c_str());
   return kExitStatus;
 }
 
 int Refuse(const std::string& command, const std::string& message) {
-  std::fprintf(stderr, "orbntf: %s: %s\n", command.c_str(), message.c_str());
+  std::fprintf(stderr, "orbntf: %s: %s\n", command.c_str(), Printable(message).c_str());
   return kExitUsage;
 }
 
 std::u16string Widen(const std::string& path) {
   Orb_A2W wide;
   return wide.Convert(path.c_str()) != 0 ? std::u16string(wide.Value()) : std::u16string();
-}
-
-OutputFile::OutputFile(std::string path) : path_(std::move(path)), temporary_(path_ + ".XXXXXX") {
-  const int fd = mkstemp(temporary_.data());
-  if (fd < 0) {
-    temporary_.clear();
-    return;
-  }
-  // mkstemp makes a private file; the output has the permissions of any new one.
-  const mode_t mask = umask(0);
-  umask(mask);
-  fchmod(fd, 0666 & ~mask);
-  close(fd);
-}
-
-OutputFile::~OutputFile() {
-  if (!temporary_.empty()) unlink(temporary_.c_str());
-}
-
-bool OutputFile::Commit() {
-  if (temporary_.empty() || rename(temporary_.c_str(), path_.c_str()) != 0) return false;
-  temporary_.clear();
-  return true;
 }
 
 void LimitWork(const std::string& path, uint64_t pixels) {

@@ -16,34 +16,18 @@ inline constexpr int kExitUsage = 2;
 /// What a status means, in words.
 const char* MeaningOf(int32_t status);
 
-/// Prints `orbntf: <command>: <file>: status <code>: <meaning>` unless the status is 1; returns the exit
-/// code.
-/// `place` goes behind the meaning.
+/// Prints `orbntf: <command>: <file>: status <code>: <words>` unless the status is 1, the status's
+/// meaning where there are no other words; returns the exit code. What message boxes said stands behind
+/// them.
 int Report(const std::string& command, const std::string& file, int32_t status,
-           const std::string& place = "");
+           const std::string& words = "");
+/// From here on message boxes are kept for the next report.
+void CollectMessages();
 /// Prints `orbntf: <command>: <message>` and returns the exit code of wrong usage.
 int Refuse(const std::string& command, const std::string& message);
 
-/// A narrow path as the exports take it; empty when it is not UTF-8.
+/// A path as the exports take it: names are bytes, whatever they are.
 std::u16string Widen(const std::string& path);
-
-/// An output file that appears under its name only when it is complete: written beside it and renamed.
-class OutputFile {
- public:
-  explicit OutputFile(std::string path);
-  ~OutputFile();
-  OutputFile(const OutputFile&) = delete;
-  OutputFile& operator=(const OutputFile&) = delete;
-
-  /// Where to write; empty when no file can be made there.
-  const std::string& TemporaryPath() const { return temporary_; }
-  /// Gives the file its name; false when that fails.
-  bool Commit();
-
- private:
-  std::string path_;
-  std::string temporary_;
-};
 
 /// Bounds what reading and drawing a file may take from here on by its bytes and the pixels that it
 /// makes.
@@ -57,8 +41,13 @@ using Work = std::function<int()>;
 
 void AddInfo(CLI::App& app, Work& work);
 void AddRender(CLI::App& app, Work& work);
-void AddEdit(CLI::App& app, Work& work);
+void AddText(CLI::App& app, Work& work);
+void AddGraphic(CLI::App& app, Work& work);
+void AddCopy(CLI::App& app, Work& work);
 void AddComposing(CLI::App& app, Work& work);
-void AddContent(CLI::App& app, Work& work);
+void AddSet(CLI::App& app, Work& work);
+void AddCompletion(CLI::App& app, Work& work);
+/// Name, version, commit, codecs and their versions, a line each.
+std::string VersionText();
 
 }  // namespace tool

@@ -1,40 +1,16 @@
-// orbntf copy and set: opening, changing header fields and saving.
+#include "tools/orbntf/commands/change.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iostream>
 
 #include "Common/Exchange.h"
-#include "tools/orbntf/document.h"
-#include "tools/orbntf/tool.h"
-#include "tools/orbntf/verify.h"
+#include "tools/orbntf/inspect/field_rules.h"
+#include "tools/orbntf/output/verify.h"
 
 namespace tool {
-
 namespace {
-
-// ---------------------------------------------------------------- one header of a document
-
-// Which header a command line names: "" the file's, or "image:N", "graphic:N", "text:N".
-struct Target {
-  std::string kind;
-  uint32_t index = 0;
-};
-
-bool ParseTarget(const std::string& text, Target& target) {
-  const size_t colon = text.find(':');
-  if (colon == std::string::npos) return false;
-  target.kind = text.substr(0, colon);
-  const std::string digits = text.substr(colon + 1);
-  const bool number = !digits.empty() && digits.size() <= 9 &&
-                      digits.find_first_not_of("0123456789") == std::string::npos;
-  const bool known = target.kind == "image" || target.kind == "graphic" || target.kind == "text";
-  if (number) target.index = static_cast<uint32_t>(std::stoul(digits));
-  return known && number;
-}
 
 // Stores a text in a public record's field; false when it is no value of the field's kind.
 bool StoreNumber(const std::string& text, const PublicPlace& place, bool isShort) {
@@ -199,73 +175,49 @@ Change ChangeTargetField(NitfHandle handle, const Target& target, const std::str
                 &Orb_NITFFreeTextHeader, static_cast<TextHeader*>(nullptr));
 }
 
-// ---------------------------------------------------------------- commands
+}  // namespace
 
-struct SetOptions {
-  std::string file, output;
-  std::vector<std::string> changes;
-};
+bool ParseTarget(const std::string& text, Target& target) {
+  const size_t colon = text.find(':');
+  if (colon == std::string::npos) return false;
+  target.kind = text.substr(0, colon);
+  const std::string digits = text.substr(colon + 1);
+  const bool number = !digits.empty() && digits.size() <= 9 &&
+                      digits.find_first_not_of("0123456789") == std::string::npos;
+  const bool known = target.kind == "image" || target.kind == "graphic" || target.kind == "text";
+  if (number) target.index = static_cast<uint32_t>(std::stoul(digits));
+  return known && number;
+}
 
-int ApplyChange(const SetOptions& options, Document& document, const Target& target,
+int ApplyChange(const ChangeContext& context, Document& document, const Target& target,
                 const std::string& assignment) {
+  const std::string& command = context.command;
   const size_t equals = assignment.find('=');
   if (equals == std::string::npos)
-    return Refuse("set", assignment + ": neither a segment nor FIELD=VALUE");
+    return Refuse(command, assignment + ": neither a segment nor FIELD=VALUE");
   const std::string name = assignment.substr(0, equals);
+  const std::string value = assignment.substr(equals + 1);
+  if (DescribesPixels(name)) return Refuse(command, name + ": describes the pixels that are stored");
+  if (const std::string problem = context.force ? "" : ProblemOf(*document.get(), target, name, value);
+      !problem.empty()) {
+    return Refuse(command, name + ": " + problem + " (--force takes it all the same)");
+  }
   int32_t status = ORB_SUCCESS;
-  switch (ChangeTargetField(document.get(), target, name, assignment.substr(equals + 1), status)) {
+  switch (ChangeTargetField(document.get(), target, name, value, status)) {
     case Change::Done:
       return kExitOk;
     case Change::NoField:
-      return Refuse("set", name + ": no such field here");
+      return Refuse(command, name + ": no such field here");
     case Change::BadValue:
-      return Refuse("set", name + ": not a value of this field");
+      return Refuse(command, name + ": not a value of this field");
     case Change::Refused:
-      return Report("set", options.file + ": " + name, status);
+      return Report(command, context.file + ": " + name, status);
     case Change::AlreadyRefused:
-      return Report("set", options.file + ": a value that the header already holds", status);
+      return Report(command, context.file + ": a value that the header already holds", status);
     case Change::Failed:
       break;
   }
-  return Report("set", options.file, status);
-}
-
-int RunSet(const SetOptions& options) {
-  Document document;
-  if (const int code = OpenDocument("set", document, options.file); code != kExitOk) return code;
-  Target target;
-  for (const std::string& change : options.changes) {
-    if (change.find('=') == std::string::npos && ParseTarget(change, target)) continue;
-    if (const int code = ApplyChange(options, document, target, change); code != kExitOk) return code;
-  }
-  return SaveAs("set", document, options.file, options.output);
-}
-
-int RunCopy(const std::string& file, const std::string& output) {
-  Document document;
-  if (const int code = OpenDocument("copy", document, file); code != kExitOk) return code;
-  return SaveAs("copy", document, file, output);
-}
-
-}  // namespace
-
-void AddEdit(CLI::App& app, Work& work) {
-  auto copy = std::make_shared<SetOptions>();
-  CLI::App* command = app.add_subcommand("copy", "Open a file and save it under another name");
-  command->add_option("FILE", copy->file, "file to copy")->required();
-  command->add_option("-o,--output", copy->output, "file to write")->required();
-  command->callback([&work, copy] { work = [copy] { return RunCopy(copy->file, copy->output); }; });
-
-  auto set = std::make_shared<SetOptions>();
-  command = app.add_subcommand("set", "Change header fields and save under another name");
-  command->add_option("FILE", set->file, "file to change")->required();
-  command->add_option("-o,--output", set->output, "file to write")->required();
-  command
-      ->add_option(
-          "CHANGE", set->changes,
-          "FIELD=VALUE, of the file header or of the segment named before it: image:N, graphic:N, text:N")
-      ->required();
-  command->callback([&work, set] { work = [set] { return RunSet(*set); }; });
+  return Report(command, context.file, status);
 }
 
 }  // namespace tool

@@ -1,12 +1,10 @@
 // Saving a document so that what appears under the output's name is a file that opens with everything in
 // it.
-#include <filesystem>
-#include <fstream>
-#include <iostream>
-
 #include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/words.h"
+#include "tools/orbntf/output/output.h"
+#include "tools/orbntf/output/verify.h"
 #include "tools/orbntf/tool.h"
-#include "tools/orbntf/verify.h"
 
 namespace tool {
 namespace {
@@ -23,19 +21,9 @@ int SaveSoundly(const std::string& command, Document& document, const std::strin
     fault = FindFault(document.get(), path);
     if (fault.empty()) return kExitOk;
   }
-  std::fprintf(stderr, "orbntf: %s: %s: not written: %s\n", command.c_str(), output.c_str(),
+  std::fprintf(stderr, "orbntf: %s: %s: not written: %s\n", command.c_str(), Printable(output).c_str(),
                fault.c_str());
   return kExitStatus;
-}
-
-// Through a file of its own, since saving goes back to patch lengths.
-int SaveToStandardOutput(const std::string& command, Document& document) {
-  OutputFile file((std::filesystem::temp_directory_path() / "orbntf").string());
-  if (file.TemporaryPath().empty()) return Report(command, "-", ORB_SHORT_WRITE);
-  if (const int code = SaveSoundly(command, document, file.TemporaryPath(), "-"); code != kExitOk)
-    return code;
-  std::cout << std::ifstream(file.TemporaryPath(), std::ios::binary).rdbuf() << std::flush;
-  return Report(command, "-", std::cout ? ORB_SUCCESS : ORB_SHORT_WRITE);
 }
 
 }  // namespace
@@ -43,12 +31,10 @@ int SaveToStandardOutput(const std::string& command, Document& document) {
 int SaveAs(const std::string& command, Document& document, const std::string& input,
            const std::string& output) {
   if (!input.empty() && IsSameFile(input, output)) return Refuse(command, "the output is the input");
-  if (output == "-") return SaveToStandardOutput(command, document);
-  OutputFile file(output);
-  if (file.TemporaryPath().empty()) return Report(command, output, ORB_SHORT_WRITE);
-  if (const int code = SaveSoundly(command, document, file.TemporaryPath(), output); code != kExitOk)
-    return code;
-  return Report(command, output, file.Commit() ? ORB_SUCCESS : ORB_SHORT_WRITE);
+  Output file(output);
+  if (file.Path().empty()) return Report(command, output, ORB_SHORT_WRITE, file.Problem());
+  if (const int code = SaveSoundly(command, document, file.Path(), output); code != kExitOk) return code;
+  return Report(command, output, file.Commit() ? ORB_SUCCESS : ORB_SHORT_WRITE, file.Problem());
 }
 
 }  // namespace tool

@@ -1,4 +1,4 @@
-#include "tools/orbntf/picture.h"
+#include "tools/orbntf/output/picture.h"
 
 #include <algorithm>
 #include <csetjmp>
@@ -80,9 +80,33 @@ class PngWriter : public PictureWriter {
 
 }  // namespace
 
+std::optional<PictureForm> PictureFormOf(std::string_view word) {
+  constexpr std::pair<std::string_view, PictureForm> kForms[] = {
+      {"png", PictureForm::Png},  {"ppm", PictureForm::Ppm},   {"jpeg", PictureForm::Jpeg},
+      {"jpg", PictureForm::Jpeg}, {"tiff", PictureForm::Tiff}, {"tif", PictureForm::Tiff}};
+  for (const auto& [name, form] : kForms) {
+    if (word == name) return form;
+  }
+  return std::nullopt;
+}
+
+const char* EndingOf(PictureForm form) {
+  constexpr const char* kEndings[] = {".png", ".ppm", ".jpg", ".tif"};
+  return kEndings[static_cast<size_t>(form)];
+}
+
 std::unique_ptr<PictureWriter> PictureWriter::Start(PictureForm form, std::FILE* file, uint32_t width,
                                                     uint32_t height) {
-  if (form == PictureForm::Ppm) return std::make_unique<PpmWriter>(file, width, height);
+  switch (form) {
+    case PictureForm::Ppm:
+      return std::make_unique<PpmWriter>(file, width, height);
+    case PictureForm::Jpeg:
+      return StartJpeg(file, width, height);
+    case PictureForm::Tiff:
+      return StartTiff(file, width, height);
+    case PictureForm::Png:
+      break;
+  }
   return std::make_unique<PngWriter>(file, width, height);
 }
 

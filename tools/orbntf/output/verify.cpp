@@ -1,4 +1,4 @@
-#include "tools/orbntf/verify.h"
+#include "tools/orbntf/output/verify.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -4,14 +4,19 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
-#include <string>
+#include <optional>
+#include <string_view>
 #include <vector>
 
 namespace tool {
 
-enum class PictureForm { Png, Ppm };
+enum class PictureForm { Png, Ppm, Jpeg, Tiff };
+/// The form that a name's ending or the word "png", "ppm", "jpeg" or "tiff" asks for.
+std::optional<PictureForm> PictureFormOf(std::string_view word);
+/// The ending of a form's names.
+const char* EndingOf(PictureForm form);
 
-/// Writes 24-bit RGB rows, top row first, into an open file.
+/// Writes 24-bit RGB rows, top row first, into an open file; TIFF goes back in it.
 class PictureWriter {
  public:
   virtual ~PictureWriter() = default;
@@ -23,6 +28,9 @@ class PictureWriter {
   static std::unique_ptr<PictureWriter> Start(PictureForm form, std::FILE* file, uint32_t width,
                                               uint32_t height);
 };
+
+std::unique_ptr<PictureWriter> StartJpeg(std::FILE* file, uint32_t width, uint32_t height);
+std::unique_ptr<PictureWriter> StartTiff(std::FILE* file, uint32_t width, uint32_t height);
 
 /// Averages squares of N x N pixels; squares cut by an edge average what there is.
 class BoxScaler {

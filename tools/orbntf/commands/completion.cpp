@@ -1,0 +1,100 @@
+// orbntf completion: what a shell takes to complete the tool's command lines. Made from the command
+// line's own description, so that it cannot fall behind.
+#include <cstdio>
+
+#include "tools/orbntf/tool.h"
+
+namespace tool {
+namespace {
+
+struct Command {
+  std::string name, description;
+  std::vector<std::string> options;
+};
+
+std::vector<Command> CommandsOf(const CLI::App& app) {
+  std::vector<Command> commands;
+  for (const CLI::App* sub : app.get_subcommands({})) {
+    Command command = {sub->get_name(), sub->get_description(), {}};
+    for (const CLI::Option* option : sub->get_options()) {
+      for (const std::string& name : option->get_snames()) command.options.push_back("-" + name);
+      for (const std::string& name : option->get_lnames()) command.options.push_back("--" + name);
+    }
+    commands.push_back(std::move(command));
+  }
+  return commands;
+}
+
+std::string Joined(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
+  return text;
+}
+
+void PrintBash(const std::vector<Command>& commands) {
+  std::vector<std::string> names;
+  for (const Command& command : commands) names.push_back(command.name);
+  std::printf("_orbntf() {\n  local word=${COMP_WORDS[COMP_CWORD]} words=\n");
+  std::printf("  if [ \"$COMP_CWORD\" -eq 1 ]; then words='%s'; else\n    case ${COMP_WORDS[1]} in\n",
+              Joined(names).c_str());
+  for (const Command& command : commands)
+    std::printf("      %s) words='%s' ;;\n", command.name.c_str(), Joined(command.options).c_str());
+  std::printf("    esac\n  fi\n");
+  std::printf(
+      "  case $COMP_CWORD$word in\n    1* | *-*) mapfile -t COMPREPLY < <(compgen -W \"$words\" -- "
+      "\"$word\") ;;\n");
+  std::printf("    *) mapfile -t COMPREPLY < <(compgen -f -- \"$word\") ;;\n  esac\n}\n");
+  std::printf("complete -o filenames -F _orbntf orbntf\n");
+}
+
+// A description in single quotes.
+std::string Quoted(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
+void PrintZsh(const std::vector<Command>& commands) {
+  std::printf("#compdef orbntf\n_orbntf() {\n  if (( CURRENT == 2 )); then\n    local -a commands=(\n");
+  for (const Command& command : commands)
+    std::printf("      %s\n", Quoted(command.name + ":" + command.description).c_str());
+  std::printf("    )\n    _describe command commands\n    return\n  fi\n  case $words[2] in\n");
+  for (const Command& command : commands) {
+    std::printf("    %s) [[ $PREFIX == -* ]] && compadd -- %s ;;\n", command.name.c_str(),
+                Joined(command.options).c_str());
+  }
+  std::printf("  esac\n  [[ $PREFIX == -* ]] || _files\n}\n");
+  std::printf(
+      "if [[ $funcstack[1] == _orbntf ]]; then _orbntf \"$@\"; else compdef _orbntf orbntf; fi\n");
+}
+
+void PrintFish(const std::vector<Command>& commands) {
+  for (const Command& command : commands) {
+    std::printf("complete -c orbntf -n __fish_use_subcommand -f -a %s -d %s\n", command.name.c_str(),
+                Quoted(command.description).c_str());
+    for (const std::string& option : command.options) {
+      const bool isLong = option.rfind("--", 0) == 0;
+      std::printf("complete -c orbntf -n '__fish_seen_subcommand_from %s' %s %s\n", command.name.c_str(),
+                  isLong ? "-l" : "-s", option.substr(isLong ? 2 : 1).c_str());
+    }
+  }
+}
+
+}  // namespace
+
+void AddCompletion(CLI::App& app, Work& work) {
+  auto shell = std::make_shared<std::string>();
+  CLI::App* command = app.add_subcommand("completion", "Print what a shell completes commands by");
+  command->add_option("SHELL", *shell, "bash, zsh or fish")
+      ->required()
+      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
+  command->callback([&work, &app, shell] {
+    work = [&app, shell] {
+      const std::vector<Command> commands = CommandsOf(app);
+      *shell == "bash" ? PrintBash(commands) : *shell == "zsh" ? PrintZsh(commands) : PrintFish(commands);
+      return kExitOk;
+    };
+  });
+}
+
+}  // namespace tool

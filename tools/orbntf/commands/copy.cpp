@@ -1,0 +1,44 @@
+// orbntf copy: opening and saving.
+#include "tools/orbntf/commands/batch.h"
+#include "tools/orbntf/document.h"
+
+namespace tool {
+namespace {
+
+struct CopyOptions {
+  BatchOptions batch;
+  std::string output, folder;
+};
+
+int CopyFile(const std::string& file, const std::string& output) {
+  Document document;
+  if (const int code = OpenDocument("copy", document, file); code != kExitOk) return code;
+  return SaveAs("copy", document, file, output);
+}
+
+int RunCopy(const CopyOptions& options) {
+  if (options.output.empty() == options.folder.empty()) return Refuse("copy", "give either -o or -O");
+  const std::vector<BatchFile> files = FilesOf(options.batch);
+  if (options.folder.empty()) {
+    if (files.size() != 1) return Refuse("copy", "several files go into a folder: -O");
+    return CopyFile(files[0].path, options.output);
+  }
+  if (const std::string doubled = DoubledName(options.folder, files, ""); !doubled.empty())
+    return Refuse("copy", "two files would be written to " + doubled);
+  return RunBatch("copy", options.batch, files, {}, [&](const BatchFile& file, std::FILE*) {
+    return CopyFile(file.path, OutputNameIn(options.folder, file, ""));
+  });
+}
+
+}  // namespace
+
+void AddCopy(CLI::App& app, Work& work) {
+  auto options = std::make_shared<CopyOptions>();
+  CLI::App* command = app.add_subcommand("copy", "Open a file and save it under another name");
+  AddBatchOptions(*command, options->batch);
+  command->add_option("-o,--output", options->output, "file to write, or - for standard output");
+  command->add_option("-O,--output-folder", options->folder, "write a copy of each file there");
+  command->callback([&work, options] { work = [options] { return RunCopy(*options); }; });
+}
+
+}  // namespace tool

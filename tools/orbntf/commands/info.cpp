@@ -1,0 +1,114 @@
+// orbntf info: what files hold, for people or as JSON.
+#include "tools/orbntf/commands/batch.h"
+#include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/document_json.h"
+#include "tools/orbntf/inspect/explain.h"
+#include "tools/orbntf/inspect/words.h"
+
+namespace tool {
+namespace {
+
+void Print(std::FILE* out, const ImageSubheader& image) {
+  std::fprintf(out,
+               "  image %u: \"%s\" %s %s, %u x %u in %u x %u blocks, %u band(s) of %u bits, mode %s, "
+               "level %u on %u, at row %d, column %d\n",
+               image.index, Shown(image.IID1.text).c_str(), Shown(image.IREP.text).c_str(),
+               Shown(image.IC.text).c_str(), image.NCOLS.value, image.NROWS.value, image.NBPR.value,
+               image.NBPC.value, image.BandCount(), image.NBPP.value, Shown(image.IMODE.text).c_str(),
+               image.IDLVL.value, image.IALVL.value, image.ILOC.Row(), image.ILOC.Column());
+}
+
+void PrintFileHeader(std::FILE* out, const std::string& path, const NitfFile& document) {
+  const FileHeader& header = document.header;
+  std::fprintf(out, "%s: %s %s, complexity %s, \"%s\"\n", Printable(path).c_str(),
+               Shown(header.FHDR.text).c_str(), Shown(header.FVER.text).c_str(),
+               Shown(header.CLEVEL.text).c_str(), Shown(header.FTITLE.text).c_str());
+  std::fprintf(out, "  dated %s by %s, class %s, %s bytes, background #%02X%02X%02X\n",
+               Shown(header.FDT.text).c_str(), Shown(header.OSTAID.text).c_str(),
+               Shown(header.security.CLAS.text).c_str(), Shown(header.FL.text).c_str(),
+               header.background & 255, header.background >> 8 & 255, header.background >> 16);
+}
+
+void PrintSegments(std::FILE* out, const NitfFile& document) {
+  for (const ImageSubheader& image : document.images) {
+    if (image.parsed) Print(out, image);
+  }
+  for (const GraphicSubheader& graphic : document.graphics) {
+    if (!graphic.parsed) continue;
+    std::fprintf(out, "  graphic %u: \"%s\" %s, level %u on %u, at row %d, column %d, %u bytes\n",
+                 graphic.index, Shown(graphic.SNAME.text).c_str(), Shown(graphic.SFMT.text).c_str(),
+                 graphic.SDLVL.value, graphic.SALVL.value, graphic.SLOC.Row(), graphic.SLOC.Column(),
+                 document.DataLength(SegmentKind::Graphic, graphic.index));
+  }
+  for (const TextSubheader& text : document.texts) {
+    if (!text.parsed) continue;
+    std::fprintf(out, "  text %u: \"%s\" %s, %u bytes\n", text.index, Shown(text.TXTITL.text).c_str(),
+                 Shown(text.TXTFMT.text).c_str(), document.DataLength(SegmentKind::Text, text.index));
+  }
+  for (const DataExtensionSubheader& extension : document.dataExtensions) {
+    if (!extension.parsed) continue;
+    std::fprintf(out, "  data extension %u: %s, %u bytes\n", extension.index,
+                 Shown(extension.DESID.text).c_str(),
+                 document.DataLength(SegmentKind::DataExtension, extension.index));
+  }
+}
+
+void PrintForPeople(std::FILE* out, const std::string& path, const Inspection& file) {
+  if (!file.document.headerPresent) return;
+  PrintFileHeader(out, path, file.document);
+  if (file.status == ORB_SUCCESS) std::fprintf(out, "  composite %u x %u\n", file.width, file.height);
+  PrintSegments(out, file.document);
+}
+
+struct InfoOptions {
+  BatchOptions batch;
+  bool json = false, lines = false;
+};
+
+void PrintJson(std::FILE* out, const std::string& path, const Inspection& file, bool onOneLine,
+               bool inArray) {
+  JsonText json(!onOneLine, inArray ? 1 : 0);
+  WriteFile(json, path, file);
+  if (inArray) std::fputs("  ", out);
+  std::fwrite(json.Text().data(), 1, json.Text().size(), out);
+  if (!inArray) std::fputc('\n', out);
+}
+
+int ShowFile(const InfoOptions& options, const std::string& path, bool inArray, std::FILE* out) {
+  Inspection file;
+  file.Read(path);
+  if (options.json || options.lines) {
+    PrintJson(out, path, file, options.lines, inArray);
+  } else {
+    PrintForPeople(out, path, file);
+  }
+  if (file.status == ORB_SUCCESS) return kExitOk;
+  if (const std::string why = WhyUnreadable(path); !why.empty())
+    return Report("info", path, file.status, why);
+  return ReportDocument("info", path, file.document, file.status);
+}
+
+int RunInfo(const InfoOptions& options) {
+  const std::vector<BatchFile> files = FilesOf(options.batch);
+  const bool inArray = options.json && !options.lines && files.size() != 1;
+  const BatchFrame frame =
+      inArray ? BatchFrame{files.empty() ? "[" : "[\n", ",\n", files.empty() ? "]\n" : "\n]\n"}
+              : BatchFrame{};
+  return RunBatch("info", options.batch, files, frame, [&](const BatchFile& file, std::FILE* out) {
+    return ShowFile(options, file.path, inArray, out);
+  });
+}
+
+}  // namespace
+
+void AddInfo(CLI::App& app, Work& work) {
+  auto options = std::make_shared<InfoOptions>();
+  CLI::App* command =
+      app.add_subcommand("info", "Show the file header, the segments and the composite size");
+  AddBatchOptions(*command, options->batch);
+  command->add_flag("--json", options->json, "print JSON, an array for several files");
+  command->add_flag("--json-lines", options->lines, "print one JSON object a line");
+  command->callback([&work, options] { work = [options] { return RunInfo(*options); }; });
+}
+
+}  // namespace tool

@@ -1,0 +1,229 @@
+// orbntf render: the composite display as a picture, through the filter exports as a host calls them, or
+// one image by itself.
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "host/fileformat.h"
+#include "tools/orbntf/commands/batch.h"
+#include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/segment_picture.h"
+#include "tools/orbntf/output/output.h"
+#include "tools/orbntf/output/picture.h"
+
+namespace tool {
+namespace {
+
+// A part of a canvas, in its pixels.
+struct Region {
+  uint32_t row = 0, column = 0, height = 0, width = 0;
+};
+
+struct RenderOptions {
+  BatchOptions batch;
+  std::string output, folder, scale = "1/1", format, segment, regionText;
+  bool fixedCanvas = false, liftDark = false;
+  PictureForm form = PictureForm::Png;
+  uint32_t factor = 1, image = 0;
+  std::optional<Region> region;
+  bool progress = false;
+};
+
+uint32_t LoadFlags(const RenderOptions& options) {
+  return (options.fixedCanvas ? kLoadFixedCanvas : 0) | (options.liftDark ? kLoadLiftDarkImages : 0);
+}
+
+// Receives rows of blue, green, red from the top of a canvas and writes those that are asked for.
+class RowSink {
+ public:
+  RowSink(const RenderOptions& options, uint32_t width, uint32_t height, std::FILE* file)
+      : part_(options.region ? *options.region : Region{0, 0, height, width}),
+        scaler_(part_.width, part_.height, options.factor),
+        writer_(PictureWriter::Start(options.form, file, scaler_.Width(), scaler_.Height())),
+        height_(height),
+        showsProgress_(options.progress) {}
+
+  static int32_t ORB_CALL Take(void*, KernelBitmap*, uint8_t* row, uint32_t, int32_t number, int32_t,
+                               void* userData) {
+    return static_cast<RowSink*>(userData)->Put(row, static_cast<uint32_t>(number));
+  }
+  int32_t Put(const uint8_t* row, uint32_t number) {
+    if (showsProgress_ && (number % 256 == 0 || number + 1 == height_))
+      std::fprintf(stderr, "\rrow %u of %u%s", number + 1, height_, number + 1 == height_ ? "\n" : "");
+    if (number < part_.row || number - part_.row >= part_.height) return ORB_SUCCESS;
+    const uint8_t* rgb = scaler_.Take(row + 3 * size_t{part_.column});
+    return rgb == nullptr || writer_->PutRow(rgb) ? ORB_SUCCESS : ORB_SHORT_WRITE;
+  }
+  int32_t Finish() { return writer_->Finish() ? ORB_SUCCESS : ORB_SHORT_WRITE; }
+
+ private:
+  Region part_;
+  BoxScaler scaler_;
+  std::unique_ptr<PictureWriter> writer_;
+  uint32_t height_;
+  bool showsProgress_;
+};
+
+int32_t AskSize(const RenderOptions& options, const std::u16string& path, HostFileInfo& info) {
+  HostLoadOptions loadOptions = {};
+  loadOptions.size = kLoadOptionsSize;
+  loadOptions.flags = LoadFlags(options);
+  HostInformationRecord record = {};
+  record.fileName = path.c_str();
+  record.file = kNoFile;
+  record.info = &info;
+  record.options = &loadOptions;
+  return fltInfo(&record);
+}
+
+int32_t LoadRows(const RenderOptions& options, const std::u16string& path, RowSink& sink) {
+  HostLoadOptions loadOptions = {};
+  loadOptions.size = kLoadOptionsSize;
+  loadOptions.flags = LoadFlags(options);
+  KernelBitmap bitmap;
+  KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 24);
+  HostLoadRecord record = {};
+  record.fileName = path.c_str();
+  record.bitmap = &bitmap;
+  record.rowCallback = &RowSink::Take;
+  record.userData = &sink;
+  record.options = &loadOptions;
+  record.loadMemory = &FileFormatLoadMemory;
+  record.setLoadCallback = &FileFormatSetLoadInfoCallback;
+  record.required2224 = 1;
+  return fltLoad(&record);
+}
+
+// The region must lie on the canvas: there is nothing to show elsewhere.
+bool IsOnCanvas(const RenderOptions& options, uint32_t width, uint32_t height) {
+  if (!options.region) return true;
+  const Region& part = *options.region;
+  return part.row < height && part.height <= height - part.row && part.column < width &&
+         part.width <= width - part.column;
+}
+
+int32_t DrawComposite(const RenderOptions& options, const std::string& file, Output& output) {
+  const std::u16string path = Widen(file);
+  HostFileInfo info = {};
+  LimitWork(file, 0);
+  if (const int32_t status = AskSize(options, path, info); status != ORB_SUCCESS) return status;
+  if (!IsOnCanvas(options, info.width, info.height)) return ORB_INVALID_PARAMETER;
+  LimitWork(file, uint64_t{info.width} * info.height);
+  std::FILE* stream = output.Stream();
+  if (stream == nullptr) return ORB_SHORT_WRITE;
+  RowSink sink(options, info.width, info.height, stream);
+  const int32_t status = LoadRows(options, path, sink);
+  return status == ORB_SUCCESS ? sink.Finish() : status;
+}
+
+int32_t DrawImage(const RenderOptions& options, const std::string& file, Output& output) {
+  Document document;
+  if (const int32_t status = document.Open(file); status != ORB_SUCCESS) return status;
+  document.get()->liftDarkImages = options.liftDark;
+  OwnedBitmap canvas;
+  if (const ImageSubheader* image = document.get()->images.At(options.image); image != nullptr)
+    LimitWork(file, image->FullWidth().Value() * image->FullHeight().Value());
+  const int32_t status = DrawImageAlone(*document.get(), options.image, canvas);
+  if (status != ORB_SUCCESS) return status;
+  const KernelBitmap& record = canvas.record;
+  if (!IsOnCanvas(options, record.width, record.height)) return ORB_INVALID_PARAMETER;
+  std::FILE* stream = output.Stream();
+  if (stream == nullptr) return ORB_SHORT_WRITE;
+  RowSink sink(options, record.width, record.height, stream);
+  const auto* rows = reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(record.pixels));
+  for (uint32_t y = 0; y < record.height; ++y) {
+    if (const int32_t put = sink.Put(rows + size_t{y} * record.bytesPerLine, y); put != ORB_SUCCESS)
+      return put;
+  }
+  return sink.Finish();
+}
+
+int RenderFile(const RenderOptions& options, const std::string& file, const std::string& name) {
+  if (IsSameFile(file, name)) return Refuse("render", "the output is the input");
+  Output output(name, options.form == PictureForm::Tiff ? Output::Way::ByName : Output::Way::InOrder);
+  if (!output.Problem().empty()) return Report("render", name, ORB_SHORT_WRITE, output.Problem());
+  errno = 0;
+  const int32_t status =
+      options.segment.empty() ? DrawComposite(options, file, output) : DrawImage(options, file, output);
+  if (status == ORB_SHORT_WRITE && errno != 0) output.NoteFailure();
+  if (status == ORB_INVALID_PARAMETER && options.region)
+    return Report("render", file, status, "--region is not on the picture");
+  if (status == ORB_SHORT_WRITE || (status == ORB_SUCCESS && !output.Commit()))
+    return Report("render", name, ORB_SHORT_WRITE, output.Problem());
+  return ReportFile("render", file, status);
+}
+
+// ---------------------------------------------------------------- the command line
+
+bool ParseUnsigned(const std::string& text, uint32_t& value) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos &&
+         CLI::detail::lexical_cast(text, value);
+}
+
+std::string TakeRegion(RenderOptions& options) {
+  Region region;
+  const std::vector<std::string> parts = CLI::detail::split(options.regionText, ',');
+  const bool good = parts.size() == 4 && ParseUnsigned(parts[0], region.row) &&
+                    ParseUnsigned(parts[1], region.column) && ParseUnsigned(parts[2], region.height) &&
+                    ParseUnsigned(parts[3], region.width) && region.height != 0 && region.width != 0;
+  options.region = region;
+  return good ? "" : "--region takes ROW,COL,HEIGHT,WIDTH";
+}
+
+// Takes the options apart; what is wrong with them, empty for nothing.
+std::string TakeOptions(RenderOptions& options) {
+  if (options.scale.rfind("1/", 0) != 0 || !ParseUnsigned(options.scale.substr(2), options.factor) ||
+      options.factor == 0 || options.factor > 65536) {
+    return "--scale takes 1/N";
+  }
+  if (options.output.empty() == options.folder.empty()) return "give either -o or -O";
+  if (!options.segment.empty() && (options.segment.rfind("image:", 0) != 0 ||
+                                   !ParseUnsigned(options.segment.substr(6), options.image))) {
+    return "--segment takes image:N";
+  }
+  const size_t dot = options.output.rfind('.');
+  const std::string ending = dot == std::string::npos ? "" : options.output.substr(dot + 1);
+  const bool byName = options.format.empty() && options.folder.empty() && options.output != "-";
+  const auto form = PictureFormOf(byName ? ending : options.format.empty() ? "png" : options.format);
+  if (!form) return "the output's name ends in .png, .ppm, .jpg or .tif, or --format says which";
+  options.form = *form;
+  return options.regionText.empty() ? "" : TakeRegion(options);
+}
+
+int RunRender(RenderOptions& options) {
+  if (const std::string problem = TakeOptions(options); !problem.empty())
+    return Refuse("render", problem);
+  const std::vector<BatchFile> files = FilesOf(options.batch);
+  options.progress = files.size() == 1 && isatty(STDERR_FILENO) != 0;
+  if (options.folder.empty()) {
+    if (files.size() != 1) return Refuse("render", "several files go into a folder: -O");
+    return RenderFile(options, files[0].path, options.output);
+  }
+  const char* ending = EndingOf(options.form);
+  if (const std::string doubled = DoubledName(options.folder, files, ending); !doubled.empty())
+    return Refuse("render", "two files would be written to " + doubled);
+  return RunBatch("render", options.batch, files, {}, [&](const BatchFile& file, std::FILE*) {
+    return RenderFile(options, file.path, OutputNameIn(options.folder, file, ending));
+  });
+}
+
+}  // namespace
+
+void AddRender(CLI::App& app, Work& work) {
+  auto options = std::make_shared<RenderOptions>();
+  CLI::App* command = app.add_subcommand("render", "Draw the composite display into a picture");
+  AddBatchOptions(*command, options->batch);
+  command->add_option("-o,--output", options->output,
+                      "OUT.png, OUT.ppm, OUT.jpg, OUT.tif, or - for standard output");
+  command->add_option("-O,--output-folder", options->folder, "write a picture for each file there");
+  command->add_option("--format", options->format, "png, ppm, jpeg or tiff, whatever the output's name")
+      ->check(CLI::IsMember({"png", "ppm", "jpeg", "tiff"}));
+  command->add_flag("--fixed-canvas", options->fixedCanvas, "draw on 2048 x 2048 pixels");
+  command->add_flag("--lift-dark", options->liftDark, "brighten images that are nearly black");
+  command->add_option("--scale", options->scale, "1/N: average squares of N x N pixels");
+  command->add_option("--segment", options->segment, "image:N: draw one image alone");
+  command->add_option("--region", options->regionText, "ROW,COL,HEIGHT,WIDTH: draw a part");
+  command->callback([&work, options] { work = [options] { return RunRender(*options); }; });
+}
+
+}  // namespace tool

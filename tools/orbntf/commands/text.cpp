@@ -1,0 +1,67 @@
+// orbntf text: a text segment's text.
+#include <unistd.h>
+
+#include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/words.h"
+#include "tools/orbntf/output/output.h"
+#include "tools/orbntf/tool.h"
+
+namespace tool {
+namespace {
+
+struct TextOptions {
+  std::string file, output;
+  uint32_t index = 0;
+};
+
+// Lines whose characters a terminal does not act upon.
+std::string ForTerminal(std::string_view text) {
+  std::string shown;
+  while (!text.empty()) {
+    const size_t end = text.find_first_of("\n\t\r");
+    shown += Printable(ToUtf8(text.substr(0, end)));
+    if (end == std::string_view::npos) break;
+    if (text[end] != '\r') shown += text[end];
+    text.remove_prefix(end + 1);
+  }
+  return shown;
+}
+
+int RunText(const TextOptions& options) {
+  Document document;
+  const int code = OpenEveryVersion("text", document, options.file);
+  // Some other segment may be at fault.
+  if (options.index >= Orb_NITFGetTextHeaderCount(document.get()))
+    return code != kExitOk ? code : Report("text", options.file, ORB_NO_SUCH_RECORD);
+  uint32_t length = 0;
+  int32_t status = Orb_NITFGetTextSegment(document.get(), options.index, nullptr, &length);
+  std::string text(size_t{length} + 1, '\0');
+  if (status == ORB_SUCCESS)
+    status = Orb_NITFGetTextSegment(document.get(), options.index, text.data(), nullptr);
+  if (status != ORB_SUCCESS) return ReportFile("text", options.file, status);
+  text.resize(length);
+  if (IsSameFile(options.file, options.output)) return Refuse("text", "the output is the input");
+  const bool toTerminal = options.output == "-" && isatty(STDOUT_FILENO) != 0;
+  if (toTerminal) text = ForTerminal(text);
+  Output output(options.output, Output::Way::InOrder);
+  std::FILE* stream = output.Stream();
+  const bool written =
+      stream != nullptr && std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+  if (!written) output.NoteFailure();
+  return Report("text", options.output, written && output.Commit() ? ORB_SUCCESS : ORB_SHORT_WRITE,
+                output.Problem());
+}
+
+}  // namespace
+
+void AddText(CLI::App& app, Work& work) {
+  auto options = std::make_shared<TextOptions>();
+  options->output = "-";
+  CLI::App* command = app.add_subcommand("text", "Print a text segment");
+  command->add_option("FILE", options->file, "file to read")->required();
+  command->add_option("INDEX", options->index, "text segment, from 0");
+  command->add_option("-o,--output", options->output, "file to write instead of standard output");
+  command->callback([&work, options] { work = [options] { return RunText(*options); }; });
+}
+
+}  // namespace tool

@@ -1,0 +1,24 @@
+// A document as JSON.
+#pragma once
+
+#include <string>
+
+#include "Common/NitfFile.h"
+#include "tools/orbntf/inspect/json_text.h"
+
+namespace tool {
+
+/// A file as far as it could be read.
+struct Inspection {
+  NitfFile document;
+  int32_t status = 0;  ///< what the module answers
+  uint32_t width = 0, height = 0;
+
+  /// Reads what the module reads; what it refuses is read on as far as the structure allows.
+  void Read(const std::string& path);
+};
+
+/// Writes an object; docs/info.schema.json describes it.
+void WriteFile(JsonText& json, const std::string& path, const Inspection& file);
+
+}  // namespace tool

@@ -1,0 +1,258 @@
+// Pictures of PNG, TIFF and Netpbm files at their own depth.
+#include <algorithm>
+#include <csetjmp>
+#include <cstring>
+#include <memory>
+
+#include <png.h>
+#include <tiffio.h>
+
+#include "hostkit/hostkit.h"
+#include "tools/orbntf/inspect/load.h"
+
+namespace tool {
+namespace {
+
+// Blends samples with an alpha behind them on white, in place; returns the samples without it.
+void BlendOnWhite(Picture& picture) {
+  const uint32_t most = picture.bits == 16 ? 65535 : 255, bytes = picture.bits / 8;
+  const auto get = [&](const uint8_t* p) {
+    return bytes == 2 ? static_cast<uint32_t>(p[0] << 8 | p[1]) : p[0];
+  };
+  uint8_t* out = picture.samples.data();
+  const uint8_t* in = out;
+  for (uint64_t i = uint64_t{picture.width} * picture.height; i > 0; --i) {
+    const uint64_t alpha = get(in + size_t{picture.channels} * bytes);
+    for (uint32_t c = 0; c < picture.channels; ++c, in += bytes, out += bytes) {
+      const uint64_t value = (get(in) * alpha + most * (most - alpha) + most / 2) / most;
+      out[0] = static_cast<uint8_t>(bytes == 2 ? value >> 8 : value);
+      if (bytes == 2) out[1] = static_cast<uint8_t>(value);
+    }
+    in += bytes;
+  }
+  picture.samples.resize(static_cast<size_t>(out - picture.samples.data()));
+  picture.lostAlpha = true;
+}
+
+// ---------------------------------------------------------------- PNG
+
+struct PngSource {
+  const std::string& bytes;
+  size_t position = 0;
+};
+void ReadPngBytes(png_structp png, png_bytep to, png_size_t count) {
+  auto& source = *static_cast<PngSource*>(png_get_io_ptr(png));
+  if (count > source.bytes.size() - source.position) png_error(png, "end");
+  std::memcpy(to, source.bytes.data() + source.position, count);
+  source.position += count;
+}
+void Jump(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+void Drop(png_structp, png_const_charp) {}
+
+// libpng's errors jump back here; nothing with a destructor lives in between.
+int32_t DecodePng(png_structp png, png_infop info, Picture& picture, bool& hasAlpha,
+                  std::vector<png_bytep>& rows) {
+  if (setjmp(png_jmpbuf(png)) != 0) return kHostBadData;
+  png_read_info(png, info);
+  png_set_palette_to_rgb(png);
+  png_set_expand_gray_1_2_4_to_8(png);
+  if (png_get_valid(png, info, PNG_INFO_tRNS) != 0) png_set_tRNS_to_alpha(png);
+  (void)png_set_interlace_handling(png);
+  png_read_update_info(png, info);
+  const png_byte colour = png_get_color_type(png, info);
+  hasAlpha = (colour & PNG_COLOR_MASK_ALPHA) != 0;
+  picture.width = png_get_image_width(png, info);
+  picture.height = png_get_image_height(png, info);
+  picture.channels = (colour & PNG_COLOR_MASK_COLOR) != 0 ? 3 : 1;
+  picture.bits = png_get_bit_depth(png, info);
+  if (!IsTakeable(picture)) return kHostNoMemory;
+  const size_t rowBytes = png_get_rowbytes(png, info);
+  picture.samples.resize(rowBytes * picture.height);
+  rows.resize(picture.height);
+  for (size_t y = 0; y < rows.size(); ++y) rows[y] = &picture.samples[y * rowBytes];
+  png_read_image(png, rows.data());
+  return kHostOk;
+}
+
+// ---------------------------------------------------------------- TIFF
+
+struct TiffSource {
+  const std::string& bytes;
+  uint64_t position = 0;
+};
+tmsize_t ReadTiff(thandle_t handle, void* to, tmsize_t count) {
+  auto& source = *static_cast<TiffSource*>(handle);
+  const uint64_t left = source.bytes.size() - std::min<uint64_t>(source.position, source.bytes.size());
+  const auto moved =
+      static_cast<size_t>(std::min<uint64_t>(left, static_cast<uint64_t>(std::max<tmsize_t>(count, 0))));
+  if (moved != 0) std::memcpy(to, source.bytes.data() + source.position, moved);
+  source.position += moved;
+  return static_cast<tmsize_t>(moved);
+}
+toff_t SeekTiff(thandle_t handle, toff_t offset, int whence) {
+  auto& source = *static_cast<TiffSource*>(handle);
+  const uint64_t base = whence == SEEK_SET   ? 0
+                        : whence == SEEK_CUR ? source.position
+                                             : source.bytes.size();
+  return source.position = base + offset;
+}
+int DropTiffMessage(TIFF*, void*, const char*, const char*, va_list) { return 1; }
+
+using TiffPtr = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
+
+TiffPtr OpenTiff(TiffSource& source) {
+  constexpr tmsize_t kMostAtOnce = 256 << 20;
+  TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
+  if (options == nullptr) return {nullptr, &TIFFClose};
+  TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostAtOnce);
+  TIFFOpenOptionsSetErrorHandlerExtR(options, DropTiffMessage, nullptr);
+  TIFFOpenOptionsSetWarningHandlerExtR(options, DropTiffMessage, nullptr);
+  TIFF* tiff = TIFFClientOpenExt(
+      "picture", "rm", &source, ReadTiff, [](thandle_t, void*, tmsize_t) -> tmsize_t { return 0; },
+      SeekTiff, [](thandle_t) { return 0; },
+      [](thandle_t handle) -> toff_t { return static_cast<TiffSource*>(handle)->bytes.size(); }, nullptr,
+      nullptr, options);
+  TIFFOpenOptionsFree(options);
+  return {tiff, &TIFFClose};
+}
+
+// Rows of 16-bit samples, grey or colour, that stand in strips with their samples side by side.
+int32_t ReadDeepRows(TIFF* tiff, Picture& picture, uint16_t samples) {
+  std::vector<uint8_t> row(static_cast<size_t>(TIFFScanlineSize(tiff)));
+  const size_t wanted = size_t{picture.width} * picture.channels * 2;
+  if (row.size() < size_t{picture.width} * samples * 2) return kHostBadData;
+  picture.samples.resize(wanted * picture.height);
+  uint8_t* out = picture.samples.data();
+  for (uint32_t y = 0; y < picture.height; ++y) {
+    if (TIFFReadScanline(tiff, row.data(), y, 0) != 1) return kHostBadData;
+    for (size_t x = 0; x < picture.width; ++x) {
+      for (size_t c = 0; c < picture.channels; ++c, out += 2) {
+        uint16_t value;  // in host order
+        std::memcpy(&value, &row[2 * (x * samples + c)], sizeof value);
+        out[0] = static_cast<uint8_t>(value >> 8);
+        out[1] = static_cast<uint8_t>(value);
+      }
+    }
+  }
+  return kHostOk;
+}
+
+// Everything else as libtiff shows it, in 8 bits.
+int32_t ReadShownPixels(TIFF* tiff, Picture& picture) {
+  std::vector<uint32_t> pixels(size_t{picture.width} * picture.height);
+  if (TIFFReadRGBAImageOriented(tiff, picture.width, picture.height, pixels.data(), ORIENTATION_TOPLEFT,
+                                1) != 1)
+    return kHostBadData;
+  picture.bits = 8;
+  bool hasAlpha = false;
+  picture.samples.reserve(pixels.size() * (picture.channels + 1));
+  for (const uint32_t pixel : pixels) {
+    const uint32_t parts[] = {TIFFGetR(pixel), TIFFGetG(pixel), TIFFGetB(pixel)};
+    for (uint32_t c = 0; c < picture.channels; ++c)
+      picture.samples.push_back(static_cast<uint8_t>(parts[c]));
+    hasAlpha = hasAlpha || TIFFGetA(pixel) != 255;
+  }
+  if (!hasAlpha) return kHostOk;
+  // What libtiff gives is multiplied by its alpha: white shines through the rest.
+  for (size_t i = 0; i < pixels.size(); ++i) {
+    for (uint32_t c = 0; c < picture.channels; ++c)
+      picture.samples[i * picture.channels + c] = static_cast<uint8_t>(
+          std::min(255u, picture.samples[i * picture.channels + c] + 255 - TIFFGetA(pixels[i])));
+  }
+  picture.lostAlpha = true;
+  return kHostOk;
+}
+
+// ---------------------------------------------------------------- Netpbm
+
+// A number of the header; white space and comments stand in front of it.
+bool TakeNumber(const std::string& bytes, size_t& at, uint32_t& value) {
+  while (at < bytes.size() && (std::isspace(static_cast<uint8_t>(bytes[at])) != 0 || bytes[at] == '#')) {
+    if (bytes[at] == '#') at = std::min(bytes.find('\n', at), bytes.size());
+    if (at < bytes.size()) ++at;
+  }
+  const size_t first = at;
+  for (value = 0; at < bytes.size() && bytes[at] >= '0' && bytes[at] <= '9' && at - first < 9; ++at)
+    value = value * 10 + static_cast<uint32_t>(bytes[at] - '0');
+  return at > first;
+}
+
+}  // namespace
+
+int32_t LoadPng(const std::string& bytes, Picture& picture) {
+  constexpr size_t kSignature = 8;
+  const auto* begin = reinterpret_cast<const uint8_t*>(bytes.data());
+  if (bytes.size() < kSignature || png_sig_cmp(begin, 0, kSignature) != 0) return kHostNotRecognised;
+  PngSource source{bytes};
+  png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, &Jump, &Drop);
+  png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
+  int32_t status = kHostNoMemory;
+  bool hasAlpha = false;
+  std::vector<png_bytep> rows;
+  if (info != nullptr) {
+    png_set_read_fn(png, &source, &ReadPngBytes);
+    status = DecodePng(png, info, picture, hasAlpha, rows);
+  }
+  png_destroy_read_struct(&png, &info, nullptr);
+  if (status == kHostOk && hasAlpha) BlendOnWhite(picture);
+  return status;
+}
+
+int32_t LoadTiff(const std::string& bytes, Picture& picture) {
+  const std::string_view mark = std::string_view(bytes).substr(0, 4);
+  using namespace std::string_view_literals;
+  if (mark != "II*\0"sv && mark != "MM\0*"sv && mark != "II+\0"sv && mark != "MM\0+"sv)
+    return kHostNotRecognised;
+  TiffSource source{bytes};
+  const TiffPtr tiff = OpenTiff(source);
+  if (tiff == nullptr) return kHostBadData;
+  uint16_t bits = 1, samples = 1, photometric = PHOTOMETRIC_MINISBLACK, planar = PLANARCONFIG_CONTIG;
+  TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &picture.width);
+  TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &picture.height);
+  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_BITSPERSAMPLE, &bits);
+  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_SAMPLESPERPIXEL, &samples);
+  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_PLANARCONFIG, &planar);
+  TIFFGetField(tiff.get(), TIFFTAG_PHOTOMETRIC, &photometric);
+  if (!IsTakeable(picture)) return kHostNoMemory;
+  const bool grey = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE;
+  picture.channels = grey ? 1 : 3;
+  picture.bits = bits == 16 ? 16 : 8;
+  const bool plain = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_RGB;
+  const bool deep = bits == 16 && plain && samples >= picture.channels && planar == PLANARCONFIG_CONTIG &&
+                    TIFFIsTiled(tiff.get()) == 0;
+  if (!deep) return ReadShownPixels(tiff.get(), picture);
+  picture.lostAlpha = samples > picture.channels;
+  return ReadDeepRows(tiff.get(), picture, samples);
+}
+
+int32_t LoadNetpbm(const std::string& bytes, Picture& picture) {
+  if (bytes.size() < 3 || bytes[0] != 'P' || (bytes[1] != '5' && bytes[1] != '6'))
+    return kHostNotRecognised;
+  size_t at = 2;
+  uint32_t most = 0;
+  if (!TakeNumber(bytes, at, picture.width) || !TakeNumber(bytes, at, picture.height) ||
+      !TakeNumber(bytes, at, most) || most == 0 || most > 65535 || at >= bytes.size()) {
+    return kHostBadData;
+  }
+  ++at;  // one white space
+  picture.channels = bytes[1] == '5' ? 1 : 3;
+  picture.bits = most > 255 ? 16 : 8;
+  if (!IsTakeable(picture)) return kHostNoMemory;
+  const size_t count = size_t{picture.width} * picture.height * picture.channels;
+  const size_t wanted = count * picture.bits / 8;
+  if (bytes.size() - at < wanted) return kHostBadData;
+  picture.samples.assign(bytes.begin() + static_cast<ptrdiff_t>(at),
+                         bytes.begin() + static_cast<ptrdiff_t>(at + wanted));
+  const uint32_t full = picture.bits == 16 ? 65535 : 255;
+  for (size_t i = 0; most != full && i < count; ++i) {
+    uint8_t* sample = &picture.samples[i * picture.bits / 8];
+    const uint32_t value =
+        picture.bits == 16 ? static_cast<uint32_t>(sample[0] << 8 | sample[1]) : sample[0];
+    const uint32_t scaled = static_cast<uint32_t>(uint64_t{std::min(value, most)} * full / most);
+    if (picture.bits == 16) *sample++ = static_cast<uint8_t>(scaled >> 8);
+    *sample = static_cast<uint8_t>(scaled);
+  }
+  return kHostOk;
+}
+
+}  // namespace tool

@@ -1,0 +1,194 @@
+#include "tools/orbntf/output/output.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <filesystem>
+#include <vector>
+
+namespace tool {
+namespace {
+
+std::string FolderOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+// The file that a name stands for: links are followed, also to where there is nothing yet.
+std::string ResolveLinks(std::string path) {
+  constexpr int kMostLinks = 40;
+  for (int i = 0; i < kMostLinks; ++i) {
+    char target[PATH_MAX];
+    const ssize_t length = readlink(path.c_str(), target, sizeof target);
+    if (length < 0 || length == sizeof target) break;
+    const std::string next(target, static_cast<size_t>(length));
+    path = next[0] == '/' ? next : FolderOf(path) + "/" + next;
+  }
+  return path;
+}
+
+void SyncFolder(const std::string& folder) {
+  const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  (void)fsync(fd);  // the file itself is there already
+  close(fd);
+}
+
+}  // namespace
+
+std::string WordsOfErrno(int error) {
+  switch (error) {
+    case ENOENT:
+      return "no such file or folder";
+    case EISDIR:
+      return "is a folder";
+    case ENOTDIR:
+      return "a part of the name is no folder";
+    case EACCES:
+    case EPERM:
+      return "permission denied";
+    case ENOSPC:
+    case EDQUOT:
+      return "no space left";
+    case EFBIG:
+      return "too large for the file system or the limit set";
+    default:
+      return std::strerror(error);
+  }
+}
+
+Output::Output(const std::string& path, Way way) : way_(way), target_(path) {
+  if (path == "-") {
+    inOrder_ = true;
+    return;
+  }
+  target_ = ResolveLinks(path);
+  struct stat status;
+  if (stat(target_.c_str(), &status) != 0) {
+    if (errno != ENOENT) (void)FailByErrno();
+    return;
+  }
+  mode_ = status.st_mode & 07777;
+  owner_ = status.st_uid;
+  group_ = status.st_gid;
+  if (S_ISDIR(status.st_mode)) {
+    (void)Fail("is a folder");
+  } else if (!S_ISREG(status.st_mode)) {
+    inOrder_ = true;
+  } else if ((mode_ & 0222) == 0 || access(target_.c_str(), W_OK) != 0) {
+    (void)Fail("is read-only");
+  } else {
+    replaces_ = true;
+  }
+}
+
+Output::~Output() {
+  if (stream_ != nullptr && stream_ != stdout) (void)std::fclose(stream_);
+}
+
+bool Output::Fail(const std::string& words) {
+  if (problem_.empty()) problem_ = words;
+  return false;
+}
+bool Output::FailByErrno() { return Fail(WordsOfErrno(errno)); }
+
+bool Output::MakeTemporary() {
+  if (!problem_.empty()) return false;
+  std::error_code error;
+  const std::string folder =
+      inOrder_ ? std::filesystem::temp_directory_path(error).string() : FolderOf(target_);
+  if (error || !temporary_.Make(folder)) return FailByErrno();
+  if (replaces_) {
+    // The owner is kept where that is allowed; changing it may clear permissions.
+    (void)!chown(temporary_.Path().c_str(), owner_, group_);
+    (void)chmod(temporary_.Path().c_str(), mode_);
+  }
+  return true;
+}
+
+const std::string& Output::Path() {
+  if (temporary_.Path().empty()) (void)MakeTemporary();
+  return temporary_.Path();
+}
+
+// What is not replaced: standard output, a FIFO or a device.
+std::FILE* Output::OpenInOrder() {
+  if (target_ == "-") return stdout;
+  const int fd = open(target_.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+  std::FILE* stream = fd < 0 ? nullptr : fdopen(fd, "wb");
+  if (stream == nullptr) (void)FailByErrno();
+  return stream;
+}
+
+std::FILE* Output::Stream() {
+  if (stream_ != nullptr || !problem_.empty()) return stream_;
+  if (IsStraight()) return stream_ = OpenInOrder();
+  if (!MakeTemporary()) return nullptr;
+  stream_ = std::fopen(temporary_.Path().c_str(), "w+b");
+  if (stream_ == nullptr) (void)FailByErrno();
+  return stream_;
+}
+
+bool Output::CloseStream() {
+  if (stream_ == nullptr) return true;
+  std::FILE* stream = stream_;
+  if (std::fflush(stream) != 0 || std::ferror(stream) != 0) return FailByErrno();
+  if (stream == stdout) return true;
+  stream_ = nullptr;
+  return std::fclose(stream) == 0 || FailByErrno();
+}
+
+bool Output::Commit() {
+  if (!problem_.empty() || !CloseStream()) return false;
+  if (!inOrder_) return Replace();
+  return IsStraight() || SendOn();
+}
+
+bool Output::Replace() {
+  if (temporary_.Path().empty()) return Fail("nothing was written");
+  const int fd = open(temporary_.Path().c_str(), O_RDONLY | O_CLOEXEC);
+  const bool synced = fd >= 0 && fsync(fd) == 0;
+  if (!synced) (void)FailByErrno();
+  if (fd >= 0) close(fd);
+  if (!synced) return false;
+  if (rename(temporary_.Path().c_str(), target_.c_str()) != 0) return FailByErrno();
+  temporary_.Forget();
+  SyncFolder(FolderOf(target_));
+  return true;
+}
+
+// From the file that was written by name to where it belongs.
+bool Output::SendOn() {
+  std::FILE* from = std::fopen(temporary_.Path().c_str(), "rb");
+  if (from == nullptr) return FailByErrno();
+  stream_ = OpenInOrder();
+  std::vector<char> piece(256 << 10);
+  bool sent = stream_ != nullptr;
+  for (size_t count = 1; sent && count > 0;) {
+    count = std::fread(piece.data(), 1, piece.size(), from);
+    sent = std::fwrite(piece.data(), 1, count, stream_) == count || FailByErrno();
+  }
+  if (std::ferror(from) != 0) sent = Fail("what was written cannot be read");
+  (void)std::fclose(from);
+  return sent && CloseStream();
+}
+
+bool CloseStandardOutput() {
+  const bool written = std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
+  return std::fclose(stdout) == 0 && written;
+}
+
+void HoldStandardDescriptors() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (fcntl(fd, F_GETFD) >= 0 || errno != EBADF) continue;
+    // Opened so that what is not there cannot be used: reading and writing fail.
+    const int flags = fd == STDIN_FILENO ? O_WRONLY : O_RDONLY;
+    if (open("/dev/null", flags) != fd) return;
+  }
+}
+
+}  // namespace tool

@@ -1,0 +1,63 @@
+// Where a command writes.
+#pragma once
+
+#include <cstdio>
+#include <string>
+
+#include "tools/orbntf/output/signals.h"
+
+namespace tool {
+
+/// An output of a name. A regular or new file appears under its name only when it is complete, with the
+/// permissions of the one that it replaces; a symbolic link keeps pointing at the name that is replaced.
+/// What goes to a FIFO, a device or "-" is written there in order and nothing is replaced.
+class Output {
+ public:
+  /// How the output is written: from its start to its end, or by name or going back in it, which takes a
+  /// file also for what is sent on in order.
+  enum class Way { InOrder, ByName };
+  explicit Output(const std::string& path, Way way = Way::ByName);
+  ~Output();
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  /// Why nothing can be written there; empty when it can.
+  const std::string& Problem() const { return problem_; }
+  /// The name of the file that is to be written, by whatever opens it by name.
+  const std::string& Path();
+  /// Or a stream to write to; null when it cannot be had.
+  std::FILE* Stream();
+  /// A write has just failed: what errno says is the problem.
+  void NoteFailure() { (void)FailByErrno(); }
+  /// Completes the output. False when not all of it is there; Problem says why.
+  bool Commit();
+
+ private:
+  bool Fail(const std::string& words);
+  bool FailByErrno();
+  bool MakeTemporary();
+  bool CloseStream();
+  bool Replace();
+  bool SendOn();
+  bool IsStraight() const { return inOrder_ && way_ == Way::InOrder; }
+  std::FILE* OpenInOrder();
+
+  Way way_;
+  std::string target_;     // what the name stands for
+  bool inOrder_ = false;   // no file to be replaced
+  bool replaces_ = false;  // a file, whose permissions are kept
+  unsigned mode_ = 0, owner_ = 0, group_ = 0;
+  std::string problem_;
+  TemporaryFile temporary_;
+  std::FILE* stream_ = nullptr;
+};
+
+/// What errno means, in the words of the tool.
+std::string WordsOfErrno(int error);
+/// Closes standard output; false when something that was written to it is not there.
+bool CloseStandardOutput();
+/// Gives the three standard descriptors that the caller closed something to stand for, so that no file
+/// gets their numbers.
+void HoldStandardDescriptors();
+
+}  // namespace tool
