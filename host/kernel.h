@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "host/windows.h"
+#include "orbntf/host.h"
 
 // ---------------------------------------------------------------- memory
 
@@ -61,44 +62,25 @@ ORB_HOST_API int32_t ORB_CALL KernelClose(int32_t file);
 
 // ---------------------------------------------------------------- bitmaps
 
-inline constexpr uint32_t kBitmapRecordSize = 168;
-inline constexpr uint32_t kBitmapAllocated = 1;  ///< bit of KernelBitmap::flags
-inline constexpr uint32_t kBitmapAccessed = 2;   ///< the same: between access and release
+inline constexpr uint32_t kBitmapRecordSize = ORB_BITMAP_RECORD_SIZE;
+inline constexpr uint32_t kBitmapAllocated = ORB_BITMAP_ALLOCATED;  ///< bit of KernelBitmap::flags
+inline constexpr uint32_t kBitmapAccessed = ORB_BITMAP_ACCESSED;    ///< between access and release
 
 /// Order of a pixel's colour bytes.
 enum KernelColourOrder : uint32_t {
-  kOrderRgb = 0,
-  kOrderBgr = 1,
-  kOrderGrey = 2,
-  kOrderAsDecoded = 4,  ///< asks a decoder for its own order
+  kOrderRgb = ORB_ORDER_RGB,
+  kOrderBgr = ORB_ORDER_BGR,
+  kOrderGrey = ORB_ORDER_GREY,
+  kOrderAsDecoded = ORB_ORDER_AS_DECODED,  ///< asks a decoder for its own order
 };
 /// Corner of the picture at which kernel row 0 begins.
-enum KernelView : uint32_t { kViewTopLeft = 1, kViewBottomLeft = 4 };
+enum KernelView : uint32_t { kViewTopLeft = ORB_VIEW_TOP_LEFT, kViewBottomLeft = ORB_VIEW_BOTTOM_LEFT };
 
 /// One palette entry, as Windows lays it out.
 struct KernelColour {
   uint8_t blue, green, red, reserved;
 };
 
-/// A bitmap. 168 bytes with these offsets on every platform; pointers take eight bytes everywhere.
-struct KernelBitmap {
-  uint32_t size;             ///< +0, always 168
-  uint32_t memoryKind;       ///< +4
-  uint32_t reserved8;        ///< +8
-  uint32_t width;            ///< +12, pixels
-  uint32_t height;           ///< +16, rows
-  uint32_t bitsPerPixel;     ///< +20
-  uint32_t bytesPerLine;     ///< +24, a multiple of 4
-  uint32_t colourOrder;      ///< +28, KernelColourOrder
-  uint32_t viewPerspective;  ///< +32, KernelView
-  uint32_t flags;            ///< +36, kBitmapAllocated while it holds pixels
-  uint32_t colourCount;      ///< +40, palette entries, 0 for none
-  uint32_t interleaved;      ///< +44, hint of readers that deliver whole pixels
-  uint64_t pixels;           ///< +48, address of the pixel rows
-  uint64_t palette;          ///< +56, address of colourCount KernelColour entries
-  uint64_t byteCount;        ///< +64, bytesPerLine x height
-  uint8_t reserved72[96];    ///< +72
-};
 static_assert(sizeof(KernelBitmap) == kBitmapRecordSize && offsetof(KernelBitmap, width) == 12 &&
               offsetof(KernelBitmap, height) == 16 && offsetof(KernelBitmap, bitsPerPixel) == 20 &&
               offsetof(KernelBitmap, bytesPerLine) == 24 && offsetof(KernelBitmap, colourOrder) == 28 &&
@@ -106,20 +88,8 @@ static_assert(sizeof(KernelBitmap) == kBitmapRecordSize && offsetof(KernelBitmap
               offsetof(KernelBitmap, colourCount) == 40 && offsetof(KernelBitmap, pixels) == 48 &&
               offsetof(KernelBitmap, palette) == 56 && offsetof(KernelBitmap, byteCount) == 64);
 
-/// Makes an empty record: size as given, no pixels.
-ORB_HOST_API int32_t ORB_CALL KernelInitialiseBitmap(KernelBitmap* bitmap, uint32_t recordSize,
-                                                     uint32_t width, uint32_t height,
-                                                     uint32_t bitsPerPixel);
-/// Allocates zeroed pixel rows (or takes a copy of `size` bytes of `data`). Depths up to 8 bits start
-/// with the default colour table when no palette is given. A side of 0, a depth outside 1 to 64 or more
-/// than 2^31 - 1 bytes gives -1 and allocates nothing.
-ORB_HOST_API int32_t ORB_CALL KernelAllocateBitmap(KernelBitmap* bitmap, uint32_t recordSize,
-                                                   uint32_t memoryKind, uint32_t width, uint32_t height,
-                                                   uint32_t bitsPerPixel, uint32_t colourOrder,
-                                                   HPALETTE palette, uint32_t viewPerspective,
-                                                   const void* data, uint32_t size);
-/// Frees the pixels and the palette and clears the allocated flag.
-ORB_HOST_API int32_t ORB_CALL KernelFreeBitmap(KernelBitmap* bitmap);
+// Making and freeing a bitmap's pixels: see orbntf/host.h.
+
 /// Fills every pixel with the colour, or its nearest palette entry.
 ORB_HOST_API int32_t ORB_CALL KernelFillBitmap(KernelBitmap* bitmap, COLORREF colour);
 /// Row access goes between KernelAccessBitmap and KernelReleaseBitmap.

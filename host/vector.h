@@ -8,13 +8,6 @@
 inline constexpr uint32_t kVectorHandleFlags = 0x2002;
 inline constexpr uint32_t kVectorHandleFlags2 = 0x8000;
 
-/// A drawing's handle, held by value. The drawing behind it belongs to the handle's holder.
-struct VectorHandle {
-  uint32_t flags;
-  uint32_t flags2;
-  void* drawing;
-};
-
 /// A point of a drawing, y upwards.
 struct VectorPoint {
   double x, y, z;

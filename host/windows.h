@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "orbntf/platform.h"
+#include "orbntf/host.h"
 
 /// What tells one file from every other while it is open, whatever its names.
 struct WideFileIdentity {
@@ -14,14 +14,7 @@ struct WideFileIdentity {
 
 #if defined(_WIN32)
 
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#ifndef WIN32_LEAN_AND_MEAN
-#define WIN32_LEAN_AND_MEAN
-#endif
 #include <io.h>
-#include <windows.h>
 
 static_assert(sizeof(wchar_t) == sizeof(char16_t) && alignof(wchar_t) == alignof(char16_t) &&
                   static_cast<wchar_t>(-1) == static_cast<char16_t>(-1),
@@ -49,19 +42,10 @@ inline bool WideIdentify(const char16_t* path, WideFileIdentity* identity) {
 
 #else
 
-using HDC = struct HDC__*;
-using HPALETTE = struct HPALETTE__*;
 using HWND = struct HWND__*;
 using HGLOBAL = void*;
-using COLORREF = uint32_t;
 using LONG = int32_t;
 using UINT = uint32_t;
-
-/// A rectangle in pixels; right and bottom lie just outside it.
-struct tagRECT {
-  LONG left, top, right, bottom;
-};
-using RECT = tagRECT;
 
 inline constexpr UINT MB_OK = 0;
 inline constexpr uint32_t SRCCOPY = 0x00CC0020;

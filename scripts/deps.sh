@@ -18,6 +18,7 @@ for group in "$@"; do
     bench) packages+=(libbenchmark-dev) ;;
     windows) packages+=(g++-mingw-w64-i686 googletest) ;;
     wine) packages+=(debootstrap) ;;
+    package) packages+=(debootstrap dpkg-dev file) ;;
     emulation) packages+=(qemu-system-x86 busybox-static cpio e2fsprogs) ;;
     *) echo "deps.sh: unknown group $group" >&2; exit 2 ;;
   esac

@@ -4,7 +4,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "orbntf/orbntf.h"
+#include <orbntf/orbntf.h>
 
 static int Fail(const char* what, int32_t status) {
   fprintf(stderr, "%s: status %d\n", what, (int)status);

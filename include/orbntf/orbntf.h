@@ -5,7 +5,7 @@
 #ifndef ORBNTF_H
 #define ORBNTF_H
 
-#include "orbntf/platform.h"
+#include "orbntf/host.h"
 
 /* ------------------------------------------------------------------ status codes */
 
@@ -34,13 +34,7 @@ enum OrbStatus {
   ORB_BAD_SAMPLE_DEPTH = -700002 /**< more than one band of 16 bits */
 };
 
-/* ------------------------------------------------------------------ records of the host toolkit */
-
-struct HostInformationRecord;
-struct HostLoadRecord;
-struct KernelBitmap;
-struct HDC__;   /* what a Windows HDC points to */
-struct tagRECT; /* a Windows RECT */
+/* ------------------------------------------------------------------ documents */
 
 #ifdef __cplusplus
 struct NitfFile;

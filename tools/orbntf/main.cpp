@@ -9,27 +9,16 @@
 namespace {
 
 int Run(int argc, char** argv) {
-  CLI::App app("Shows, renders and edits NITF 2.1 files");
-  app.require_subcommand(1);
-  app.set_version_flag("--version", &tool::VersionText);
-  uint64_t maxPixels = 0;
-  app.add_option("--max-pixels", maxPixels, "refuse bitmaps of more pixels than this");
-  tool::Work work;
-  tool::AddInfo(app, work);
-  tool::AddRender(app, work);
-  tool::AddText(app, work);
-  tool::AddGraphic(app, work);
-  tool::AddCopy(app, work);
-  tool::AddSet(app, work);
-  tool::AddComposing(app, work);
-  tool::AddCompletion(app, work);
+  CLI::App app;
+  tool::CommandLine line;
+  tool::DescribeCommandLine(app, line);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? tool::kExitOk : tool::kExitUsage;
   }
-  HostkitSetMaxPixels(maxPixels);
-  return work();
+  HostkitSetMaxPixels(line.maxPixels);
+  return line.work();
 }
 
 }  // namespace

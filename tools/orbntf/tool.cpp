@@ -91,6 +91,18 @@ std::u16string Widen(const std::string& path) {
   return wide.Convert(path.c_str()) != 0 ? std::u16string(wide.Value()) : std::u16string();
 }
 
+void DescribeCommandLine(CLI::App& app, CommandLine& line) {
+  app.name("orbntf");
+  app.description("Shows, renders and edits NITF 2.1 files");
+  app.require_subcommand(1);
+  app.set_version_flag("--version", &VersionText, "print versions and exit");
+  app.add_option("--max-pixels", line.maxPixels, "refuse bitmaps of more pixels than this");
+  for (const auto add :
+       {&AddInfo, &AddRender, &AddText, &AddGraphic, &AddCopy, &AddSet, &AddComposing, &AddCompletion}) {
+    add(app, line.work);
+  }
+}
+
 void LimitWork(const std::string& path, uint64_t pixels) {
   std::error_code error;
   const uint64_t bytes = std::filesystem::file_size(path, error);

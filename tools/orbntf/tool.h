@@ -47,6 +47,13 @@ void AddCopy(CLI::App& app, Work& work);
 void AddComposing(CLI::App& app, Work& work);
 void AddSet(CLI::App& app, Work& work);
 void AddCompletion(CLI::App& app, Work& work);
+/// What a command line asked for.
+struct CommandLine {
+  uint64_t maxPixels = 0;
+  Work work;
+};
+/// Describes every command and option; parsing then fills the result.
+void DescribeCommandLine(CLI::App& app, CommandLine& line);
 /// Name, version, commit, codecs and their versions, a line each.
 std::string VersionText();
 

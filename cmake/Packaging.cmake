@@ -1,0 +1,74 @@
+# cmake --install, and cpack's Debian packages: orbntf, liborbntf and liborbntf-dev.
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+set_target_properties(orbntf hostkit PROPERTIES INSTALL_RPATH "$ORIGIN")
+file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set_target_properties(orbntf_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
+target_include_directories(orbntf INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+target_link_libraries(orbntf INTERFACE hostkit)
+
+install(TARGETS orbntf hostkit EXPORT orbntf
+  LIBRARY COMPONENT library NAMELINK_COMPONENT development)
+install(EXPORT orbntf NAMESPACE orbntf:: FILE orbntf-targets.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbntf COMPONENT development)
+configure_package_config_file(cmake/orbntf-config.cmake.in orbntf-config.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbntf)
+write_basic_package_version_file(orbntf-config-version.cmake COMPATIBILITY SameMajorVersion)
+configure_file(cmake/orbntf.pc.in orbntf.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/orbntf-config.cmake ${PROJECT_BINARY_DIR}/orbntf-config-version.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbntf COMPONENT development)
+install(FILES ${PROJECT_BINARY_DIR}/orbntf.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+install(FILES include/orbntf/orbntf.h include/orbntf/orbntf.hpp include/orbntf/host.h include/orbntf/platform.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orbntf COMPONENT development)
+
+# What the tool says of itself, and the header, as manual pages; completions.
+set(made ${PROJECT_BINARY_DIR}/made)
+set(header ${PROJECT_SOURCE_DIR}/include/orbntf/orbntf.h)
+add_custom_command(OUTPUT ${made}/orbntf.1 ${made}/orbntf.h.3 ${made}/orbntf.bash ${made}/_orbntf ${made}/orbntf.fish
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${made}
+  COMMAND make_man tool > ${made}/orbntf.1
+  COMMAND make_man header ${header} > ${made}/orbntf.h.3
+  COMMAND orbntf_tool completion bash > ${made}/orbntf.bash
+  COMMAND orbntf_tool completion zsh > ${made}/_orbntf
+  COMMAND orbntf_tool completion fish > ${made}/orbntf.fish
+  DEPENDS make_man orbntf_tool ${header} VERBATIM)
+add_custom_target(manual ALL DEPENDS ${made}/orbntf.1)
+install(TARGETS orbntf_tool COMPONENT tool)
+install(FILES ${made}/orbntf.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
+install(FILES ${made}/orbntf.h.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
+install(FILES ${made}/orbntf.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME orbntf
+  COMPONENT tool)
+install(FILES ${made}/_orbntf DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT tool)
+install(FILES ${made}/orbntf.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tool)
+foreach(part tool library development)
+  set(package_tool orbntf)
+  set(package_library liborbntf${PROJECT_VERSION_MAJOR})
+  set(package_development liborbntf-dev)
+  install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_${part}} RENAME copyright COMPONENT ${part})
+endforeach()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "the orbntf authors <orbntf@localhost>")
+set(CPACK_PACKAGE_VENDOR "the orbntf authors")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "NITF 2.1 and NSIF files: show, draw, change, extend and save")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_COMPONENTS_ALL tool library development)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+set(CPACK_DEBIAN_TOOL_PACKAGE_NAME orbntf)
+set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION graphics)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME liborbntf${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "fonts-liberation2")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liborbntf-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_COMPONENT_TOOL_DEPENDS library)
+set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS library)
+set(CPACK_STRIP_FILES ON)
+include(CPack)

@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Makes the Debian packages and tries them in a bare Debian 12 root: the tool, its manual and completion, and
+# programs in C and C++ that are built against the installed library.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/deps.sh package
+cmake -S . -B build/package -G Ninja -DCMAKE_BUILD_TYPE=Release -DORBNTF_TESTS=OFF -DCMAKE_INSTALL_PREFIX=/usr >/dev/null
+cmake --build build/package
+rm -f build/package/*.deb
+(cd build/package && cpack -G DEB | grep 'package:')
+
+as_root=()
+[ "$(id -u)" -eq 0 ] || as_root=(sudo)
+root=$PWD/build/bare
+trap '"${as_root[@]}" rm -rf --one-file-system "$root"' EXIT
+"${as_root[@]}" rm -rf --one-file-system "$root"
+"${as_root[@]}" debootstrap --variant=minbase bookworm "$root" >build/package/root.log 2>&1
+inside() { "${as_root[@]}" chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root DEBIAN_FRONTEND=noninteractive "$@"; }
+"${as_root[@]}" mkdir "$root/orbntf"
+"${as_root[@]}" cp -r build/package/*.deb docs tests "$root/orbntf"
+inside apt-get update -qq
+inside bash -c 'cd /orbntf && apt-get install -y -qq --no-install-recommends ./orbntf_*.deb ./liborbntf?_*.deb' >>build/package/root.log 2>&1
+inside orbntf --version
+inside bash -c 'cd /tmp && echo words >words.txt && orbntf new -o a.ntf --text words.txt && orbntf render a.ntf -o a.png && orbntf info a.ntf'
+inside apt-get install -y -qq --no-install-recommends man-db bash-completion >>build/package/root.log 2>&1
+inside man orbntf | grep -q 'Draw the composite display'
+inside bash -c 'source /usr/share/bash-completion/bash_completion; _completion_loader orbntf || true; complete -p orbntf' |
+  grep -q _orbntf
+inside bash -c 'cd /orbntf && apt-get install -y -qq --no-install-recommends ./liborbntf-dev_*.deb g++ cmake make pkg-config' >>build/package/root.log 2>&1
+inside man orbntf.h | grep -q Orb_NITFCreate
+inside bash /orbntf/tests/consumer_test.sh /orbntf / /tmp
+echo "package: 3 packages work in a bare root"

@@ -1,0 +1,102 @@
+// Writes the manual pages: make_man tool prints orbntf(1), made from the command line's description;
+// make_man header FILE prints orbntf.h(3), made from the header's comments.
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+#include <sstream>
+
+#include "tools/orbntf/tool.h"
+
+namespace {
+
+// Text as roff takes it.
+std::string Roff(const std::string& text) {
+  std::string roff;
+  for (const char c : text) {
+    if (c == '\\' || c == '-') roff += '\\';
+    if (c == '\'' && (roff.empty() || roff.back() == '\n')) roff += "\\&";
+    if (c == '.' && (roff.empty() || roff.back() == '\n')) roff += "\\&";
+    roff += c;
+  }
+  return roff;
+}
+
+void PrintOptions(const CLI::App& app) {
+  for (const CLI::Option* option : app.get_options()) {
+    const bool positional = option->get_positional();
+    std::printf(".TP\n\\fB%s\\fR\n%s\n",
+                Roff(positional ? option->get_name(true) : option->get_name(false, true)).c_str(),
+                Roff(option->get_description()).c_str());
+  }
+}
+
+void PrintTool() {
+  CLI::App app;
+  tool::CommandLine line;
+  tool::DescribeCommandLine(app, line);
+  const std::string version = tool::VersionText();
+  std::printf(".TH ORBNTF 1 \"\" \"%s\"\n", Roff(version.substr(0, version.find(" ("))).c_str());
+  std::printf(".SH NAME\norbntf \\- %s\n", Roff(app.get_description()).c_str());
+  std::printf(".SH SYNOPSIS\n\\fBorbntf\\fR [\\-\\-max\\-pixels N] \\fICOMMAND\\fR [options] FILE...\n");
+  std::printf(".SH OPTIONS\n");
+  PrintOptions(app);
+  std::printf(".SH COMMANDS\n");
+  for (const CLI::App* command : app.get_subcommands({})) {
+    std::printf(".SS %s\n%s.\n", Roff(command->get_name()).c_str(),
+                Roff(command->get_description()).c_str());
+    PrintOptions(*command);
+  }
+  std::printf(
+      ".SH EXIT STATUS\n0 for success, 1 for a status other than 1 or an output that was not written, "
+      "2 for wrong usage.\n.SH ENVIRONMENT\nSOURCE_DATE_EPOCH dates what new and append make; TMPDIR "
+      "is where files lie that are sent on in order.\n.SH SEE ALSO\n.BR orbntf.h (3)\n");
+}
+
+// The lines of a comment without its marks.
+std::string CommentText(const std::string& comment) {
+  std::istringstream lines(comment);
+  std::string text;
+  for (std::string line; std::getline(lines, line);) {
+    const size_t first = line.find_first_not_of(" */");
+    if (first == std::string::npos) continue;
+    std::string words = line.substr(first);
+    words.erase(words.find_last_not_of(" */") + 1);
+    if (words[0] == '@') text += "\n.br\n";
+    text += (text.empty() || text.back() == '\n' ? "" : " ") + Roff(words);
+  }
+  return text;
+}
+
+void PrintHeader(const std::string& header) {
+  std::printf(
+      ".TH ORBNTF.H 3 \"\" orbntf\n.SH NAME\norbntf.h \\- NITF files as composite images and as "
+      "documents\n");
+  std::printf(
+      ".SH SYNOPSIS\n.nf\n#include <orbntf/orbntf.h>\n\ncc $(pkg\\-config \\-\\-cflags \\-\\-libs "
+      "orbntf)\n.fi\n.SH FUNCTIONS\n");
+  for (size_t at = header.find("/**"); at != std::string::npos; at = header.find("/**", at + 3)) {
+    const size_t end = header.find("*/", at);
+    const size_t next = header.find_first_not_of(" \n", end + 2);
+    if (next == std::string::npos || header.compare(next, 7, "ORB_API") != 0) continue;
+    const std::string declaration = header.substr(next, header.find(';', next) + 1 - next);
+    std::printf(".PP\n.nf\n\\fB%s\\fR\n.fi\n.RS\n%s\n.RE\n", Roff(declaration).c_str(),
+                CommentText(header.substr(at, end - at)).c_str());
+  }
+  std::printf(".SH SEE ALSO\n.BR orbntf (1)\n");
+}
+
+}  // namespace
+
+int main(int count, char** words) {
+  if (count == 2 && std::string(words[1]) == "tool") {
+    PrintTool();
+  } else if (count == 3 && std::string(words[1]) == "header") {
+    std::ostringstream text;
+    text << std::ifstream(words[2]).rdbuf();
+    PrintHeader(text.str());
+  } else {
+    std::cerr << "usage: make_man tool | header FILE\n";
+    return 2;
+  }
+  return 0;
+}
