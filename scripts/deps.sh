@@ -19,6 +19,7 @@ for group in "$@"; do
     windows) packages+=(g++-mingw-w64-i686 googletest) ;;
     wine) packages+=(debootstrap) ;;
     package) packages+=(debootstrap dpkg-dev file) ;;
+    reference) packages+=(doxygen) ;;
     emulation) packages+=(qemu-system-x86 busybox-static cpio e2fsprogs) ;;
     *) echo "deps.sh: unknown group $group" >&2; exit 2 ;;
   esac
