@@ -68,12 +68,15 @@ ORB_API int32_t ORB_CALL fltSave(void* record);
  * reopened file: before that its data is looked for in the source file, which ends in -7 (always for a
  * document without a file) or in a codec's refusal.
  * @param bitmap freed first when it holds pixels; on success it holds a 24-bit canvas, the caller's.
+ * @param document whose segments are drawn.
  * @return 1; -13 for a null bitmap record; otherwise the first failure. */
 ORB_API int32_t ORB_CALL Orb_NtfRenderBitmap(struct KernelBitmap* bitmap, NitfHandle document);
 
 /** Draws every image and graphic segment, in ascending display level, into a device context.
  * @param record the record of a running fltLoad, or null.
  * @param bitmap the bitmap that the device context paints on.
+ * @param dc drawn into.
+ * @param document whose segments are drawn.
  * @return 1, or the first failure; what was drawn before it stays. */
 ORB_API int32_t ORB_CALL Orb_NitfDrawObjects(struct HostLoadRecord* record, struct HDC__* dc,
                                              struct KernelBitmap* bitmap, NitfHandle document);
@@ -366,6 +369,8 @@ struct VectorHandle;
  * @param formatCode 182 for RGB components, 10 for YCbCr.
  * @param bitsPerPixel 24 or 8.
  * @param qualityFactor 2 (best) to 255.
+ * @param handle the document.
+ * @param bitmap the picture; it stays the caller's.
  * @return 1; 0 when there are 999 images; -261 null handle; -2 no bitmap; -27, -21, -9 for the other
  * arguments; -13 for a side above 9998 or a file length that FL cannot take; -1; the host's failure.
  * After a failure the document is as it was. */
@@ -375,6 +380,7 @@ ORB_API int32_t ORB_CALL Orb_NITFAppendImageSegment(NitfHandle handle, struct Ke
 /** Encodes a drawing into a new graphic segment.
  * @param drawing moved below the zero line and seen through the rectangle; it stays the caller's.
  * @param rectangle its bounds on the canvas.
+ * @param handle the document.
  * @return 1; 0 when there are 999 graphics; -261 null handle or rectangle; -814 no drawing; -501 an empty
  * one; -13 an extent beyond 99999, more than 999999 bytes or an FL that is full; the host's failure.
  * After a failure the document is as it was. */
@@ -400,6 +406,8 @@ ORB_API struct VectorHandle* ORB_CALL Orb_NITFGetVectorHandle(NitfHandle handle,
 /** A text segment's text.
  * @param buffer null to ask for the length; else room for the length and a terminator.
  * @param length may be null; receives the length without terminator.
+ * @param handle the document.
+ * @param index the text segment, from 0.
  * @return 1; -261 null handle; 87 no such text; -7; -1. */
 ORB_API int32_t ORB_CALL Orb_NITFGetTextSegment(NitfHandle handle, uint32_t index, char* buffer,
                                                 uint32_t* length);
