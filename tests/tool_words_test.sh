@@ -135,6 +135,7 @@ if ls .orbntf-* x.* 2>/dev/null; then fail "something is left"; fi
 "$tool" completion bash >complete.bash
 bash -c 'source ./complete.bash; COMP_WORDS=(orbntf ren); COMP_CWORD=1; _orbntf; [ "${COMPREPLY[*]}" = render ]' || fail bash
 bash -c 'source ./complete.bash; COMP_WORDS=(orbntf render --reg); COMP_CWORD=2; _orbntf; [ "${COMPREPLY[*]}" = --region ]' || fail bash
-"$tool" completion zsh | grep -q '^#compdef orbntf' && "$tool" completion fish | grep -q 'complete -c orbntf' || fail shells
+shows '#compdef orbntf' "$tool" completion zsh
+shows 'complete -c orbntf' "$tool" completion fish
 shows 'OpenJPEG' "$tool" --version
 exit 0

@@ -32,8 +32,8 @@ std::string Joined(const std::vector<std::string>& words) {
 }
 
 void PrintBash(const std::vector<Command>& commands) {
-  std::vector<std::string> names;
-  for (const Command& command : commands) names.push_back(command.name);
+  std::vector<std::string> names(commands.size());
+  for (size_t i = 0; i < names.size(); ++i) names[i] = commands[i].name;
   std::printf("_orbntf() {\n  local word=${COMP_WORDS[COMP_CWORD]} words=\n");
   std::printf("  if [ \"$COMP_CWORD\" -eq 1 ]; then words='%s'; else\n    case ${COMP_WORDS[1]} in\n",
               Joined(names).c_str());

@@ -1,7 +1,6 @@
 #include "tools/orbntf/inspect/field_rules.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "tools/orbntf/inspect/geography.h"
 #include "tools/orbntf/inspect/values.h"
@@ -23,7 +22,7 @@ bool IsDay(std::string_view text) {
   if (text.size() < 8 || text.substr(0, 8).find_first_not_of("0123456789") != std::string_view::npos)
     return false;
   const auto number = [&](size_t at, size_t count) {
-    return std::atoi(std::string(text.substr(at, count)).c_str());
+    return static_cast<int>(NumberOf(text.substr(at, count)).value_or(0));
   };
   const int month = number(4, 2), day = number(6, 2);
   if (month < 1 || month > 12 || day < 1) return false;
@@ -87,7 +86,7 @@ std::string ProblemOfListed(std::string_view name, std::string_view value) {
 }
 
 std::string ProblemOfLevel(std::string_view value, int least, int most) {
-  const int level = std::atoi(std::string(value).c_str());
+  const int64_t level = NumberOf(value).value_or(-1);
   return level >= least && level <= most
              ? ""
              : "not a number from " + std::to_string(least) + " to " + std::to_string(most);

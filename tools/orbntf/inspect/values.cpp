@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <optional>
 
 namespace tool {
 namespace {
@@ -15,15 +14,6 @@ std::string_view Trimmed(std::string_view text) {
   const size_t first = text.find_first_not_of(' ');
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-std::optional<int64_t> NumberOf(std::string_view text) {
-  const std::string_view digits = Trimmed(text);
-  const bool isSigned = !digits.empty() && (digits[0] == '-' || digits[0] == '+');
-  if (!IsDigits(digits.substr(isSigned ? 1 : 0)) || digits.size() > 18) return std::nullopt;
-  int64_t value = 0;
-  for (const char c : digits.substr(isSigned ? 1 : 0)) value = value * 10 + (c - '0');
-  return digits[0] == '-' ? -value : value;
 }
 
 void WriteNumber(JsonText& json, std::string_view text) {
@@ -73,6 +63,15 @@ bool IsDate(const FieldTraits& traits) {
 
 }  // namespace
 
+std::optional<int64_t> NumberOf(std::string_view text) {
+  const std::string_view digits = Trimmed(text);
+  const bool isSigned = !digits.empty() && (digits[0] == '-' || digits[0] == '+');
+  if (!IsDigits(digits.substr(isSigned ? 1 : 0)) || digits.size() > 18) return std::nullopt;
+  int64_t value = 0;
+  for (const char c : digits.substr(isSigned ? 1 : 0)) value = value * 10 + (c - '0');
+  return digits[0] == '-' ? -value : value;
+}
+
 std::string IsoDate(std::string_view text) {
   struct Part {
     size_t at, width;
@@ -86,7 +85,7 @@ std::string IsoDate(std::string_view text) {
     if (text.size() < part.at + part.width) break;
     const std::string_view digits = text.substr(part.at, part.width);
     if (digits.find_first_not_of("- ") == std::string_view::npos) break;
-    const int value = IsDigits(digits) ? std::atoi(std::string(digits).c_str()) : -1;
+    const int value = IsDigits(digits) ? static_cast<int>(*NumberOf(digits)) : -1;
     if (value < part.least || value > part.most) return "";
     iso += part.front + std::string(digits);
   }

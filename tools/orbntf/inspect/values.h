@@ -1,6 +1,7 @@
 // What field texts mean.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,6 +10,8 @@
 
 namespace tool {
 
+/// A decimal number, spaces around it and a sign in front of it allowed; none for another text.
+std::optional<int64_t> NumberOf(std::string_view text);
 /// Whether a field means more than a text: a number, a date, a place or a colour.
 bool HasValue(const FieldTraits& traits);
 /// Writes its value: a number, a date as ISO 8601 as far as it is known, [row, column], "#RRGGBB"; null

@@ -25,8 +25,8 @@ std::string ResolveLinks(std::string path) {
     char target[PATH_MAX];
     const ssize_t length = readlink(path.c_str(), target, sizeof target);
     if (length < 0 || length == sizeof target) break;
-    const std::string next(target, static_cast<size_t>(length));
-    path = next[0] == '/' ? next : FolderOf(path) + "/" + next;
+    std::string next = target[0] == '/' ? "" : FolderOf(path) + "/";
+    path = next.append(target, static_cast<size_t>(length));
   }
   return path;
 }
