@@ -26,7 +26,7 @@ def fail(page, words):
 
 
 def run(command, folder, environment):
-    return subprocess.run(["bash", "-o", "pipefail", "-c", command], cwd=folder, env=environment, text=True,
+    return subprocess.run(["bash", "-c", command], cwd=folder, env=environment, text=True,
                           capture_output=True)
 
 
