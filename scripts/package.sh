@@ -4,10 +4,11 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/deps.sh package
-cmake -S . -B build/package -G Ninja -DCMAKE_BUILD_TYPE=Release -DORBNTF_TESTS=OFF -DCMAKE_INSTALL_PREFIX=/usr >/dev/null
-cmake --build build/package
-rm -f build/package/*.deb
-(cd build/package && cpack -G DEB | grep 'package:')
+cmake --preset release -DCMAKE_INSTALL_PREFIX=/usr >/dev/null
+cmake --build --preset release
+rm -rf build/package
+mkdir build/package
+(cd build/release && cpack -G DEB -B ../package | grep 'package:')
 
 as_root=()
 [ "$(id -u)" -eq 0 ] || as_root=(sudo)
