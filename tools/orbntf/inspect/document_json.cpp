@@ -100,41 +100,6 @@ void WriteRecord(JsonText& json, const FileHeader& header) {
   WriteValuesObject(json, header);
 }
 
-// Corners in decimal degrees and, counterclockwise and closed, as a GeoJSON polygon.
-void WriteGeography(JsonText& json, const ImageSubheader& header) {
-  const auto corners = CornersOf(header.ICORDS.text[0], header.IGEOLO.text);
-  if (!corners) return json.Null();
-  json.BeginObject();
-  json.Key("corners");
-  json.BeginArray();
-  for (const GeographicPoint& corner : *corners) {
-    json.BeginObject();
-    json.Key("latitude");
-    json.Real(corner.latitude);
-    json.Key("longitude");
-    json.Real(corner.longitude);
-    json.EndObject();
-  }
-  json.EndArray();
-  json.Key("geojson");
-  json.BeginObject();
-  json.Key("type");
-  json.String("Polygon");
-  json.Key("coordinates");
-  json.BeginArray();
-  json.BeginArray();
-  for (const size_t i : {0, 3, 2, 1, 0}) {
-    json.BeginArray();
-    json.Real((*corners)[i].longitude);
-    json.Real((*corners)[i].latitude);
-    json.EndArray();
-  }
-  json.EndArray();
-  json.EndArray();
-  json.EndObject();
-  json.EndObject();
-}
-
 void WriteBands(JsonText& json, const ImageSubheader& header) {
   if (header.bands.size() == 0) return;
   json.Key("bands");
@@ -176,7 +141,7 @@ void WriteRecord(JsonText& json, const ImageSubheader& header) {
   WriteValues(json, header);
   if (header.HasCoordinates()) {
     json.Key("IGEOLO");
-    WriteGeography(json, header);
+    WriteGeography(json, header.ICORDS.text[0], header.IGEOLO.text);
   }
   json.EndObject();
 }

@@ -112,6 +112,40 @@ std::optional<GeographicCorners> CornersOf(char icords, std::string_view igeolo)
   return corners;
 }
 
+void WriteGeography(JsonText& json, char icords, std::string_view igeolo) {
+  const auto corners = CornersOf(icords, igeolo);
+  if (!corners) return json.Null();
+  json.BeginObject();
+  json.Key("corners");
+  json.BeginArray();
+  for (const GeographicPoint& corner : *corners) {
+    json.BeginObject();
+    json.Key("latitude");
+    json.Real(corner.latitude);
+    json.Key("longitude");
+    json.Real(corner.longitude);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.Key("geojson");
+  json.BeginObject();
+  json.Key("type");
+  json.String("Polygon");
+  json.Key("coordinates");
+  json.BeginArray();
+  json.BeginArray();
+  for (const size_t i : {0, 3, 2, 1, 0}) {
+    json.BeginArray();
+    json.Real((*corners)[i].longitude);
+    json.Real((*corners)[i].latitude);
+    json.EndArray();
+  }
+  json.EndArray();
+  json.EndArray();
+  json.EndObject();
+  json.EndObject();
+}
+
 // Krueger's series to the third power of the third flattening: below a millimetre within a zone.
 GeographicPoint FromUtm(int zone, bool north, double easting, double northing) {
   constexpr double kAxis = 6378137.0, kFlattening = 1 / 298.257223563, kScale = 0.9996;

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string_view>
 
+#include "tools/orbntf/inspect/json_text.h"
+
 namespace tool {
 
 struct GeographicPoint {
@@ -17,6 +19,10 @@ using GeographicCorners = std::array<GeographicPoint, 4>;
 /// degrees, minutes and seconds, D decimal degrees, N and S UTM, U UTM in MGRS notation; none for
 /// anything else.
 std::optional<GeographicCorners> CornersOf(char icords, std::string_view igeolo);
+
+/// Writes the corners in decimal degrees and, counterclockwise and closed, as a GeoJSON polygon; null
+/// where there are none.
+void WriteGeography(JsonText& json, char icords, std::string_view igeolo);
 
 /// A point of a UTM zone on the WGS 84 ellipsoid, metres.
 GeographicPoint FromUtm(int zone, bool north, double easting, double northing);

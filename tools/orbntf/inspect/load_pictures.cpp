@@ -1,11 +1,10 @@
-// Pictures of PNG, TIFF and Netpbm files at their own depth.
+// Pictures of PNG and Netpbm files at their own depth.
 #include <algorithm>
+#include <cctype>
 #include <csetjmp>
 #include <cstring>
-#include <memory>
 
 #include <png.h>
-#include <tiffio.h>
 
 #include "hostkit/hostkit.h"
 #include "tools/orbntf/inspect/load.h"
@@ -74,95 +73,6 @@ int32_t DecodePng(png_structp png, png_infop info, Picture& picture, bool& hasAl
   return kHostOk;
 }
 
-// ---------------------------------------------------------------- TIFF
-
-struct TiffSource {
-  const std::string& bytes;
-  uint64_t position = 0;
-};
-tmsize_t ReadTiff(thandle_t handle, void* to, tmsize_t count) {
-  auto& source = *static_cast<TiffSource*>(handle);
-  const uint64_t left = source.bytes.size() - std::min<uint64_t>(source.position, source.bytes.size());
-  const auto moved =
-      static_cast<size_t>(std::min<uint64_t>(left, static_cast<uint64_t>(std::max<tmsize_t>(count, 0))));
-  if (moved != 0) std::memcpy(to, source.bytes.data() + source.position, moved);
-  source.position += moved;
-  return static_cast<tmsize_t>(moved);
-}
-toff_t SeekTiff(thandle_t handle, toff_t offset, int whence) {
-  auto& source = *static_cast<TiffSource*>(handle);
-  const uint64_t base = whence == SEEK_SET   ? 0
-                        : whence == SEEK_CUR ? source.position
-                                             : source.bytes.size();
-  return source.position = base + offset;
-}
-int DropTiffMessage(TIFF*, void*, const char*, const char*, va_list) { return 1; }
-
-using TiffPtr = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
-
-TiffPtr OpenTiff(TiffSource& source) {
-  constexpr tmsize_t kMostAtOnce = 256 << 20;
-  TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
-  if (options == nullptr) return {nullptr, &TIFFClose};
-  TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostAtOnce);
-  TIFFOpenOptionsSetErrorHandlerExtR(options, DropTiffMessage, nullptr);
-  TIFFOpenOptionsSetWarningHandlerExtR(options, DropTiffMessage, nullptr);
-  TIFF* tiff = TIFFClientOpenExt(
-      "picture", "rm", &source, ReadTiff, [](thandle_t, void*, tmsize_t) -> tmsize_t { return 0; },
-      SeekTiff, [](thandle_t) { return 0; },
-      [](thandle_t handle) -> toff_t { return static_cast<TiffSource*>(handle)->bytes.size(); }, nullptr,
-      nullptr, options);
-  TIFFOpenOptionsFree(options);
-  return {tiff, &TIFFClose};
-}
-
-// Rows of 16-bit samples, grey or colour, that stand in strips with their samples side by side.
-int32_t ReadDeepRows(TIFF* tiff, Picture& picture, uint16_t samples) {
-  std::vector<uint8_t> row(static_cast<size_t>(TIFFScanlineSize(tiff)));
-  const size_t wanted = size_t{picture.width} * picture.channels * 2;
-  if (row.size() < size_t{picture.width} * samples * 2) return kHostBadData;
-  picture.samples.resize(wanted * picture.height);
-  uint8_t* out = picture.samples.data();
-  for (uint32_t y = 0; y < picture.height; ++y) {
-    if (TIFFReadScanline(tiff, row.data(), y, 0) != 1) return kHostBadData;
-    for (size_t x = 0; x < picture.width; ++x) {
-      for (size_t c = 0; c < picture.channels; ++c, out += 2) {
-        uint16_t value;  // in host order
-        std::memcpy(&value, &row[2 * (x * samples + c)], sizeof value);
-        out[0] = static_cast<uint8_t>(value >> 8);
-        out[1] = static_cast<uint8_t>(value);
-      }
-    }
-  }
-  return kHostOk;
-}
-
-// Everything else as libtiff shows it, in 8 bits.
-int32_t ReadShownPixels(TIFF* tiff, Picture& picture) {
-  std::vector<uint32_t> pixels(size_t{picture.width} * picture.height);
-  if (TIFFReadRGBAImageOriented(tiff, picture.width, picture.height, pixels.data(), ORIENTATION_TOPLEFT,
-                                1) != 1)
-    return kHostBadData;
-  picture.bits = 8;
-  bool hasAlpha = false;
-  picture.samples.reserve(pixels.size() * (picture.channels + 1));
-  for (const uint32_t pixel : pixels) {
-    const uint32_t parts[] = {TIFFGetR(pixel), TIFFGetG(pixel), TIFFGetB(pixel)};
-    for (uint32_t c = 0; c < picture.channels; ++c)
-      picture.samples.push_back(static_cast<uint8_t>(parts[c]));
-    hasAlpha = hasAlpha || TIFFGetA(pixel) != 255;
-  }
-  if (!hasAlpha) return kHostOk;
-  // What libtiff gives is multiplied by its alpha: white shines through the rest.
-  for (size_t i = 0; i < pixels.size(); ++i) {
-    for (uint32_t c = 0; c < picture.channels; ++c)
-      picture.samples[i * picture.channels + c] = static_cast<uint8_t>(
-          std::min(255u, picture.samples[i * picture.channels + c] + 255 - TIFFGetA(pixels[i])));
-  }
-  picture.lostAlpha = true;
-  return kHostOk;
-}
-
 // ---------------------------------------------------------------- Netpbm
 
 // A number of the header; white space and comments stand in front of it.
@@ -196,33 +106,6 @@ int32_t LoadPng(const std::string& bytes, Picture& picture) {
   png_destroy_read_struct(&png, &info, nullptr);
   if (status == kHostOk && hasAlpha) BlendOnWhite(picture);
   return status;
-}
-
-int32_t LoadTiff(const std::string& bytes, Picture& picture) {
-  const std::string_view mark = std::string_view(bytes).substr(0, 4);
-  using namespace std::string_view_literals;
-  if (mark != "II*\0"sv && mark != "MM\0*"sv && mark != "II+\0"sv && mark != "MM\0+"sv)
-    return kHostNotRecognised;
-  TiffSource source{bytes};
-  const TiffPtr tiff = OpenTiff(source);
-  if (tiff == nullptr) return kHostBadData;
-  uint16_t bits = 1, samples = 1, photometric = PHOTOMETRIC_MINISBLACK, planar = PLANARCONFIG_CONTIG;
-  TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &picture.width);
-  TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &picture.height);
-  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_BITSPERSAMPLE, &bits);
-  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_SAMPLESPERPIXEL, &samples);
-  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_PLANARCONFIG, &planar);
-  TIFFGetField(tiff.get(), TIFFTAG_PHOTOMETRIC, &photometric);
-  if (!IsTakeable(picture)) return kHostNoMemory;
-  const bool grey = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE;
-  picture.channels = grey ? 1 : 3;
-  picture.bits = bits == 16 ? 16 : 8;
-  const bool plain = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_RGB;
-  const bool deep = bits == 16 && plain && samples >= picture.channels && planar == PLANARCONFIG_CONTIG &&
-                    TIFFIsTiled(tiff.get()) == 0;
-  if (!deep) return ReadShownPixels(tiff.get(), picture);
-  picture.lostAlpha = samples > picture.channels;
-  return ReadDeepRows(tiff.get(), picture, samples);
 }
 
 int32_t LoadNetpbm(const std::string& bytes, Picture& picture) {
