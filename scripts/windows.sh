@@ -31,7 +31,7 @@ check "orbntf.dll does not export what its header declares" \
   <(declared_in ORB_API include/orbntf/orbntf.h) <(exports_of "$bin/orbntf.dll")
 # The handlers belong to the Windows calls, which Windows supplies itself.
 check "hostkit.dll does not export what the host's headers declare" \
-  <(declared_in ORB_HOST_API host/{kernel,display,vector,fileformat}.h hostkit/hostkit.h |
+  <(declared_in ORB_HOST_API host/{kernel,display,vector,fileformat}.h include/orbntf/host.h hostkit/hostkit.h |
     grep -v '^HostkitSet.*Handler$') <(exports_of "$bin/hostkit.dll")
 
 for dll in orbntf hostkit; do
