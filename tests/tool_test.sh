@@ -1,20 +1,11 @@
 #!/usr/bin/env bash
 # The tool as a person uses it. Arguments: the tool, a scratch folder.
 set -euo pipefail
+. "$(dirname "$0")/support/tool.sh"
 tool=$1
 scratch=$(mktemp -d "$2/tool-XXXXXX")
 trap 'rm -rf "$scratch"' EXIT
 cd "$scratch"
-
-fail() { echo "tool_test: $*" >&2; exit 1; }
-# expect CODE WORDS COMMAND...: exit code and words on standard error.
-expect() {
-  local code=$1 words=$2 got=0
-  shift 2
-  "$@" >out.txt 2>err.txt || got=$?
-  [ "$got" -eq "$code" ] || fail "$*: exit $got, not $code: $(cat err.txt)"
-  [ -z "$words" ] || grep -qF -- "$words" err.txt || fail "$*: '$words' not in: $(cat err.txt)"
-}
 
 printf 'P6\n4 3\n255\n%s' "abcdefghijklmnopqrstuvwxyzABCDEFGHIJ" >tiny.ppm
 printf 'Some words' >words.txt

@@ -1,20 +1,11 @@
 #!/usr/bin/env bash
 # What the tool says of files, how it takes many, and what it makes. Arguments: the tool, a scratch folder.
 set -euo pipefail
+. "$(dirname "$0")/support/tool.sh"
 tool=$1
 scratch=$(mktemp -d "$2/words-XXXXXX")
 trap 'rm -rf "$scratch"' EXIT
 cd "$scratch"
-
-fail() { echo "tool_words_test: $*" >&2; exit 1; }
-# expect CODE WORDS COMMAND...: exit code and words on standard error.
-expect() {
-  local code=$1 words=$2 got=0
-  shift 2
-  "$@" >out.txt 2>err.txt || got=$?
-  [ "$got" -eq "$code" ] || fail "$*: exit $got, not $code: $(cat err.txt)"
-  [ -z "$words" ] || grep -qF -- "$words" err.txt || fail "$*: '$words' not in: $(cat err.txt)"
-}
 # shows WORDS COMMAND...: words on standard output.
 shows() {
   local words=$1 got=0
