@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <new>
 #include <set>
 
 #include "hostkit/hostkit.h"
@@ -72,14 +73,23 @@ class Job {
     (void)std::fflush(nullptr);
     process_ = fork();
     if (process_ != 0) return;
-    int code = work(file, out_.get());
+    // Nothing may leave this process but by its end: what the caller holds is the parent's.
+    int code = kExitStatus;
+    try {
+      code = work(file, out_.get());
+    } catch (const std::bad_alloc&) {
+      std::fputs("orbntf: status -1: out of memory\n", stderr);
+    }
     if (std::fflush(out_.get()) != 0) code = kExitStatus;
     _exit(code);
   }
   /// Waits for the end and prints; the exit code.
   int Finish() {
     int status = 0;
-    if (process_ <= 0) return kExitStatus;
+    if (process_ <= 0) {
+      std::fputs("orbntf: no process could be started for a file\n", stderr);
+      return kExitStatus;
+    }
     while (waitpid(process_, &status, 0) < 0) {
       if (errno != EINTR) return kExitStatus;
     }

@@ -50,7 +50,7 @@ int32_t AppendPicture(Document& document, const Item& item, std::string& words, 
     if (status == ORB_INVALID_PARAMETER && large) words = "a side of more than 9998; --lossless takes it";
     return status;
   }
-  if (picture.lostAlpha) warning = "its transparency is dropped, blended with white";
+  if (picture.lostAlpha) warning = "its transparency is dropped";
   return item.placed ? PlaceImage(document, item) : status;
 }
 

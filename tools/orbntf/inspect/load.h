@@ -11,7 +11,7 @@ namespace tool {
 /// A picture's samples, rows from the top, one or three to a pixel; those of 16 bits are big-endian.
 struct Picture {
   uint32_t width = 0, height = 0, channels = 1, bits = 8;
-  bool lostAlpha = false;  ///< it was blended with white
+  bool lostAlpha = false;  ///< blended with white, or left out of deep TIFF samples
   std::vector<uint8_t> samples;
 
   /// Loads a PNG, JPEG, TIFF, PPM or PGM file, or whatever else the host decodes. A host status.
