@@ -8,49 +8,15 @@
 #include <vector>
 
 #include "hostkit/hostkit.h"
-#include "orbntf/orbntf.h"
+#include "orbntf/orbntf.hpp"
 #include "tools/orbntf/inspect/words.h"
 
 namespace tool {
-namespace {
-
-struct Meaning {
-  int32_t status;
-  const char* text;
-};
-constexpr Meaning kMeanings[] = {
-    {ORB_SUCCESS, "success"},
-    {ORB_LIMIT_REACHED, "limit of 999 segments of one kind reached"},
-    {ORB_NO_SUCH_RECORD, "no such segment"},
-    {ORB_OUT_OF_MEMORY, "more memory than there is, or a picture too large"},
-    {ORB_NO_BITMAP, "no usable bitmap"},
-    {ORB_SHORT_WRITE, "the output could not be written"},
-    {ORB_SHORT_READ, "the file ends too early, or cannot be read"},
-    {ORB_BAD_STRUCTURE, "not the expected NITF structure"},
-    {ORB_FILE_NOT_FOUND, "no such file"},
-    {ORB_INVALID_PARAMETER, "invalid value"},
-    {ORB_TEXT_NOT_OPENED, "the text file cannot be opened"},
-    {ORB_UNSUPPORTED, "not supported"},
-    {kHostNotRecognised, "not a known image format"},
-    {kHostOverBudget, "more work than the file and its picture are worth"},
-    {ORB_BAD_QUALITY, "quality factor out of range"},
-    {ORB_BAD_BITMAP_DEPTH, "bits per pixel neither 24 nor 8"},
-    {ORB_BAD_VERSION, "version is not 02.10"},
-    {ORB_NULL_HANDLE, "no document"},
-    {ORB_EMPTY_DRAWING, "empty drawing"},
-    {ORB_NO_DATA, "no data"},
-    {ORB_BAD_PIXEL_TYPE, "unsupported pixel value type"},
-    {ORB_BAD_COMPLEXITY, "unsupported complexity level"},
-    {ORB_BAD_SAMPLE_DEPTH, "more than one band of 16 bits"},
-};
-
-}  // namespace
 
 const char* MeaningOf(int32_t status) {
-  for (const Meaning& meaning : kMeanings) {
-    if (meaning.status == status) return meaning.text;
-  }
-  return "failure of a host library";
+  if (status == kHostNotRecognised) return "not a known image format";
+  if (status == kHostOverBudget) return "more work than the file and its picture are worth";
+  return orbntf::TextOf(static_cast<orbntf::Status>(status));
 }
 
 namespace {
