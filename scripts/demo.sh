@@ -9,7 +9,7 @@ cmake --build --preset release
 bin=build/release/bin
 mkdir -p out
 "$bin/make_demo" out
-"$bin/orbntf" new -o out/demo.ntf --image out/demo-terrain.png --quality 20 --image out/demo-chart.png \
+"$bin/orbntf" new -o out/demo.ntf --station Demo --image out/demo-terrain.png --quality 20 --image out/demo-chart.png \
   --at 36,420 --quality 2 --graphic out/demo-symbols.cgm --at 150,60 --text out/demo-notes.txt
 "$bin/orbntf" info out/demo.ntf
 "$bin/orbntf" render out/demo.ntf -o out/demo.png

@@ -39,7 +39,11 @@ bool IsSameFile(const std::string& a, const std::string& b);
 /// A command's work; the result is the exit code.
 using Work = std::function<int()>;
 
+/// The folder of record definitions that the command line names; empty for none.
+std::string RecordFolder(const CLI::App& app);
+
 void AddInfo(CLI::App& app, Work& work);
+void AddCheck(CLI::App& app, Work& work);
 void AddRender(CLI::App& app, Work& work);
 void AddText(CLI::App& app, Work& work);
 void AddGraphic(CLI::App& app, Work& work);

@@ -29,9 +29,36 @@ void PrintFileHeader(std::FILE* out, const std::string& path, const NitfFile& do
                header.background & 255, header.background >> 8 & 255, header.background >> 16);
 }
 
-void PrintSegments(std::FILE* out, const NitfFile& document) {
+// A line of tags, or what the records say.
+void PrintRecords(std::FILE* out, const std::vector<TaggedRecord>& records, bool decoded) {
+  if (records.empty()) return;
+  if (!decoded) std::fputs("    records:", out);
+  for (const TaggedRecord& record : records) {
+    const std::string tag = record.tag.empty() ? "(broken)" : Shown(record.tag);
+    std::fputs(decoded ? DescribeRecord(record, "    ").c_str() : (" " + tag).c_str(), out);
+  }
+  if (!decoded) std::fputc('\n', out);
+}
+
+class RecordPrinter {
+ public:
+  RecordPrinter(std::FILE* out, const RecordLists& records, bool decoded)
+      : out_(out), records_(records), decoded_(decoded) {}
+  void Print(PartKind kind, uint32_t index) const {
+    PrintRecords(out_, records_.Of(kind, index), decoded_);
+  }
+
+ private:
+  std::FILE* out_;
+  const RecordLists& records_;
+  bool decoded_;
+};
+
+void PrintSegments(std::FILE* out, const NitfFile& document, const RecordPrinter& records) {
   for (const ImageSubheader& image : document.images) {
-    if (image.parsed) Print(out, image);
+    if (!image.parsed) continue;
+    Print(out, image);
+    records.Print(PartKind::Image, image.index);
   }
   for (const GraphicSubheader& graphic : document.graphics) {
     if (!graphic.parsed) continue;
@@ -39,36 +66,42 @@ void PrintSegments(std::FILE* out, const NitfFile& document) {
                  graphic.index, Shown(graphic.SNAME.text).c_str(), Shown(graphic.SFMT.text).c_str(),
                  graphic.SDLVL.value, graphic.SALVL.value, graphic.SLOC.Row(), graphic.SLOC.Column(),
                  document.DataLength(SegmentKind::Graphic, graphic.index));
+    records.Print(PartKind::Graphic, graphic.index);
   }
   for (const TextSubheader& text : document.texts) {
     if (!text.parsed) continue;
     std::fprintf(out, "  text %u: \"%s\" %s, %u bytes\n", text.index, Shown(text.TXTITL.text).c_str(),
                  Shown(text.TXTFMT.text).c_str(), document.DataLength(SegmentKind::Text, text.index));
+    records.Print(PartKind::Text, text.index);
   }
   for (const DataExtensionSubheader& extension : document.dataExtensions) {
     if (!extension.parsed) continue;
     std::fprintf(out, "  data extension %u: %s, %u bytes\n", extension.index,
                  Shown(extension.DESID.text).c_str(),
                  document.DataLength(SegmentKind::DataExtension, extension.index));
+    records.Print(PartKind::DataExtension, extension.index);
   }
 }
 
-void PrintForPeople(std::FILE* out, const std::string& path, const Inspection& file) {
+void PrintForPeople(std::FILE* out, const std::string& path, const Inspection& file,
+                    const RecordPrinter& records) {
   if (!file.document.headerPresent) return;
   PrintFileHeader(out, path, file.document);
   if (file.status == ORB_SUCCESS) std::fprintf(out, "  composite %u x %u\n", file.width, file.height);
-  PrintSegments(out, file.document);
+  records.Print(PartKind::File, 0);
+  PrintSegments(out, file.document, records);
 }
 
 struct InfoOptions {
   BatchOptions batch;
-  bool json = false, lines = false;
+  bool json = false, lines = false, records = false;
+  RecordDefinitions definitions;
 };
 
-void PrintJson(std::FILE* out, const std::string& path, const Inspection& file, bool onOneLine,
-               bool inArray) {
+void PrintJson(std::FILE* out, const std::string& path, const Inspection& file,
+               const RecordLists& records, bool onOneLine, bool inArray) {
   JsonText json(!onOneLine, inArray ? 1 : 0);
-  WriteFile(json, path, file);
+  WriteFile(json, path, file, records);
   if (inArray) std::fputs("  ", out);
   std::fwrite(json.Text().data(), 1, json.Text().size(), out);
   if (!inArray) std::fputc('\n', out);
@@ -77,10 +110,11 @@ void PrintJson(std::FILE* out, const std::string& path, const Inspection& file, 
 int ShowFile(const InfoOptions& options, const std::string& path, bool inArray, std::FILE* out) {
   Inspection file;
   file.Read(path);
+  const RecordLists records(path, options.definitions);
   if (options.json || options.lines) {
-    PrintJson(out, path, file, options.lines, inArray);
+    PrintJson(out, path, file, records, options.lines, inArray);
   } else {
-    PrintForPeople(out, path, file);
+    PrintForPeople(out, path, file, RecordPrinter(out, records, options.records));
   }
   if (file.status == ORB_SUCCESS) return kExitOk;
   if (const std::string why = WhyUnreadable(path); !why.empty())
@@ -88,7 +122,9 @@ int ShowFile(const InfoOptions& options, const std::string& path, bool inArray, 
   return ReportDocument("info", path, file.document, file.status);
 }
 
-int RunInfo(const InfoOptions& options) {
+int RunInfo(InfoOptions& options, const std::string& folder) {
+  if (const std::string problem = TakeRecordFolder(folder, options.definitions); !problem.empty())
+    return Refuse("info", problem);
   const std::vector<BatchFile> files = FilesOf(options.batch);
   const bool inArray = options.json && !options.lines && files.size() != 1;
   const BatchFrame frame =
@@ -108,7 +144,10 @@ void AddInfo(CLI::App& app, Work& work) {
   AddBatchOptions(*command, options->batch);
   command->add_flag("--json", options->json, "print JSON, an array for several files");
   command->add_flag("--json-lines", options->lines, "print one JSON object a line");
-  command->callback([&work, options] { work = [options] { return RunInfo(*options); }; });
+  command->add_flag("--records", options->records, "decode the tagged records");
+  command->callback([&app, &work, options] {
+    work = [&app, options] { return RunInfo(*options, RecordFolder(app)); };
+  });
 }
 
 }  // namespace tool

@@ -87,6 +87,26 @@ void WritePlace(JsonText& json, const NitfFile& document, SegmentKind kind, uint
   json.EndObject();
 }
 
+PartKind PartOf(SegmentKind kind) {
+  switch (kind) {
+    case SegmentKind::Image:
+      return PartKind::Image;
+    case SegmentKind::Graphic:
+      return PartKind::Graphic;
+    case SegmentKind::Text:
+      return PartKind::Text;
+    default:
+      return PartKind::DataExtension;
+  }
+}
+
+void WriteTagged(JsonText& json, const RecordLists& records, PartKind kind, uint32_t index) {
+  const std::vector<TaggedRecord> list = records.Of(kind, index);
+  if (list.empty()) return;
+  json.Key("records");
+  WriteRecords(json, list);
+}
+
 void WriteRecord(JsonText& json, const FileHeader& header) {
   WriteFields(json, header);
   for (const SegmentLengthFields& names : kSegmentLengths) {
@@ -170,7 +190,7 @@ void WriteRecord(JsonText& json, const DataExtensionSubheader& header) {
 // The subheaders that parsed.
 template <class R>
 void WriteList(JsonText& json, const char* name, const NitfFile& document, SegmentKind kind,
-               const SegmentList<R>& list) {
+               const SegmentList<R>& list, const RecordLists& records) {
   json.Key(name);
   json.BeginArray();
   for (const R& record : list) {
@@ -179,12 +199,18 @@ void WriteList(JsonText& json, const char* name, const NitfFile& document, Segme
     WriteRecord(json, record);
     WriteNumber(json, "index", record.index);
     WritePlace(json, document, kind, record.index);
+    WriteTagged(json, records, PartOf(kind), record.index);
     json.EndObject();
   }
   json.EndArray();
 }
 
 }  // namespace
+
+std::vector<TaggedRecord> RecordLists::Of(PartKind kind, uint32_t index) const {
+  const SurveyedPart* part = survey_.Find(kind, index);
+  return part != nullptr ? RecordsOf(*part, definitions_) : std::vector<TaggedRecord>();
+}
 
 void Inspection::Read(const std::string& path) {
   const std::u16string wide = Widen(path);
@@ -201,7 +227,8 @@ void Inspection::Read(const std::string& path) {
   if (status == ORB_SUCCESS) status = GetActual_Width_Height(&document, &width, &height);
 }
 
-void WriteFile(JsonText& json, const std::string& path, const Inspection& file) {
+void WriteFile(JsonText& json, const std::string& path, const Inspection& file,
+               const RecordLists& records) {
   const NitfFile& document = file.document;
   json.BeginObject();
   WriteNumber(json, "formatVersion", kFormatVersion);
@@ -225,12 +252,16 @@ void WriteFile(JsonText& json, const std::string& path, const Inspection& file) 
   json.EndObject();
   json.Key("fileHeader");
   json.BeginObject();
-  if (document.headerPresent) WriteRecord(json, document.header);
+  if (document.headerPresent) {
+    WriteRecord(json, document.header);
+    WriteTagged(json, records, PartKind::File, 0);
+  }
   json.EndObject();
-  WriteList(json, "images", document, SegmentKind::Image, document.images);
-  WriteList(json, "graphics", document, SegmentKind::Graphic, document.graphics);
-  WriteList(json, "texts", document, SegmentKind::Text, document.texts);
-  WriteList(json, "dataExtensions", document, SegmentKind::DataExtension, document.dataExtensions);
+  WriteList(json, "images", document, SegmentKind::Image, document.images, records);
+  WriteList(json, "graphics", document, SegmentKind::Graphic, document.graphics, records);
+  WriteList(json, "texts", document, SegmentKind::Text, document.texts, records);
+  WriteList(json, "dataExtensions", document, SegmentKind::DataExtension, document.dataExtensions,
+            records);
   json.EndObject();
 }
 

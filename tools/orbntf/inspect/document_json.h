@@ -5,6 +5,7 @@
 
 #include "Common/NitfFile.h"
 #include "tools/orbntf/inspect/json_text.h"
+#include "tools/orbntf/records/records.h"
 
 namespace tool {
 
@@ -18,7 +19,20 @@ struct Inspection {
   void Read(const std::string& path);
 };
 
+/// The tagged records of a file's headers.
+class RecordLists {
+ public:
+  RecordLists(const std::string& path, const RecordDefinitions& definitions)
+      : survey_(path), definitions_(definitions) {}
+  std::vector<TaggedRecord> Of(PartKind kind, uint32_t index) const;
+
+ private:
+  Survey survey_;
+  const RecordDefinitions& definitions_;
+};
+
 /// Writes an object; docs/info.schema.json describes it.
-void WriteFile(JsonText& json, const std::string& path, const Inspection& file);
+void WriteFile(JsonText& json, const std::string& path, const Inspection& file,
+               const RecordLists& records);
 
 }  // namespace tool

@@ -16,8 +16,8 @@ std::string_view Trimmed(std::string_view text) { return text.substr(0, text.fin
 
 bool IsLeapYear(int year) { return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0; }
 
-// Whether digits "CCYYMMDD" name a day that there was.
-bool IsDay(std::string_view text) {
+// Whether digits "CCYYMMDD" begin a text and name a day that there was.
+bool BeginsWithDay(std::string_view text) {
   constexpr int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   if (text.size() < 8 || text.substr(0, 8).find_first_not_of("0123456789") != std::string_view::npos)
     return false;
@@ -30,17 +30,11 @@ bool IsDay(std::string_view text) {
 }
 
 std::string ProblemOfTime(std::string_view value) {
-  const bool complete =
-      value.size() == 14 && value.find_first_not_of("0123456789") == std::string_view::npos;
-  if (complete && IsDay(value) && !IsoDate(value).empty()) return "";
-  // Parts that are not known are dashes.
-  if (value.size() == 14 && value.find('-') != std::string_view::npos && !IsoDate(value).empty())
-    return "";
-  return "not a date and time, CCYYMMDDhhmmss";
+  return IsTime(value) ? "" : "not a date and time, CCYYMMDDhhmmss";
 }
 
 std::string ProblemOfDay(std::string_view value) {
-  return Trimmed(value).empty() || (value.size() == 8 && IsDay(value)) ? "" : "not a date, CCYYMMDD";
+  return Trimmed(value).empty() || IsDay(value) ? "" : "not a date, CCYYMMDD";
 }
 
 // Fields whose texts are in a list; prefixes of the security fields are left off.
@@ -100,6 +94,14 @@ std::string ProblemOfPlace(const NitfFile& document, const Target& target, std::
 }
 
 }  // namespace
+
+bool IsDay(std::string_view text) { return text.size() == 8 && BeginsWithDay(text); }
+
+bool IsTime(std::string_view text) {
+  if (text.size() != 14 || IsoDate(text).empty()) return false;
+  return text.find('-') != std::string_view::npos ||
+         (text.find_first_not_of("0123456789") == std::string_view::npos && BeginsWithDay(text));
+}
 
 bool DescribesPixels(const std::string& name) {
   constexpr std::string_view kNames[] = {"NROWS", "NCOLS", "PVTYPE", "ABPP",  "PJUST", "IC",  "COMRAT",

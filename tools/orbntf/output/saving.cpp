@@ -1,5 +1,6 @@
 // Saving a document so that what appears under the output's name is a file that opens with everything in
 // it.
+#include "tools/orbntf/check/check_file.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/output.h"
@@ -34,6 +35,8 @@ int SaveAs(const std::string& command, Document& document, const std::string& in
   Output file(output);
   if (file.Path().empty()) return Report(command, output, ORB_SHORT_WRITE, file.Problem());
   if (const int code = SaveSoundly(command, document, file.Path(), output); code != kExitOk) return code;
+  // A copy is as good as its original.
+  if (command != "copy") WarnOfFaults(command, file.Path(), output);
   return Report(command, output, file.Commit() ? ORB_SUCCESS : ORB_SHORT_WRITE, file.Problem());
 }
 

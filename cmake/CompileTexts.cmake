@@ -1,0 +1,22 @@
+# compile_texts(SOURCE VARIABLE HEADER FILE...): makes a source file that defines a list of the files' names and
+# texts, which are compiled into a program.
+function(compile_texts source variable header)
+  set(rows "")
+  foreach(file ${ARGN})
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+    get_filename_component(name ${file} NAME)
+    file(READ ${file} text)
+    # A literal holds at most 65535 bytes: longer texts are several, one behind the other.
+    string(LENGTH "${text}" length)
+    set(literals "")
+    set(at 0)
+    while(at LESS length)
+      string(SUBSTRING "${text}" ${at} 8000 piece)
+      string(APPEND literals "\n    R\"~~~(${piece})~~~\"")
+      math(EXPR at "${at} + 8000")
+    endwhile()
+    string(APPEND rows "  {\"${name}\",${literals}},\n")
+  endforeach()
+  set(CONTENT "#include \"${header}\"\n\nnamespace tool {\nnamespace {\n\nconstexpr CompiledText kTexts[] = {\n${rows}};\n\n}  // namespace\n\nconst std::span<const CompiledText> ${variable}(kTexts);\n\n}  // namespace tool\n")
+  file(CONFIGURE OUTPUT ${source} CONTENT "@CONTENT@" @ONLY)
+endfunction()

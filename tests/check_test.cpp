@@ -1,0 +1,239 @@
+// The rules: every one is broken by a file that breaks no other.
+#include "tests/support/metafile.h"
+#include "tests/support/sound.h"
+#include "tests/support/support.h"
+#include "tools/orbntf/check/rule.h"
+
+namespace {
+
+using test::Broken;
+using test::Change;
+using test::ChangeImage;
+using test::Digits;
+using test::ImageForm;
+using test::NitfBuilder;
+using namespace std::string_literals;
+
+class CheckTest : public test::ModuleTest {};
+
+Broken Header(const std::string& rule, const std::string& field, const std::string& text) {
+  return Change(rule, [=](NitfBuilder& file) { file.header.Set(field, text); });
+}
+
+// Fields of classification, beside a system that they belong to.
+Broken Security(const std::string& rule, const std::vector<std::pair<std::string, std::string>>& fields) {
+  return Change(rule, [=](NitfBuilder& file) {
+    file.header.Set("FSCLSY", "US");
+    for (const auto& [name, text] : fields) file.header.Set(name, text);
+  });
+}
+
+// Records in an area of the image.
+void PutRecords(NitfBuilder& file, const std::string& records, const std::string& overflow = "000") {
+  file.images[0]
+      .subheader.Set("IXSHDL", static_cast<int64_t>(3 + records.size()))
+      .InsertAfter("IXSHDL", "IXS", overflow + records);
+}
+
+std::string Reserved() {
+  NitfBuilder file = test::SoundFile();
+  std::string subheader = test::DataExtensionRecord("XML_DATA_CONTENT").Bytes();
+  subheader[0] = 'R';
+  file.header.Set("NUMRES", 1)
+      .InsertAfter("NUMRES", "LRE", Digits(static_cast<int64_t>(subheader.size()), 4) + "0000000");
+  const std::string bytes = file.Bytes() + subheader;
+  return file.Patch("FL", Digits(static_cast<int64_t>(bytes.size()), 12)).Bytes() + subheader;
+}
+
+// A header that waits for its length, which the replacement data at the end has.
+std::string Streamed() {
+  constexpr size_t kFront = 360;
+  NitfBuilder file = test::SoundFile();
+  file.extensions.push_back({test::DataExtensionRecord("STREAMING_FILE_HEADER"), ""});
+  const auto data = [](const std::string& front) {
+    const std::string length = Digits(static_cast<int64_t>(front.size()), 7);
+    return length + "\x0A\x6E\x1D\x97" + front + "\x0E\xCA\x14\xBF" + length;
+  };
+  file.extensions[0].data = data(std::string(kFront, ' '));
+  file.extensions[0].data = data(file.Bytes().substr(0, kFront));
+  return file.Patch("FL", "999999999999").Bytes();
+}
+
+TEST_F(CheckTest, ASoundFileBreaksNoRule) {
+  EXPECT_EQ(test::RulesBroken(test::SoundFile().Bytes()), std::set<std::string>());
+  NitfBuilder linked = test::SoundFile();
+  PutRecords(linked, "", "001");
+  linked.extensions.push_back({test::DataExtensionRecord("TRE_OVERFLOW"), "TAGONE00003abc"});
+  linked.extensions[0].subheader.Set("DESOFLW", "IXSHD").Set("DESITEM", 1);
+  EXPECT_EQ(test::RulesBroken(linked.Bytes()), std::set<std::string>());
+}
+
+TEST_F(CheckTest, TheFileHeader) {
+  test::ExpectBroken({
+      Header("file.mark", "FVER", "02.20"),
+      Header("file.type", "STYPE", "BF02"),
+      Header("file.station", "OSTAID", ""),
+      Header("date.form", "FDT", "20260231120000"),
+      ChangeImage("date.form", "IDATIM", "20261324120000"),
+      Header("file.date", "FDT", "19700101000000"),
+      Header("file.date", "FDT", "29990101000000"),
+      Header("file.copies", "FSCOP", "00002"),
+      ChangeImage("header.encryption", "ENCRYP", "1"),
+      Header("file.numx", "NUMX", "001"),
+      {"file.reserved", Reserved},
+      Header("header.characters", "FTITLE", "a\x01z"),
+      ChangeImage("segment.mark", "IM", "XX"),
+  });
+}
+
+TEST_F(CheckTest, Lengths) {
+  const std::string sound = test::SoundFile().Bytes();
+  const auto withLength = [sound](int64_t change) {
+    return Digits(static_cast<int64_t>(sound.size()) + change, 12);
+  };
+  test::ExpectBroken({
+      Change("file.length", [=](NitfBuilder& file) { file.Patch("FL", withLength(1)); }),
+      Change("file.header", [](NitfBuilder& file) { file.header.InsertAfter("XHDL", "PAD", "    "); }),
+      {"file.sum", [=] { return test::SoundFile().Patch("FL", withLength(1)).Bytes() + "x"; }},
+      Change("file.placeholder", [](NitfBuilder& file) { file.Patch("FL", "999999999999"); }),
+      {"file.streamed", Streamed},
+      Change("segment.subheader",
+             [](NitfBuilder& file) { file.images[0].subheader.InsertAfter("IXSHDL", "PAD", "  "); }),
+      {"segment.data",
+       [=] {
+         NitfBuilder file = test::SoundFile().Patch("FL", withLength(-3));
+         file.texts[0].data = "A line";
+         const std::string bytes = file.Bytes();
+         return bytes.substr(0, bytes.size() - 1);
+       }},
+  });
+}
+
+TEST_F(CheckTest, ComplexityLevels) {
+  const auto images = [](NitfBuilder& file) {
+    for (int i = 0; i < 20; ++i) file.Image(ImageForm{.level = 10 + i}, std::string(64, 'i'));
+  };
+  const auto extensions = [](NitfBuilder& file) {
+    for (int i = 0; i < 11; ++i)
+      file.extensions.push_back({test::DataExtensionRecord("XML_DATA_CONTENT"), "x"});
+  };
+  const auto graphics = [](NitfBuilder& file) {
+    std::string body;
+    for (int i = 0; i < 22; ++i) body += test::Element(4, 1, std::string(28000, '\0'));
+    file.graphics[0].data = test::Metafile(body);
+    file.Graphic(file.graphics[0].subheader, file.graphics[0].data).graphics[1].subheader.Set("SDLVL", 3);
+  };
+  test::ExpectBroken({
+      Header("level.number", "CLEVEL", "04"),
+      ChangeImage("level.canvas", "ILOC", "0204100000"),
+      Change("level.size",
+             [](NitfBuilder& file) {
+               file.extensions.push_back(
+                   {test::DataExtensionRecord("XML_DATA_CONTENT"), std::string(50 << 20, 'x')});
+             }),
+      test::Other("level.bands", {.bands = 10, .representation = "MULTI"},
+                  [] { return std::string(640, 'b'); }),
+      Change("level.images", images),
+      Change("level.extensions", extensions),
+      Change("level.graphics", graphics),
+      Header("level.lowest", "CLEVEL", "05"),
+  });
+}
+
+TEST_F(CheckTest, Classification) {
+  test::ExpectBroken({
+      Header("security.class", "FSCLAS", "X"),
+      ChangeImage("security.order", "ISCLAS", "R"),
+      Header("security.system", "FSCODE", "AB"),
+      Security("security.type", {{"FSDCTP", "ZZ"}}),
+      Security("security.declassification", {{"FSDCTP", "DD"}}),
+      Security("security.declassification", {{"FSDCTP", "X"}, {"FSDCXM", "X1"}, {"FSDCDT", "20270101"}}),
+      Security("security.exemption", {{"FSDCXM", "X1"}}),
+      Security("security.downgrade", {{"FSDG", "S"}}),
+      Security("security.downgrade", {{"FSDG", "U"}, {"FSDCTP", "GE"}}),
+      Security("security.downgrade.date", {{"FSDCTP", "GE"}, {"FSDG", "S"}, {"FSDGDT", "20270101"}}),
+      Security("security.dates", {{"FSSRDT", "20261301"}}),
+      Security("security.authority", {{"FSCATP", "Z"}}),
+      Security("security.reason", {{"FSCRSN", "Z"}}),
+  });
+}
+
+TEST_F(CheckTest, RecordsAndExtensions) {
+  const auto extension = [](const std::string& id) {
+    return [id](NitfBuilder& file) { file.extensions.push_back({test::DataExtensionRecord(id), "x"}); };
+  };
+  test::ExpectBroken({
+      ChangeImage("records.length", "IXSHDL", "00002"),
+      Change("records.end", [](NitfBuilder& file) { PutRecords(file, "TAGONE00000TAG"); }),
+      Change("records.end", [](NitfBuilder& file) { PutRecords(file, "TAGONE00009abc"); }),
+      Change("records.fit", [](NitfBuilder& file) { PutRecords(file, "BLOCKA00003abc"); }),
+      Change("extension.name", extension("UNKNOWN")),
+      Change("extension.overflow", [](NitfBuilder& file) { PutRecords(file, "", "001"); }),
+      Change("extension.back",
+             [](NitfBuilder& file) {
+               file.extensions.push_back({test::DataExtensionRecord("TRE_OVERFLOW"), ""});
+             }),
+  });
+}
+
+TEST_F(CheckTest, GraphicsAndTexts) {
+  const auto graphic = [](const std::string& rule, const std::string& field, const std::string& text) {
+    return Change(rule, [=](NitfBuilder& file) { file.graphics[0].subheader.Set(field, text); });
+  };
+  const auto drawing = [](const std::string& rule, const std::string& data) {
+    return Change(rule, [=](NitfBuilder& file) { file.graphics[0].data = data; });
+  };
+  const auto text = [](const std::string& rule, const std::string& data, const char* form = "STA") {
+    return Change(rule, [=](NitfBuilder& file) {
+      file.texts[0].data = data;
+      file.texts[0].subheader.Set("TXTFMT", form);
+    });
+  };
+  const std::string line = test::Element(4, 1, test::I({1, 1, 9, 9})), sound = test::Metafile(line);
+  test::ExpectBroken({
+      graphic("graphic.form", "SFMT", "B"),
+      graphic("graphic.colour", "SCOLOR", "X"),
+      graphic("graphic.bounds", "SBND1", "0001100000"),
+      drawing("cgm.begin", sound.substr(8)),
+      drawing("cgm.begin", ""),
+      drawing("cgm.end", sound.substr(0, sound.size() - 2)),
+      drawing("cgm.end", sound.substr(0, sound.size() - 6)),
+      drawing("cgm.picture", test::Metafile("", line)),
+      drawing("cgm.version", test::Metafile(line, test::Element(1, 1, test::I({3})))),
+      drawing("cgm.profile", test::Metafile(test::Element(6, 1, test::I({1, 2})))),
+      text("text.format", "A", "XXX"),
+      text("text.length", ""),
+      text("text.characters", "A\x80"),
+      text("text.characters", "A\xC3", "U8S"),
+      text("text.lines", "A\nB\r\n"),
+  });
+  EXPECT_EQ(test::RulesBroken(text("", "\xC3\xA4\r\n", "U8S").file()), std::set<std::string>());
+}
+
+TEST_F(CheckTest, LevelsAndPlaces) {
+  test::ExpectBroken({
+      ChangeImage("place.level", "IDLVL", "000"),
+      ChangeImage("place.unique", "IDLVL", "002"),
+      ChangeImage("place.attachment", "IALVL", "007"),
+      ChangeImage("place.lower", "IALVL", "002"),
+      ChangeImage("place.form", "ILOC", "ABCDE00000"),
+      ChangeImage("place.origin", "ILOC", "-000100000"),
+      Change("place.chain",
+             [](NitfBuilder& file) {
+               file.Image(ImageForm{.level = 3, .attachment = 1, .location = "0000800000"},
+                          std::string(64, 'c'));
+             }),
+  });
+}
+
+// Rules that no file breaks would never be seen to fail.
+TEST_F(CheckTest, RulesAreToldApart) {
+  std::set<std::string> ids;
+  for (const tool::Rule* rule : tool::AllRules()) {
+    EXPECT_TRUE(ids.insert(rule->id).second) << rule->id << " stands for two rules";
+    EXPECT_EQ(std::string(rule->sentence).back(), '.') << rule->id;
+  }
+  EXPECT_GE(ids.size(), 70u);
+}
+
+}  // namespace

@@ -1,0 +1,260 @@
+// Tagged records: definitions, what they decode, and what they leave as it is.
+#include <filesystem>
+#include <fstream>
+
+#include "tests/support/support.h"
+#include "tools/orbntf/check/footprint.h"
+#include "tools/orbntf/records/records.h"
+
+namespace {
+
+using tool::DecodedField;
+using tool::RecordField;
+using tool::TaggedRecord;
+using namespace std::string_literals;
+
+class TaggedRecordsTest : public test::ModuleTest {
+ protected:
+  const tool::RecordDefinitions definitions;
+
+  // The records of an area of these bytes.
+  std::vector<TaggedRecord> Records(const std::string& bytes, uint64_t offset = 0) const {
+    return tool::RecordsOf({"UDHD", offset, bytes, bytes.size(), 0}, definitions);
+  }
+};
+
+std::string Tagged(const std::string& tag, const std::string& data) {
+  return tag + std::string(6 - tag.size(), ' ') + test::Digits(static_cast<int64_t>(data.size()), 5) +
+         data;
+}
+
+// Bytes of fields by the text of their definition, with `counts` for those that tell how often others
+// come.
+class Example {
+ public:
+  explicit Example(int64_t count) : count_(count) {}
+
+  std::string Of(const std::vector<RecordField>& fields) {
+    std::string bytes;
+    for (const RecordField& field : fields) counted_.insert(field.countField);
+    for (const RecordField& field : fields) {
+      if (!field.whenField.empty() && !field.whenIn.empty() && texts_[field.whenField] != field.whenIn[0])
+        continue;
+      const int64_t turns = field.countField.empty() ? field.count : count_;
+      for (int64_t i = 0; i < turns; ++i) bytes += field.fields.empty() ? One(field) : Of(field.fields);
+    }
+    return bytes;
+  }
+
+ private:
+  std::string One(const RecordField& field) {
+    std::string text = field.kind == tool::ValueKind::Text ? std::string(field.width, 'A')
+                                                           : test::Digits(1, field.width);
+    if (field.kind == tool::ValueKind::Date) text = "20261125120000"s.substr(0, field.width);
+    if (counted_.count(field.name) != 0) text = test::Digits(count_, field.width);
+    return texts_[field.name] = text;
+  }
+
+  int64_t count_;
+  std::set<std::string> counted_;
+  std::map<std::string, std::string> texts_;
+};
+
+// The lengths that registers give, of records with no, one or several turns of their loops.
+TEST_F(TaggedRecordsTest, DefinitionsTakeTheRegisteredLengths) {
+  struct Length {
+    const char* tag;
+    int64_t turns;
+    size_t bytes;
+  };
+  const Length lengths[] = {
+      {"RPC00B", 0, 1041}, {"BLOCKA", 0, 123}, {"USE00A", 0, 107}, {"STDIDC", 0, 89},  {"ICHIPB", 0, 224},
+      {"CSEXRA", 0, 132},  {"CSCRNA", 0, 109}, {"CSDIDA", 0, 70},  {"CSPROA", 0, 120}, {"STREOB", 0, 94},
+      {"AIMIDB", 0, 89},   {"ACFTB", 0, 207},  {"MENSRB", 0, 205}, {"PATCHB", 0, 121}, {"EXPLTB", 0, 101},
+      {"PIAIMC", 0, 362},  {"PIATGB", 0, 117}, {"GEOPSB", 0, 443}, {"GEOLOB", 0, 48},  {"MAPLOB", 0, 43},
+      {"PIAPRD", 0, 201},  {"PIAPRD", 1, 843}, {"MTIRPB", 1, 119}, {"MTIRPB", 3, 203}, {"PRJPSB", 0, 113},
+      {"PRJPSB", 9, 248},  {"REGPTB", 1, 81},  {"REGPTB", 9, 697}, {"J2KLRA", 6, 93},  {"HISTOA", 0, 41}};
+  std::set<std::string> told;
+  for (const Length& length : lengths) {
+    const tool::RecordDefinition* definition = definitions.Find(length.tag);
+    ASSERT_NE(definition, nullptr) << length.tag;
+    const std::string data = Example(length.turns).Of(definition->fields);
+    EXPECT_EQ(data.size(), length.bytes) << length.tag;
+    EXPECT_FALSE(definition->document.empty());
+    const std::vector<TaggedRecord> records = Records(Tagged(length.tag, data));
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_EQ(records[0].problem, "") << length.tag;
+    EXPECT_FALSE(records[0].fields.empty());
+    // One byte more or less, and the fields do not fit.
+    EXPECT_NE(Records(Tagged(length.tag, data + "0"))[0].problem, "") << length.tag;
+    EXPECT_NE(Records(Tagged(length.tag, data.substr(1)))[0].problem, "") << length.tag;
+    told.insert(length.tag);
+  }
+  EXPECT_EQ(told.size(), definitions.All().size()) << "every definition has an example";
+}
+
+TEST_F(TaggedRecordsTest, ConditionsAndRepeatsFollowTheFieldsInFront) {
+  // Layers as a real file has them, of an original and of a parsed stream.
+  const std::string original =
+      "00500001002"
+      "00000.576172"
+      "00100.988281";
+  const auto plain = Records(Tagged("J2KLRA", original)),
+             parsed = Records(Tagged("J2KLRA", "1" + original.substr(1) + "0300001001"));
+  ASSERT_EQ(plain[0].problem + parsed[0].problem, "");
+  EXPECT_EQ(tool::FindField(plain[0].fields, "NLEVELS_I"), nullptr);
+  EXPECT_EQ(tool::FindField(parsed[0].fields, "NLEVELS_I")->text, "03");
+  const DecodedField& layers = *tool::FindField(plain[0].fields, "LAYERS");
+  ASSERT_EQ(layers.turns.size(), 2u);
+  EXPECT_EQ(tool::ValueOf(layers.turns[1][1]), 0.988281);
+  // Events with and without what their flags ask for.
+  const auto event = [](const std::string& flags) {
+    return "20261125120000" + std::string(20, 'S') + "1" + std::string(80, 'c') + "08INT" +
+           std::string(10, 'b') + "1" + flags + "08INT" + std::string(10, 'o');
+  };
+  const std::string bare = event(
+      "0"
+      "0"
+      "0"
+      "0"
+      "0"
+      "0"
+      "0"
+      "0");
+  const std::string full = event(
+      "1"
+      "0012.500"
+      "1"
+      "0001.00"
+      "0002.00"
+      "0"
+      "1"
+      "0102"
+      "1"
+      "0002.00"
+      "1"
+      "001.000"
+      "-0005"
+      "1"
+      "0304"
+      "0");
+  const auto history = Records(Tagged("HISTOA", std::string(37, 'h') +
+                                                    "01"
+                                                    "02" +
+                                                    bare + full));
+  ASSERT_EQ(history[0].problem, "");
+  const auto& events = tool::FindField(history[0].fields, "EVENTS")->turns;
+  ASSERT_EQ(events.size(), 2u);
+  EXPECT_EQ(tool::FindField(events[0], "DRA_SUB"), nullptr);
+  EXPECT_EQ(tool::ValueOf(*tool::FindField(events[1], "DRA_SUB")), -5);
+  EXPECT_EQ(tool::FindField(events[1], "OUTBWC")->text, std::string(10, 'o'));
+}
+
+TEST_F(TaggedRecordsTest, WhatDoesNotDecodeIsKeptAsItIs) {
+  const std::string known = Tagged("PATCHB", std::string(121, '1'));
+  const auto records =
+      Records(Tagged("NOSUCH", "\x01\x02z") + Tagged("PATCHB", "short") + known + "TAGONE000", 100);
+  ASSERT_EQ(records.size(), 4u);
+  EXPECT_EQ(records[0].tag, "NOSUCH");
+  EXPECT_EQ(records[0].offset, 100u);
+  EXPECT_EQ(tool::HexOf(records[0].bytes), "01027a");
+  EXPECT_EQ(records[1].problem, "does not fit its definition");
+  EXPECT_EQ(records[1].offset, 114u);
+  EXPECT_EQ(records[2].problem, "") << "an error of one is none of the next";
+  EXPECT_EQ(records[3].tag, "");
+  EXPECT_EQ(records[3].bytes, "TAGONE000");
+  EXPECT_EQ(Records("TAGONE00009abc")[0].problem, "longer than its area");
+  EXPECT_EQ(Records("TAGONE-0009abc")[0].problem, "no tag and length");
+  // Counts beyond the record.
+  EXPECT_NE(Records(Tagged("REGPTB", "9999" + std::string(77, '1')))[0].problem, "");
+  EXPECT_NE(Records(Tagged("REGPTB", "x001" + std::string(77, '1')))[0].problem, "");
+}
+
+TEST_F(TaggedRecordsTest, BlanksAndDashesAreAbsent) {
+  std::string data(121, '1');
+  data.replace(0, 4, "----").replace(4, 1, " ").replace(5, 7, "12A4567");
+  const auto records = Records(Tagged("PATCHB", data));
+  tool::JsonText json(false);
+  tool::WriteRecords(json, records);
+  EXPECT_NE(json.Text().find(R"("PAT_NO":null,"LAST_PAT_FLAG":null,"LNSTRT":"12A4567","LNSTOP":1111111)"),
+            std::string::npos)
+      << json.Text();
+  EXPECT_EQ(tool::ValueOf(records[0].fields[0]), std::nullopt);
+}
+
+TEST_F(TaggedRecordsTest, AFoldersDefinitionsJoinTheKnownOnes) {
+  const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "definitions";
+  std::filesystem::create_directories(folder);
+  const auto put = [&](const std::string& text) { std::ofstream(folder / "one.json") << text; };
+  tool::RecordDefinitions own;
+  put(R"({"tag": "TAGONE", "fields": [{"name": "A", "width": 2, "kind": "number", "repeat": 2}]})");
+  EXPECT_EQ(own.AddFolder(folder.string()), "");
+  const auto records = tool::RecordsOf({"XHD", 0, "TAGONE000040102", 15, 0}, own);
+  EXPECT_EQ(tool::DescribeRecord(records[0], ""),
+            "TAGONE in XHD, 4 bytes at 0: \n  A[1]: 01\n  A[2]: 02\n");
+  for (
+      const char* bad :
+      {"", "[]", "{}", R"({"tag": "TOOLONGTAG", "fields": [{"name": "A", "width": 1, "kind": "text"}]})",
+       R"({"tag": "A", "fields": []})",
+       R"({"tag": "A", "fields": [{"name": "A", "width": 0, "kind": "text"}]})",
+       R"({"tag": "A", "fields": [{"name": "A", "width": 1, "kind": "words"}]})",
+       R"({"tag": "A", "fields": [{"name": "A", "width": -1, "kind": "text"}]})",
+       R"({"tag": "A", "fields": [{"name": "A", "width": 1, "kind": "text", "when": {"field": "B"}}]})"}) {
+    put(bad);
+    EXPECT_NE(own.AddFolder(folder.string()), "") << bad;
+  }
+  EXPECT_NE(own.AddFolder("no such folder"), "");
+  std::filesystem::remove_all(folder);
+}
+
+// A definition whose turns take nothing goes on for no longer than one that does.
+TEST_F(TaggedRecordsTest, EmptyTurnsEnd) {
+  std::string problem;
+  const auto definition = tool::ParseDefinition(
+      R"({"tag": "A", "fields": [{"name": "N", "width": 9, "kind": "number"},
+          {"name": "G", "repeat": "N", "fields": [{"name": "B", "width": 1, "kind": "text", "when": {"field": "N", "in": []}}]}]})",
+      problem);
+  ASSERT_TRUE(definition) << problem;
+  std::vector<DecodedField> fields;
+  EXPECT_FALSE(tool::Decode(*definition, "999999999", fields));
+}
+
+TEST_F(TaggedRecordsTest, FootprintsComeFromCornersAndModels) {
+  const auto block = [this](const std::string& corners) {
+    return tool::FootprintsOf(Records(Tagged("BLOCKA", std::string(34, '0') + corners + "010.0")));
+  };
+  const std::string decimal =
+      "+52.000000+011.000000"
+      "+51.000000+011.000000"
+      "+51.000000+010.000000"
+      "+52.000000+010.000000";
+  const auto found = block(decimal);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].corners[0].longitude, 10) << "the last one is the upper left corner";
+  EXPECT_EQ(found[0].corners[1].longitude, 11);
+  EXPECT_EQ(found[0].corners[2].latitude, 51);
+  const auto letters = block(
+      "520000.00N0110000.00E"
+      "N510000.00E0110000.00" +
+      decimal.substr(42));
+  ASSERT_EQ(letters.size(), 1u);
+  EXPECT_EQ(letters[0].corners[1].longitude, 11);
+  EXPECT_EQ(letters[0].corners[2].latitude, 51);
+  EXPECT_TRUE(block(std::string(84, ' ')).empty());
+  EXPECT_TRUE(block("+95" + decimal.substr(3)).empty());
+  std::string model(1041, '0');
+  model.replace(26, 8, "+40.0000")
+      .replace(34, 9, "-179.5000")
+      .replace(59, 8, "+01.0000")
+      .replace(67, 9, "+001.0000");
+  const auto box = tool::FootprintsOf(Records(Tagged("RPC00B", model)));
+  ASSERT_EQ(box.size(), 1u);
+  EXPECT_EQ(box[0].corners[0].latitude, 41);
+  EXPECT_EQ(box[0].corners[0].longitude, -180.5);
+  const tool::GeographicCorners across = {{{41, 179.5}, {41, -178.5}, {39, -178.5}, {39, 179.5}}};
+  EXPECT_TRUE(tool::AreNear(across, box[0].corners)) << "180 degrees are no border";
+  EXPECT_FALSE(tool::AreCrossed(across));
+  EXPECT_FALSE(tool::AreNear(across, found[0].corners));
+}
+
+}  // namespace

@@ -1,0 +1,103 @@
+#include "tools/orbntf/check/check_file.h"
+
+#include <algorithm>
+
+#include "host/fileformat.h"
+#include "hostkit/hostkit.h"
+#include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/explain.h"
+#include "tools/orbntf/inspect/words.h"
+#include "tools/orbntf/output/verify.h"
+
+namespace tool {
+namespace {
+
+int32_t ORB_CALL DropRow(void*, KernelBitmap*, uint8_t*, uint32_t, int32_t, int32_t, void*) {
+  return ORB_SUCCESS;
+}
+
+int32_t Draw(const std::u16string& path) {
+  HostLoadOptions options = {};
+  options.size = kLoadOptionsSize;
+  KernelBitmap bitmap;
+  KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 24);
+  HostLoadRecord record = {};
+  record.fileName = path.c_str();
+  record.bitmap = &bitmap;
+  record.rowCallback = &DropRow;
+  record.options = &options;
+  record.loadMemory = &FileFormatLoadMemory;
+  record.setLoadCallback = &FileFormatSetLoadInfoCallback;
+  record.required2224 = 1;
+  return fltLoad(&record);
+}
+
+int32_t AskSize(const std::u16string& path, Verdict& verdict) {
+  HostFileInfo info = {};
+  HostLoadOptions options = {};
+  options.size = kLoadOptionsSize;
+  HostInformationRecord record = {};
+  record.fileName = path.c_str();
+  record.file = kNoFile;
+  record.info = &info;
+  record.options = &options;
+  const int32_t status = fltInfo(&record);
+  verdict.width = info.width;
+  verdict.height = info.height;
+  return status;
+}
+
+std::string WhyRefused(const std::string& path, int32_t status) {
+  if (std::string why = WhyUnreadable(path); !why.empty()) return why;
+  NitfFile document;
+  (void)document.ReadDocument(Widen(path).c_str());
+  const std::string why = Explain(path, document, status);
+  return (why.empty() ? MeaningOf(status) : why) + PlaceOf(document.fault);
+}
+
+}  // namespace
+
+Verdict AskModule(const std::string& path) {
+  Verdict verdict;
+  const std::u16string wide = Widen(path);
+  LimitWork(path, 0);
+  verdict.status = AskSize(wide, verdict);
+  if (verdict.status == ORB_SUCCESS) {
+    LimitWork(path, uint64_t{verdict.width} * verdict.height);
+    verdict.status = Draw(wide);
+  }
+  HostkitLiftWorkLimit();
+  verdict.words =
+      verdict.status == ORB_SUCCESS
+          ? "drawn, " + std::to_string(verdict.width) + " x " + std::to_string(verdict.height)
+          : "refused, status " + std::to_string(verdict.status) + ": " + WhyRefused(path, verdict.status);
+  return verdict;
+}
+
+std::vector<Finding> FindFaults(const Survey& survey, const RecordDefinitions& definitions) {
+  Checking checking(survey, definitions);
+  checking.Run();
+  std::stable_sort(checking.findings.begin(), checking.findings.end(),
+                   [](const Finding& a, const Finding& b) { return a.offset < b.offset; });
+  return std::move(checking.findings);
+}
+
+std::string Describe(const Finding& finding) {
+  return std::string(NameOf(finding.rule->severity)) + " " + finding.rule->id + ": " + finding.part +
+         ", " + finding.field + ", byte " + std::to_string(finding.offset) + ": " +
+         Printable(finding.words);
+}
+
+void WarnOfFaults(const std::string& command, const std::string& path, const std::string& name) {
+  const Survey survey(path);
+  const RecordDefinitions definitions;
+  if (!survey.file.IsOpen()) return;
+  for (const Finding& finding : FindFaults(survey, definitions)) {
+    if (finding.rule->severity != Severity::Error) continue;
+    std::fprintf(stderr, "orbntf: %s: %s: warning: %s: %s, %s\n", command.c_str(),
+                 Printable(name).c_str(), finding.rule->id, finding.part.c_str(),
+                 Printable(finding.words).c_str());
+  }
+}
+
+}  // namespace tool

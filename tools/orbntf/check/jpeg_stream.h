@@ -1,0 +1,29 @@
+// The markers of JPEG streams (ISO/IEC 10918-1), without decoding.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace tool {
+
+struct JpegStream {
+  bool begins = false;  ///< with SOI, fill bytes in front of it allowed
+  bool ends = false;    ///< with EOI
+  bool hasFrame = false, hasScan = false;
+  uint8_t frame = 0;  ///< second byte of the frame's marker, 0xC0 to 0xCF
+  uint32_t precision = 0, width = 0, height = 0, components = 0;
+  uint32_t maxAcross = 1, maxDown = 1;  ///< greatest sampling factors
+  uint32_t interval = 0;                ///< restart interval in MCUs, 0 for none
+  uint32_t scans = 0, restarts = 0;     ///< restart markers in all scans
+  bool hasApplication = false;          ///< an APP6 segment "NITF"
+  const char* missing = nullptr;        ///< a table that a scan uses and nothing defines
+  uint64_t size = 0;                    ///< bytes up to the stream's end
+
+  bool IsLossless() const { return frame == 0xC3 || frame == 0xC7 || frame == 0xCB; }
+  /// MCUs of a scan of all components.
+  uint64_t Units() const;
+};
+/// Walks a stream's segments and the codes between them.
+JpegStream WalkJpeg(std::string_view bytes);
+
+}  // namespace tool

@@ -1,0 +1,79 @@
+// What a sound file is, rule by rule.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tools/orbntf/check/places.h"
+#include "tools/orbntf/inspect/survey.h"
+#include "tools/orbntf/records/records.h"
+
+namespace tool {
+
+enum class Severity { Note, Warning, Error };
+const char* NameOf(Severity severity);
+
+/// What a rule is asked of.
+enum class On { File, Image, Graphic, Text, Extension, Header };  // Header: every header
+
+struct Rule;
+
+struct Finding {
+  const Rule* rule;
+  std::string part;   ///< "file header", "image 0"
+  std::string field;  ///< mnemonic, or the rule's where the file has no such field
+  uint64_t offset;    ///< in the file
+  std::string words;  ///< what was found
+};
+
+/// The file under examination, and what was found in it.
+class Checking {
+ public:
+  Checking(const Survey& surveyed, const RecordDefinitions& known)
+      : survey(surveyed), definitions(known), places(surveyed) {}
+
+  const Survey& survey;
+  const RecordDefinitions& definitions;
+  const Places places;
+  std::vector<Finding> findings;
+
+  /// Asks every rule of every part that it is about.
+  void Run();
+  /// Notes that the rule that is being asked does not hold at a field of a part.
+  void Fail(const SurveyedPart& part, const std::string& field, const std::string& words);
+  /// The same at the rule's own field, told with its text: `FIELD is "TEXT"`.
+  void FailAt(const SurveyedPart& part, const std::string& field);
+  /// The same at a byte of the file.
+  void FailAtByte(const SurveyedPart& part, uint64_t offset, const std::string& words);
+
+ private:
+  void Ask(const Rule& rule, const SurveyedPart& part);
+  const Rule* asked_ = nullptr;
+};
+
+struct Rule {
+  const char* id;
+  Severity severity;
+  On on;
+  const char* field;
+  const char* standard;  ///< where the public standard says so
+  const char* sentence;  ///< what has to hold, for people
+  void (*ask)(Checking& checking, const SurveyedPart& part);
+};
+
+using Rules = std::span<const Rule>;
+extern const Rules kFileRules, kLevelRules, kLengthRules, kSecurityRules, kRecordRules, kImageRules,
+    kPixelRules, kBlockRules, kPlaceRules, kMaskRules, kJpegRules, kStreamRules, kGraphicRules,
+    kTextRules, kExtensionRules;
+/// Every rule, in the order in which they are asked.
+std::vector<const Rule*> AllRules();
+
+// Texts in the rules.
+
+/// Whether a text is one of those in a list, which are separated by '|'.
+bool IsOneOf(std::string_view text, std::string_view list);
+/// A text in quotes, printable.
+std::string Quoted(std::string_view text);
+
+}  // namespace tool

@@ -1,0 +1,130 @@
+// orbntf check: what the module does with files, and whether they keep the format's rules.
+#include <algorithm>
+
+#include "tools/orbntf/check/check_file.h"
+#include "tools/orbntf/commands/batch.h"
+#include "tools/orbntf/inspect/words.h"
+
+namespace tool {
+namespace {
+
+struct CheckOptions {
+  BatchOptions batch;
+  bool json = false, strict = false, list = false;
+  RecordDefinitions definitions;
+};
+
+void Put(std::FILE* out, const std::string& text) { std::fwrite(text.data(), 1, text.size(), out); }
+
+void Print(std::FILE* out, const std::string& path, const Verdict& verdict,
+           const std::vector<Finding>& findings) {
+  size_t counts[3] = {};
+  Put(out, Printable(path) + ": " + Printable(verdict.words) + '\n');
+  for (const Finding& finding : findings) {
+    ++counts[static_cast<size_t>(finding.rule->severity)];
+    Put(out, "  " + Describe(finding) + "\n      " + finding.rule->sentence + " (" +
+                 finding.rule->standard + ")\n");
+  }
+  const auto count = [&](Severity severity) {
+    const size_t n = counts[static_cast<size_t>(severity)];
+    return std::to_string(n) + " " + NameOf(severity) + (n == 1 ? "" : "s");
+  };
+  Put(out, "  " + count(Severity::Error) + ", " + count(Severity::Warning) + ", " +
+               count(Severity::Note) + '\n');
+}
+
+void WriteMember(JsonText& json, const char* key, const std::string& text) {
+  json.Key(key);
+  json.String(text);
+}
+
+void WriteFinding(JsonText& json, const Finding& finding) {
+  json.BeginObject();
+  WriteMember(json, "rule", finding.rule->id);
+  WriteMember(json, "severity", NameOf(finding.rule->severity));
+  WriteMember(json, "part", finding.part);
+  WriteMember(json, "field", finding.field);
+  json.Key("offset");
+  json.Number(static_cast<int64_t>(finding.offset));
+  WriteMember(json, "found", finding.words);
+  WriteMember(json, "wanted", finding.rule->sentence);
+  WriteMember(json, "standard", finding.rule->standard);
+  json.EndObject();
+}
+
+void PrintJson(std::FILE* out, const std::string& path, const Verdict& verdict,
+               const std::vector<Finding>& findings, bool inArray) {
+  JsonText json(true, inArray ? 1 : 0);
+  json.BeginObject();
+  WriteMember(json, "file", path);
+  json.Key("status");
+  json.Number(verdict.status);
+  WriteMember(json, "module", verdict.words);
+  json.Key("findings");
+  json.BeginArray();
+  for (const Finding& finding : findings) WriteFinding(json, finding);
+  json.EndArray();
+  json.EndObject();
+  Put(out, (inArray ? "  " : "") + json.Text() + (inArray ? "" : "\n"));
+}
+
+// What the module refuses need not be at fault: the findings alone decide, but for a file that cannot be
+// read.
+int CheckFile(const CheckOptions& options, const std::string& path, bool inArray, std::FILE* out) {
+  const Survey survey(path);
+  const Verdict verdict = AskModule(path);
+  const std::vector<Finding> findings =
+      survey.file.IsOpen() ? FindFaults(survey, options.definitions) : std::vector<Finding>();
+  if (!options.json && !survey.file.IsOpen()) return Report("check", path, verdict.status, verdict.words);
+  if (options.json) {
+    PrintJson(out, path, verdict, findings, inArray);
+  } else {
+    Print(out, path, verdict, findings);
+  }
+  if (!survey.file.IsOpen()) return Report("check", path, verdict.status, verdict.words);
+  const Severity least = options.strict ? Severity::Warning : Severity::Error;
+  return std::any_of(findings.begin(), findings.end(),
+                     [&](const Finding& finding) { return finding.rule->severity >= least; })
+             ? kExitStatus
+             : kExitOk;
+}
+
+int ListRules() {
+  for (const Rule* rule : AllRules())
+    std::printf("%s\t%s\t%s\t%s\t%s\n", rule->id, NameOf(rule->severity), rule->field, rule->standard,
+                rule->sentence);
+  return kExitOk;
+}
+
+int RunCheck(CheckOptions& options, const std::string& folder) {
+  if (options.list) return ListRules();
+  if (const std::string problem = TakeRecordFolder(folder, options.definitions); !problem.empty())
+    return Refuse("check", problem);
+  if (options.batch.paths.empty()) return Refuse("check", "FILE is required");
+  const std::vector<BatchFile> files = FilesOf(options.batch);
+  const bool inArray = options.json && files.size() != 1;
+  const BatchFrame frame =
+      inArray ? BatchFrame{files.empty() ? "[" : "[\n", ",\n", files.empty() ? "]\n" : "\n]\n"}
+              : BatchFrame{};
+  return RunBatch("check", options.batch, files, frame, [&](const BatchFile& file, std::FILE* out) {
+    return CheckFile(options, file.path, inArray, out);
+  });
+}
+
+}  // namespace
+
+void AddCheck(CLI::App& app, Work& work) {
+  auto options = std::make_shared<CheckOptions>();
+  CLI::App* command =
+      app.add_subcommand("check", "Tell what the module does with files and what is wrong with them");
+  AddBatchOptions(*command, options->batch);
+  command->get_option("FILE")->required(false);
+  command->add_flag("--json", options->json, "print JSON, an array for several files");
+  command->add_flag("--strict", options->strict, "warnings end in exit code 1 as well");
+  command->add_flag("--rules", options->list, "list the rules: id, severity, field, standard, sentence");
+  command->callback([&app, &work, options] {
+    work = [&app, options] { return RunCheck(*options, RecordFolder(app)); };
+  });
+}
+
+}  // namespace tool

@@ -1,0 +1,194 @@
+#include "tools/orbntf/inspect/survey.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "tools/orbntf/inspect/survey_fields.h"
+
+namespace tool {
+namespace {
+
+constexpr uint64_t kMostAtOnce = 1 << 30;
+
+// The file header's list of segments, as parts without their fields.
+void TakeLists(FieldTaker& taker, SurveyedPart& header, std::vector<SurveyedPart>& segments) {
+  constexpr PartKind kKinds[] = {PartKind::Image, PartKind::Graphic, PartKind::Text,
+                                 PartKind::DataExtension, PartKind::Reserved};
+  for (size_t kind = 0; kind < kListLayouts.size(); ++kind) {
+    const ListLayout& list = kListLayouts[kind];
+    if (kKinds[kind] == PartKind::Text) taker.Take(kReservedCountLayout);
+    taker.Take(list.count);
+    const int64_t count = header.Number(list.count.name);
+    for (int64_t i = 0; i < count && !taker.Ended(); ++i) {
+      const std::string number = std::to_string(i + 1);
+      taker.Take(list.subheader, "", number);
+      taker.Take(list.data, "", number);
+      if (taker.Ended()) break;
+      SurveyedPart part;
+      part.kind = kKinds[kind];
+      part.index = static_cast<uint32_t>(i);
+      part.headerLength =
+          static_cast<uint64_t>(std::max<int64_t>(0, header.Number(list.subheader.name + number)));
+      part.dataLength =
+          static_cast<uint64_t>(std::max<int64_t>(0, header.Number(list.data.name + number)));
+      segments.push_back(std::move(part));
+    }
+  }
+}
+
+void SurveyHeader(const FileBytes& file, std::vector<SurveyedPart>& parts) {
+  constexpr uint64_t kLongest = 999999 + 999 * 60;
+  std::vector<SurveyedPart> segments;
+  SurveyedPart& header = parts.emplace_back();
+  FieldTaker taker(file.At(0, kLongest), header);
+  taker.Take(kFileFrontLayout);
+  taker.Take(kSecurityLayout, "FS");
+  taker.Take(kFileMiddleLayout);
+  TakeLists(taker, header, segments);
+  taker.TakeArea(kFileUserArea);
+  taker.TakeArea(kFileArea);
+  taker.Finish();
+  // Segments stand where HL says that they begin, which may be behind the last field.
+  header.headerLength = static_cast<uint64_t>(std::max<int64_t>(0, header.Number("HL")));
+  parts.insert(parts.end(), std::make_move_iterator(segments.begin()),
+               std::make_move_iterator(segments.end()));
+}
+
+bool IsPlaceholder(std::string_view text) {
+  return !text.empty() && text.find_first_not_of('9') == std::string_view::npos;
+}
+
+// Whether a length of the file header waits for its replacement.
+bool WaitsForReplacement(const SurveyedPart& header) {
+  return std::any_of(header.fields.begin(), header.fields.end(), [](const SurveyedField& field) {
+    return (field.name == "FL" || field.name == "HL" || field.name[0] == 'L') &&
+           IsPlaceholder(field.text);
+  });
+}
+
+// The replacement data at the end of a streamed file; empty when there is none.
+std::string FindReplacement(const FileBytes& file) {
+  constexpr uint64_t kMargin = 11, kMark = 4, kLength = 7;
+  const std::string_view kFirst = "\x0A\x6E\x1D\x97", kSecond = "\x0E\xCA\x14\xBF";
+  if (file.Size() < 2 * kMargin) return "";
+  const std::string tail = file.At(file.Size() - kMargin, kMargin);
+  const int64_t length = DigitsOf(tail.substr(kMark));
+  if (tail.compare(0, kMark, kSecond) != 0 || length < 0) return "";
+  const auto bytes = static_cast<uint64_t>(length);
+  if (bytes > file.Size() - 2 * kMargin) return "";
+  const std::string all = file.At(file.Size() - 2 * kMargin - bytes, kMargin + bytes);
+  if (all.compare(kLength, kMark, kFirst) != 0) return "";
+  return all.substr(kMargin);
+}
+
+}  // namespace
+
+FileBytes::FileBytes(const std::string& path) {
+  struct stat status;
+  descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor_ < 0) return;
+  if (fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode)) {
+    size_ = static_cast<uint64_t>(status.st_size);
+  } else {
+    close(descriptor_);
+    descriptor_ = -1;
+  }
+}
+
+FileBytes::~FileBytes() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+std::string FileBytes::At(uint64_t offset, uint64_t count) const {
+  if (offset >= size_) return "";
+  std::string bytes(std::min({count, size_ - offset, kMostAtOnce}), '\0');
+  size_t taken = 0;
+  while (taken < bytes.size()) {
+    const ssize_t got =
+        pread(descriptor_, &bytes[taken], bytes.size() - taken, static_cast<off_t>(offset + taken));
+    if (got <= 0) break;
+    taken += static_cast<size_t>(got);
+  }
+  bytes.resize(taken);
+  if (offset < front_.size()) front_.copy(bytes.data(), bytes.size(), static_cast<size_t>(offset));
+  return bytes;
+}
+
+const char* NameOf(PartKind kind) {
+  constexpr const char* kNames[] = {"file", "image",          "graphic",
+                                    "text", "data extension", "reserved extension"};
+  return kNames[static_cast<size_t>(kind)];
+}
+
+std::string_view TrimmedText(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+int64_t DigitsOf(std::string_view text) {
+  if (text.empty() || text.size() > 18) return -1;
+  int64_t value = 0;
+  for (const char c : text) {
+    if (c < '0' || c > '9') return -1;
+    value = value * 10 + (c - '0');
+  }
+  return value;
+}
+
+bool PlaceOfText(std::string_view text, int64_t& row, int64_t& column) {
+  if (text.size() != 10) return false;
+  int64_t* const parts[] = {&row, &column};
+  for (size_t i = 0; i < 2; ++i) {
+    std::string_view part = text.substr(5 * i, 5);
+    const bool negative = part[0] == '-';
+    if (negative || part[0] == '+') part.remove_prefix(1);
+    const int64_t value = DigitsOf(part);
+    if (value < 0) return false;
+    *parts[i] = negative ? -value : value;
+  }
+  return true;
+}
+
+Survey::Survey(const std::string& from) : path(from), file(from) {
+  if (!file.IsOpen()) {
+    parts.emplace_back();
+    return;
+  }
+  SurveyHeader(file, parts);
+  if (WaitsForReplacement(parts[0])) {
+    if (std::string front = FindReplacement(file); !front.empty()) {
+      file.Replace(std::move(front));
+      streamed = true;
+      parts.clear();
+      SurveyHeader(file, parts);
+    }
+  }
+  segmentsEnd = parts[0].headerLength;
+  for (size_t i = 1; i < parts.size(); ++i) {
+    SurveyedPart& part = parts[i];
+    part.offset = segmentsEnd;
+    part.dataOffset = part.offset + part.headerLength;
+    segmentsEnd = part.dataOffset + part.dataLength;
+    SurveySegment(file, part);
+  }
+}
+
+const SurveyedPart* Survey::Find(PartKind kind, uint32_t index) const {
+  const auto found = std::find_if(parts.begin(), parts.end(), [&](const SurveyedPart& part) {
+    return part.kind == kind && part.index == index;
+  });
+  return found != parts.end() ? &*found : nullptr;
+}
+
+uint32_t Survey::Count(PartKind kind) const {
+  return static_cast<uint32_t>(std::count_if(
+      parts.begin(), parts.end(), [&](const SurveyedPart& part) { return part.kind == kind; }));
+}
+
+std::string Survey::Data(const SurveyedPart& part, uint64_t limit) const {
+  return file.At(part.dataOffset, std::min(part.dataLength, limit));
+}
+
+}  // namespace tool

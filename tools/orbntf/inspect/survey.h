@@ -1,0 +1,124 @@
+// A file's structure, field by field: read without the module, and on where the module stops, as far as
+// the lengths lead.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "tools/orbntf/inspect/layout.h"
+
+namespace tool {
+
+/// A file's bytes, read as they are asked for.
+class FileBytes {
+ public:
+  explicit FileBytes(const std::string& path);
+  ~FileBytes();
+  FileBytes(const FileBytes&) = delete;
+  FileBytes& operator=(const FileBytes&) = delete;
+
+  bool IsOpen() const { return descriptor_ >= 0; }
+  uint64_t Size() const { return size_; }
+  /// The bytes from an offset on, as many as there are of `count`.
+  std::string At(uint64_t offset, uint64_t count) const;
+  /// Shows other bytes in place of the first ones.
+  void Replace(std::string front) { front_ = std::move(front); }
+
+ private:
+  int descriptor_ = -1;
+  uint64_t size_ = 0;
+  std::string front_;
+};
+
+enum class PartKind { File, Image, Graphic, Text, DataExtension, Reserved };
+/// "file", "image", "graphic", "text", "data extension", "reserved extension".
+const char* NameOf(PartKind kind);
+
+struct SurveyedField {
+  std::string name;  ///< the mnemonic, of repeated fields with a number from 1
+  uint64_t offset;
+  std::string text;
+  const char* meaning;
+};
+
+/// The tagged records of a header.
+struct RecordArea {
+  std::string name;  ///< UDHD, XHD, UDID, IXSHD, SXSHD, TXSHD, or DESDATA for what overflowed
+  uint64_t offset;   ///< of the first record
+  std::string bytes;
+  uint64_t length;       ///< as declared
+  int64_t overflow = 0;  ///< number of the data extension that goes on, 0 for none
+};
+
+/// The table in front of masked image data.
+struct SurveyedMask {
+  bool complete = false;
+  uint64_t bytes = 0;  ///< of the table
+  uint32_t dataOffset = 0, blockLength = 0, padLength = 0, padBits = 0;
+  std::string padCode;
+  std::vector<uint32_t> blocks, pads;  ///< 0xFFFFFFFF for none
+};
+inline constexpr uint32_t kNoRecord = 0xFFFFFFFF;
+
+/// The file header or a segment.
+struct SurveyedPart {
+  PartKind kind = PartKind::File;
+  uint32_t index = 0;  ///< within its kind
+  uint64_t offset = 0, headerLength = 0;
+  uint64_t dataOffset = 0, dataLength = 0;  ///< of a segment, as declared
+  bool complete = false;                    ///< every field was there
+  uint64_t fieldsEnd = 0;                   ///< behind the last field
+  std::vector<SurveyedField> fields;
+  std::vector<RecordArea> areas;
+  SurveyedMask mask;  ///< of a masked image
+
+  bool Has(const std::string& name) const { return index_.count(name) != 0; }
+  const SurveyedField* Find(const std::string& name) const;
+  /// A field's text; empty where it is not there.
+  std::string_view Text(const std::string& name) const;
+  /// The same without the spaces behind it.
+  std::string_view Trimmed(const std::string& name) const;
+  /// Its number, -1 where it is none.
+  int64_t Number(const std::string& name) const;
+  /// "image 0", "file header".
+  std::string Title() const;
+  /// Bands of an image; 0 where they are not known.
+  int64_t Bands() const;
+  /// The mnemonic prefix of the fields of classification.
+  const char* SecurityPrefix() const;
+  /// Whether an image's data begins with a mask table.
+  bool IsMasked() const;
+  void Add(SurveyedField field);
+
+ private:
+  std::unordered_map<std::string, size_t> index_;
+};
+
+class Survey {
+ public:
+  explicit Survey(const std::string& path);
+
+  const std::string path;
+  FileBytes file;
+  bool streamed = false;            ///< the front is that of a streaming file header's replacement data
+  std::vector<SurveyedPart> parts;  ///< the file header and the segments in file order
+  uint64_t segmentsEnd = 0;         ///< where the lengths say that the last one ends
+
+  const SurveyedPart& Header() const { return parts.front(); }
+  const SurveyedPart* Find(PartKind kind, uint32_t index) const;
+  uint32_t Count(PartKind kind) const;
+  /// What there is of a segment's data; at most `limit` bytes.
+  std::string Data(const SurveyedPart& part, uint64_t limit = UINT64_MAX) const;
+};
+
+/// Spaces behind a text cut off.
+std::string_view TrimmedText(std::string_view text);
+/// Digits as a number; -1 for another text.
+int64_t DigitsOf(std::string_view text);
+/// A row and a column of five characters each; false for another text.
+bool PlaceOfText(std::string_view text, int64_t& row, int64_t& column);
+
+}  // namespace tool

@@ -1,0 +1,35 @@
+// Taking the fields of one header.
+#pragma once
+
+#include "tools/orbntf/inspect/survey.h"
+
+namespace tool {
+
+/// Takes fields from a header's bytes one after the other, into a part.
+class FieldTaker {
+ public:
+  FieldTaker(std::string bytes, SurveyedPart& part) : bytes_(std::move(bytes)), part_(part) {}
+
+  /// Whether the bytes ended in front of a field; nothing more is taken then.
+  bool Ended() const { return ended_; }
+  uint64_t Left() const { return bytes_.size() - at_; }
+
+  void Take(Layout rows, const char* prefix = "", const std::string& suffix = "");
+  void Take(const LayoutRow& row, const std::string& prefix = "", const std::string& suffix = "");
+  /// A field of a width that the file tells.
+  void TakeWide(const LayoutRow& row, uint64_t width, const std::string& suffix = "");
+  void TakeArea(const AreaLayout& area);
+  /// Notes how far the fields came.
+  void Finish();
+
+ private:
+  std::string bytes_;
+  SurveyedPart& part_;
+  uint64_t at_ = 0;
+  bool ended_ = false;
+};
+
+/// Takes the fields of a segment whose place and lengths are known, and what stands in front of its data.
+void SurveySegment(const FileBytes& file, SurveyedPart& part);
+
+}  // namespace tool
