@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "Common/ImCodes.h"
+#include "Common/NtfHdr.h"
 #include "host/windows.h"
 
 namespace {
@@ -48,7 +49,7 @@ Status AcceptImageMode(H& header) {
 }
 
 Status AcceptSampleDepth(H& header) {
-  if (header.bandCount <= 1 || header.NBPP.value != 16) return Status::Success;
+  if (header.bandCount <= 1 || header.NBPP.value != 16 || header.ShowsHighBits()) return Status::Success;
   return RefuseWithMessage("Unsupported BPP", Status::BadSampleDepth);
 }
 
@@ -298,5 +299,15 @@ bool ImageSubheader::HasMaskTable() const {
 
 Status ImageSubheader::ReadTail(FieldReader& reader) {
   if (!HasMaskTable()) return Status::Success;
-  return mask.Read(reader, CheckedSize(NBPR.value) * NBPC.value * bandCount);
+  return mask.Read(reader, MaskRecords());
+}
+
+const DisplayRules& ImageSubheader::Rules() const {
+  static constexpr DisplayRules kHostsWord;
+  return owner != nullptr ? owner->rules : kHostsWord;
+}
+
+CheckedSize ImageSubheader::MaskRecords() const {
+  const CheckedSize blocks = CheckedSize(NBPR.value) * NBPC.value;
+  return Rules().recordABlock && Mode() != ImageMode::S ? blocks : blocks * bandCount;
 }

@@ -108,6 +108,7 @@ struct ModeLayout {
   bool usesPadRecords = true;     // without block records, pad pixel records give offsets
   bool repeatsLastRow = false;    // the last row of a block shows the row above it
   bool marksInterleaved = false;  // the segment bitmap's hint is set
+  bool hasDifferences = false;    // bands are luminance and two colour differences, shown in colour
   // Of blue (0), green (1) and red (2): the one that hosts expect of a mode.
   uint8_t readOrder[3] = {2, 1, 0};
 };
@@ -128,7 +129,7 @@ int64_t MaskedPlane(const ImageSource& source) {
   return columns * rows * header.NPPBH.value * header.NPPBV.value;
 }
 
-ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
+ModeLayout LayoutOfMode(const KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   const int64_t width = header.NPPBH.value;
   const int64_t block = width * header.NPPBV.value;
@@ -147,7 +148,7 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
               .rowStride = width * bands,
               .pixelStride = static_cast<uint32_t>(bands),
               .segmentDepth = true,
-              .repeatsLastRow = true,
+              .repeatsLastRow = !header.Rules().everyRow,
               .marksInterleaved = true,
               .readOrder = {0, 1, 2}};
     case ImageMode::R:
@@ -163,6 +164,13 @@ ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
           .bandStride = masked ? MaskedPlane(source) : block * static_cast<int64_t>(header.BlockCount()),
           .rowStride = width,
           .marksInterleaved = true};
+}
+
+ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
+  ModeLayout layout = LayoutOfMode(segment, source);
+  layout.hasDifferences = source.header.Rules().colourDifferences &&
+                          source.header.RepresentationCode() == Representation::YCbCr601;
+  return layout;
 }
 
 // Offset of block n from the start of the data; false when it is not stored.
@@ -206,6 +214,21 @@ void InterleaveRows(const uint8_t* blue, const uint8_t* green, const uint8_t* re
   }
 }
 
+uint8_t ClampToByte(int32_t value) { return static_cast<uint8_t>(std::clamp(value, 0, 255)); }
+
+// Luminance and colour differences of full range, which stand as red, green and blue, as the colour that
+// they mean (ITU-R BT.601).
+void ShowDifferences(std::span<uint8_t> pixels, size_t step) {
+  constexpr int32_t kOne = 1 << 16, kHalf = kOne / 2;
+  constexpr int32_t kRed = 91881, kGreenBlue = 22554, kGreenRed = 46802, kBlue = 116130;
+  for (size_t at = 0; at + step <= pixels.size(); at += step) {
+    const int32_t y = pixels[at + 2] * kOne + kHalf, cb = pixels[at + 1] - 128, cr = pixels[at] - 128;
+    pixels[at + 2] = ClampToByte((y + kRed * cr) >> 16);
+    pixels[at + 1] = ClampToByte((y - kGreenBlue * cb - kGreenRed * cr) >> 16);
+    pixels[at] = ClampToByte((y + kBlue * cb) >> 16);
+  }
+}
+
 // Reads the rows of blocks into blue, green, red pixels.
 class BandRows {
  public:
@@ -227,10 +250,14 @@ class BandRows {
     for (uint8_t colour : layout_.readOrder) {
       const int64_t at = offset + bands_[colour] * layout_.bandStride;
       KernelBuffer<uint8_t>& samples = samples_[colour];
-      const auto bytes = static_cast<uint32_t>(samples.size());
+      // Behind the row's last sample of the band may be the end of the file.
+      const auto bytes =
+          static_cast<uint32_t>(samples.size()) - (layout_.repeatsLastRow ? 0 : layout_.pixelStride - 1);
       if (Status s = source_.ReadAt(at, samples.data(), bytes); !Ok(s)) return s;
     }
     SpreadAll();
+    if (layout_.hasDifferences && step_ >= 3)
+      ShowDifferences({pixels_.data(), size_t{width_} * step_}, step_);
     return Status::Success;
   }
   const uint8_t* Pixels() const { return pixels_.data(); }
@@ -317,6 +344,7 @@ uint32_t RowsOfStrip(const ImageSubheader& header, uint32_t bitsPerPixel) {
 }
 
 uint32_t SegmentBitsPerPixel(const ImageSubheader& header) {
+  if (header.ShowsHighBits()) return 24;
   const uint32_t bits = header.BandCount() > 1 ? header.NBPP.value * 3 : header.NBPP.value;
   return header.IsMono() && (bits == 32 || bits == 64) ? 8 : bits;
 }
@@ -338,6 +366,7 @@ CheckedSize LeastDataBytes(const ImageSubheader& header) {
 Status ReadUncompressedImage(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   if (header.Pixel() == PixelType::BiLevel) return ReadBiLevel(segment, source);
+  if (header.ShowsHighBits()) return ReadDeepBands(segment, source);
   if (header.BandCount() >= 3) return ReadInterleavedBands(segment, source);
   return header.IsSingleBlock() ? ReadSingleBlock(segment, source) : ReadMultiBlock(segment, source);
 }

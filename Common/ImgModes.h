@@ -47,6 +47,9 @@ class ScratchBlock {
 /// of a kernel or image-effects operation; the blocks placed before a failure stay.
 Status ReadUncompressedImage(KernelBitmap& segment, const ImageSource& source);
 
+/// The reader of several bands of 9 to 16 bits, where the document's rules ask for it; 1, -1 or -7.
+Status ReadDeepBands(KernelBitmap& segment, const ImageSource& source);
+
 /// The reader of bi-level data (PVTYPE "B"), which ReadUncompressedImage calls.
 Status ReadBiLevel(KernelBitmap& segment, const ImageSource& source);
 

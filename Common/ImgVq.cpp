@@ -322,8 +322,7 @@ Status FindVqDataExtent(const ImageSource& source, VqDataExtent& extent) {
   if (Status s = SeekTo(file, source.dataStart); !Ok(s)) return s;
   if (image.CompressionCode() == Compression::M4) {
     FieldReader reader(file, ReadMode::Normal, 0);
-    const CheckedSize records = CheckedSize(image.NBPR.value) * image.NBPC.value * image.BandCount();
-    if (Status s = mask.Read(reader, records); !Ok(s)) return s;
+    if (Status s = mask.Read(reader, image.MaskRecords()); !Ok(s)) return s;
   }
   const int64_t behindMask = KernelSeek(file, 0, kSeekCurrent);
   if (behindMask < 0) return Status::ShortRead;
@@ -356,8 +355,10 @@ Status FindVqDataExtent(const ImageSource& source, VqDataExtent& extent) {
 Status SeekPastMaskTable(const ImageSource& source) {
   uint8_t head[10];
   if (Status s = source.ReadAt(0, head, sizeof head); !Ok(s)) return s;
-  const int64_t records =
-      static_cast<int64_t>(source.header.BlockCount() * source.header.NBANDS.value) * 4;
+  const ImageSubheader& header = source.header;
+  const uint64_t count = header.Rules().recordABlock ? header.MaskRecords().Value()
+                                                     : header.BlockCount() * header.NBANDS.value;
+  const auto records = static_cast<int64_t>(count) * 4;
   int64_t bytes = sizeof head + (Big16(head + 8) + 7) / 8;
   if (Big16(head + 4) != 0) bytes += records;
   if (Big16(head + 6) != 0) bytes += records;

@@ -23,7 +23,13 @@ class Document {
   /// Also NSIF 1.00 and any complexity level, and past a subheader that does not parse.
   int32_t OpenEveryVersion(const std::string& path) {
     own_ = std::make_unique<NitfFile>();
-    own_->header.everyVersion = own_->readsOn = true;
+    own_->header.rules.everyVersion = own_->readsOn = true;
+    return ToCaller(own_->ReadDocument(Widen(path).c_str()));
+  }
+  /// As the published standard shows it, not as the module does.
+  int32_t OpenByStandard(const std::string& path) {
+    own_ = std::make_unique<NitfFile>();
+    own_->header.rules = DisplayRules::Standard();
     return ToCaller(own_->ReadDocument(Widen(path).c_str()));
   }
   int32_t StartEmpty() { return Orb_NITFCreate(&handle_, nullptr); }

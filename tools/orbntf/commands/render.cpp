@@ -22,7 +22,7 @@ struct Region {
 struct RenderOptions {
   BatchOptions batch;
   std::string output, folder, scale = "1/1", format, segment, regionText;
-  bool fixedCanvas = false, liftDark = false;
+  bool fixedCanvas = false, liftDark = false, standard = false;
   PictureForm form = PictureForm::Png;
   uint32_t factor = 1, image = 0;
   std::optional<Region> region;
@@ -116,26 +116,46 @@ int32_t DrawComposite(const RenderOptions& options, const std::string& file, Out
   return status == ORB_SUCCESS ? sink.Finish() : status;
 }
 
+// Gives a bitmap's rows to the output, the top one first.
+int32_t PutBitmap(const RenderOptions& options, const KernelBitmap& bitmap, bool isBottomFirst,
+                  Output& output) {
+  if (!IsOnCanvas(options, bitmap.width, bitmap.height)) return ORB_INVALID_PARAMETER;
+  std::FILE* stream = output.Stream();
+  if (stream == nullptr) return ORB_SHORT_WRITE;
+  RowSink sink(options, bitmap.width, bitmap.height, stream);
+  const auto* rows = reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(bitmap.pixels));
+  for (uint32_t y = 0; y < bitmap.height; ++y) {
+    const size_t row = isBottomFirst ? bitmap.height - 1 - y : y;
+    if (const int32_t put = sink.Put(rows + row * bitmap.bytesPerLine, y); put != ORB_SUCCESS) return put;
+  }
+  return sink.Finish();
+}
+
+int32_t DrawByStandard(const RenderOptions& options, const std::string& file, Output& output) {
+  Document document;
+  LimitWork(file, 0);
+  if (const int32_t status = document.OpenByStandard(file); status != ORB_SUCCESS) return status;
+  document.get()->TakeOptions(LoadFlags(options));
+  uint32_t width = 0, height = 0;
+  if (const int32_t status = GetActual_Width_Height(document.get(), &width, &height);
+      status != ORB_SUCCESS)
+    return status;
+  LimitWork(file, uint64_t{width} * height);
+  OwnedBitmap canvas;
+  const int32_t status = Orb_NtfRenderBitmap(&canvas.record, document.get());
+  return status == ORB_SUCCESS ? PutBitmap(options, canvas.record, true, output) : status;
+}
+
 int32_t DrawImage(const RenderOptions& options, const std::string& file, Output& output) {
   Document document;
-  if (const int32_t status = document.Open(file); status != ORB_SUCCESS) return status;
+  const int32_t opened = options.standard ? document.OpenByStandard(file) : document.Open(file);
+  if (opened != ORB_SUCCESS) return opened;
   document.get()->liftDarkImages = options.liftDark;
   OwnedBitmap canvas;
   if (const ImageSubheader* image = document.get()->images.At(options.image); image != nullptr)
     LimitWork(file, image->FullWidth().Value() * image->FullHeight().Value());
   const int32_t status = DrawImageAlone(*document.get(), options.image, canvas);
-  if (status != ORB_SUCCESS) return status;
-  const KernelBitmap& record = canvas.record;
-  if (!IsOnCanvas(options, record.width, record.height)) return ORB_INVALID_PARAMETER;
-  std::FILE* stream = output.Stream();
-  if (stream == nullptr) return ORB_SHORT_WRITE;
-  RowSink sink(options, record.width, record.height, stream);
-  const auto* rows = reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(record.pixels));
-  for (uint32_t y = 0; y < record.height; ++y) {
-    if (const int32_t put = sink.Put(rows + size_t{y} * record.bytesPerLine, y); put != ORB_SUCCESS)
-      return put;
-  }
-  return sink.Finish();
+  return status == ORB_SUCCESS ? PutBitmap(options, canvas.record, false, output) : status;
 }
 
 int RenderFile(const RenderOptions& options, const std::string& file, const std::string& name) {
@@ -143,8 +163,10 @@ int RenderFile(const RenderOptions& options, const std::string& file, const std:
   Output output(name, options.form == PictureForm::Tiff ? Output::Way::ByName : Output::Way::InOrder);
   if (!output.Problem().empty()) return Report("render", name, ORB_SHORT_WRITE, output.Problem());
   errno = 0;
-  const int32_t status =
-      options.segment.empty() ? DrawComposite(options, file, output) : DrawImage(options, file, output);
+  const auto draw = !options.segment.empty() ? &DrawImage
+                    : options.standard       ? &DrawByStandard
+                                             : &DrawComposite;
+  const int32_t status = draw(options, file, output);
   if (status == ORB_SHORT_WRITE && errno != 0) output.NoteFailure();
   if (status == ORB_INVALID_PARAMETER && options.region)
     return Report("render", file, status, "--region is not on the picture");
@@ -220,6 +242,8 @@ void AddRender(CLI::App& app, Work& work) {
       ->check(CLI::IsMember({"png", "ppm", "jpeg", "tiff"}));
   command->add_flag("--fixed-canvas", options->fixedCanvas, "draw on 2048 x 2048 pixels");
   command->add_flag("--lift-dark", options->liftDark, "brighten images that are nearly black");
+  command->add_flag("--standard", options->standard,
+                    "show what the published standard says where the module differs from it");
   command->add_option("--scale", options->scale, "1/N: average squares of N x N pixels");
   command->add_option("--segment", options->segment, "image:N: draw one image alone");
   command->add_option("--region", options->regionText, "ROW,COL,HEIGHT,WIDTH: draw a part");

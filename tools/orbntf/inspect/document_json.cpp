@@ -220,7 +220,7 @@ void Inspection::Read(const std::string& path) {
     const ParseFault fault = document.fault;
     document.FreeObjects();
     document.replacement = {};
-    document.header.everyVersion = true;
+    document.header.rules.everyVersion = true;
     (void)document.ReadDocument(wide.c_str());
     document.fault = fault;
   }

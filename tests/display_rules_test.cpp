@@ -1,0 +1,277 @@
+// Where the display may follow the published standard: each switch by itself, against the module's word.
+#include "Common/NitfFile.h"
+#include "tests/support/metafile.h"
+#include "tests/support/support.h"
+
+namespace {
+
+using test::Big;
+using test::ImageForm;
+using test::NitfBuilder;
+using test::Picture;
+using test::Rgb;
+using namespace std::string_literals;
+
+class DisplayRulesTest : public test::ModuleTest {
+ protected:
+  // Draws a file with some switches turned.
+  static Picture Draw(const std::string& bytes, const DisplayRules& rules) {
+    const test::TempFile file(bytes);
+    NitfFile document;
+    document.header.rules = rules;
+    Picture picture;
+    picture.status = ToCaller(document.ReadDocument(file.Wide()));
+    if (picture.status != 1) return picture;
+    OwnedBitmap canvas;
+    picture.status = Orb_NtfRenderBitmap(&canvas.record, &document);
+    if (picture.status != 1) return picture;
+    picture.width = canvas.record.width;
+    picture.height = canvas.record.height;
+    for (uint32_t y = 0; y < picture.height; ++y) {
+      const auto* row = reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(canvas.record.pixels)) +
+                        size_t{picture.height - 1 - y} * canvas.record.bytesPerLine;
+      for (uint32_t x = 0; x < picture.width; ++x)
+        picture.pixels.push_back({row[3 * x + 2], row[3 * x + 1], row[3 * x]});
+    }
+    return picture;
+  }
+};
+
+ImageForm Colours(const std::string& mode, int across = 1) {
+  return {.width = 4,
+          .height = 3,
+          .blocksAcross = across,
+          .bands = 3,
+          .representation = "RGB",
+          .mode = mode,
+          .bandCodes = {"R", "G", "B"}};
+}
+
+TEST_F(DisplayRulesTest, EveryVersionAndLevelIsRead) {
+  NitfBuilder file;
+  file.Image({}, std::string(64, 'p'));
+  file.header.Set("FHDR", "NSIF").Set("FVER", "01.00").Set("CLEVEL", "06");
+  EXPECT_EQ(Draw(file.Bytes(), {}).status, -78);
+  const Picture picture = Draw(file.Bytes(), {.everyVersion = true});
+  ASSERT_EQ(picture.status, 1);
+  EXPECT_EQ(picture.At(3, 3), test::Grey('p'));
+}
+
+// A bar of 20 x 4 units, 6 units from the origin, y downwards as the profile has it.
+std::string Bar(const std::string& extent, int sign) {
+  const std::string looks = test::Element(5, 22, test::I({1})) + test::Element(5, 23, "\xFF\0\0"s) +
+                            test::Element(5, 30, test::I({0}));
+  return test::Metafile(looks + test::Element(4, 11, test::I({6, 6 * sign, 26, 10 * sign})), "", extent);
+}
+
+TEST_F(DisplayRulesTest, DrawingsStandAtTheirOrigin) {
+  if (!test::HostPaintsDrawings()) GTEST_SKIP();
+  const DisplayRules rules = {.drawingsAtOrigin = true};
+  const Rgb red = {255, 0, 0};
+  for (const auto& [extent, sign] :
+       {std::pair{test::I({0, 32767, 32767, 0}), 1}, std::pair{test::I({0, 100, 100, 0}), 1},
+        std::pair{test::I({0, -100, 100, 0}), -1}}) {
+    NitfBuilder file;
+    test::Record graphic = test::GraphicRecord();
+    graphic.Set("SLOC", "0002000030").Set("SBND1", "0002600036").Set("SBND2", "0004000080");
+    file.Graphic(graphic, Bar(extent, sign));
+    const Picture picture = Draw(file.Bytes(), rules);
+    ASSERT_EQ(picture.status, 1);
+    EXPECT_EQ(picture.width, 80u);
+    EXPECT_EQ(picture.height, 40u);
+    EXPECT_EQ(picture.At(38, 28), red) << "one unit a pixel from SLOC";
+    EXPECT_EQ(picture.At(53, 28), red);
+    EXPECT_EQ(picture.At(34, 28), test::kWhite);
+    EXPECT_EQ(picture.At(58, 28), test::kWhite);
+    EXPECT_EQ(picture.At(38, 24), test::kWhite);
+    EXPECT_EQ(picture.At(38, 32), test::kWhite);
+    // The module adds the bounds to the place and takes their first number for the column.
+    const Picture own = Draw(file.Bytes(), {});
+    EXPECT_EQ(own.width, 70u);
+    EXPECT_EQ(own.height, 100u);
+  }
+}
+
+// What is attached moves with what it is attached to, and a drawing beyond its bounds makes the canvas
+// larger, to twice the bounds at most.
+TEST_F(DisplayRulesTest, BoundsCountFromTheAttachment) {
+  if (!test::HostPaintsDrawings()) GTEST_SKIP();
+  const auto size = [](const char* second) {
+    NitfBuilder file;
+    test::Record graphic = test::GraphicRecord();
+    graphic.Set("SDLVL", 2).Set("SALVL", 1).Set("SBND2", second);
+    file.Image(ImageForm{.location = "0001000100"}, std::string(64, 'p'));
+    file.Graphic(graphic, Bar(test::I({0, 32767, 32767, 0}), 1));
+    const Picture picture = Draw(file.Bytes(), {.drawingsAtOrigin = true});
+    return std::pair{picture.width, picture.height};
+  };
+  EXPECT_EQ(size("0002000040"), std::pair(140u, 30u));
+  EXPECT_EQ(size("0002000020"), std::pair(126u, 30u));
+  EXPECT_EQ(size("0002000009"), std::pair(118u, 30u));
+}
+
+TEST_F(DisplayRulesTest, TheLastRowsOfPixelInterleavedBlocksAreRead) {
+  std::string data;
+  for (int n = 0; n < 2 * 12; ++n) data += static_cast<char>(n) + Big(0x40, 1) + Big(0x80, 1);
+  const std::string bytes = NitfBuilder().Image(Colours("P", 2), data).Bytes();
+  const Picture own = Draw(bytes, {}), whole = Draw(bytes, {.everyRow = true});
+  ASSERT_EQ(own.status + whole.status, 2);
+  EXPECT_EQ(own.At(1, 2), (Rgb{5, 0x40, 0x80})) << "the row above";
+  for (uint8_t n = 0; n < 24; ++n)
+    EXPECT_EQ(whole.At(n % 4 + n / 12 * 4, n % 12 / 4), (Rgb{n, 0x40, 0x80})) << int{n};
+  EXPECT_EQ(Draw(bytes.substr(0, bytes.size() - 1), {.everyRow = true}).status, -7);
+}
+
+TEST_F(DisplayRulesTest, ColourDifferencesAreShownInColour) {
+  for (const char* mode : {"B", "P", "R"}) {
+    ImageForm form = Colours(mode);
+    form.representation = "YCbCr601";
+    form.bandCodes = {"Y", "Cb", "Cr"};
+    form.width = 1;
+    form.height = 2;
+    const std::string data = mode == "P"s   ? "\x4C\x55\xFF\x80\x80\x80"
+                             : mode == "R"s ? "\x4C\x55\xFF\x80\x80\x80"
+                                            : "\x4C\x80\x55\x80\xFF\x80";
+    const std::string bytes = NitfBuilder().Image(form, data).Bytes();
+    EXPECT_EQ(Draw(bytes, {}).At(0, 0), (Rgb{0x4C, 0x55, 0xFF}));
+    const Picture picture = Draw(bytes, {.everyRow = true, .colourDifferences = true});
+    EXPECT_EQ(picture.At(0, 0), (Rgb{254, 0, 0})) << mode;
+    EXPECT_EQ(picture.At(0, 1), test::Grey(0x80));
+  }
+}
+
+// The sample of a band at a pixel of the whole image, of any depth up to 16 bits.
+uint32_t DeepSample(int x, int y, int band, int bits) {
+  return static_cast<uint32_t>(x * 977 + y * 3511 + band * 12289 + 5) & ((1u << bits) - 1);
+}
+
+// Packs samples one after the other, each block of its own bytes.
+class Packer {
+ public:
+  explicit Packer(int stored) : stored_(stored) {}
+  void Put(uint32_t sample) {
+    held_ = held_ << stored_ | sample;
+    for (count_ += stored_; count_ >= 8; count_ -= 8) bytes_ += static_cast<char>(held_ >> (count_ - 8));
+  }
+  void EndBlock() {
+    if (count_ != 0) bytes_ += static_cast<char>(held_ << (8 - count_));
+    count_ = 0;
+  }
+  const std::string& Bytes() const { return bytes_; }
+
+ private:
+  int stored_, count_ = 0;
+  uint64_t held_ = 0;
+  std::string bytes_;
+};
+
+std::string DeepData(const ImageForm& form, int significant) {
+  Packer packer(form.bits);
+  const auto put = [&](int block, int x, int y, int band) {
+    packer.Put(DeepSample(block % form.blocksAcross * form.width + x,
+                          block / form.blocksAcross * form.height + y, band, significant));
+  };
+  const int blocks = form.blocksAcross * form.blocksDown;
+  const bool sequential = form.mode == "S", byPixel = form.mode == "P", byRow = form.mode == "R";
+  for (int outer = 0; outer < (sequential ? form.bands : 1); ++outer) {
+    for (int block = 0; block < blocks; ++block) {
+      const int first = byPixel || byRow ? form.height : sequential ? 1 : form.bands;
+      for (int a = 0; a < first; ++a) {
+        const int second = byPixel ? form.width : byRow ? form.bands : form.height;
+        for (int b = 0; b < second; ++b) {
+          for (int c = 0; c < (byPixel ? form.bands : form.width); ++c) {
+            const int x = byPixel ? b : c, y = byPixel || byRow ? a : b;
+            put(block, x, y, byPixel ? c : byRow ? b : sequential ? outer : a);
+          }
+        }
+      }
+      packer.EndBlock();
+    }
+  }
+  return packer.Bytes();
+}
+
+TEST_F(DisplayRulesTest, DeepBandsShowTheirHighBits) {
+  for (const char* mode : {"B", "P", "R", "S"}) {
+    for (const auto& [stored, significant] : {std::pair{16, 16}, {16, 11}, {12, 12}, {12, 7}}) {
+      for (const int bands : {2, 3, 5}) {
+        ImageForm form = Colours(mode, 2);
+        form.width = 5;
+        form.blocksDown = 2;
+        form.bits = stored;
+        form.significantBits = significant;
+        form.bands = bands;
+        form.representation = "MULTI";
+        form.bandCodes =
+            bands == 3 ? std::vector<std::string>{"G", "B", "R"} : std::vector<std::string>{};
+        const std::string bytes = NitfBuilder().Image(form, DeepData(form, significant)).Bytes();
+        const Picture picture = Draw(bytes, {.highBits = true});
+        ASSERT_EQ(picture.status, 1) << mode << stored << bands;
+        const int shown[3] = {bands == 3 ? 2 : 0, bands == 3 ? 0 : 1,
+                              bands == 2   ? 1
+                              : bands == 3 ? 1
+                                           : 2};
+        const auto high = [&](int x, int y, int band) {
+          return static_cast<uint8_t>(DeepSample(x, y, band, significant) >>
+                                      (std::max(8, significant) - 8));
+        };
+        for (int y = 0; y < 6; ++y) {
+          for (int x = 0; x < 10; ++x) {
+            const Rgb expected = {high(x, y, shown[0]), high(x, y, shown[1]), high(x, y, shown[2])};
+            ASSERT_EQ(picture.At(static_cast<uint32_t>(x), static_cast<uint32_t>(y)), expected)
+                << mode << ' ' << stored << ' ' << bands << " at " << x << ", " << y;
+          }
+        }
+        if (stored == 16) {
+          EXPECT_EQ(Draw(bytes, {}).status, -700002);
+        }
+        EXPECT_EQ(Draw(bytes.substr(0, bytes.size() - 1), {.highBits = true}).status, bands == 5 ? 1 : -7)
+            << "a last byte that is not there";
+      }
+    }
+  }
+}
+
+TEST_F(DisplayRulesTest, FailuresOfTheHostArePassedOn) {
+  ImageForm form = Colours("P");
+  form.bits = 16;
+  NitfBuilder file;
+  file.Image(form, DeepData(form, 16));
+  test::Record graphic = test::GraphicRecord();
+  graphic.Set("SDLVL", 2).Set("SBND2", "0004000080");
+  file.Graphic(graphic, Bar(test::I({0, 100, 100, 0}), 1));
+  const std::string bytes = file.Bytes();
+  for (const auto& [kind, status] :
+       {std::pair{kFaultAllocation, -1}, {kFaultRead, -7}, {kFaultCodec, -9}}) {
+    const int faults = test::ForEachFault(kind, {status, -1, -7},
+                                          [&] { return Draw(bytes, DisplayRules::Standard()).status; });
+    EXPECT_GT(faults, 0);
+  }
+}
+
+TEST_F(DisplayRulesTest, MasksHaveARecordABlock) {
+  for (const char* mode : {"B", "P", "R"}) {
+    const ImageForm form = [&] {
+      ImageForm masked = Colours(mode, 3);
+      masked.compression = "NM";
+      return masked;
+    }();
+    const std::string table = test::MaskBytes({{0, 0xFFFFFFFF, 36}, {}, -1});
+    const std::string bytes =
+        NitfBuilder().Image(form, table + std::string(36, 'a') + std::string(36, 'b')).Bytes();
+    const Picture picture = Draw(bytes, {.everyRow = true, .recordABlock = true});
+    ASSERT_EQ(picture.status, 1) << mode;
+    EXPECT_EQ(picture.At(1, 1), test::Grey('a'));
+    EXPECT_EQ(picture.At(5, 1), test::Grey(0)) << "not stored";
+    EXPECT_EQ(picture.At(9, 1), test::Grey('b'));
+    EXPECT_EQ(picture.At(11, 2), test::Grey('b'));
+  }
+  ImageForm sequential = Colours("S", 2);
+  sequential.compression = "NM";
+  const std::string table = test::MaskBytes({{0, 12, 24, 36, 48, 60}, {}, -1});
+  const std::string bytes = NitfBuilder().Image(sequential, table + std::string(72, 'a')).Bytes();
+  EXPECT_EQ(Draw(bytes, {}).pixels, Draw(bytes, {.recordABlock = true}).pixels)
+      << "one for each band there";
+}
+
+}  // namespace
