@@ -1,6 +1,7 @@
 // Where the display may follow the published standard: each switch by itself, against the module's word.
 #include "Common/NitfFile.h"
 #include "tests/support/metafile.h"
+#include "tests/support/samples.h"
 #include "tests/support/support.h"
 
 namespace {
@@ -140,57 +141,6 @@ TEST_F(DisplayRulesTest, ColourDifferencesAreShownInColour) {
   }
 }
 
-// The sample of a band at a pixel of the whole image, of any depth up to 16 bits.
-uint32_t DeepSample(int x, int y, int band, int bits) {
-  return static_cast<uint32_t>(x * 977 + y * 3511 + band * 12289 + 5) & ((1u << bits) - 1);
-}
-
-// Packs samples one after the other, each block of its own bytes.
-class Packer {
- public:
-  explicit Packer(int stored) : stored_(stored) {}
-  void Put(uint32_t sample) {
-    held_ = held_ << stored_ | sample;
-    for (count_ += stored_; count_ >= 8; count_ -= 8) bytes_ += static_cast<char>(held_ >> (count_ - 8));
-  }
-  void EndBlock() {
-    if (count_ != 0) bytes_ += static_cast<char>(held_ << (8 - count_));
-    count_ = 0;
-  }
-  const std::string& Bytes() const { return bytes_; }
-
- private:
-  int stored_, count_ = 0;
-  uint64_t held_ = 0;
-  std::string bytes_;
-};
-
-std::string DeepData(const ImageForm& form, int significant) {
-  Packer packer(form.bits);
-  const auto put = [&](int block, int x, int y, int band) {
-    packer.Put(DeepSample(block % form.blocksAcross * form.width + x,
-                          block / form.blocksAcross * form.height + y, band, significant));
-  };
-  const int blocks = form.blocksAcross * form.blocksDown;
-  const bool sequential = form.mode == "S", byPixel = form.mode == "P", byRow = form.mode == "R";
-  for (int outer = 0; outer < (sequential ? form.bands : 1); ++outer) {
-    for (int block = 0; block < blocks; ++block) {
-      const int first = byPixel || byRow ? form.height : sequential ? 1 : form.bands;
-      for (int a = 0; a < first; ++a) {
-        const int second = byPixel ? form.width : byRow ? form.bands : form.height;
-        for (int b = 0; b < second; ++b) {
-          for (int c = 0; c < (byPixel ? form.bands : form.width); ++c) {
-            const int x = byPixel ? b : c, y = byPixel || byRow ? a : b;
-            put(block, x, y, byPixel ? c : byRow ? b : sequential ? outer : a);
-          }
-        }
-      }
-      packer.EndBlock();
-    }
-  }
-  return packer.Bytes();
-}
-
 TEST_F(DisplayRulesTest, DeepBandsShowTheirHighBits) {
   for (const char* mode : {"B", "P", "R", "S"}) {
     for (const auto& [stored, significant] : {std::pair{16, 16}, {16, 11}, {12, 12}, {12, 7}}) {
@@ -204,7 +154,7 @@ TEST_F(DisplayRulesTest, DeepBandsShowTheirHighBits) {
         form.representation = "MULTI";
         form.bandCodes =
             bands == 3 ? std::vector<std::string>{"G", "B", "R"} : std::vector<std::string>{};
-        const std::string bytes = NitfBuilder().Image(form, DeepData(form, significant)).Bytes();
+        const std::string bytes = NitfBuilder().Image(form, test::PackSamples(form, significant)).Bytes();
         const Picture picture = Draw(bytes, {.highBits = true});
         ASSERT_EQ(picture.status, 1) << mode << stored << bands;
         const int shown[3] = {bands == 3 ? 2 : 0, bands == 3 ? 0 : 1,
@@ -212,7 +162,7 @@ TEST_F(DisplayRulesTest, DeepBandsShowTheirHighBits) {
                               : bands == 3 ? 1
                                            : 2};
         const auto high = [&](int x, int y, int band) {
-          return static_cast<uint8_t>(DeepSample(x, y, band, significant) >>
+          return static_cast<uint8_t>(test::SampleOf(x, y, band, significant) >>
                                       (std::max(8, significant) - 8));
         };
         for (int y = 0; y < 6; ++y) {
@@ -236,7 +186,7 @@ TEST_F(DisplayRulesTest, FailuresOfTheHostArePassedOn) {
   ImageForm form = Colours("P");
   form.bits = 16;
   NitfBuilder file;
-  file.Image(form, DeepData(form, 16));
+  file.Image(form, test::PackSamples(form, 16));
   test::Record graphic = test::GraphicRecord();
   graphic.Set("SDLVL", 2).Set("SBND2", "0004000080");
   file.Graphic(graphic, Bar(test::I({0, 100, 100, 0}), 1));

@@ -7,43 +7,18 @@
 namespace tool {
 namespace {
 
-struct BlockStream {
-  uint64_t offset;  ///< in the data
-  JpegStream stream;
-};
-
 bool IsJpeg(const SurveyedPart& part) {
   return part.complete && IsOneOf(part.Text("IC"), "C3|M3|C5|M5|I1");
 }
 
-// The streams of an image: where the mask table says, or one behind the other.
-std::vector<BlockStream> StreamsOf(const Checking& checking, const SurveyedPart& part) {
-  std::vector<BlockStream> streams;
-  if (!IsJpeg(part)) return streams;
-  const std::string data = checking.survey.Data(part);
-  const std::string_view bytes(data);
-  const size_t start = std::min<size_t>(part.IsMasked() ? part.mask.dataOffset : 0, data.size());
-  if (!part.mask.blocks.empty()) {
-    for (const uint32_t record : part.mask.blocks) {
-      if (record == kNoRecord || record >= data.size() - start) continue;
-      streams.push_back({start + record, WalkJpeg(bytes.substr(start + record))});
-    }
-    return streams;
-  }
-  for (size_t at = start; at < data.size();) {
-    streams.push_back({at, WalkJpeg(bytes.substr(at))});
-    if (streams.back().stream.size == 0 || !streams.back().stream.ends) break;
-    at += streams.back().stream.size;
-    // Fill bytes behind the last one are no stream.
-    if (bytes.find_first_not_of('\xFF', at) == std::string_view::npos) break;
-  }
-  return streams;
+std::vector<FoundJpeg> StreamsOf(const Checking& checking, const SurveyedPart& part) {
+  return IsJpeg(part) ? FindJpegStreams(part, checking.survey.Data(part)) : std::vector<FoundJpeg>();
 }
 
 // The first stream that a test does not hold for is told; `words` says what is wrong with one.
 template <class Words>
 void AskStreams(Checking& checking, const SurveyedPart& part, Words words) {
-  const std::vector<BlockStream> streams = StreamsOf(checking, part);
+  const std::vector<FoundJpeg> streams = StreamsOf(checking, part);
   for (size_t n = 0; n < streams.size(); ++n) {
     const std::string problem = words(streams[n].stream);
     if (problem.empty()) continue;
@@ -70,7 +45,7 @@ void AskEnd(Checking& checking, const SurveyedPart& part) {
 void AskCount(Checking& checking, const SurveyedPart& part) {
   const Blocks blocks(part);
   if (!IsJpeg(part) || !part.mask.blocks.empty() || !blocks.Known()) return;
-  const std::vector<BlockStream> streams = StreamsOf(checking, part);
+  const std::vector<FoundJpeg> streams = StreamsOf(checking, part);
   const int64_t wanted = blocks.Count() * (blocks.sequential ? blocks.bands : 1);
   // One that does not begin or end is told by that.
   if (streams.empty() || !streams.back().stream.begins || !streams.back().stream.ends) return;

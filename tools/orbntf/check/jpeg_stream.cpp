@@ -1,6 +1,8 @@
 #include "tools/orbntf/check/jpeg_stream.h"
 
 #include <algorithm>
+#include <iterator>
+#include <map>
 
 namespace tool {
 namespace {
@@ -152,5 +154,45 @@ uint64_t JpegStream::Units() const {
 }
 
 JpegStream WalkJpeg(std::string_view bytes) { return Walker(bytes).Walk(); }
+
+namespace {
+
+// A stream for every record. Each place is walked once, up to the next one: records may be many, and may
+// all say the same.
+std::vector<FoundJpeg> FindRecorded(const std::vector<uint32_t>& records, std::string_view data,
+                                    size_t start) {
+  std::map<uint32_t, JpegStream> places;
+  for (const uint32_t record : records) {
+    if (record != kNoRecord && record < data.size() - start) places.emplace(record, JpegStream());
+  }
+  for (auto place = places.begin(); place != places.end(); ++place) {
+    const auto next = std::next(place);
+    const size_t end = next != places.end() ? start + next->first : data.size();
+    place->second = WalkJpeg(data.substr(start + place->first, end - start - place->first));
+  }
+  std::vector<FoundJpeg> streams;
+  for (size_t n = 0; n < records.size(); ++n) {
+    const auto place = places.find(records[n]);
+    if (place != places.end()) streams.push_back({n, start + records[n], place->second});
+  }
+  return streams;
+}
+
+}  // namespace
+
+std::vector<FoundJpeg> FindJpegStreams(const SurveyedPart& part, std::string_view data) {
+  const size_t start = std::min<size_t>(part.IsMasked() ? part.mask.dataOffset : 0, data.size());
+  if (!part.mask.blocks.empty()) return FindRecorded(part.mask.blocks, data, start);
+  std::vector<FoundJpeg> streams;
+  for (size_t at = start; at < data.size();) {
+    const JpegStream stream = WalkJpeg(data.substr(at));
+    streams.push_back({streams.size(), at, stream});
+    if (stream.size == 0 || !stream.ends) break;
+    at += stream.size;
+    // Fill bytes behind the last one are no stream.
+    if (data.find_first_not_of('\xFF', at) == std::string_view::npos) break;
+  }
+  return streams;
+}
 
 }  // namespace tool

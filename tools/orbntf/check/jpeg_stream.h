@@ -3,6 +3,9 @@
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
+
+#include "tools/orbntf/inspect/survey.h"
 
 namespace tool {
 
@@ -25,5 +28,14 @@ struct JpegStream {
 };
 /// Walks a stream's segments and the codes between them.
 JpegStream WalkJpeg(std::string_view bytes);
+
+/// A stream of an image.
+struct FoundJpeg {
+  uint64_t number;  ///< of its block, of IMODE S among those of all bands
+  size_t offset;    ///< in the image's data
+  JpegStream stream;
+};
+/// The streams of an image's data: where its mask table says, or one behind the other.
+std::vector<FoundJpeg> FindJpegStreams(const SurveyedPart& part, std::string_view data);
 
 }  // namespace tool

@@ -1,0 +1,353 @@
+// Samples as they are stored: every mode, depth and compression, against what the file was made of.
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+
+#include <tiffio.h>
+
+#include "tests/support/encoders.h"
+#include "tests/support/samples.h"
+#include "tests/support/support.h"
+#include "tests/support/vq.h"
+#include "tools/orbntf/extract/writers.h"
+#include "tools/orbntf/inspect/load.h"
+
+namespace {
+
+using test::ImageForm;
+using test::NitfBuilder;
+using tool::SampleImage;
+using namespace std::string_literals;
+
+class ExtractTest : public test::ModuleTest {
+ protected:
+  static tool::ExtractFault Read(const NitfBuilder& file, SampleImage& image, uint32_t reduce = 0) {
+    const test::TempFile nitf(file.Bytes());
+    const tool::Survey survey(nitf.Path());
+    return tool::ReadSamples(survey, *survey.Find(tool::PartKind::Image, 0), reduce, image);
+  }
+  static tool::ExtractFault Read(const ImageForm& form, const std::string& data, SampleImage& image,
+                                 uint32_t reduce = 0) {
+    return Read(NitfBuilder().Image(form, data), image, reduce);
+  }
+  static uint64_t At(const SampleImage& image, uint32_t x, uint32_t y, uint32_t band) {
+    const uint8_t* from = image.Pixel(x, y) + size_t{band} * image.sampleBytes;
+    uint64_t value = 0;
+    for (uint32_t i = image.sampleBytes; i-- > 0;) value = value << 8 | from[i];
+    return value;
+  }
+};
+
+TEST_F(ExtractTest, EveryModeAndDepth) {
+  for (const char* mode : {"B", "P", "R", "S"}) {
+    for (const int bits : {1, 8, 12, 16, 32, 64}) {
+      for (const int bands : {1, 2, 3, 11}) {
+        if (mode == "S"s && bands == 1) continue;
+        ImageForm form{
+            .width = 5, .height = 3, .blocksAcross = 2, .blocksDown = 2, .bands = bands, .bits = bits};
+        form.representation = bands == 1 ? "MONO" : "MULTI";
+        form.mode = mode;
+        form.pixelType = bits == 1 ? "B" : bits == 64 ? "R" : bits == 32 ? "SI" : "INT";
+        NitfBuilder file;
+        // Two columns and a row of the blocks are no part of the image.
+        file.Image(form, test::PackSamples(form, bits))
+            .images[0]
+            .subheader.Set("NCOLS", 8)
+            .Set("NROWS", 5);
+        SampleImage image;
+        const tool::ExtractFault fault = Read(file, image);
+        ASSERT_FALSE(fault.Met()) << mode << bits << bands << fault.words;
+        ASSERT_EQ(image.width, 8u);
+        ASSERT_EQ(image.height, 5u);
+        for (uint32_t y = 0; y < 5; ++y) {
+          for (uint32_t x = 0; x < 8; ++x) {
+            for (int band = 0; band < bands; ++band) {
+              ASSERT_EQ(At(image, x, y, static_cast<uint32_t>(band)),
+                        test::SampleOf(static_cast<int>(x), static_cast<int>(y), band, bits))
+                  << mode << ' ' << bits << " bits, band " << band << " of " << bands << " at " << x
+                  << ", " << y;
+            }
+          }
+        }
+        file.images[0].data.pop_back();
+        EXPECT_EQ(Read(file, image).status, -7);
+      }
+    }
+  }
+}
+
+TEST_F(ExtractTest, MasksLeaveTheirValue) {
+  ImageForm form{.width = 2,
+                 .height = 2,
+                 .blocksAcross = 2,
+                 .bands = 2,
+                 .bits = 16,
+                 .compression = "NM",
+                 .representation = "MULTI",
+                 .mode = "P"};
+  const std::string table = test::Big(20, 4) + test::Big(4, 2) + test::Big(0, 2) + test::Big(16, 2) +
+                            "\x12\x34" + test::Big(0xFFFFFFFF, 4) + test::Big(0, 4);
+  SampleImage image;
+  ASSERT_FALSE(Read(form, table + std::string(16, 'x'), image).Met());
+  EXPECT_EQ(image.noData, 0x1234u);
+  EXPECT_EQ(At(image, 1, 1, 1), 0x1234u) << "not stored";
+  EXPECT_EQ(At(image, 2, 0, 0), 0x7878u);
+  ASSERT_EQ(Read(form, table + std::string(15, 'x'), image).status, -7);
+  // Of band-sequential images every block of every band has a record.
+  form.mode = "S";
+  const std::string sequential = test::MaskBytes({{8, 0xFFFFFFFF, 0, 16}, {}, -1});
+  ASSERT_FALSE(
+      Read(form, sequential + std::string(8, 'a') + std::string(8, 'b') + std::string(8, 'c'), image)
+          .Met());
+  EXPECT_EQ(At(image, 0, 0, 0), 0x6262u);
+  EXPECT_EQ(At(image, 2, 0, 0), 0u);
+  EXPECT_EQ(At(image, 0, 0, 1), 0x6161u);
+  EXPECT_EQ(At(image, 3, 1, 1), 0x6363u);
+}
+
+// How far the samples are from the picture that was encoded, of which each stands for a square.
+std::vector<int> Differences(const SampleImage& image, int scale) {
+  std::vector<int> differences;
+  for (uint32_t y = 0; y < image.height; ++y) {
+    for (uint32_t x = 0; x < image.width; ++x) {
+      for (uint32_t band = 0; band < image.bands; ++band) {
+        const uint8_t* at = image.Pixel(x, y) + size_t{band} * image.sampleBytes;
+        int wanted = 0;
+        for (int i = 0; i < scale * scale; ++i)
+          wanted += test::Sample(static_cast<int>(x) * scale + i % scale,
+                                 static_cast<int>(y) * scale + i / scale, static_cast<int>(band));
+        differences.push_back(std::abs(at[0] - wanted / (scale * scale)));
+      }
+    }
+  }
+  return differences;
+}
+int Farthest(const SampleImage& image, int scale = 1) {
+  const std::vector<int> differences = Differences(image, scale);
+  return *std::max_element(differences.begin(), differences.end());
+}
+int MeanDifference(const SampleImage& image, int scale) {
+  const std::vector<int> differences = Differences(image, scale);
+  return std::accumulate(differences.begin(), differences.end(), 0) /
+         static_cast<int>(differences.size());
+}
+
+TEST_F(ExtractTest, JpegBlocksOfEveryMode) {
+  constexpr int kSide = test::kSide;
+  SampleImage image;
+  std::string grey, colour, sequential;
+  for (int block = 0; block < 4; ++block) grey += test::BlockStream(block, 2, {0});
+  for (int block = 0; block < 4; ++block) colour += test::BlockStream(block, 2, {0, 1, 2}, true);
+  for (int band = 0; band < 3; ++band) {
+    for (int block = 0; block < 4; ++block) sequential += test::BlockStream(block, 2, {band});
+  }
+  ASSERT_FALSE(Read(test::BlockForm("C3", 2, 2, 1, "MONO"), grey, image).Met());
+  EXPECT_EQ(image.width, 2u * kSide);
+  EXPECT_LE(Farthest(image), 20);
+  ASSERT_FALSE(Read(test::BlockForm("C3", 2, 2, 3, "RGB", "P"), colour, image).Met());
+  EXPECT_LE(Farthest(image), 20);
+  ASSERT_FALSE(Read(test::BlockForm("C3", 2, 2, 3, "RGB", "S"), sequential, image).Met());
+  EXPECT_LE(Farthest(image), 20);
+  ASSERT_FALSE(Read(test::BlockForm("C3", 2, 2, 3, "RGB", "P"), colour, image, 3).Met());
+  EXPECT_EQ(image.width, 2u * kSide / 8);
+  EXPECT_LE(Farthest(image, 8), 20) << "an eighth of the picture";
+  EXPECT_EQ(Read(test::BlockForm("C3", 2, 2, 1, "MONO"), grey, image, 4).status, -16);
+  EXPECT_EQ(Read(test::BlockForm("C3", 2, 2, 1, "MONO"), "no stream", image).status, -9);
+  // One of the masked blocks is not there.
+  ImageForm masked = test::BlockForm("M3", 2, 1, 1, "MONO");
+  const std::string one = test::BlockStream(1, 2, {0});
+  ASSERT_FALSE(Read(masked, test::MaskBytes({{0xFFFFFFFF, 0}, {}, 77}) + one, image).Met());
+  EXPECT_EQ(At(image, 3, 3, 0), 77u);
+  EXPECT_LE(std::abs(static_cast<int>(At(image, kSide + 9, 9, 0)) - test::Sample(kSide + 9, 9, 0)), 20);
+}
+
+TEST_F(ExtractTest, CodestreamsAtTheirDepthAndReduced) {
+  constexpr int kSide = test::kSide;
+  SampleImage image;
+  ImageForm form = test::BlockForm("C8", 1, 1, 3, "RGB");
+  ASSERT_FALSE(Read(form, test::EncodeJpeg2000(kSide, kSide, {0, 1, 2}), image).Met());
+  EXPECT_LE(Farthest(image), 1);
+  ASSERT_FALSE(Read(form, test::EncodeJpeg2000(kSide, kSide, {0, 1, 2}), image, 2).Met());
+  EXPECT_EQ(image.width, kSide / 4u);
+  EXPECT_LE(Farthest(image, 4), 128);
+  EXPECT_LE(MeanDifference(image, 4), 20);
+  ImageForm deep = test::BlockForm("C8", 1, 1, 1, "MONO");
+  deep.bits = 16;
+  deep.significantBits = 12;
+  ASSERT_FALSE(Read(deep, test::EncodeJpeg2000(kSide, kSide, {0}, {.precision = 12}), image).Met());
+  EXPECT_EQ(image.sampleBytes, 2u);
+  uint64_t most = 0;
+  for (uint32_t x = 0; x < image.width; ++x) most = std::max(most, At(image, x, 7, 0));
+  EXPECT_GT(most, 255u) << "12 bits, none of them shown away";
+  EXPECT_EQ(Read(form, "no codestream", image).status, -9);
+  EXPECT_EQ(Read(form, test::EncodeJpeg2000(kSide, kSide, {0}), image).status, -9)
+      << "one component of three";
+}
+
+TEST_F(ExtractTest, FacsimileAndVectorQuantisation) {
+  constexpr int kSide = test::kSide;
+  SampleImage image;
+  for (const bool twoDimensional : {false, true}) {
+    ImageForm fax = test::BlockForm("C1", 1, 1, 1, "MONO");
+    fax.bits = 1;
+    fax.pixelType = "B";
+    fax.rate = twoDimensional ? "2DS" : "1D";
+    ASSERT_FALSE(Read(fax, test::EncodeFacsimile(kSide, kSide, twoDimensional), image).Met());
+    for (uint32_t y = 0; y < image.height; ++y) {
+      for (uint32_t x = 0; x < image.width; ++x)
+        ASSERT_EQ(At(image, x, y, 0), test::IsBlack(static_cast<int>(x), static_cast<int>(y)) ? 0u : 1u);
+    }
+    EXPECT_EQ(Read(fax, std::string(40, '\0'), image).status, -9);
+    EXPECT_EQ(Read(fax, test::EncodeFacsimile(kSide, kSide, twoDimensional), image, 1).status, -16);
+  }
+  for (const test::VqForm& form :
+       {test::VqForm{.stored = {true, true}}, test::VqForm{.bits = 16, .stored = {true, true}},
+        test::VqForm{.bands = 3, .stored = {true, true}}}) {
+    const std::string data = test::VqData(form);
+    ASSERT_FALSE(Read(test::VqImage(form, "C4", 2, 1), data, image).Met());
+    for (uint32_t y = 0; y < image.height; ++y) {
+      for (uint32_t x = 0; x < image.width; ++x) {
+        const uint32_t block = x / form.blockWidth, column = x % form.blockWidth;
+        const uint32_t n = block * form.codeRows * form.codesPerRow +
+                           y / form.VectorHeight() * form.codesPerRow + column / form.VectorWidth();
+        const std::string entry = test::VqEntry(form, test::VqCode(n));
+        const size_t at = (y % form.VectorHeight() * form.VectorWidth() + column % form.VectorWidth()) *
+                          form.ValueBytes();
+        for (uint32_t band = 0; band < image.bands; ++band) {
+          uint64_t wanted = static_cast<uint8_t>(entry[at + band]);
+          if (form.bits == 16) wanted = wanted << 8 | static_cast<uint8_t>(entry[at + 1]);
+          ASSERT_EQ(At(image, x, y, band), wanted) << x << ", " << y;
+        }
+      }
+    }
+    EXPECT_EQ(Read(test::VqImage(form, "C4", 2, 1), data.substr(0, data.size() - 3), image).status, -7);
+  }
+}
+
+// ---------------------------------------------------------------- what is written
+
+// A file of samples, read back by libtiff.
+struct TiffFacts {
+  uint32_t width = 0, height = 0;
+  uint16_t bits = 0, bands = 1, format = SAMPLEFORMAT_UINT, photometric = 0;
+  std::string rows;
+};
+TiffFacts ReadBack(const SampleImage& image) {
+  const test::TempFile out("", ".tif");
+  std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
+  EXPECT_TRUE(tool::WriteTiff(file, image));
+  std::fclose(file);
+  TiffFacts facts;
+  TIFF* tiff = TIFFOpen(out.Path().c_str(), "r");
+  TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &facts.width);
+  TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &facts.height);
+  TIFFGetField(tiff, TIFFTAG_BITSPERSAMPLE, &facts.bits);
+  TIFFGetField(tiff, TIFFTAG_SAMPLESPERPIXEL, &facts.bands);
+  TIFFGetField(tiff, TIFFTAG_SAMPLEFORMAT, &facts.format);
+  TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &facts.photometric);
+  std::string row(static_cast<size_t>(TIFFScanlineSize(tiff)), '\0');
+  for (uint32_t y = 0; y < facts.height; ++y) {
+    EXPECT_EQ(TIFFReadScanline(tiff, row.data(), y, 0), 1);
+    facts.rows += row;
+  }
+  TIFFClose(tiff);
+  return facts;
+}
+
+TEST_F(ExtractTest, TiffHoldsEveryDepth) {
+  struct Row {
+    int bits, bands;
+    const char *type, *representation;
+    uint16_t stored, format, photometric;
+  };
+  for (const Row& row : {Row{1, 1, "B", "MONO", 1, SAMPLEFORMAT_UINT, PHOTOMETRIC_MINISBLACK},
+                         Row{8, 3, "INT", "RGB", 8, SAMPLEFORMAT_UINT, PHOTOMETRIC_RGB},
+                         Row{12, 1, "INT", "MONO", 16, SAMPLEFORMAT_UINT, PHOTOMETRIC_MINISBLACK},
+                         Row{16, 7, "SI", "MULTI", 16, SAMPLEFORMAT_INT, PHOTOMETRIC_MINISBLACK},
+                         Row{32, 1, "R", "MONO", 32, SAMPLEFORMAT_IEEEFP, PHOTOMETRIC_MINISBLACK},
+                         Row{64, 1, "C", "MONO", 64, SAMPLEFORMAT_COMPLEXIEEEFP, PHOTOMETRIC_MINISBLACK},
+                         Row{8, 3, "INT", "YCbCr601", 8, SAMPLEFORMAT_UINT, PHOTOMETRIC_YCBCR}}) {
+    ImageForm form{.width = 11, .height = 3, .bands = row.bands, .bits = row.bits};
+    form.representation = row.representation;
+    form.pixelType = row.type;
+    SampleImage image;
+    ASSERT_FALSE(Read(form, test::PackSamples(form, row.bits), image).Met());
+    const TiffFacts facts = ReadBack(image);
+    EXPECT_EQ(facts.width, 11u);
+    EXPECT_EQ(facts.bits, row.stored);
+    EXPECT_EQ(facts.bands, row.bands);
+    EXPECT_EQ(facts.format, row.format);
+    EXPECT_EQ(facts.photometric, row.photometric);
+    const std::string samples(image.samples.begin(), image.samples.end());
+    if (row.bits != 1) {
+      EXPECT_EQ(facts.rows, samples) << row.bits;
+    } else {
+      for (size_t i = 0; i < samples.size(); ++i)
+        EXPECT_EQ(facts.rows[i / 11 * 2 + i % 11 / 8] >> (7 - i % 11 % 8) & 1, samples[i]) << i;
+    }
+  }
+}
+
+TEST_F(ExtractTest, TablesArePalettes) {
+  ImageForm form{
+      .width = 4, .height = 1, .representation = "RGB/LUT", .bandCodes = {"LU"}, .lookupTables = 3};
+  form.lookup =
+      "\x0A\x0B\x0C"
+      "\x1A\x1B\x1C"
+      "\x2A\x2B\x2C";
+  SampleImage image;
+  ASSERT_FALSE(Read(form, "\0\1\2\1"s, image).Met());
+  EXPECT_EQ(ReadBack(image).photometric, PHOTOMETRIC_PALETTE);
+  const test::TempFile out("", ".png");
+  std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
+  ASSERT_EQ(tool::WhyNotAs("png", image), "");
+  EXPECT_TRUE(tool::WritePng(file, image));
+  std::fclose(file);
+  tool::Picture picture;
+  ASSERT_EQ(picture.Load(out.Path()), 1);
+  EXPECT_EQ(std::string(picture.samples.begin(), picture.samples.end()),
+            "\x0A\x1A\x2A\x0B\x1B\x2B\x0C\x1C\x2C\x0B\x1B\x2B");
+}
+
+TEST_F(ExtractTest, PngAndRawHoldWhatTheyCan) {
+  ImageForm form{.width = 3, .height = 2, .bands = 3, .bits = 16, .representation = "RGB", .mode = "P"};
+  SampleImage image;
+  const std::string data = test::PackSamples(form, 16);
+  ASSERT_FALSE(Read(form, data, image).Met());
+  const test::TempFile out("", ".png");
+  std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
+  EXPECT_TRUE(tool::WritePng(file, image));
+  std::fclose(file);
+  tool::Picture picture;
+  ASSERT_EQ(picture.Load(out.Path()), 1);
+  EXPECT_EQ(picture.bits, 16u);
+  EXPECT_EQ(std::string(picture.samples.begin(), picture.samples.end()), data);
+  file = std::fopen(out.Path().c_str(), "w+b");
+  EXPECT_TRUE(tool::WriteRaw(file, image));
+  std::fclose(file);
+  EXPECT_EQ(out.Contents(), data) << "as pixel-interleaved data stands in the file";
+  image.bands = 2;
+  EXPECT_NE(tool::WhyNotAs("png", image), "");
+  image.bands = 1;
+  image.kind = tool::SampleKind::Real;
+  EXPECT_NE(tool::WhyNotAs("png", image), "");
+}
+
+// What claims more than there is ends before memory is taken for it.
+TEST_F(ExtractTest, ClaimsAreHeldAgainstTheBytes) {
+  SampleImage image;
+  ImageForm huge{.width = 8192, .height = 8192, .blocksAcross = 9999, .blocksDown = 9999};
+  EXPECT_EQ(Read(huge, "few", image).status, -7);
+  huge.compression = "NM";
+  EXPECT_EQ(Read(huge, test::MaskBytes({{}, {}, -1}) + "few", image).status, -7);
+  huge.blocksAcross = huge.blocksDown = 9;
+  const std::vector<uint32_t> none(81, 0xFFFFFFFF);
+  EXPECT_EQ(Read(huge, test::MaskBytes({none, {}, -1}) + "few", image).status, -1);
+  NitfBuilder cut;
+  cut.Image({}, std::string(64, 'p'));
+  const test::TempFile file(cut.Bytes().substr(0, 500));
+  const tool::Survey survey(file.Path());
+  EXPECT_EQ(tool::ReadSamples(survey, survey.parts.at(1), 0, image).status, -7);
+}
+
+}  // namespace

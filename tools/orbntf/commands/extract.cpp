@@ -1,0 +1,198 @@
+// orbntf extract: what a file holds, as it is stored.
+#include <cerrno>
+#include <filesystem>
+
+#include "orbntf/orbntf.h"
+#include "tools/orbntf/check/rule.h"
+#include "tools/orbntf/document.h"
+#include "tools/orbntf/extract/writers.h"
+#include "tools/orbntf/inspect/words.h"
+#include "tools/orbntf/output/output.h"
+#include "tools/orbntf/records/records.h"
+#include "tools/orbntf/tool.h"
+
+namespace tool {
+namespace {
+
+struct ExtractOptions {
+  std::string file, part, output, folder, format;
+  uint32_t reduce = 0;
+  bool all = false;
+};
+
+// What a part is written as.
+struct Job {
+  const SurveyedPart* image = nullptr;  // samples, or
+  std::string bytes;
+  std::string form;
+  std::string output;
+};
+
+int Fail(const ExtractOptions& options, int32_t status, const std::string& words) {
+  return Report("extract", options.file, status, words);
+}
+
+bool Write(std::FILE* stream, const std::string& form, const SampleImage& image) {
+  if (form == "png") return WritePng(stream, image);
+  return form == "raw" ? WriteRaw(stream, image) : WriteTiff(stream, image);
+}
+
+int RunJob(const ExtractOptions& options, const Survey& survey, const Job& job) {
+  if (IsSameFile(options.file, job.output)) return Refuse("extract", "the output is the input");
+  SampleImage image;
+  if (job.image != nullptr) {
+    const ExtractFault fault = ReadSamples(survey, *job.image, options.reduce, image);
+    if (fault.Met()) return Fail(options, fault.status, job.image->Title() + ": " + fault.words);
+    const std::string problem = WhyNotAs(job.form, image);
+    if (!problem.empty()) return Refuse("extract", job.image->Title() + ": " + problem + "; write .tif");
+  }
+  Output output(job.output, job.form == "tif" ? Output::Way::ByName : Output::Way::InOrder);
+  errno = 0;
+  std::FILE* stream = output.Problem().empty() ? output.Stream() : nullptr;
+  const bool written =
+      stream != nullptr && (job.image != nullptr ? Write(stream, job.form, image)
+                                                 : std::fwrite(job.bytes.data(), 1, job.bytes.size(),
+                                                               stream) == job.bytes.size());
+  if (stream != nullptr && !written && errno != 0) output.NoteFailure();
+  return Report("extract", job.output, written && output.Commit() ? ORB_SUCCESS : ORB_SHORT_WRITE,
+                output.Problem());
+}
+
+// ---------------------------------------------------------------- parts
+
+struct KindWord {
+  const char* word;
+  PartKind kind;
+  const char* ending;
+};
+constexpr KindWord kKinds[] = {{"image", PartKind::Image, "tif"},
+                               {"graphic", PartKind::Graphic, "cgm"},
+                               {"text", PartKind::Text, "txt"},
+                               {"data", PartKind::DataExtension, "bin"}};
+
+// The n-th record of a tag in the whole file; -1 for what is not there.
+bool FindRecord(const Survey& survey, const std::string& tag, int64_t number, std::string& bytes) {
+  const RecordDefinitions none;
+  for (const SurveyedPart& part : survey.parts) {
+    for (TaggedRecord& record : RecordsOf(part, none)) {
+      if (TrimmedText(record.tag) != tag || --number > 0) continue;
+      bytes = std::move(record.bytes);
+      return true;
+    }
+  }
+  return false;
+}
+
+// Finds what "image:0" or "record:TAG" names. An exit code.
+int FindPart(const ExtractOptions& options, const Survey& survey, Job& job) {
+  const size_t colon = options.part.find(':');
+  const std::string kind = options.part.substr(0, colon);
+  const std::string name = colon == std::string::npos ? "" : options.part.substr(colon + 1);
+  if (kind == "record" && !name.empty()) {
+    const size_t second = name.find(':');
+    const int64_t number = second == std::string::npos ? 1 : DigitsOf(name.substr(second + 1));
+    if (number < 1) return Refuse("extract", "records of a tag are counted from 1: record:TAG:2");
+    if (!FindRecord(survey, name.substr(0, second), number, job.bytes))
+      return Fail(options, ORB_NO_SUCH_RECORD, "no record " + Printable(name));
+    return kExitOk;
+  }
+  for (const KindWord& word : kKinds) {
+    const int64_t index = DigitsOf(name);
+    if (kind != word.word || index < 0) continue;
+    const SurveyedPart* part = survey.Find(word.kind, static_cast<uint32_t>(index));
+    if (part == nullptr) return Fail(options, ORB_NO_SUCH_RECORD, "no " + options.part);
+    if (part->kind == PartKind::Image)
+      job.image = part;
+    else
+      job.bytes = survey.Data(*part);
+    if (part->kind != PartKind::Image && job.bytes.size() < part->dataLength)
+      return Fail(options, ORB_SHORT_READ, part->Title() + " ends behind the file");
+    return kExitOk;
+  }
+  return Refuse("extract", "a part is image:N, graphic:N, text:N, data:N or record:TAG");
+}
+
+std::string FormOf(const ExtractOptions& options) {
+  if (!options.format.empty()) return options.format;
+  const size_t dot = options.output.rfind('.');
+  const std::string ending = dot == std::string::npos ? "" : options.output.substr(dot + 1);
+  return ending == "tiff" ? "tif" : ending;
+}
+
+int ExtractOne(const ExtractOptions& options, const Survey& survey) {
+  Job job;
+  job.output = options.output;
+  if (const int code = FindPart(options, survey, job); code != kExitOk) return code;
+  if (job.image == nullptr && options.reduce != 0) return Refuse("extract", "--reduce is for images");
+  job.form = job.image == nullptr ? "" : FormOf(options);
+  if (job.image != nullptr && !IsOneOf(job.form, "tif|png|raw"))
+    return Refuse("extract", "the output's name ends in .tif, .png or .raw, or --format says which");
+  return RunJob(options, survey, job);
+}
+
+// A tag as a part of a file's name.
+std::string NameOfTag(const std::string& tag) {
+  std::string name(TrimmedText(tag));
+  for (char& c : name) {
+    if (std::isalnum(static_cast<uint8_t>(c)) == 0) c = '_';
+  }
+  return name.empty() ? "bytes" : name;
+}
+
+int ExtractAll(const ExtractOptions& options, const Survey& survey) {
+  std::error_code error;
+  std::filesystem::create_directories(options.folder, error);
+  const RecordDefinitions none;
+  int code = kExitOk;
+  uint32_t records = 0;
+  for (const SurveyedPart& part : survey.parts) {
+    for (TaggedRecord& record : RecordsOf(part, none)) {
+      const std::string name =
+          "record-" + std::to_string(++records) + "-" + NameOfTag(record.tag) + ".bin";
+      const Job job = {nullptr, std::move(record.bytes), "", options.folder + "/" + name};
+      code = std::max(code, RunJob(options, survey, job));
+    }
+    for (const KindWord& word : kKinds) {
+      if (part.kind != word.kind) continue;
+      const bool isImage = part.kind == PartKind::Image;
+      const std::string ending = isImage && !options.format.empty() ? options.format : word.ending;
+      const Job job = {
+          isImage ? &part : nullptr, isImage ? "" : survey.Data(part), ending,
+          options.folder + "/" + word.word + "-" + std::to_string(part.index) + "." + ending};
+      code = std::max(code, RunJob(options, survey, job));
+    }
+  }
+  return code;
+}
+
+int RunExtract(const ExtractOptions& options) {
+  const bool whole =
+      options.all && options.part.empty() && options.output.empty() && !options.folder.empty();
+  const bool one =
+      !options.all && !options.part.empty() && !options.output.empty() && options.folder.empty();
+  if (!whole && !one) return Refuse("extract", "give a PART and -o, or --all and -O");
+  const Survey survey(options.file);
+  if (!survey.file.IsOpen()) return ReportFile("extract", options.file, ORB_SHORT_READ);
+  return whole ? ExtractAll(options, survey) : ExtractOne(options, survey);
+}
+
+}  // namespace
+
+void AddExtract(CLI::App& app, Work& work) {
+  auto options = std::make_shared<ExtractOptions>();
+  CLI::App* command = app.add_subcommand(
+      "extract", "Write samples, texts, drawings, data and records as they are stored");
+  command->add_option("FILE", options->file, "file to read")->required();
+  command->add_option("PART", options->part,
+                      "image:N, graphic:N, text:N, data:N, record:TAG or record:TAG:N");
+  command->add_option("-o,--output", options->output,
+                      "OUT.tif, OUT.png or OUT.raw for samples; - for standard output");
+  command->add_flag("--all", options->all, "write everything");
+  command->add_option("-O,--output-folder", options->folder, "where to");
+  command->add_option("--format", options->format, "tif, png or raw, whatever the output's name")
+      ->check(CLI::IsMember({"tif", "png", "raw"}));
+  command->add_option("--reduce", options->reduce, "N: decode JPEG and JPEG 2000 at 1/2^N of their size");
+  command->callback([&work, options] { work = [options] { return RunExtract(*options); }; });
+}
+
+}  // namespace tool

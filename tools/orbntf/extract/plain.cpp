@@ -1,0 +1,123 @@
+// Uncompressed samples of any depth and mode, and facsimile.
+#include <algorithm>
+
+#include "orbntf/orbntf.h"
+#include "tools/orbntf/extract/decoders.h"
+#include "tools/orbntf/extract/facsimile.h"
+
+namespace tool {
+namespace {
+
+uint64_t BitsAt(std::string_view bytes, uint64_t bit, uint32_t count) {
+  uint64_t value = 0;
+  if (count % 8 == 0 && bit % 8 == 0) {
+    for (uint32_t i = 0; i < count / 8; ++i)
+      value = value << 8 | static_cast<uint8_t>(bytes[static_cast<size_t>(bit / 8) + i]);
+    return value;
+  }
+  for (uint32_t i = 0; i < count; ++i, ++bit)
+    value = value << 1 | (static_cast<uint8_t>(bytes[static_cast<size_t>(bit / 8)]) >> (7 - bit % 8) & 1);
+  return value;
+}
+
+// Where the samples of a row of a band stand in its block, in samples.
+struct RowPlace {
+  uint64_t first, stride;
+};
+RowPlace PlaceOfRow(const SampleSource& source, uint64_t y, uint64_t band) {
+  const auto width = static_cast<uint64_t>(source.blocks.width),
+             height = static_cast<uint64_t>(source.blocks.height),
+             bands = static_cast<uint64_t>(source.blocks.bands);
+  const std::string_view mode = source.part.Text("IMODE");
+  if (mode == "P") return {y * width * bands + band, bands};
+  if (mode == "R") return {(y * bands + band) * width, 1};
+  if (mode == "S") return {y * width, 1};
+  return {(band * height + y) * width, 1};
+}
+
+// One block: of all bands, or of IMODE S of one. The rows are read one by one: blocks may be large.
+ExtractFault ReadBlock(const SampleSource& source, uint64_t block, uint64_t offset, uint32_t firstBand,
+                       uint32_t bands, SampleImage& image) {
+  const Blocks& blocks = source.blocks;
+  const auto across = static_cast<uint64_t>(blocks.across);
+  const auto left = static_cast<uint32_t>(block % across * static_cast<uint64_t>(blocks.width));
+  const auto top = static_cast<uint32_t>(block / across * static_cast<uint64_t>(blocks.height));
+  if (left >= image.width || top >= image.height) return {};
+  const auto columns = std::min<uint32_t>(static_cast<uint32_t>(blocks.width), image.width - left);
+  const auto rows = std::min<uint32_t>(static_cast<uint32_t>(blocks.height), image.height - top);
+  for (uint32_t y = 0; y < rows; ++y) {
+    for (uint32_t band = 0; band < bands; ++band) {
+      const RowPlace place = PlaceOfRow(source, y, band);
+      const uint64_t firstBit = place.first * image.bits;
+      const uint64_t bits = ((columns - 1) * place.stride + 1) * image.bits;
+      const uint64_t at = offset + firstBit / 8, bytes = (firstBit % 8 + bits + 7) / 8;
+      if (at > source.part.dataLength || bytes > source.part.dataLength - at)
+        return {ORB_SHORT_READ, "the data ends in block " + std::to_string(block)};
+      const std::string row = source.survey.file.At(source.part.dataOffset + at, bytes);
+      if (row.size() < bytes) return {ORB_SHORT_READ, "the file ends in block " + std::to_string(block)};
+      for (uint32_t x = 0; x < columns; ++x)
+        PutSample(image, left + x, top + y, firstBand + band,
+                  BitsAt(row, firstBit % 8 + x * place.stride * image.bits, image.bits));
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+ExtractFault ReadPlain(const SampleSource& source, SampleImage& image) {
+  const Blocks& blocks = source.blocks;
+  const auto count = static_cast<uint64_t>(blocks.Count());
+  // What an unmasked image has to have is told before memory is taken for it.
+  if (source.part.mask.blocks.empty() && blocks.Bytes() > source.part.dataLength)
+    return {ORB_SHORT_READ, "the pixels take " + std::to_string(blocks.Bytes()) +
+                                " bytes, the data has " + std::to_string(source.part.dataLength)};
+  if (ExtractFault fault = MakeSamples(image, static_cast<uint64_t>(source.part.Number("NCOLS")),
+                                       static_cast<uint64_t>(source.part.Number("NROWS")));
+      fault.Met())
+    return fault;
+  const uint32_t planes = blocks.sequential ? image.bands : 1;
+  for (uint32_t plane = 0; plane < planes; ++plane) {
+    for (uint64_t block = 0; block < count; ++block) {
+      const auto offset = source.OffsetOf(plane * count + block, blocks.BlockBytes());
+      if (!offset) continue;
+      if (ExtractFault fault =
+              ReadBlock(source, block, *offset, plane, blocks.sequential ? 1 : image.bands, image);
+          fault.Met())
+        return fault;
+    }
+  }
+  return {};
+}
+
+ExtractFault ReadFacsimile(const SampleSource& source, SampleImage& image) {
+  constexpr int64_t kMostSide = 1 << 20;
+  const Blocks& blocks = source.blocks;
+  if (image.bits != 1 || image.bands != 1 || blocks.width > kMostSide || blocks.height > kMostSide)
+    return {ORB_UNSUPPORTED, "a facsimile of " + std::to_string(blocks.width) + " x " +
+                                 std::to_string(blocks.height) + " samples"};
+  if (ExtractFault fault = MakeSamples(image, static_cast<uint64_t>(source.part.Number("NCOLS")),
+                                       static_cast<uint64_t>(source.part.Number("NROWS")));
+      fault.Met())
+    return fault;
+  const FacsimileForm form = {static_cast<uint32_t>(blocks.width), static_cast<uint32_t>(blocks.height),
+                              source.part.Trimmed("COMRAT") != "1D"};
+  const auto count = static_cast<uint64_t>(blocks.Count());
+  for (uint64_t block = 0; block < count; ++block) {
+    const auto offset = source.OffsetOf(block, 0);
+    if (!offset || *offset >= source.part.dataLength) continue;
+    const auto rows = DecodeFacsimile(
+        source.survey.file.At(source.part.dataOffset + *offset, source.part.dataLength - *offset), form);
+    if (rows.empty()) return {ORB_BAD_STRUCTURE, "no row decodes"};
+    const auto across = static_cast<uint64_t>(blocks.across);
+    const auto left = static_cast<uint32_t>(block % across * form.width),
+               top = static_cast<uint32_t>(block / across * form.height);
+    for (uint32_t y = 0; y < rows.size() && top + y < image.height; ++y) {
+      for (uint32_t x = 0; x < form.width && left + x < image.width; ++x)
+        PutSample(image, left + x, top + y, 0, BitsAt(rows[y], x, 1));
+    }
+  }
+  return {};
+}
+
+}  // namespace tool

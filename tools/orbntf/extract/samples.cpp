@@ -1,0 +1,162 @@
+#include "tools/orbntf/extract/samples.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "Common/Owning.h"
+#include "orbntf/orbntf.h"
+#include "tools/orbntf/check/rule.h"
+#include "tools/orbntf/extract/decoders.h"
+
+namespace tool {
+namespace {
+
+struct Reader {
+  std::string_view compressions;
+  bool reduces;
+  ExtractFault (*read)(const SampleSource& source, SampleImage& image);
+};
+constexpr Reader kReaders[] = {{"NC|NM", false, ReadPlain},
+                               {"C1|M1", false, ReadFacsimile},
+                               {"C3|M3|C5|M5|I1", true, ReadJpeg},
+                               {"C8|M8", true, ReadJpeg2000},
+                               {"C4|M4", false, ReadVectorQuantised}};
+
+uint64_t BigNumber(std::string_view bytes) {
+  uint64_t value = 0;
+  for (const char byte : bytes.substr(0, 8)) value = value << 8 | static_cast<uint8_t>(byte);
+  return value;
+}
+
+// What stands where nothing is stored: the pad pixel code, or zero.
+void TakeNoData(const SurveyedPart& part, SampleImage& image) {
+  if (!part.IsMasked() || !part.mask.complete) return;
+  const uint32_t bits = part.mask.padBits;
+  uint64_t code = BigNumber(part.mask.padCode);
+  if (bits % 8 != 0) code >>= 8 - bits % 8;
+  image.noData = code;
+}
+
+// Lookup tables of one, two or more: grey, or red, green and blue.
+void TakePalette(const SurveyedPart& part, SampleImage& image) {
+  const std::string_view first = part.Text("LUTD1.1");
+  if (part.Bands() != 1 || first.empty()) return;
+  const bool isColour = part.Has("LUTD1.3");
+  const std::string_view green = isColour ? part.Text("LUTD1.2") : first,
+                         blue = isColour ? part.Text("LUTD1.3") : first;
+  for (size_t i = 0; i < first.size(); ++i) {
+    for (const std::string_view table : {first, green, blue})
+      image.palette.push_back(static_cast<uint8_t>(table[i]));
+  }
+}
+
+ExtractFault Describe(const SurveyedPart& part, SampleImage& image) {
+  const int64_t bits = part.Number("NBPP"), significant = part.Number("ABPP");
+  const std::string_view type = part.Trimmed("PVTYPE");
+  if (!IsOneOf(part.Text("NBPP"), "01|08|12|16|32|64"))
+    return {ORB_UNSUPPORTED, "samples of " + Quoted(part.Text("NBPP")) + " bits"};
+  image.bits = static_cast<uint32_t>(bits);
+  image.significantBits = static_cast<uint32_t>(std::clamp<int64_t>(significant, 1, bits));
+  image.sampleBytes = bits <= 8 ? 1 : bits <= 16 ? 2 : static_cast<uint32_t>(bits / 8);
+  image.bands = static_cast<uint32_t>(part.Bands());
+  image.kind = type == "SI"  ? SampleKind::Signed
+               : type == "R" ? SampleKind::Real
+               : type == "C" ? SampleKind::Complex
+                             : SampleKind::Unsigned;
+  image.representation = part.Trimmed("IREP");
+  TakePalette(part, image);
+  TakeNoData(part, image);
+  return {};
+}
+
+}  // namespace
+
+std::optional<uint64_t> SampleSource::OffsetOf(uint64_t number, uint64_t blockBytes) const {
+  const SurveyedMask& mask = part.mask;
+  const uint64_t start = part.IsMasked() ? mask.dataOffset : 0;
+  if (mask.blocks.empty()) return start + number * blockBytes;
+  if (number >= mask.blocks.size() || mask.blocks[static_cast<size_t>(number)] == kNoRecord)
+    return std::nullopt;
+  return start + mask.blocks[static_cast<size_t>(number)];
+}
+
+ExtractFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height) {
+  // The host's limits are asked for a bitmap of the size.
+  const uint64_t bytes = image.PixelBytes();
+  const bool isSane = width >= 1 && height >= 1 && width <= INT32_MAX && height <= INT32_MAX &&
+                      width * height <= INT32_MAX / std::max<uint64_t>(1, bytes);
+  OwnedBitmap probe;
+  const Status taken = isSane ? probe.Allocate(static_cast<uint32_t>(width),
+                                               static_cast<uint32_t>(height), 8, kOrderRgb, kViewTopLeft)
+                              : Status::OutOfMemory;
+  if (!Ok(taken))
+    return {ORB_OUT_OF_MEMORY,
+            "too many samples: " + std::to_string(width) + " x " + std::to_string(height)};
+  image.width = static_cast<uint32_t>(width);
+  image.height = static_cast<uint32_t>(height);
+  image.samples.assign(size_t{image.width} * image.height * bytes, 0);
+  if (image.noData.value_or(0) == 0) return {};
+  for (uint32_t y = 0; y < image.height; ++y) {
+    for (uint32_t x = 0; x < image.width; ++x) {
+      for (uint32_t band = 0; band < image.bands; ++band) PutSample(image, x, y, band, *image.noData);
+    }
+  }
+  return {};
+}
+
+void PutSample(SampleImage& image, uint32_t x, uint32_t y, uint32_t band, uint64_t value) {
+  uint8_t* to = image.Pixel(x, y) + size_t{band} * image.sampleBytes;
+  const auto byte = static_cast<uint8_t>(value);
+  const auto word = static_cast<uint16_t>(value);
+  const auto longWord = static_cast<uint32_t>(value);
+  switch (image.sampleBytes) {
+    case 1:
+      *to = byte;
+      break;
+    case 2:
+      std::memcpy(to, &word, sizeof word);
+      break;
+    case 4:
+      std::memcpy(to, &longWord, sizeof longWord);
+      break;
+    default:
+      std::memcpy(to, &value, sizeof value);
+  }
+}
+
+void PlaceStream(const DecodedStream& stream, uint32_t left, uint32_t top, uint32_t firstBand,
+                 SampleImage& image) {
+  if (left >= image.width || top >= image.height || firstBand >= image.bands) return;
+  const uint32_t columns = std::min(stream.width, image.width - left);
+  const uint32_t rows = std::min(stream.height, image.height - top);
+  const uint32_t bands = std::min(stream.components, image.bands - firstBand);
+  for (uint32_t y = 0; y < rows; ++y) {
+    const uint8_t* in = &stream.bytes[size_t{y} * stream.width * stream.components * stream.sampleBytes];
+    for (uint32_t x = 0; x < columns; ++x, in += size_t{stream.components} * stream.sampleBytes) {
+      for (uint32_t band = 0; band < bands; ++band) {
+        uint16_t value = in[size_t{band} * stream.sampleBytes];
+        if (stream.sampleBytes == 2) std::memcpy(&value, in + size_t{band} * 2, sizeof value);
+        PutSample(image, left + x, top + y, firstBand + band, value);
+      }
+    }
+  }
+}
+
+ExtractFault ReadSamples(const Survey& survey, const SurveyedPart& part, uint32_t reduce,
+                         SampleImage& image) {
+  constexpr uint32_t kMostReduce = 16;
+  const SampleSource source = {survey, part, Blocks(part), reduce};
+  if (!part.complete) return {ORB_SHORT_READ, "the subheader is not whole"};
+  if (!source.blocks.Known()) return {ORB_BAD_STRUCTURE, "the size of the image is not known"};
+  if (part.IsMasked() && !part.mask.complete) return {ORB_SHORT_READ, "the mask table is not whole"};
+  if (ExtractFault fault = Describe(part, image); fault.Met()) return fault;
+  for (const Reader& reader : kReaders) {
+    if (!IsOneOf(part.Text("IC"), reader.compressions)) continue;
+    if (reduce > kMostReduce || (reduce != 0 && !reader.reduces))
+      return {ORB_UNSUPPORTED, "IC " + Quoted(part.Text("IC")) + " has no smaller picture in it"};
+    return reader.read(source, image);
+  }
+  return {ORB_UNSUPPORTED, "IC is " + Quoted(part.Text("IC"))};
+}
+
+}  // namespace tool
