@@ -46,6 +46,7 @@ void AddInfo(CLI::App& app, Work& work);
 void AddCheck(CLI::App& app, Work& work);
 void AddRender(CLI::App& app, Work& work);
 void AddText(CLI::App& app, Work& work);
+void AddDiff(CLI::App& app, Work& work);
 void AddExtract(CLI::App& app, Work& work);
 void AddGraphic(CLI::App& app, Work& work);
 void AddCopy(CLI::App& app, Work& work);

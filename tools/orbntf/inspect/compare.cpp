@@ -1,0 +1,155 @@
+#include "tools/orbntf/inspect/compare.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "Common/Owning.h"
+#include "hostkit/hostkit.h"
+#include "tools/orbntf/document.h"
+
+namespace tool {
+namespace {
+
+using Texts = std::vector<std::pair<std::string, std::string>>;
+
+// Notes the names whose texts differ: in the order of the first list, then those that only the second
+// has.
+void CompareTexts(const std::string& part, const Texts& a, const Texts& b,
+                  std::vector<TextDifference>& differences) {
+  const std::map<std::string, std::string> first(a.begin(), a.end()), second(b.begin(), b.end());
+  for (const auto& [name, text] : a) {
+    const auto found = second.find(name);
+    if (found == second.end()) {
+      differences.push_back({part, name, text, std::nullopt});
+    } else if (found->second != text) {
+      differences.push_back({part, name, text, found->second});
+    }
+  }
+  for (const auto& [name, text] : b) {
+    if (first.count(name) == 0) differences.push_back({part, name, std::nullopt, text});
+  }
+}
+
+// Areas of records are compared record by record.
+bool IsArea(const std::string& name) {
+  constexpr std::string_view kAreas[] = {"UDHD", "XHD", "UDID", "IXSHD", "SXSHD", "TXSHD"};
+  return std::find(std::begin(kAreas), std::end(kAreas), name) != std::end(kAreas);
+}
+
+Texts FieldsOf(const SurveyedPart* part) {
+  Texts texts;
+  for (size_t i = 0; part != nullptr && i < part->fields.size(); ++i) {
+    if (!IsArea(part->fields[i].name)) texts.emplace_back(part->fields[i].name, part->fields[i].text);
+  }
+  return texts;
+}
+
+Texts RecordTexts(const SurveyedPart* part, const RecordDefinitions& definitions) {
+  Texts texts;
+  std::map<std::string, int> seen;
+  if (part == nullptr) return texts;
+  for (const TaggedRecord& record : RecordsOf(*part, definitions)) {
+    const std::string tag(record.tag.empty() ? "(broken)" : TrimmedText(record.tag));
+    const int number = ++seen[tag];
+    texts.emplace_back(number == 1 ? tag : tag + " " + std::to_string(number), record.bytes);
+  }
+  return texts;
+}
+
+// The first byte of the data that differs, as far as both have some.
+std::optional<uint64_t> FirstDifference(const Survey& a, const SurveyedPart& first, const Survey& b,
+                                        const SurveyedPart& second) {
+  constexpr uint64_t kPiece = 1 << 20;
+  const uint64_t common = std::min(first.dataLength, second.dataLength);
+  for (uint64_t at = 0; at < common; at += kPiece) {
+    const uint64_t count = std::min(kPiece, common - at);
+    const std::string one = a.file.At(first.dataOffset + at, count),
+                      two = b.file.At(second.dataOffset + at, count);
+    if (one.empty() && two.empty()) break;
+    const auto [left, right] = std::mismatch(one.begin(), one.end(), two.begin(), two.end());
+    if (left != one.end() || right != two.end()) return at + static_cast<uint64_t>(left - one.begin());
+  }
+  return first.dataLength == second.dataLength ? std::nullopt : std::optional(common);
+}
+
+void ComparePart(const Survey& a, const SurveyedPart* first, const Survey& b, const SurveyedPart* second,
+                 const RecordDefinitions& definitions, Comparison& comparison) {
+  const std::string title = first != nullptr ? first->Title() : second->Title();
+  if (first == nullptr || second == nullptr) {
+    comparison.segments.push_back(
+        {title, first != nullptr ? std::optional(first->dataLength) : std::nullopt,
+         second != nullptr ? std::optional(second->dataLength) : std::nullopt, std::nullopt});
+    return;
+  }
+  CompareTexts(title, FieldsOf(first), FieldsOf(second), comparison.fields);
+  CompareTexts(title, RecordTexts(first, definitions), RecordTexts(second, definitions),
+               comparison.records);
+  if (first->kind == PartKind::File) return;
+  if (const auto offset = FirstDifference(a, *first, b, *second))
+    comparison.segments.push_back({title, first->dataLength, second->dataLength, offset});
+}
+
+// ---------------------------------------------------------------- pixels
+
+int32_t Draw(const std::string& path, OwnedBitmap& canvas) {
+  Document document;
+  LimitWork(path, 0);
+  if (const int32_t status = document.Open(path); status != ORB_SUCCESS) return status;
+  uint32_t width = 0, height = 0;
+  if (const int32_t status = GetActual_Width_Height(document.get(), &width, &height);
+      status != ORB_SUCCESS)
+    return status;
+  LimitWork(path, uint64_t{width} * height);
+  return Orb_NtfRenderBitmap(&canvas.record, document.get());
+}
+
+const uint8_t* RowOf(const KernelBitmap& bitmap, uint32_t y) {
+  const auto* rows = reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(bitmap.pixels));
+  return rows + size_t{bitmap.height - 1 - y} * bitmap.bytesPerLine;
+}
+
+void CompareRow(const uint8_t* a, const uint8_t* b, uint32_t y, PixelDifference& pixels) {
+  for (uint32_t x = 0; x < pixels.widthA; ++x, a += 3, b += 3) {
+    const int largest = std::max({std::abs(a[0] - b[0]), std::abs(a[1] - b[1]), std::abs(a[2] - b[2])});
+    if (largest == 0) continue;
+    if (pixels.count++ == 0) {
+      pixels.left = pixels.right = x;
+      pixels.top = y;
+    }
+    pixels.left = std::min(pixels.left, x);
+    pixels.right = std::max(pixels.right, x);
+    pixels.bottom = y;
+    pixels.largest = std::max(pixels.largest, largest);
+  }
+}
+
+PixelDifference ComparePixels(const std::string& a, const std::string& b) {
+  PixelDifference pixels;
+  OwnedBitmap first, second;
+  pixels.statusA = Draw(a, first);
+  pixels.statusB = Draw(b, second);
+  HostkitLiftWorkLimit();
+  if (!pixels.BothDraw()) return pixels;
+  pixels.widthA = first.record.width, pixels.heightA = first.record.height;
+  pixels.widthB = second.record.width, pixels.heightB = second.record.height;
+  if (!pixels.SameSize()) return pixels;
+  for (uint32_t y = 0; y < pixels.heightA; ++y)
+    CompareRow(RowOf(first.record, y), RowOf(second.record, y), y, pixels);
+  return pixels;
+}
+
+}  // namespace
+
+Comparison Compare(const Survey& a, const Survey& b, const RecordDefinitions& definitions) {
+  Comparison comparison;
+  for (const SurveyedPart& part : a.parts)
+    ComparePart(a, &part, b, b.Find(part.kind, part.index), definitions, comparison);
+  for (const SurveyedPart& part : b.parts) {
+    if (a.Find(part.kind, part.index) == nullptr)
+      ComparePart(a, nullptr, b, &part, definitions, comparison);
+  }
+  comparison.pixels = ComparePixels(a.path, b.path);
+  return comparison;
+}
+
+}  // namespace tool
