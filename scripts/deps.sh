@@ -13,7 +13,10 @@ case "$*" in
 esac
 for group in "$@"; do
   case "$group" in
-    test) packages+=(libgtest-dev parallel python3 python3-jsonschema) ;;
+    test)
+      packages+=(libgtest-dev parallel python3 python3-jsonschema chromium)
+      command -v node >/dev/null && command -v npm >/dev/null || packages+=(nodejs npm)
+      ;;
     check) packages+=(clang clang-tidy clang-format libclang-rt-14-dev llvm-14 python3) ;;
     bench) packages+=(libbenchmark-dev) ;;
     windows) packages+=(g++-mingw-w64-i686 googletest) ;;

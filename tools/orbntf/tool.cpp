@@ -74,8 +74,8 @@ void DescribeCommandLine(CLI::App& app, CommandLine& line) {
   app.add_option("--max-pixels", line.maxPixels, "refuse bitmaps of more pixels than this");
   app.add_option(kRecordsOption,
                  "a folder of definitions of tagged records, beside those that come along");
-  for (const auto add : {&AddInfo, &AddCheck, &AddRender, &AddText, &AddGraphic, &AddExtract, &AddDiff,
-                         &AddCopy, &AddSet, &AddComposing, &AddCompletion}) {
+  for (const auto add : {&AddInfo, &AddCheck, &AddReport, &AddRender, &AddText, &AddGraphic, &AddExtract,
+                         &AddDiff, &AddCopy, &AddSet, &AddComposing, &AddCompletion}) {
     add(app, line.work);
   }
 }

@@ -45,6 +45,7 @@ std::string RecordFolder(const CLI::App& app);
 void AddInfo(CLI::App& app, Work& work);
 void AddCheck(CLI::App& app, Work& work);
 void AddRender(CLI::App& app, Work& work);
+void AddReport(CLI::App& app, Work& work);
 void AddText(CLI::App& app, Work& work);
 void AddDiff(CLI::App& app, Work& work);
 void AddExtract(CLI::App& app, Work& work);

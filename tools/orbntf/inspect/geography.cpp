@@ -112,6 +112,24 @@ std::optional<GeographicCorners> CornersOf(char icords, std::string_view igeolo)
   return corners;
 }
 
+void WritePolygon(JsonText& json, const GeographicCorners& corners) {
+  json.BeginObject();
+  json.Key("type");
+  json.String("Polygon");
+  json.Key("coordinates");
+  json.BeginArray();
+  json.BeginArray();
+  for (const size_t i : {0, 3, 2, 1, 0}) {
+    json.BeginArray();
+    json.Real(corners[i].longitude);
+    json.Real(corners[i].latitude);
+    json.EndArray();
+  }
+  json.EndArray();
+  json.EndArray();
+  json.EndObject();
+}
+
 void WriteGeography(JsonText& json, char icords, std::string_view igeolo) {
   const auto corners = CornersOf(icords, igeolo);
   if (!corners) return json.Null();
@@ -128,21 +146,7 @@ void WriteGeography(JsonText& json, char icords, std::string_view igeolo) {
   }
   json.EndArray();
   json.Key("geojson");
-  json.BeginObject();
-  json.Key("type");
-  json.String("Polygon");
-  json.Key("coordinates");
-  json.BeginArray();
-  json.BeginArray();
-  for (const size_t i : {0, 3, 2, 1, 0}) {
-    json.BeginArray();
-    json.Real((*corners)[i].longitude);
-    json.Real((*corners)[i].latitude);
-    json.EndArray();
-  }
-  json.EndArray();
-  json.EndArray();
-  json.EndObject();
+  WritePolygon(json, *corners);
   json.EndObject();
 }
 

@@ -20,6 +20,8 @@ using GeographicCorners = std::array<GeographicPoint, 4>;
 /// anything else.
 std::optional<GeographicCorners> CornersOf(char icords, std::string_view igeolo);
 
+/// Writes corners as a GeoJSON polygon, counterclockwise and closed.
+void WritePolygon(JsonText& json, const GeographicCorners& corners);
 /// Writes the corners in decimal degrees and, counterclockwise and closed, as a GeoJSON polygon; null
 /// where there are none.
 void WriteGeography(JsonText& json, char icords, std::string_view igeolo);

@@ -1,0 +1,122 @@
+// Pages about files: what they hold, and that texts of files do nothing in them.
+#include "tools/orbntf/report/report.h"
+#include "tests/support/metafile.h"
+#include "tests/support/sound.h"
+#include "tests/support/support.h"
+#include "tools/orbntf/report/html.h"
+
+namespace {
+
+using test::NitfBuilder;
+using namespace std::string_literals;
+
+class ReportTest : public test::ModuleTest {
+ protected:
+  static std::string Page(const std::string& bytes) {
+    const test::TempFile file(bytes);
+    const tool::RecordDefinitions definitions;
+    tool::ReportedFile reported(file.Path(), "f1", definitions);
+    const std::string report = tool::ReportOf(reported);
+    return tool::PageOf("A title", {report}, {"a name"});
+  }
+  static bool Holds(const std::string& page, const std::string& text) {
+    return page.find(text) != std::string::npos;
+  }
+};
+
+TEST_F(ReportTest, APageHoldsEverySection) {
+  NitfBuilder file = test::SoundFile();
+  file.images[0]
+      .subheader.Set("ICORDS", "D")
+      .InsertAfter("ICORDS", "IGEOLO", "+51.000+010.000+51.000+011.000+50.000+011.000+50.000+010.000")
+      .Set("IXSHDL", 17)
+      .InsertAfter("IXSHDL", "IXS", "000TAGONE00003abc");
+  file.header.Set("FTITLE", "The title").Set("CLEVEL", "05");
+  const std::string page = Page(file.Bytes());
+  for (const char* section :
+       {"summary", "check", "picture", "segments", "location", "texts", "records", "fields", "layout"})
+    EXPECT_TRUE(Holds(page, "<section id=\"f1-"s + section + "\"")) << section;
+  EXPECT_LT(page.find("id=\"f1-check\""), page.find("id=\"f1-picture\"")) << "findings come first";
+  EXPECT_TRUE(Holds(page, "level.lowest"));
+  EXPECT_TRUE(Holds(page, "refused, status -700001"));
+  EXPECT_TRUE(Holds(page, "As the standard has it, "));
+  EXPECT_TRUE(Holds(page, "51.000000, 11.000000"));
+  EXPECT_TRUE(Holds(page, "&quot;FeatureCollection&quot;"));
+  EXPECT_TRUE(Holds(page, "A line\n"));
+  EXPECT_TRUE(Holds(page, "Histogram of band 1: values 112 to 112"));
+  EXPECT_TRUE(Holds(page, "616263")) << "bytes of a record without a definition";
+  EXPECT_TRUE(Holds(page, "Complexity level that a reader needs"));
+  EXPECT_FALSE(Holds(page, "{{")) << "marks of the template";
+  EXPECT_FALSE(Holds(page, "http://") || Holds(page, "https://")) << "no network";
+}
+
+// Markup in every text field of every header, in the text, a record and the marks of the template.
+TEST_F(ReportTest, TextsOfFilesDoNothing) {
+  const std::string markup = "<img src=x onerror=alert(1)>'\"&{{BODY}}</script><script>alert(2)</script>";
+  NitfBuilder file = test::SoundFile();
+  for (const char* field :
+       {"OSTAID", "FTITLE", "FSCODE", "FSREL", "FSCLTX", "FSCAUT", "FSCTLN", "ONAME", "OPHONE", "FDT"})
+    file.header.SetRaw(field, (markup + markup).substr(0, file.header.Get(field).size()));
+  test::Record& image = file.images[0].subheader;
+  for (const char* field : {"IID1", "TGTID", "IID2", "ISCLTX", "ISORCE", "ICAT", "ISUBCAT0", "IDATIM"})
+    image.SetRaw(field, (markup + markup).substr(0, image.Get(field).size()));
+  image.Set("NICOM", 1)
+      .InsertAfter("NICOM", "ICOM",
+                   markup.substr(0, 80) + std::string(80 - markup.substr(0, 80).size(), ' '));
+  image.Set("IXSHDL", 28).InsertAfter("IXSHDL", "IXS", "000<b>\"'&00014<b>evil</b>&'\"");
+  test::Record& graphic = file.graphics[0].subheader;
+  for (const char* field : {"SID", "SNAME", "SSCLTX"})
+    graphic.SetRaw(field, markup.substr(0, graphic.Get(field).size()));
+  test::Record& text = file.texts[0].subheader;
+  for (const char* field : {"TEXTID", "TXTITL", "TSCLTX"})
+    text.SetRaw(field, (markup + markup).substr(0, text.Get(field).size()));
+  file.texts[0].data = markup + "\r\n<b>bold</b>\x01\x1B[31m";
+  file.extensions.push_back({test::DataExtensionRecord(markup.substr(0, 25)), markup});
+  const std::string page = Page(file.Bytes());
+  for (const char* raw : {"<img src=x", "<script>alert", "<b>", "onerror=alert(1)>'\"", "\x1B", "\x01"})
+    EXPECT_FALSE(Holds(page, raw)) << raw;
+  EXPECT_TRUE(Holds(page, "&lt;img src=x onerror=alert(1)&gt;&#39;&quot;&amp;{{BODY}}&lt;/script&gt;"))
+      << "shown as it is";
+  EXPECT_TRUE(Holds(page, "&lt;b&gt;bold&lt;/b&gt;\\x01\\x1B[31m"));
+  const auto count = [&](const std::string& word) {
+    size_t found = 0;
+    for (size_t at = page.find(word); at != std::string::npos; at = page.find(word, at + 1)) ++found;
+    return found;
+  };
+  EXPECT_EQ(count("<script"), 1u) << "the template's own";
+  EXPECT_EQ(count("<html"), 1u);
+}
+
+TEST_F(ReportTest, FilesThatAreCutOrEmptyHavePages) {
+  const std::string sound = test::SoundFile().Bytes();
+  for (const size_t length :
+       {size_t{0}, size_t{3}, size_t{100}, size_t{388}, size_t{500}, size_t{900}, sound.size() - 1}) {
+    const std::string page = Page(sound.substr(0, length));
+    EXPECT_TRUE(Holds(page, "refused, status ") || length == sound.size() - 1) << length;
+    EXPECT_TRUE(Holds(page, "</html>"));
+  }
+}
+
+TEST_F(ReportTest, PicturesOfSamplesSpanTheirValues) {
+  tool::SampleImage image;
+  image.width = 2;
+  image.height = 1;
+  image.bits = image.significantBits = 12;
+  image.sampleBytes = 2;
+  image.samples = {0, 0, 0xFF, 0x0F};
+  EXPECT_EQ(tool::PictureOf(image, 8).rgb, (std::vector<uint8_t>{0, 0, 0, 255, 255, 255}));
+  image.kind = tool::SampleKind::Signed;
+  image.bits = image.significantBits = 16;
+  image.samples = {0x00, 0x80, 0x00, 0x40};  // -32768 and 16384
+  EXPECT_EQ(tool::PictureOf(image, 8).rgb, (std::vector<uint8_t>{0, 0, 0, 255, 255, 255}));
+  image.kind = tool::SampleKind::Unsigned;
+  image.bits = image.significantBits = 8;
+  image.sampleBytes = 1;
+  image.samples = {1, 9};
+  image.palette = {1, 2, 3, 4, 5, 6};
+  EXPECT_EQ(tool::PictureOf(image, 8).rgb, (std::vector<uint8_t>{4, 5, 6, 0, 0, 0}))
+      << "no entry is black";
+  EXPECT_EQ(tool::Base64("a") + tool::Base64("ab") + tool::Base64("abc"), "YQ==YWI=YWJj");
+}
+
+}  // namespace

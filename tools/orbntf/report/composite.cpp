@@ -1,0 +1,89 @@
+// The composite, with its segments as outlines; both pictures where the module's differs from the
+// standard's.
+#include <algorithm>
+
+#include "orbntf/orbntf.h"
+#include "tools/orbntf/report/html.h"
+#include "tools/orbntf/report/report.h"
+#include "tools/orbntf/tool.h"
+
+namespace tool {
+namespace {
+
+std::string Attribute(const char* name, double value) {
+  return std::string(name) + "=\"" + Fixed(value, 1) + "\" ";
+}
+
+std::string Outlines(const Composite& composite) {
+  const double size = std::max(composite.width, composite.height) / 50.0;
+  std::string shapes;
+  for (const Outline& outline : composite.outlines) {
+    shapes += Tag("rect", Tag("title", Escaped(outline.label)),
+                  Attribute("x", outline.left) + Attribute("y", outline.top) +
+                      Attribute("width", std::max(0.0, outline.width)) +
+                      Attribute("height", std::max(0.0, outline.height)));
+    if (outline.parent) {
+      const Outline& parent = composite.outlines[*outline.parent];
+      shapes += Tag("line", "",
+                    Attribute("x1", outline.left) + Attribute("y1", outline.top) +
+                        Attribute("x2", parent.left) + Attribute("y2", parent.top));
+    }
+  }
+  for (const Outline& outline : composite.outlines)
+    shapes += Tag("text", Escaped(outline.label),
+                  Attribute("x", outline.left + size / 4) + Attribute("y", outline.top + size) +
+                      Attribute("font-size", size));
+  return Tag("svg", shapes,
+             "class=\"outlines\" aria-hidden=\"true\" viewBox=\"0 0 " + std::to_string(composite.width) +
+                 " " + std::to_string(composite.height) + "\"");
+}
+
+std::string View(const Composite& composite, const char* kind, const std::string& words) {
+  const std::string uri = composite.status == ORB_SUCCESS ? DataUri(composite.pixels) : "";
+  if (uri.empty())
+    return Tag("div",
+               Tag("p", "No picture: status " + std::to_string(composite.status) + ", " +
+                            Escaped(MeaningOf(composite.status)) + "."),
+               std::string("class=\"") + kind + "\"");
+  const std::string size = std::to_string(composite.width) + " x " + std::to_string(composite.height);
+  const std::string image = "<img alt=\"" + Escaped(words) + ", " + size + " pixels\" width=\"" +
+                            std::to_string(composite.pixels.width) + "\" height=\"" +
+                            std::to_string(composite.pixels.height) + "\" src=\"" + uri + "\">";
+  return Tag("div",
+             Tag("figure", image + Outlines(composite),
+                 "class=\"view\" style=\"width:" + std::to_string(composite.pixels.width) + "px\"") +
+                 Tag("p", Escaped(words) + ", " + size + " pixels.", "class=\"soft\""),
+             std::string("class=\"") + kind + "\"");
+}
+
+std::string Choice(const std::string& type, const std::string& name, const char* classes, bool checked,
+                   const std::string& words) {
+  return Tag("label", "<input type=\"" + type + "\" name=\"" + name + "\" class=\"" + classes + "\"" +
+                          (checked ? " checked" : "") + "> " + words);
+}
+
+bool AreSame(const Composite& a, const Composite& b) {
+  return a.status == b.status && a.width == b.width && a.height == b.height &&
+         a.pixels.rgb == b.pixels.rgb;
+}
+
+}  // namespace
+
+std::string PictureSection(const ReportedFile& file, const Composite& module, const Composite& standard) {
+  const bool same = AreSame(module, standard);
+  const std::string name = file.id + "-view";
+  std::string choices;
+  if (!same)
+    choices =
+        Choice("radio", name, "by-module", module.status == ORB_SUCCESS, "As the module draws it") +
+        Choice("radio", name, "by-standard", module.status != ORB_SUCCESS, "As the standard has it");
+  choices += Choice("checkbox", file.id + "-lines", "no-outlines", true, "Outlines");
+  const std::string views = View(module, "module", same ? "The composite" : "As the module draws it") +
+                            (same ? "" : View(standard, "standard", "As the standard has it"));
+  const std::string legend = Tag("legend", "Show", "class=\"soft\"");
+  return Section(
+      file.id + "-picture", "Picture",
+      Tag("div", Tag("fieldset", legend + choices, "class=\"choices\"") + views, "class=\"switch\""));
+}
+
+}  // namespace tool

@@ -1,0 +1,93 @@
+// Composites for a page.
+#include <algorithm>
+
+#include "Common/DisplayList.h"
+#include "Common/HandlGfx.h"
+#include "hostkit/hostkit.h"
+#include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/words.h"
+#include "tools/orbntf/output/picture.h"
+#include "tools/orbntf/report/pictures.h"
+
+namespace tool {
+namespace {
+
+constexpr uint32_t kSide = 900;
+
+Pixels Scaled(const KernelBitmap& bitmap) {
+  const uint32_t longer = std::max(bitmap.width, bitmap.height);
+  BoxScaler scaler(bitmap.width, bitmap.height, std::max(1u, (longer + kSide - 1) / kSide));
+  Pixels pixels = {scaler.Width(), scaler.Height(), {}};
+  const auto* rows = reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(bitmap.pixels));
+  for (uint32_t y = 0; y < bitmap.height; ++y) {
+    const uint8_t* row = scaler.Take(rows + size_t{bitmap.height - 1 - y} * bitmap.bytesPerLine);
+    if (row != nullptr) pixels.rgb.insert(pixels.rgb.end(), row, row + size_t{pixels.width} * 3);
+  }
+  return pixels;
+}
+
+std::string LabelOf(const SurveyedPart& part) {
+  const bool isImage = part.kind == PartKind::Image;
+  const std::string name(part.Trimmed(isImage ? "IID1" : "SNAME"));
+  return part.Title() + (name.empty() ? "" : " " + ToUtf8(name)) + ", level " +
+         std::string(part.Text(isImage ? "IDLVL" : "SDLVL"));
+}
+
+// Where the module puts what it draws.
+RECT ModuleRectangle(const NitfFile& document, const DisplayItem& item) {
+  if (item.kind == SegmentKind::Graphic)
+    return GraphicRectangle(document.header.rules, *document.graphics.At(item.index), item.rowOffset,
+                            item.columnOffset);
+  const ImageSubheader& image = *document.images.At(item.index);
+  const int32_t left = image.ILOC.Column() + item.columnOffset, top = image.ILOC.Row() + item.rowOffset;
+  RECT place;
+  (void)SetRect(&place, left, top, left + static_cast<int32_t>(image.NCOLS.value),
+                top + static_cast<int32_t>(image.NROWS.value));
+  return place;
+}
+
+void AddOutlines(const NitfFile& document, const Survey& survey, Composite& composite) {
+  DisplayList list;
+  const Places places(survey);
+  std::vector<const SurveyedPart*> parts;
+  if (!Ok(BuildDisplayList(document, list))) return;
+  for (const DisplayItem& item : list.Items()) {
+    const bool isImage = item.kind == SegmentKind::Image;
+    const SurveyedPart* part = survey.Find(isImage ? PartKind::Image : PartKind::Graphic, item.index);
+    if (part == nullptr) continue;
+    const RECT place = ModuleRectangle(document, item);
+    parts.push_back(part);
+    composite.outlines.push_back({part->Title(), LabelOf(*part), static_cast<double>(place.left),
+                                  static_cast<double>(place.top),
+                                  static_cast<double>(place.right - place.left),
+                                  static_cast<double>(place.bottom - place.top), std::nullopt});
+  }
+  for (size_t i = 0; i < parts.size(); ++i) {
+    const PlacedSegment* place = places.Of(*parts[i]);
+    if (place == nullptr || place->parent == nullptr) continue;
+    const auto found = std::find(parts.begin(), parts.end(), place->parent->part);
+    if (found != parts.end()) composite.outlines[i].parent = static_cast<size_t>(found - parts.begin());
+  }
+}
+
+}  // namespace
+
+Composite DrawSmall(const std::string& path, const Survey& survey, bool byStandard) {
+  Composite composite;
+  Document document;
+  LimitWork(path, 0);
+  composite.status = byStandard ? document.OpenByStandard(path) : document.Open(path);
+  if (composite.status == ORB_SUCCESS)
+    composite.status = GetActual_Width_Height(document.get(), &composite.width, &composite.height);
+  if (composite.status == ORB_SUCCESS) {
+    OwnedBitmap canvas;
+    LimitWork(path, uint64_t{composite.width} * composite.height);
+    composite.status = Orb_NtfRenderBitmap(&canvas.record, document.get());
+    if (composite.status == ORB_SUCCESS) composite.pixels = Scaled(canvas.record);
+    AddOutlines(*document.get(), survey, composite);
+  }
+  HostkitLiftWorkLimit();
+  return composite;
+}
+
+}  // namespace tool

@@ -1,0 +1,47 @@
+// Small pictures in a page.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/orbntf/check/places.h"
+#include "tools/orbntf/extract/samples.h"
+
+namespace tool {
+
+/// Red, green, blue of each pixel, rows from the top.
+struct Pixels {
+  uint32_t width = 0, height = 0;
+  std::vector<uint8_t> rgb;
+};
+
+/// A picture as the value of an image's src; empty for one that could not be made.
+std::string DataUri(const Pixels& pixels);
+
+/// A segment's outline on a composite.
+struct Outline {
+  std::string title;  ///< "image 0"
+  std::string label;  ///< its name and level
+  double left = 0, top = 0, width = 0, height = 0;
+  std::optional<size_t> parent;  ///< in the list, what it is attached to
+};
+
+/// A composite as small as a page takes it, and the outlines of its segments.
+struct Composite {
+  int32_t status = 0;
+  uint32_t width = 0, height = 0;  ///< of the canvas
+  Pixels pixels;
+  std::vector<Outline> outlines;
+};
+/// Draws a file as the module does, or by the published standard.
+Composite DrawSmall(const std::string& path, const Survey& survey, bool byStandard);
+
+/// An image's samples as a picture of at most `side` pixels a side, scaled to 8 bits.
+Pixels PictureOf(const SampleImage& image, uint32_t side);
+/// A graphic's drawing as a data URI; empty where there is none.
+std::string DrawingUri(const std::string& path, uint32_t index);
+/// How far a picture of `side` pixels may be reduced by its codec.
+uint32_t ReduceFor(const SurveyedPart& part, uint32_t side);
+
+}  // namespace tool
