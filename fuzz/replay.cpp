@@ -20,6 +20,16 @@ void Run(const fuzz::NamedTarget& target, const std::filesystem::path& path) {
   target.run(input.data(), input.size());
 }
 
+size_t RunFolder(const fuzz::NamedTarget& target, const std::filesystem::path& folder) {
+  size_t count = 0;
+  if (!std::filesystem::is_directory(folder)) return 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    Run(target, entry.path());
+    ++count;
+  }
+  return count;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -30,12 +40,9 @@ int main(int argc, char** argv) {
       continue;
     }
     for (int i = 1; i < argc; ++i) {
-      const std::filesystem::path folder = std::filesystem::path(argv[i]) / target.name;
-      if (!std::filesystem::is_directory(folder)) continue;
-      for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-        Run(target, entry.path());
-        ++count;
-      }
+      count += RunFolder(target, std::filesystem::path(argv[i]) / target.name);
+      if (target.run == &fuzz::Insight)
+        count += RunFolder(target, std::filesystem::path(argv[i]) / "filter");
     }
   }
   std::cout << count << " inputs replayed\n";

@@ -23,6 +23,9 @@ int Vector(const uint8_t* data, size_t size);
 int Drawing(const uint8_t* data, size_t size);
 /// What the tool takes in: pictures, and texts to append.
 int Input(const uint8_t* data, size_t size);
+/// What the tool tells of a file; the last byte chooses how far samples are reduced. It replays what is
+/// kept for `filter` as well.
+int Insight(const uint8_t* data, size_t size);
 
 struct NamedTarget {
   const char* name;
@@ -31,6 +34,7 @@ struct NamedTarget {
 inline constexpr NamedTarget kTargets[] = {
     {"filter", &Filter},       {"api", &Api},       {"jpeg", &Jpeg},       {"jpeg2000", &Jpeg2000},
     {"facsimile", &Facsimile}, {"vector", &Vector}, {"drawing", &Drawing}, {"input", &Input},
+    {"insight", &Insight},
 };
 
 }  // namespace fuzz

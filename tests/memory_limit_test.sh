@@ -7,13 +7,13 @@ work=$(mktemp -d "$2/memory.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 printf 'some words\n' >text.txt
-"$tool" new -o first.ntf --text text.txt || exit 1
+"$tool" new -o first.ntf --station S --text text.txt || exit 1
 "$tool" render first.ntf -o picture.png --fixed-canvas || exit 1
 # A metafile of a square and a word.
 printf '\x00\x22\x01t\x00\x62\x01p\x20\x42\x00\x01\x00\x80\x52\xC2\x00\x01' >drawing.cgm
 printf '\x41\x68\x00\x0A\x00\x0A\x00\x32\x00\x28\x40\x8B\x00\x07\x00\x08\x00\x01\x04text\x00' >>drawing.cgm
 printf '\x00\xA0\x00\x40' >>drawing.cgm
-"$tool" new -o file.ntf --image picture.png --graphic drawing.cgm --text text.txt || exit 1
+"$tool" new -o file.ntf --station S --image picture.png --graphic drawing.cgm --text text.txt || exit 1
 "$tool" render file.ntf -o whole.ppm || exit 1
 failed=0
 codes=
@@ -37,6 +37,10 @@ for step in $(seq 0 29); do
   kilobytes=$((40000 + step * 1600))
   try $kilobytes "$tool" info file.ntf
   try $kilobytes "$tool" info --json file.ntf
+  try $kilobytes "$tool" check file.ntf
+  try $kilobytes "$tool" report file.ntf -o x.out.html
+  try $kilobytes "$tool" extract file.ntf image:0 -o x.out.tif
+  try $kilobytes "$tool" diff file.ntf first.ntf
   try $kilobytes "$tool" render file.ntf -o x.out.png
   try $kilobytes "$tool" render file.ntf --scale 1/4 -o x.out.ppm
   try $kilobytes "$tool" copy file.ntf -o x.out.ntf

@@ -119,9 +119,9 @@ void AskLayers(Checking& checking, const SurveyedPart& part) {
 
 void AskRows(Checking& checking, const SurveyedPart& part) {
   const Blocks blocks(part);
-  constexpr int64_t kMostSide = 1 << 20;
-  if (!part.complete || part.Text("IC") != "C1" || !blocks.Known() || blocks.width > kMostSide ||
-      blocks.height > kMostSide)
+  constexpr int64_t kMostPixels = 1 << 28;  // far more than the standard has
+  if (!part.complete || part.Text("IC") != "C1" || !blocks.Known() ||
+      blocks.width * blocks.height > kMostPixels)
     return;
   const FacsimileForm form = {static_cast<uint32_t>(blocks.width), static_cast<uint32_t>(blocks.height),
                               part.Trimmed("COMRAT") != "1D"};

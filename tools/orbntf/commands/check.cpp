@@ -11,7 +11,7 @@ namespace {
 struct CheckOptions {
   BatchOptions batch;
   bool json = false, strict = false, list = false;
-  RecordDefinitions definitions;
+  std::unique_ptr<RecordDefinitions> definitions;  // made when the command runs
 };
 
 void Put(std::FILE* out, const std::string& text) { std::fwrite(text.data(), 1, text.size(), out); }
@@ -74,7 +74,7 @@ int CheckFile(const CheckOptions& options, const std::string& path, bool inArray
   const Survey survey(path);
   const Verdict verdict = AskModule(path);
   const std::vector<Finding> findings =
-      survey.file.IsOpen() ? FindFaults(survey, options.definitions) : std::vector<Finding>();
+      survey.file.IsOpen() ? FindFaults(survey, *options.definitions) : std::vector<Finding>();
   if (!options.json && !survey.file.IsOpen()) return Report("check", path, verdict.status, verdict.words);
   if (options.json) {
     PrintJson(out, path, verdict, findings, inArray);
@@ -98,7 +98,7 @@ int ListRules() {
 
 int RunCheck(CheckOptions& options, const std::string& folder) {
   if (options.list) return ListRules();
-  if (const std::string problem = TakeRecordFolder(folder, options.definitions); !problem.empty())
+  if (const std::string problem = TakeDefinitions(folder, options.definitions); !problem.empty())
     return Refuse("check", problem);
   if (options.batch.paths.empty()) return Refuse("check", "FILE is required");
   const std::vector<BatchFile> files = FilesOf(options.batch);

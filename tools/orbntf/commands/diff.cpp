@@ -10,7 +10,7 @@ namespace {
 struct DiffOptions {
   std::string a, b;
   bool json = false;
-  RecordDefinitions definitions;
+  std::unique_ptr<RecordDefinitions> definitions;  // made when the command runs
 };
 
 std::string Shown(const std::optional<std::string>& text) {
@@ -150,13 +150,13 @@ void PrintJson(const DiffOptions& options, const Comparison& comparison) {
 
 // 0 for files that are the same to all of this, 1 for others, as `diff` has it.
 int RunDiff(DiffOptions& options, const std::string& folder) {
-  if (const std::string problem = TakeRecordFolder(folder, options.definitions); !problem.empty())
+  if (const std::string problem = TakeDefinitions(folder, options.definitions); !problem.empty())
     return Refuse("diff", problem);
   const Survey a(options.a), b(options.b);
   for (const Survey* survey : {&a, &b}) {
     if (!survey->file.IsOpen()) return ReportFile("diff", survey->path, ORB_SHORT_READ);
   }
-  const Comparison comparison = Compare(a, b, options.definitions);
+  const Comparison comparison = Compare(a, b, *options.definitions);
   if (options.json)
     PrintJson(options, comparison);
   else

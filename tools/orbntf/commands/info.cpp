@@ -95,7 +95,7 @@ void PrintForPeople(std::FILE* out, const std::string& path, const Inspection& f
 struct InfoOptions {
   BatchOptions batch;
   bool json = false, lines = false, records = false;
-  RecordDefinitions definitions;
+  std::unique_ptr<RecordDefinitions> definitions;  // made when the command runs
 };
 
 void PrintJson(std::FILE* out, const std::string& path, const Inspection& file,
@@ -110,7 +110,7 @@ void PrintJson(std::FILE* out, const std::string& path, const Inspection& file,
 int ShowFile(const InfoOptions& options, const std::string& path, bool inArray, std::FILE* out) {
   Inspection file;
   file.Read(path);
-  const RecordLists records(path, options.definitions);
+  const RecordLists records(path, *options.definitions);
   if (options.json || options.lines) {
     PrintJson(out, path, file, records, options.lines, inArray);
   } else {
@@ -123,7 +123,7 @@ int ShowFile(const InfoOptions& options, const std::string& path, bool inArray, 
 }
 
 int RunInfo(InfoOptions& options, const std::string& folder) {
-  if (const std::string problem = TakeRecordFolder(folder, options.definitions); !problem.empty())
+  if (const std::string problem = TakeDefinitions(folder, options.definitions); !problem.empty())
     return Refuse("info", problem);
   const std::vector<BatchFile> files = FilesOf(options.batch);
   const bool inArray = options.json && !options.lines && files.size() != 1;

@@ -14,7 +14,7 @@ namespace {
 struct ReportOptions {
   BatchOptions batch;
   std::string output, folder;
-  RecordDefinitions definitions;
+  std::unique_ptr<RecordDefinitions> definitions;  // made when the command runs
 };
 
 int WritePage(const std::string& name, const std::string& page) {
@@ -38,7 +38,7 @@ int WriteOne(const ReportOptions& options, const std::vector<BatchFile>& files) 
   std::vector<std::string> reports, names;
   for (const BatchFile& file : files) {
     if (IsSameFile(file.path, options.output)) return Refuse("report", "the output is the input");
-    ReportedFile reported(file.path, "f" + std::to_string(reports.size() + 1), options.definitions);
+    ReportedFile reported(file.path, "f" + std::to_string(reports.size() + 1), *options.definitions);
     if (!reported.survey.file.IsOpen()) return ReportFile("report", file.path, ORB_SHORT_READ);
     reports.push_back(ReportOf(reported));
     names.push_back(NameOf(file.path));
@@ -48,7 +48,7 @@ int WriteOne(const ReportOptions& options, const std::vector<BatchFile>& files) 
 }
 
 int RunReport(ReportOptions& options, const std::string& folder) {
-  if (const std::string problem = TakeRecordFolder(folder, options.definitions); !problem.empty())
+  if (const std::string problem = TakeDefinitions(folder, options.definitions); !problem.empty())
     return Refuse("report", problem);
   if (options.output.empty() == options.folder.empty()) return Refuse("report", "give either -o or -O");
   const std::vector<BatchFile> files = FilesOf(options.batch);
@@ -57,7 +57,7 @@ int RunReport(ReportOptions& options, const std::string& folder) {
   if (const std::string doubled = DoubledName(options.folder, files, ".html"); !doubled.empty())
     return Refuse("report", "two files would be written to " + doubled);
   return RunBatch("report", options.batch, files, {}, [&](const BatchFile& file, std::FILE*) {
-    ReportedFile reported(file.path, "f1", options.definitions);
+    ReportedFile reported(file.path, "f1", *options.definitions);
     if (!reported.survey.file.IsOpen()) return ReportFile("report", file.path, ORB_SHORT_READ);
     const std::string report = ReportOf(reported), name = NameOf(file.path);
     return WritePage(OutputNameIn(options.folder, file, ".html"), PageOf(name, {report}, {name}));

@@ -24,6 +24,8 @@ ExtractFault ReadJpeg(const SampleSource& source, SampleImage& image);
 ExtractFault ReadJpeg2000(const SampleSource& source, SampleImage& image);
 ExtractFault ReadVectorQuantised(const SampleSource& source, SampleImage& image);
 
+/// -1 for an image of more samples than the host takes.
+ExtractFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height);
 /// Makes the samples, all of them the image's fill. -1 for more than the host takes.
 ExtractFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height);
 /// Puts a sample's value.

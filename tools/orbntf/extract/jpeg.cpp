@@ -70,6 +70,7 @@ bool DecodeJpeg(std::string_view bytes, bool isRgb, uint32_t reduce, DecodedStre
 // libjpeg scales down to an eighth.
 constexpr uint32_t kMostReduce = 3;
 constexpr uint64_t kMostPixelsPerByte = 4096;
+constexpr uint32_t kMostScans = 200;
 
 uint64_t Reduced(uint64_t side, uint32_t reduce) {
   return (side + (uint64_t{1} << reduce) - 1) >> reduce;
@@ -111,6 +112,8 @@ class JpegBlocks {
     const JpegStream& facts = found.stream;
     const std::string_view bytes =
         std::string_view(data_).substr(found.offset, static_cast<size_t>(facts.size));
+    if (facts.scans > kMostScans)
+      return {ORB_BAD_STRUCTURE, where + " has more scans than pictures have"};
     if (!facts.hasFrame || !facts.hasScan) return {ORB_BAD_STRUCTURE, where + " is no JPEG stream"};
     if (uint64_t{facts.width} * facts.height > kMostPixelsPerByte * bytes.size() ||
         facts.width > 2 * blocks.width || facts.height > 2 * blocks.height)

@@ -53,22 +53,34 @@ StreamPtr OpenMemory(MemoryStream& memory) {
   return stream;
 }
 
-// Whether a codestream's claims are worth its bytes.
-bool IsWorth(const opj_image_t& image, size_t bytes) {
-  constexpr uint64_t kMostSamplesPerByte = 65536, kMostSamples = uint64_t{1} << 29;
+// Whether a codestream's claims are worth its bytes and its image.
+bool IsWorth(const opj_image_t& image, const SampleSource& source, size_t bytes) {
+  constexpr uint64_t kMostSamplesPerByte = 65536, kMostComponents = 16384;
   uint64_t samples = 0;
-  for (uint32_t c = 0; c < image.numcomps; ++c) samples += uint64_t{image.comps[c].w} * image.comps[c].h;
-  return samples <= kMostSamples && samples / kMostSamplesPerByte <= bytes;
+  if (image.numcomps > kMostComponents) return false;
+  for (uint32_t c = 0; c < image.numcomps; ++c) {
+    const opj_image_comp_t& component = image.comps[c];
+    const auto points = [](uint64_t start, uint64_t end, uint64_t step) {
+      return step == 0 ? UINT32_MAX : (end + step - 1) / step - (start + step - 1) / step;
+    };
+    const uint64_t width = points(image.x0, image.x1, component.dx),
+                   height = points(image.y0, image.y1, component.dy);
+    if (width > 2 * static_cast<uint64_t>(source.part.Number("NCOLS")) ||
+        height > 2 * static_cast<uint64_t>(source.part.Number("NROWS")))
+      return false;
+    samples += width * height;
+  }
+  return samples / kMostSamplesPerByte <= bytes;
 }
 
-ImagePtr Decode(std::string_view bytes, uint32_t reduce, std::string& problem) {
+ImagePtr Decode(std::string_view bytes, const SampleSource& source, std::string& problem) {
   MemoryStream memory{bytes};
   ImagePtr none(nullptr, &opj_image_destroy);
   const CodecPtr codec(opj_create_decompress(OPJ_CODEC_J2K), &opj_destroy_codec);
   const StreamPtr stream = OpenMemory(memory);
   opj_dparameters_t parameters;
   opj_set_default_decoder_parameters(&parameters);
-  parameters.cp_reduce = reduce;
+  parameters.cp_reduce = source.reduce;
   opj_image_t* decoded = nullptr;
   if (codec == nullptr || stream == nullptr || !opj_setup_decoder(codec.get(), &parameters)) return none;
   opj_codec_set_threads(codec.get(), 2);
@@ -76,10 +88,10 @@ ImagePtr Decode(std::string_view bytes, uint32_t reduce, std::string& problem) {
   const bool begun = opj_read_header(stream.get(), codec.get(), &decoded) != OPJ_FALSE;
   ImagePtr image(decoded, &opj_image_destroy);
   if (!begun) {
-    if (reduce != 0) problem += ", or has no picture as small as that";
+    if (source.reduce != 0) problem += ", or has no picture as small as that";
     return none;
   }
-  if (!IsWorth(*image, bytes.size())) {
+  if (!IsWorth(*image, source, bytes.size())) {
     problem = "the codestream claims more than its bytes are worth";
     return none;
   }
@@ -107,8 +119,14 @@ ExtractFault ReadJpeg2000(const SampleSource& source, SampleImage& image) {
   const std::string data = source.survey.Data(source.part);
   const size_t start =
       std::min<size_t>(source.part.IsMasked() ? source.part.mask.dataOffset : 0, data.size());
+  // What the host would not take is not decoded.
+  const auto reduced = [&](const char* side) {
+    return std::max<uint64_t>(1, static_cast<uint64_t>(source.part.Number(side)) >> source.reduce);
+  };
+  if (ExtractFault fault = CheckSize(image, reduced("NCOLS"), reduced("NROWS")); fault.Met())
+    return fault;
   std::string problem;
-  const ImagePtr decoded = Decode(std::string_view(data).substr(start), source.reduce, problem);
+  const ImagePtr decoded = Decode(std::string_view(data).substr(start), source, problem);
   if (decoded == nullptr || decoded->numcomps == 0) return {ORB_BAD_STRUCTURE, problem};
   uint64_t width = 0, height = 0;
   for (uint32_t c = 0; c < decoded->numcomps; ++c) {

@@ -20,48 +20,71 @@ uint64_t BitsAt(std::string_view bytes, uint64_t bit, uint32_t count) {
   return value;
 }
 
-// Where the samples of a row of a band stand in its block, in samples.
+// A row of samples of a block: where it begins, in samples, and how many it has for each pixel.
 struct RowPlace {
-  uint64_t first, stride;
+  uint64_t first;
+  uint32_t perPixel;
 };
 RowPlace PlaceOfRow(const SampleSource& source, uint64_t y, uint64_t band) {
   const auto width = static_cast<uint64_t>(source.blocks.width),
              height = static_cast<uint64_t>(source.blocks.height),
              bands = static_cast<uint64_t>(source.blocks.bands);
   const std::string_view mode = source.part.Text("IMODE");
-  if (mode == "P") return {y * width * bands + band, bands};
+  if (mode == "P") return {y * width * bands, static_cast<uint32_t>(bands)};
   if (mode == "R") return {(y * bands + band) * width, 1};
   if (mode == "S") return {y * width, 1};
   return {(band * height + y) * width, 1};
 }
 
 // One block: of all bands, or of IMODE S of one. The rows are read one by one: blocks may be large.
-ExtractFault ReadBlock(const SampleSource& source, uint64_t block, uint64_t offset, uint32_t firstBand,
-                       uint32_t bands, SampleImage& image) {
-  const Blocks& blocks = source.blocks;
-  const auto across = static_cast<uint64_t>(blocks.across);
-  const auto left = static_cast<uint32_t>(block % across * static_cast<uint64_t>(blocks.width));
-  const auto top = static_cast<uint32_t>(block / across * static_cast<uint64_t>(blocks.height));
-  if (left >= image.width || top >= image.height) return {};
-  const auto columns = std::min<uint32_t>(static_cast<uint32_t>(blocks.width), image.width - left);
-  const auto rows = std::min<uint32_t>(static_cast<uint32_t>(blocks.height), image.height - top);
-  for (uint32_t y = 0; y < rows; ++y) {
-    for (uint32_t band = 0; band < bands; ++band) {
-      const RowPlace place = PlaceOfRow(source, y, band);
-      const uint64_t firstBit = place.first * image.bits;
-      const uint64_t bits = ((columns - 1) * place.stride + 1) * image.bits;
-      const uint64_t at = offset + firstBit / 8, bytes = (firstBit % 8 + bits + 7) / 8;
-      if (at > source.part.dataLength || bytes > source.part.dataLength - at)
-        return {ORB_SHORT_READ, "the data ends in block " + std::to_string(block)};
-      const std::string row = source.survey.file.At(source.part.dataOffset + at, bytes);
-      if (row.size() < bytes) return {ORB_SHORT_READ, "the file ends in block " + std::to_string(block)};
-      for (uint32_t x = 0; x < columns; ++x)
-        PutSample(image, left + x, top + y, firstBand + band,
-                  BitsAt(row, firstBit % 8 + x * place.stride * image.bits, image.bits));
+class BlockReader {
+ public:
+  BlockReader(const SampleSource& source, SampleImage& image) : source_(source), image_(image) {}
+
+  ExtractFault Read(uint64_t block, uint64_t offset, uint32_t firstBand) {
+    const Blocks& blocks = source_.blocks;
+    const auto across = static_cast<uint64_t>(blocks.across);
+    const uint64_t left = block % across * static_cast<uint64_t>(blocks.width);
+    const uint64_t top = block / across * static_cast<uint64_t>(blocks.height);
+    if (left >= image_.width || top >= image_.height) return {};
+    left_ = static_cast<uint32_t>(left);
+    columns_ = static_cast<uint32_t>(
+        std::min<uint64_t>(static_cast<uint64_t>(blocks.width), image_.width - left));
+    const auto rows = static_cast<uint32_t>(
+        std::min<uint64_t>(static_cast<uint64_t>(blocks.height), image_.height - top));
+    const bool byPixel = source_.part.Text("IMODE") == "P";
+    const uint32_t planes = byPixel || blocks.sequential ? 1 : image_.bands;
+    for (uint32_t y = 0; y < rows; ++y) {
+      for (uint32_t plane = 0; plane < planes; ++plane) {
+        const RowPlace place = PlaceOfRow(source_, y, plane);
+        if (!ReadRow(offset, place, static_cast<uint32_t>(top) + y, firstBand + plane))
+          return {ORB_SHORT_READ, "the data ends in block " + std::to_string(block)};
+      }
     }
+    return {};
   }
-  return {};
-}
+
+ private:
+  bool ReadRow(uint64_t offset, const RowPlace& place, uint32_t y, uint32_t firstBand) {
+    const uint64_t firstBit = place.first * image_.bits;
+    const uint64_t bits = uint64_t{columns_} * place.perPixel * image_.bits;
+    const uint64_t at = offset + firstBit / 8, bytes = (firstBit % 8 + bits + 7) / 8;
+    const uint64_t length = source_.part.dataLength;
+    if (at > length || bytes > length - at) return false;
+    const std::string row = source_.survey.file.At(source_.part.dataOffset + at, bytes);
+    if (row.size() < bytes) return false;
+    uint64_t bit = firstBit % 8;
+    for (uint32_t x = 0; x < columns_; ++x) {
+      for (uint32_t band = 0; band < place.perPixel; ++band, bit += image_.bits)
+        PutSample(image_, left_ + x, y, firstBand + band, BitsAt(row, bit, image_.bits));
+    }
+    return true;
+  }
+
+  const SampleSource& source_;
+  SampleImage& image_;
+  uint32_t left_ = 0, columns_ = 0;
+};
 
 }  // namespace
 
@@ -77,14 +100,12 @@ ExtractFault ReadPlain(const SampleSource& source, SampleImage& image) {
       fault.Met())
     return fault;
   const uint32_t planes = blocks.sequential ? image.bands : 1;
+  BlockReader reader(source, image);
   for (uint32_t plane = 0; plane < planes; ++plane) {
     for (uint64_t block = 0; block < count; ++block) {
       const auto offset = source.OffsetOf(plane * count + block, blocks.BlockBytes());
       if (!offset) continue;
-      if (ExtractFault fault =
-              ReadBlock(source, block, *offset, plane, blocks.sequential ? 1 : image.bands, image);
-          fault.Met())
-        return fault;
+      if (ExtractFault fault = reader.Read(block, *offset, plane); fault.Met()) return fault;
     }
   }
   return {};

@@ -80,21 +80,23 @@ std::optional<uint64_t> SampleSource::OffsetOf(uint64_t number, uint64_t blockBy
   return start + mask.blocks[static_cast<size_t>(number)];
 }
 
-ExtractFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height) {
+ExtractFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height) {
   // The host's limits are asked for a bitmap of the size.
-  const uint64_t bytes = image.PixelBytes();
   const bool isSane = width >= 1 && height >= 1 && width <= INT32_MAX && height <= INT32_MAX &&
-                      width * height <= INT32_MAX / std::max<uint64_t>(1, bytes);
+                      width * height <= INT32_MAX / std::max<uint64_t>(1, image.PixelBytes());
   OwnedBitmap probe;
-  const Status taken = isSane ? probe.Allocate(static_cast<uint32_t>(width),
-                                               static_cast<uint32_t>(height), 8, kOrderRgb, kViewTopLeft)
-                              : Status::OutOfMemory;
-  if (!Ok(taken))
-    return {ORB_OUT_OF_MEMORY,
-            "too many samples: " + std::to_string(width) + " x " + std::to_string(height)};
+  if (isSane && Ok(probe.Allocate(static_cast<uint32_t>(width), static_cast<uint32_t>(height), 8,
+                                  kOrderRgb, kViewTopLeft)))
+    return {};
+  return {ORB_OUT_OF_MEMORY,
+          "too many samples: " + std::to_string(width) + " x " + std::to_string(height)};
+}
+
+ExtractFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height) {
+  if (ExtractFault fault = CheckSize(image, width, height); fault.Met()) return fault;
   image.width = static_cast<uint32_t>(width);
   image.height = static_cast<uint32_t>(height);
-  image.samples.assign(size_t{image.width} * image.height * bytes, 0);
+  image.samples.assign(image.PixelBytes() * image.width * image.height, 0);
   if (image.noData.value_or(0) == 0) return {};
   for (uint32_t y = 0; y < image.height; ++y) {
     for (uint32_t x = 0; x < image.width; ++x) {

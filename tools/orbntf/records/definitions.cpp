@@ -147,8 +147,9 @@ std::string RecordDefinitions::AddFolder(const std::string& folder) {
   return "";
 }
 
-std::string TakeRecordFolder(const std::string& folder, RecordDefinitions& definitions) {
-  return folder.empty() ? "" : definitions.AddFolder(folder);
+std::string TakeDefinitions(const std::string& folder, std::unique_ptr<RecordDefinitions>& definitions) {
+  definitions = std::make_unique<RecordDefinitions>();
+  return folder.empty() ? "" : definitions->AddFolder(folder);
 }
 
 const RecordDefinition* RecordDefinitions::Find(std::string_view tag) const {

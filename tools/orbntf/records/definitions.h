@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -51,8 +52,9 @@ class RecordDefinitions {
   std::map<std::string, RecordDefinition, std::less<>> definitions_;
 };
 
-/// Adds a folder that a command line names, "" for none; what is wrong, empty for nothing.
-std::string TakeRecordFolder(const std::string& folder, RecordDefinitions& definitions);
+/// Makes the definitions that the tool brings along and adds those of a folder, "" for none; what is
+/// wrong, empty for nothing.
+std::string TakeDefinitions(const std::string& folder, std::unique_ptr<RecordDefinitions>& definitions);
 
 /// Texts compiled into the tool.
 struct CompiledText {
