@@ -17,7 +17,9 @@ struct DisplayRules {
   /// A mask has one record a block, and of IMODE S one for each block of each band (MIL-STD-2500C, table
   /// A-3(A)).
   bool recordABlock = false;
+  /// A downsampled image (IC "I1") is enlarged to the rows and columns that its subheader gives.
+  bool fullSize = false;
 
   /// All of them turned.
-  static constexpr DisplayRules Standard() { return {true, true, true, true, true, true}; }
+  static constexpr DisplayRules Standard() { return {true, true, true, true, true, true, true}; }
 };

@@ -33,16 +33,6 @@ Status PutSegmentColours(KernelBitmap& bitmap, const ImageSubheader& header) {
   return nbpp == 32 || nbpp == 64 ? PutDefaultColours(bitmap, 8) : Status::Success;
 }
 
-Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header, uint32_t width,
-                           uint32_t height) {
-  if (Status s = bitmap.Allocate(width, height, SegmentBitsPerPixel(header), kOrderBgr, kViewTopLeft);
-      !Ok(s)) {
-    return s;
-  }
-  bitmap.record.colourOrder = SegmentColourOrder(header, bitmap.record.bitsPerPixel);
-  return PutSegmentColours(bitmap.record, header);
-}
-
 Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header) {
   const CheckedSize width = header.FullWidth(), height = header.FullHeight();
   if (!width.Within(kMaxSide) || !height.Within(kMaxSide)) return Status::OutOfMemory;
@@ -167,6 +157,16 @@ Status LiftDarkImage(KernelBitmap& bitmap) {
 
 }  // namespace
 
+Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header, uint32_t width,
+                           uint32_t height) {
+  if (Status s = bitmap.Allocate(width, height, SegmentBitsPerPixel(header), kOrderBgr, kViewTopLeft);
+      !Ok(s)) {
+    return s;
+  }
+  bitmap.record.colourOrder = SegmentColourOrder(header, bitmap.record.bitsPerPixel);
+  return PutSegmentColours(bitmap.record, header);
+}
+
 Status PlaceBlock(const ImageSource& source, KernelBitmap& segment, KernelBitmap& block,
                   BlockPlace place) {
   return PlaceRows(source, segment, block, block.height, place);
@@ -201,7 +201,8 @@ Status PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header) {
 Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index, OwnedBitmap& bitmap,
                         bool* blank) {
   const ImageSource source = ImageSource::Of(document, index, record);
-  const Status status = FillSegmentBitmap(source, bitmap);
+  Status status = FillSegmentBitmap(source, bitmap);
+  if (Ok(status)) status = EnlargeToFullSize(source.header, bitmap);
   if (!Ok(status)) bitmap.Free();
   // What a vector-quantised image fills follows from its blocks.
   if (blank != nullptr) *blank = source.blank && source.header.Family() != ReaderFamily::VectorQuantised;

@@ -44,6 +44,14 @@ Status PutDefaultColours(KernelBitmap& bitmap, uint32_t bits);
 /// Gives a bitmap the segment's display palette; -1.
 Status PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header);
 
+/// Makes the bitmap of a downsampled image as large as its subheader says, where the document's rules ask
+/// for it. 1, -1, or the host's status.
+Status EnlargeToFullSize(const ImageSubheader& header, OwnedBitmap& bitmap);
+
+/// Creates a bitmap of a size with the depth and the colours of a segment.
+Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header, uint32_t width,
+                           uint32_t height);
+
 // Readers of compressed data.
 
 /// Facsimile ("C1", "M1").

@@ -1,5 +1,6 @@
 // Where the display may follow the published standard: each switch by itself, against the module's word.
 #include "Common/NitfFile.h"
+#include "tests/support/encoders.h"
 #include "tests/support/metafile.h"
 #include "tests/support/samples.h"
 #include "tests/support/support.h"
@@ -223,5 +224,34 @@ TEST_F(DisplayRulesTest, MasksHaveARecordABlock) {
   EXPECT_EQ(Draw(bytes, {}).pixels, Draw(bytes, {.recordABlock = true}).pixels)
       << "one for each band there";
 }
+
+#if !defined(_WIN32)
+TEST_F(DisplayRulesTest, DownsampledImagesAreShownAtTheirFullSize) {
+  constexpr int kSide = test::kSide;
+  for (const int bands : {1, 3}) {
+    ImageForm form =
+        test::BlockForm("I1", 1, 1, bands, bands == 1 ? "MONO" : "RGB", bands == 1 ? "B" : "P");
+    form.width = 2 * kSide;
+    form.height = 3 * kSide;
+    const std::vector<int> which = bands == 1 ? std::vector{0} : std::vector{0, 1, 2};
+    const std::string bytes =
+        NitfBuilder().Image(form, test::BlockStream(0, 1, which, bands == 3)).Bytes();
+    const Picture own = Draw(bytes, {}), whole = Draw(bytes, {.fullSize = true});
+    ASSERT_EQ(own.status + whole.status, 2);
+    EXPECT_EQ(own.At(2 * kSide - 1, 1), test::kWhite) << "the background beside the decoded picture";
+    // A pixel is what the mean of its neighbours' square is, as far as a straight line goes.
+    int64_t difference = 0, count = 0;
+    for (uint32_t y = 0; y < 3 * kSide; ++y) {
+      for (uint32_t x = 0; x < 2 * kSide; ++x, ++count)
+        difference += std::abs(whole.At(x, y).green - own.At(x / 2, y / 3).green);
+    }
+    EXPECT_LE(difference / count, 12) << "the same picture, smoothly";
+    EXPECT_EQ(whole.At(10, 3 * 9 + 1).red, (own.At(4, 9).red + 3 * own.At(5, 9).red) / 4)
+        << "a quarter of the way";
+    EXPECT_EQ(whole.At(0, 0), own.At(0, 0)) << "corners stay";
+    EXPECT_EQ(whole.At(2 * kSide - 1, 3 * kSide - 1), own.At(kSide - 1, kSide - 1));
+  }
+}
+#endif
 
 }  // namespace

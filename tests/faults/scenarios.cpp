@@ -320,6 +320,10 @@ void AddByStandard(std::vector<Scenario>& all) {
   ImageForm deep{.bands = 3, .bits = 16, .representation = "RGB", .mode = "P"};
   deep.blocksAcross = 2;
   const FilePtr file = Keep(NitfBuilder().Image(deep, std::string(768, 'd')).Graphic(Symbol(), Cgm()));
+  ImageForm small = test::BlockForm("I1", 1, 1, 1, "MONO");
+  small.width = small.height = 100;
+  const FilePtr downsampled = Keep(NitfBuilder().Image(small, BlockStream(0, 1, {0})));
+  all.push_back({"enlarge", [=] { return DrawByStandard(downsampled->Wide()); }, nullptr});
   all.push_back({"draw by the standard", [=] { return DrawByStandard(file->Wide()); }, nullptr});
 }
 
