@@ -12,6 +12,9 @@ struct RowPlace {
   uint32_t stride;
 };
 
+// Whether the significant bits stand left in what is stored.
+bool IsLeft(const ImageSubheader& header) { return header.PJUST.text[0] == 'L'; }
+
 class DeepBlocks {
  public:
   DeepBlocks(KernelBitmap& segment, const ImageSource& source)
@@ -21,7 +24,7 @@ class DeepBlocks {
         width_(header_.NPPBH.value),
         height_(header_.NPPBV.value),
         bits_(header_.NBPP.value),
-        shift_(std::max(8u, header_.ABPP.value) - 8) {}
+        shift_(std::max(8u, IsLeft(header_) ? bits_ : header_.ABPP.value) - 8) {}
 
   Status Read() {
     const bool startsAtZero = header_.Mode() == ImageMode::B;

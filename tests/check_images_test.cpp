@@ -135,6 +135,7 @@ TEST_F(CheckImagesTest, MaskTables) {
       masked("mask.lengths", odd + Bytes(128)),
       masked("mask.code", wide + Bytes(128)),
       masked("mask.inside", test::MaskBytes({{0, 900}, {}, -1}) + Bytes(128)),
+      masked("mask.inside", test::MaskBytes({{0, 64}, {}, -1}) + Bytes(127)),
       masked("mask.overlap", test::MaskBytes({{0, 10}, {}, -1}) + Bytes(128)),
       masked("mask.pads", test::MaskBytes({{0, 64}, {0xFFFFFFFFu, 10}, 0}) + Bytes(128)),
   });
@@ -202,6 +203,8 @@ TEST_F(CheckImagesTest, JpegStreams) {
   });
   EXPECT_EQ(test::RulesBroken(jpeg("", "\xFF\xFF" + sound).file()), std::set<std::string>())
       << "fill bytes";
+  EXPECT_EQ(test::RulesBroken(jpeg("", sound + "\xFF\0\0"s).file()), std::set<std::string>())
+      << "fill behind it";
   EXPECT_EQ(test::RulesBroken(jpeg("", Jpeg(3), 3).file()), std::set<std::string>());
 }
 
@@ -236,6 +239,8 @@ TEST_F(CheckImagesTest, Codestreams) {
       Codestream("image.rate", sound, Form("C8", "fast")),
   });
   EXPECT_EQ(test::RulesBroken(Codestream("", sound).file()), std::set<std::string>());
+  EXPECT_EQ(test::RulesBroken(Codestream("", sound + "\0"s).file()), std::set<std::string>())
+      << "fill behind it";
 }
 
 TEST_F(CheckImagesTest, FacsimileAndVectorQuantisation) {

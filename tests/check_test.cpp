@@ -68,6 +68,19 @@ TEST_F(CheckTest, ASoundFileBreaksNoRule) {
   EXPECT_EQ(test::RulesBroken(linked.Bytes()), std::set<std::string>());
 }
 
+// What lies just inside a limit.
+TEST_F(CheckTest, LimitsAreIncluded) {
+  const std::vector<std::function<void(NitfBuilder&)>> changes = {
+      [](NitfBuilder& file) { file.images[0].subheader.Set("ILOC", "0204002040"); },
+      [](NitfBuilder& file) { file.texts[0].data = std::string(99999, 'a'); },
+      [](NitfBuilder& file) { file.images[0].subheader.Set("IDLVL", 999); },
+      [](NitfBuilder& file) { file.header.Set("FSCOP", "00002").Set("FSCPYS", "00002"); },
+      [](NitfBuilder& file) { file.images[0].subheader.Set("IDATIM", "202611--------"); },
+  };
+  for (size_t i = 0; i < changes.size(); ++i)
+    EXPECT_EQ(test::RulesBroken(Change("", changes[i]).file()), std::set<std::string>()) << i;
+}
+
 TEST_F(CheckTest, TheFileHeader) {
   test::ExpectBroken({
       Header("file.mark", "FVER", "02.20"),

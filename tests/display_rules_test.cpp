@@ -173,6 +173,13 @@ TEST_F(DisplayRulesTest, DeepBandsShowTheirHighBits) {
                 << mode << ' ' << stored << ' ' << bands << " at " << x << ", " << y;
           }
         }
+        if (stored == 16 && significant == 11) {
+          // The same samples justified left: the high bits of what is stored.
+          NitfBuilder left;
+          left.Image(form, test::PackSamples(form, 16)).images[0].subheader.Set("PJUST", "L");
+          EXPECT_EQ(Draw(left.Bytes(), {.highBits = true}).At(3, 2).green,
+                    static_cast<uint8_t>(test::SampleOf(3, 2, shown[1], 16) >> 8));
+        }
         if (stored == 16) {
           EXPECT_EQ(Draw(bytes, {}).status, -700002);
         }

@@ -333,6 +333,68 @@ TEST_F(ExtractTest, PngAndRawHoldWhatTheyCan) {
   EXPECT_NE(tool::WhyNotAs("png", image), "");
 }
 
+TEST_F(ExtractTest, SignsAndPartsOfNumbersAreKept) {
+  SampleImage image;
+  ImageForm form{.width = 2, .height = 1, .bits = 12, .pixelType = "SI"};
+  ASSERT_FALSE(Read(form, "\xFF\xF7\xFF", image).Met());
+  EXPECT_EQ(At(image, 0, 0, 0), 0xFFFFu) << "-1";
+  EXPECT_EQ(At(image, 1, 0, 0), 0x07FFu) << "2047";
+  form.bits = 64;
+  form.pixelType = "C";
+  const std::string numbers = "\x3F\x80\0\0\x40\0\0\0\0\0\0\0\xBF\x80\0\0"s;  // 1 + 2i, -i
+  ASSERT_FALSE(Read(form, numbers, image).Met());
+  float parts[4];
+  std::memcpy(parts, image.samples.data(), sizeof parts);
+  EXPECT_EQ(parts[0], 1.0f);
+  EXPECT_EQ(parts[1], 2.0f);
+  EXPECT_EQ(parts[3], -1.0f);
+  EXPECT_EQ(ReadBack(image).rows, std::string(image.samples.begin(), image.samples.end()));
+  const test::TempFile out("", ".raw");
+  std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
+  EXPECT_TRUE(tool::WriteRaw(file, image));
+  std::fclose(file);
+  EXPECT_EQ(out.Contents(), numbers);
+  form.bits = 8;
+  EXPECT_EQ(Read(form, "ab", image).status, -16) << "no complex numbers of 8 bits";
+  form.pixelType = "R";
+  EXPECT_EQ(Read(form, "ab", image).status, -16);
+}
+
+// Sizes that overflow, and blocks that lie nowhere: each ends at once.
+TEST_F(ExtractTest, HostileBlocksEndAtOnce) {
+  SampleImage image;
+  ImageForm vectors{.width = 0, .height = 0, .bands = 2, .compression = "C4", .representation = "MULTI"};
+  NitfBuilder overflow;
+  const std::string tables = test::Big(1, 4) + test::Big(1, 4) + test::Big(8, 1) + test::Big(1, 2) +
+                             test::Big(32768, 2) + std::string(8, '\0') + test::Big(0, 2) +
+                             test::Big(0x80000000, 4);
+  overflow.Image(vectors, tables + std::string(1 << 20, '\0'));
+  overflow.images[0].subheader.Set("NROWS", 131072).Set("NCOLS", 65536);
+  EXPECT_TRUE(Read(overflow, image).Met());
+  ImageForm fax = test::BlockForm("C1", 9999, 9999, 1, "MONO");
+  fax.width = fax.height = 1;
+  fax.bits = 1;
+  fax.pixelType = "B";
+  EXPECT_EQ(Read(fax, std::string(1 << 20, '\xAA'), image).status, -16);
+  // Many blocks, all of one stream, of a small image.
+  ImageForm jpeg = test::BlockForm("M3", 100, 100, 1, "MONO");
+  NitfBuilder masked;
+  const std::string mask = test::MaskBytes({std::vector<uint32_t>(10000, 0), {}, -1});
+  masked.Image(jpeg, mask + test::BlockStream(0, 1, {0}))
+      .images[0]
+      .subheader.Set("NROWS", 64)
+      .Set("NCOLS", 64);
+  EXPECT_EQ(Read(masked, image).status, -9);
+  // A stream list without an end.
+  std::string many;
+  for (int i = 0; i < 100000; ++i) many += "\xFF\xD8\xFF\xD9";
+  EXPECT_EQ(Read(test::BlockForm("C3", 1, 1, 1, "MONO"), many, image).status, -9);
+  // Fill bytes in front of a stream are legal.
+  EXPECT_FALSE(
+      Read(test::BlockForm("C3", 1, 1, 1, "MONO"), "\xFF\xFF" + test::BlockStream(0, 1, {0}), image)
+          .Met());
+}
+
 // What claims more than there is ends before memory is taken for it.
 TEST_F(ExtractTest, ClaimsAreHeldAgainstTheBytes) {
   SampleImage image;

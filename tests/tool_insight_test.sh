@@ -37,6 +37,7 @@ valid
 cp good.ntf refused.ntf && printf 'NSIF01.00' | dd of=refused.ntf conv=notrunc status=none
 expect 0 '' "$tool" check refused.ntf
 holds 'refused.ntf: refused, status -78: version "01.00"'
+holds 'by the published standard: drawn, 4 x 3'
 expect 0 '' "$tool" check --rules
 [ "$(wc -l <out.txt)" -ge 70 ] || fail "rules"
 expect 2 'FILE is required' "$tool" check

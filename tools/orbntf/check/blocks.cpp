@@ -24,6 +24,13 @@ bool Blocks::Known() const {
              9e18;
 }
 
+bool Blocks::Cover(const SurveyedPart& image) const {
+  const auto covers = [](int64_t pixels, int64_t count, int64_t side) {
+    return pixels >= 1 && count >= 1 && count * side >= pixels && (count - 1) * side < pixels;
+  };
+  return covers(image.Number("NCOLS"), across, width) && covers(image.Number("NROWS"), down, height);
+}
+
 uint64_t Blocks::BlockBytes() const {
   const int64_t samples = width * height * (sequential ? 1 : bands);
   return (static_cast<uint64_t>(samples) * static_cast<uint64_t>(bits) + 7) / 8;

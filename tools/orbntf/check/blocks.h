@@ -15,6 +15,8 @@ struct Blocks {
 
   /// Whether all of it is told and small enough to be reckoned with.
   bool Known() const;
+  /// Whether they cover the image and none lies outside it.
+  bool Cover(const SurveyedPart& image) const;
   int64_t Count() const { return across * down; }
   /// Bytes of a block: of one band where bands are sequential, else of all.
   uint64_t BlockBytes() const;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Common/Owning.h"
 #include "host/fileformat.h"
 #include "hostkit/hostkit.h"
 #include "tools/orbntf/document.h"
@@ -55,6 +56,14 @@ std::string WhyRefused(const std::string& path, int32_t status) {
   return (why.empty() ? MeaningOf(status) : why) + PlaceOf(document.fault);
 }
 
+std::string DrawnWords(const Verdict& verdict) {
+  return "drawn, " + std::to_string(verdict.width) + " x " + std::to_string(verdict.height);
+}
+
+std::string RefusedWords(int32_t status, const std::string& why) {
+  return "refused, status " + std::to_string(status) + ": " + (why.empty() ? MeaningOf(status) : why);
+}
+
 }  // namespace
 
 Verdict AskModule(const std::string& path) {
@@ -67,10 +76,30 @@ Verdict AskModule(const std::string& path) {
     verdict.status = Draw(wide);
   }
   HostkitLiftWorkLimit();
+  verdict.words = verdict.status == ORB_SUCCESS
+                      ? DrawnWords(verdict)
+                      : RefusedWords(verdict.status, WhyRefused(path, verdict.status));
+  return verdict;
+}
+
+Verdict AskStandard(const std::string& path) {
+  Verdict verdict;
+  Document document;
+  OwnedBitmap canvas;
+  LimitWork(path, 0);
+  verdict.status = document.OpenByStandard(path);
+  if (verdict.status == ORB_SUCCESS)
+    verdict.status = GetActual_Width_Height(document.get(), &verdict.width, &verdict.height);
+  if (verdict.status == ORB_SUCCESS) {
+    LimitWork(path, uint64_t{verdict.width} * verdict.height);
+    verdict.status = Orb_NtfRenderBitmap(&canvas.record, document.get());
+  }
+  HostkitLiftWorkLimit();
+  const NitfFile& read = *document.get();
   verdict.words =
       verdict.status == ORB_SUCCESS
-          ? "drawn, " + std::to_string(verdict.width) + " x " + std::to_string(verdict.height)
-          : "refused, status " + std::to_string(verdict.status) + ": " + WhyRefused(path, verdict.status);
+          ? DrawnWords(verdict)
+          : RefusedWords(verdict.status, Explain(path, read, verdict.status)) + PlaceOf(read.fault);
   return verdict;
 }
 

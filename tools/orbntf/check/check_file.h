@@ -14,6 +14,9 @@ struct Verdict {
 /// Draws a file as a host would, and keeps nothing of it.
 Verdict AskModule(const std::string& path);
 
+/// The same by the published standard's word, where the module refuses.
+Verdict AskStandard(const std::string& path);
+
 /// What is wrong with a file, in the order of its bytes.
 std::vector<Finding> FindFaults(const Survey& survey, const RecordDefinitions& definitions);
 

@@ -1,7 +1,6 @@
 // JPEG streams against the subheader: one for every block that is stored, of IMODE S for each of its
 // bands.
 #include "tools/orbntf/check/blocks.h"
-#include "tools/orbntf/check/jpeg_stream.h"
 #include "tools/orbntf/check/rule.h"
 
 namespace tool {
@@ -11,14 +10,15 @@ bool IsJpeg(const SurveyedPart& part) {
   return part.complete && IsOneOf(part.Text("IC"), "C3|M3|C5|M5|I1");
 }
 
-std::vector<FoundJpeg> StreamsOf(const Checking& checking, const SurveyedPart& part) {
-  return IsJpeg(part) ? FindJpegStreams(part, checking.survey.Data(part)) : std::vector<FoundJpeg>();
+const std::vector<FoundJpeg>& StreamsOf(const Checking& checking, const SurveyedPart& part) {
+  static const std::vector<FoundJpeg> kNone;
+  return IsJpeg(part) ? checking.JpegStreams(part) : kNone;
 }
 
 // The first stream that a test does not hold for is told; `words` says what is wrong with one.
 template <class Words>
 void AskStreams(Checking& checking, const SurveyedPart& part, Words words) {
-  const std::vector<FoundJpeg> streams = StreamsOf(checking, part);
+  const std::vector<FoundJpeg>& streams = StreamsOf(checking, part);
   for (size_t n = 0; n < streams.size(); ++n) {
     const std::string problem = words(streams[n].stream);
     if (problem.empty()) continue;
@@ -45,14 +45,15 @@ void AskEnd(Checking& checking, const SurveyedPart& part) {
 void AskCount(Checking& checking, const SurveyedPart& part) {
   const Blocks blocks(part);
   if (!IsJpeg(part) || !part.mask.blocks.empty() || !blocks.Known()) return;
-  const std::vector<FoundJpeg> streams = StreamsOf(checking, part);
+  const std::vector<FoundJpeg>& streams = StreamsOf(checking, part);
   const int64_t wanted = blocks.Count() * (blocks.sequential ? blocks.bands : 1);
   // One that does not begin or end is told by that.
   if (streams.empty() || !streams.back().stream.begins || !streams.back().stream.ends) return;
   if (static_cast<int64_t>(streams.size()) != wanted)
-    checking.FailAtByte(
-        part, part.dataOffset,
-        std::to_string(streams.size()) + " streams for " + std::to_string(wanted) + " blocks");
+    checking.FailAtByte(part, part.dataOffset,
+                        (static_cast<int64_t>(streams.size()) > wanted ? std::string("more")
+                                                                       : std::to_string(streams.size())) +
+                            " streams for " + std::to_string(wanted) + " blocks");
 }
 
 // A downsampled image has fewer pixels than its block.
@@ -102,7 +103,7 @@ void AskTables(Checking& checking, const SurveyedPart& part) {
 // Of one scan, restarts stand between intervals; several scans have theirs each.
 void AskRestarts(Checking& checking, const SurveyedPart& part) {
   AskStreams(checking, part, [](const JpegStream& stream) -> std::string {
-    if (!stream.ends || stream.scans != 1) return "";
+    if (!stream.ends || stream.scans != 1 || stream.Units() == 0) return "";
     if (stream.interval == 0) return stream.restarts == 0 ? "" : "restarts without an interval";
     const uint64_t wanted = (stream.Units() + stream.interval - 1) / stream.interval - 1;
     if (stream.restarts == wanted) return "";

@@ -4,6 +4,8 @@
 #include <iterator>
 #include <map>
 
+#include "tools/orbntf/check/blocks.h"
+
 namespace tool {
 namespace {
 
@@ -17,6 +19,7 @@ class Walker {
   JpegStream Walk() {
     while (at_ < bytes_.size() && Byte(at_) == 0xFF && at_ + 1 < bytes_.size() && Byte(at_ + 1) == 0xFF)
       ++at_;
+    stream_.fill = at_;
     stream_.begins = NextMarker() == kSoi;
     if (!stream_.begins) return stream_;
     for (uint8_t marker = NextMarker(); marker != 0; marker = NextMarker()) {
@@ -183,14 +186,18 @@ std::vector<FoundJpeg> FindRecorded(const std::vector<uint32_t>& records, std::s
 std::vector<FoundJpeg> FindJpegStreams(const SurveyedPart& part, std::string_view data) {
   const size_t start = std::min<size_t>(part.IsMasked() ? part.mask.dataOffset : 0, data.size());
   if (!part.mask.blocks.empty()) return FindRecorded(part.mask.blocks, data, start);
+  const Blocks blocks(part);
+  const uint64_t wanted =
+      blocks.Known() ? static_cast<uint64_t>(blocks.Count() * (blocks.sequential ? blocks.bands : 1)) : 1;
   std::vector<FoundJpeg> streams;
-  for (size_t at = start; at < data.size();) {
+  // One more tells that there are too many.
+  for (size_t at = start; at < data.size() && streams.size() <= wanted;) {
     const JpegStream stream = WalkJpeg(data.substr(at));
     streams.push_back({streams.size(), at, stream});
     if (stream.size == 0 || !stream.ends) break;
     at += stream.size;
-    // Fill bytes behind the last one are no stream.
-    if (data.find_first_not_of('\xFF', at) == std::string_view::npos) break;
+    // Fill behind the last one is no stream.
+    if (data.find_first_not_of(std::string_view("\xFF\0", 2), at) == std::string_view::npos) break;
   }
   return streams;
 }

@@ -10,6 +10,7 @@
 namespace tool {
 
 struct JpegStream {
+  size_t fill = 0;      ///< bytes FF in front of its marker
   bool begins = false;  ///< with SOI, fill bytes in front of it allowed
   bool ends = false;    ///< with EOI
   bool hasFrame = false, hasScan = false;

@@ -6,10 +6,6 @@
 namespace tool {
 namespace {
 
-bool IsPlaceholder(std::string_view text) {
-  return !text.empty() && text.find_first_not_of('9') == std::string_view::npos;
-}
-
 void AskFileLength(Checking& checking, const SurveyedPart& part) {
   const std::string size = std::to_string(checking.survey.file.Size());
   const int64_t length = part.Number("FL");
@@ -39,6 +35,7 @@ void AskSum(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskPlaceholders(Checking& checking, const SurveyedPart& part) {
+  if (!checking.survey.waits) return;
   const auto waits = std::find_if(part.fields.begin(), part.fields.end(), [](const SurveyedField& field) {
     return IsPlaceholder(field.text) &&
            (field.name == "FL" || field.name == "HL" || field.name[0] == 'L');

@@ -13,7 +13,7 @@ struct Level {
 constexpr Level kLevels[] = {{3, 2048, (50 << 20) - 1, 9, 20, 10, 1 << 20},
                              {5, 8192, (1 << 30) - 1, 255, 20, 50, 2 << 20},
                              {6, 65536, (int64_t{1} << 31) - 1, 999, 100, 100, 2 << 20},
-                             {7, 99999999, int64_t{10} << 30, 999, 100, 100, 2 << 20}};
+                             {7, 99999999, (int64_t{10} << 30) - 1, 999, 100, 100, 2 << 20}};
 
 // What the file asks for, in the members of a level.
 Level NeedsOf(const Checking& checking) {

@@ -80,10 +80,12 @@ std::vector<uint32_t> Stored(const std::vector<uint32_t>& records) {
 }
 
 void AskInside(Checking& checking, const SurveyedPart& part) {
+  const Blocks blocks(part);
+  const uint64_t least = part.Text("IC") == "NM" && blocks.Known() ? blocks.BlockBytes() : 1;
   const uint64_t room = part.dataLength - std::min<uint64_t>(part.dataLength, part.mask.dataOffset);
   for (const auto* records : {&part.mask.blocks, &part.mask.pads}) {
     for (const uint32_t record : Stored(*records)) {
-      if (record < room) continue;
+      if (record < room && least <= room - record) continue;
       return checking.FailAtByte(
           part, part.dataOffset,
           "a block begins at " + std::to_string(record) + " of " + std::to_string(room) + " bytes");
@@ -128,7 +130,7 @@ constexpr Rule kRules[] = {
      "Records take 4 bytes, or there are none.", AskLengths},
     {"mask.code", Severity::Error, On::Image, "TPXCD", kTable,
      "The pad pixel code has the depth of a sample, and is there where pad records are.", AskPadCode},
-    {"mask.inside", Severity::Error, On::Image, "BMRnnn", kTable, "Blocks begin inside the data.",
+    {"mask.inside", Severity::Error, On::Image, "BMRnnn", kTable, "Blocks lie inside the data.",
      AskInside},
     {"mask.overlap", Severity::Error, On::Image, "BMRnnn", kTable,
      "Blocks follow one another and share no byte.", AskOverlap},

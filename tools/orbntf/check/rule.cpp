@@ -45,6 +45,12 @@ void Checking::Ask(const Rule& rule, const SurveyedPart& part) {
   rule.ask(*this, part);
 }
 
+const std::vector<FoundJpeg>& Checking::JpegStreams(const SurveyedPart& part) const {
+  const auto found = streams_.find(&part);
+  if (found != streams_.end()) return found->second;
+  return streams_[&part] = FindJpegStreams(part, survey.Data(part));
+}
+
 void Checking::Run() {
   const std::vector<const Rule*> rules = AllRules();
   for (const SurveyedPart& part : survey.parts) {

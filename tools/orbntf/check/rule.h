@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/orbntf/check/jpeg_stream.h"
 #include "tools/orbntf/check/places.h"
 #include "tools/orbntf/inspect/survey.h"
 #include "tools/orbntf/records/records.h"
@@ -38,6 +39,8 @@ class Checking {
   const Places places;
   std::vector<Finding> findings;
 
+  /// The JPEG streams of an image, walked once.
+  const std::vector<FoundJpeg>& JpegStreams(const SurveyedPart& part) const;
   /// Asks every rule of every part that it is about.
   void Run();
   /// Notes that the rule that is being asked does not hold at a field of a part.
@@ -50,6 +53,7 @@ class Checking {
  private:
   void Ask(const Rule& rule, const SurveyedPart& part);
   const Rule* asked_ = nullptr;
+  mutable std::map<const SurveyedPart*, std::vector<FoundJpeg>> streams_;
 };
 
 struct Rule {

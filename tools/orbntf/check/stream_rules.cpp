@@ -6,11 +6,9 @@
 namespace tool {
 namespace {
 
+// Bytes that are not there count as none.
 uint64_t Big(std::string_view bytes, size_t at, size_t count) {
-  uint64_t value = 0;
-  for (size_t i = at; i < at + count && i < bytes.size(); ++i)
-    value = value << 8 | static_cast<uint8_t>(bytes[i]);
-  return value;
+  return at < bytes.size() ? BigNumber(bytes.substr(at, count)) : 0;
 }
 
 // ---------------------------------------------------------------- JPEG 2000
@@ -50,7 +48,13 @@ Codestream CodestreamOf(const Checking& checking, const SurveyedPart& part) {
     stream.least = i == 0 ? depth : std::min(stream.least, depth);
     stream.most = std::max(stream.most, depth);
   }
-  stream.ends = Big(checking.survey.file.At(part.dataOffset + part.dataLength - 2, 2), 0, 2) == 0xFFD9;
+  // Fill may stand behind it.
+  constexpr uint64_t kTail = 1024;
+  const uint64_t tail = std::min(part.dataLength, kTail);
+  const std::string end = checking.survey.file.At(part.dataOffset + part.dataLength - tail, tail);
+  const size_t marker = end.rfind("\xFF\xD9");
+  stream.ends = marker != std::string::npos &&
+                end.find_first_not_of(std::string_view("\xFF\0", 2), marker + 2) == std::string::npos;
   return stream;
 }
 

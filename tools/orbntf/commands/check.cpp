@@ -1,6 +1,7 @@
 // orbntf check: what the module does with files, and whether they keep the format's rules.
 #include <algorithm>
 
+#include "orbntf/orbntf.h"
 #include "tools/orbntf/check/check_file.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/inspect/words.h"
@@ -16,10 +17,11 @@ struct CheckOptions {
 
 void Put(std::FILE* out, const std::string& text) { std::fwrite(text.data(), 1, text.size(), out); }
 
-void Print(std::FILE* out, const std::string& path, const Verdict& verdict,
+void Print(std::FILE* out, const std::string& path, const Verdict& verdict, const Verdict* standard,
            const std::vector<Finding>& findings) {
   size_t counts[3] = {};
   Put(out, Printable(path) + ": " + Printable(verdict.words) + '\n');
+  if (standard != nullptr) Put(out, "  by the published standard: " + Printable(standard->words) + '\n');
   for (const Finding& finding : findings) {
     ++counts[static_cast<size_t>(finding.rule->severity)];
     Put(out, "  " + Describe(finding) + "\n      " + finding.rule->sentence + " (" +
@@ -52,7 +54,7 @@ void WriteFinding(JsonText& json, const Finding& finding) {
   json.EndObject();
 }
 
-void PrintJson(std::FILE* out, const std::string& path, const Verdict& verdict,
+void PrintJson(std::FILE* out, const std::string& path, const Verdict& verdict, const Verdict* standard,
                const std::vector<Finding>& findings, bool inArray) {
   JsonText json(true, inArray ? 1 : 0);
   json.BeginObject();
@@ -60,6 +62,7 @@ void PrintJson(std::FILE* out, const std::string& path, const Verdict& verdict,
   json.Key("status");
   json.Number(verdict.status);
   WriteMember(json, "module", verdict.words);
+  if (standard != nullptr) WriteMember(json, "standard", standard->words);
   json.Key("findings");
   json.BeginArray();
   for (const Finding& finding : findings) WriteFinding(json, finding);
@@ -75,11 +78,14 @@ int CheckFile(const CheckOptions& options, const std::string& path, bool inArray
   const Verdict verdict = AskModule(path);
   const std::vector<Finding> findings =
       survey.file.IsOpen() ? FindFaults(survey, *options.definitions) : std::vector<Finding>();
+  const bool asks = survey.file.IsOpen() && verdict.status != ORB_SUCCESS;
+  const Verdict answer = asks ? AskStandard(path) : Verdict();
+  const Verdict* standard = asks ? &answer : nullptr;
   if (!options.json && !survey.file.IsOpen()) return Report("check", path, verdict.status, verdict.words);
   if (options.json) {
-    PrintJson(out, path, verdict, findings, inArray);
+    PrintJson(out, path, verdict, standard, findings, inArray);
   } else {
-    Print(out, path, verdict, findings);
+    Print(out, path, verdict, standard, findings);
   }
   if (!survey.file.IsOpen()) return Report("check", path, verdict.status, verdict.words);
   const Severity least = options.strict ? Severity::Warning : Severity::Error;

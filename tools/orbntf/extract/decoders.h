@@ -16,6 +16,8 @@ struct SampleSource {
   /// Offset of a block of the data; none where it is not stored. `number` counts blocks, of IMODE S those
   /// of all bands.
   std::optional<uint64_t> OffsetOf(uint64_t number, uint64_t blockBytes) const;
+  /// Where what begins at an offset of the data ends: where the next block begins, or the data ends.
+  uint64_t EndOf(uint64_t offset) const;
 };
 
 ExtractFault ReadPlain(const SampleSource& source, SampleImage& image);

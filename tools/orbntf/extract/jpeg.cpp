@@ -110,8 +110,9 @@ class JpegBlocks {
     const uint64_t block = found.number % count, band = blocks.sequential ? found.number / count : 0;
     const std::string where = "stream " + std::to_string(found.number);
     const JpegStream& facts = found.stream;
-    const std::string_view bytes =
-        std::string_view(data_).substr(found.offset, static_cast<size_t>(facts.size));
+    if (found.number >= count * (blocks.sequential ? image_.bands : 1)) return {};
+    const std::string_view bytes = std::string_view(data_).substr(
+        found.offset + facts.fill, static_cast<size_t>(facts.size - facts.fill));
     if (facts.scans > kMostScans)
       return {ORB_BAD_STRUCTURE, where + " has more scans than pictures have"};
     if (!facts.hasFrame || !facts.hasScan) return {ORB_BAD_STRUCTURE, where + " is no JPEG stream"};

@@ -76,9 +76,15 @@ class BlockReader {
     uint64_t bit = firstBit % 8;
     for (uint32_t x = 0; x < columns_; ++x) {
       for (uint32_t band = 0; band < place.perPixel; ++band, bit += image_.bits)
-        PutSample(image_, left_ + x, y, firstBand + band, BitsAt(row, bit, image_.bits));
+        PutSample(image_, left_ + x, y, firstBand + band, Sample(BitsAt(row, bit, image_.bits)));
     }
     return true;
+  }
+
+  // Signed samples keep their sign where they take more bits than they have.
+  uint64_t Sample(uint64_t bits) const {
+    const bool negative = image_.kind == SampleKind::Signed && (bits >> (image_.bits - 1) & 1) != 0;
+    return negative && image_.bits < 64 ? bits | ~uint64_t{0} << image_.bits : bits;
   }
 
   const SampleSource& source_;
@@ -124,11 +130,14 @@ ExtractFault ReadFacsimile(const SampleSource& source, SampleImage& image) {
   const FacsimileForm form = {static_cast<uint32_t>(blocks.width), static_cast<uint32_t>(blocks.height),
                               source.part.Trimmed("COMRAT") != "1D"};
   const auto count = static_cast<uint64_t>(blocks.Count());
+  if (count > 1 && source.part.mask.blocks.empty())
+    return {ORB_UNSUPPORTED, "a facsimile of several blocks without their records"};
   for (uint64_t block = 0; block < count; ++block) {
     const auto offset = source.OffsetOf(block, 0);
     if (!offset || *offset >= source.part.dataLength) continue;
-    const auto rows = DecodeFacsimile(
-        source.survey.file.At(source.part.dataOffset + *offset, source.part.dataLength - *offset), form);
+    const uint64_t end = source.EndOf(*offset);
+    const auto rows =
+        DecodeFacsimile(source.survey.file.At(source.part.dataOffset + *offset, end - *offset), form);
     if (rows.empty()) return {ORB_BAD_STRUCTURE, "no row decodes"};
     const auto across = static_cast<uint64_t>(blocks.across);
     const auto left = static_cast<uint32_t>(block % across * form.width),

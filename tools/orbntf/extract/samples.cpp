@@ -1,6 +1,7 @@
 #include "tools/orbntf/extract/samples.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
 #include "Common/Owning.h"
@@ -22,18 +23,14 @@ constexpr Reader kReaders[] = {{"NC|NM", false, ReadPlain},
                                {"C8|M8", true, ReadJpeg2000},
                                {"C4|M4", false, ReadVectorQuantised}};
 
-uint64_t BigNumber(std::string_view bytes) {
-  uint64_t value = 0;
-  for (const char byte : bytes.substr(0, 8)) value = value << 8 | static_cast<uint8_t>(byte);
-  return value;
-}
-
 // What stands where nothing is stored: the pad pixel code, or zero.
 void TakeNoData(const SurveyedPart& part, SampleImage& image) {
-  if (!part.IsMasked() || !part.mask.complete) return;
-  const uint32_t bits = part.mask.padBits;
-  uint64_t code = BigNumber(part.mask.padCode);
-  if (bits % 8 != 0) code >>= 8 - bits % 8;
+  const SurveyedMask& mask = part.mask;
+  if (!part.IsMasked() || !mask.complete) return;
+  const bool misses = std::find(mask.blocks.begin(), mask.blocks.end(), kNoRecord) != mask.blocks.end();
+  if (mask.padBits == 0 && !misses) return;
+  uint64_t code = BigNumber(std::string_view(mask.padCode).substr(0, 8));
+  if (mask.padBits % 8 != 0) code >>= 8 - mask.padBits % 8;
   image.noData = code;
 }
 
@@ -55,6 +52,8 @@ ExtractFault Describe(const SurveyedPart& part, SampleImage& image) {
   const std::string_view type = part.Trimmed("PVTYPE");
   if (!IsOneOf(part.Text("NBPP"), "01|08|12|16|32|64"))
     return {ORB_UNSUPPORTED, "samples of " + Quoted(part.Text("NBPP")) + " bits"};
+  if ((type == "R" && bits < 32) || (type == "C" && bits != 64))
+    return {ORB_UNSUPPORTED, "samples " + Quoted(type) + " of " + std::to_string(bits) + " bits"};
   image.bits = static_cast<uint32_t>(bits);
   image.significantBits = static_cast<uint32_t>(std::clamp<int64_t>(significant, 1, bits));
   image.sampleBytes = bits <= 8 ? 1 : bits <= 16 ? 2 : static_cast<uint32_t>(bits / 8);
@@ -78,6 +77,15 @@ std::optional<uint64_t> SampleSource::OffsetOf(uint64_t number, uint64_t blockBy
   if (number >= mask.blocks.size() || mask.blocks[static_cast<size_t>(number)] == kNoRecord)
     return std::nullopt;
   return start + mask.blocks[static_cast<size_t>(number)];
+}
+
+uint64_t SampleSource::EndOf(uint64_t offset) const {
+  uint64_t end = part.dataLength;
+  for (const uint32_t record : part.mask.blocks) {
+    const uint64_t other = part.mask.dataOffset + uint64_t{record};
+    if (record != kNoRecord && other > offset) end = std::min(end, other);
+  }
+  return end;
 }
 
 ExtractFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height) {
@@ -121,8 +129,12 @@ void PutSample(SampleImage& image, uint32_t x, uint32_t y, uint32_t band, uint64
     case 4:
       std::memcpy(to, &longWord, sizeof longWord);
       break;
-    default:
-      std::memcpy(to, &value, sizeof value);
+    default: {
+      // The real part of a complex number stands in front of the other one.
+      const bool swaps = image.kind == SampleKind::Complex && std::endian::native == std::endian::little;
+      const uint64_t parts = swaps ? value << 32 | value >> 32 : value;
+      std::memcpy(to, &parts, sizeof parts);
+    }
   }
 }
 
@@ -150,6 +162,7 @@ ExtractFault ReadSamples(const Survey& survey, const SurveyedPart& part, uint32_
   const SampleSource source = {survey, part, Blocks(part), reduce};
   if (!part.complete) return {ORB_SHORT_READ, "the subheader is not whole"};
   if (!source.blocks.Known()) return {ORB_BAD_STRUCTURE, "the size of the image is not known"};
+  if (!source.blocks.Cover(part)) return {ORB_BAD_STRUCTURE, "the blocks are not those of the image"};
   if (part.IsMasked() && !part.mask.complete) return {ORB_SHORT_READ, "the mask table is not whole"};
   if (ExtractFault fault = Describe(part, image); fault.Met()) return fault;
   for (const Reader& reader : kReaders) {

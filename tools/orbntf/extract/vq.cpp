@@ -9,11 +9,9 @@ namespace {
 
 constexpr size_t kHeader = 21, kRecord = 14;
 
+// Bytes that are not there count as none.
 uint64_t Big(std::string_view bytes, size_t at, size_t count) {
-  uint64_t value = 0;
-  for (size_t i = at; i < at + count && i < bytes.size(); ++i)
-    value = value << 8 | static_cast<uint8_t>(bytes[i]);
-  return value;
+  return at < bytes.size() ? BigNumber(bytes.substr(at, count)) : 0;
 }
 
 class VqBlocks {
@@ -63,8 +61,9 @@ class VqBlocks {
     entries_ = Big(left_, 2, 4);
     left_.remove_prefix(static_cast<size_t>(kRecord * tables_));
     const uint64_t part = vectorHeight_ * valueBytes_;
+    if (part == 0 || part > left_.size() || tables_ > left_.size() / part) return false;
     entryBytes_ = part * tables_;
-    if (entries_ == 0 || entries_ * entryBytes_ > left_.size()) return false;
+    if (entries_ == 0 || entries_ > left_.size() / entryBytes_) return false;
     book_.resize(static_cast<size_t>(entries_ * entryBytes_));
     for (uint64_t table = 0; table < tables_; ++table) {
       for (uint64_t entry = 0; entry < entries_; ++entry) {

@@ -198,9 +198,10 @@ bool WriteRaw(std::FILE* file, const SampleImage& image) {
   for (uint32_t y = 0; y < image.height; ++y) {
     std::memcpy(row.data(), image.Pixel(0, y), rowBytes);
     if (std::endian::native == std::endian::little) {
-      for (size_t at = 0; at < rowBytes; at += image.sampleBytes)
+      const size_t step = image.kind == SampleKind::Complex ? image.sampleBytes / 2 : image.sampleBytes;
+      for (size_t at = 0; at < rowBytes; at += step)
         std::reverse(row.begin() + static_cast<ptrdiff_t>(at),
-                     row.begin() + static_cast<ptrdiff_t>(at + image.sampleBytes));
+                     row.begin() + static_cast<ptrdiff_t>(at + step));
     }
     if (std::fwrite(row.data(), 1, rowBytes, file) != rowBytes) return false;
   }

@@ -87,26 +87,6 @@ void WritePlace(JsonText& json, const NitfFile& document, SegmentKind kind, uint
   json.EndObject();
 }
 
-PartKind PartOf(SegmentKind kind) {
-  switch (kind) {
-    case SegmentKind::Image:
-      return PartKind::Image;
-    case SegmentKind::Graphic:
-      return PartKind::Graphic;
-    case SegmentKind::Text:
-      return PartKind::Text;
-    default:
-      return PartKind::DataExtension;
-  }
-}
-
-void WriteTagged(JsonText& json, const RecordLists& records, PartKind kind, uint32_t index) {
-  const std::vector<TaggedRecord> list = records.Of(kind, index);
-  if (list.empty()) return;
-  json.Key("records");
-  WriteRecords(json, list);
-}
-
 void WriteRecord(JsonText& json, const FileHeader& header) {
   WriteFields(json, header);
   for (const SegmentLengthFields& names : kSegmentLengths) {
@@ -199,18 +179,13 @@ void WriteList(JsonText& json, const char* name, const NitfFile& document, Segme
     WriteRecord(json, record);
     WriteNumber(json, "index", record.index);
     WritePlace(json, document, kind, record.index);
-    WriteTagged(json, records, PartOf(kind), record.index);
+    records.Write(json, kind, record.index);
     json.EndObject();
   }
   json.EndArray();
 }
 
 }  // namespace
-
-std::vector<TaggedRecord> RecordLists::Of(PartKind kind, uint32_t index) const {
-  const SurveyedPart* part = survey_.Find(kind, index);
-  return part != nullptr ? RecordsOf(*part, definitions_) : std::vector<TaggedRecord>();
-}
 
 void Inspection::Read(const std::string& path) {
   const std::u16string wide = Widen(path);
@@ -254,7 +229,7 @@ void WriteFile(JsonText& json, const std::string& path, const Inspection& file,
   json.BeginObject();
   if (document.headerPresent) {
     WriteRecord(json, document.header);
-    WriteTagged(json, records, PartKind::File, 0);
+    records.Write(json, PartKind::File, 0);
   }
   json.EndObject();
   WriteList(json, "images", document, SegmentKind::Image, document.images, records);

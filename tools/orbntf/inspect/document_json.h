@@ -25,6 +25,9 @@ class RecordLists {
   RecordLists(const std::string& path, const RecordDefinitions& definitions)
       : survey_(path), definitions_(definitions) {}
   std::vector<TaggedRecord> Of(PartKind kind, uint32_t index) const;
+  /// Writes those of a header as a member, where there are any.
+  void Write(JsonText& json, PartKind kind, uint32_t index) const;
+  void Write(JsonText& json, SegmentKind kind, uint32_t index) const;
 
  private:
   Survey survey_;

@@ -57,18 +57,6 @@ void SurveyHeader(const FileBytes& file, std::vector<SurveyedPart>& parts) {
                std::make_move_iterator(segments.end()));
 }
 
-bool IsPlaceholder(std::string_view text) {
-  return !text.empty() && text.find_first_not_of('9') == std::string_view::npos;
-}
-
-// Whether a length of the file header waits for its replacement.
-bool WaitsForReplacement(const SurveyedPart& header) {
-  return std::any_of(header.fields.begin(), header.fields.end(), [](const SurveyedField& field) {
-    return (field.name == "FL" || field.name == "HL" || field.name[0] == 'L') &&
-           IsPlaceholder(field.text);
-  });
-}
-
 // The replacement data at the end of a streamed file; empty when there is none.
 std::string FindReplacement(const FileBytes& file) {
   constexpr uint64_t kMargin = 11, kMark = 4, kLength = 7;
@@ -137,6 +125,28 @@ int64_t DigitsOf(std::string_view text) {
   return value;
 }
 
+bool IsPlaceholder(std::string_view text) {
+  return !text.empty() && text.find_first_not_of('9') == std::string_view::npos;
+}
+
+bool WaitsForLengths(const FileBytes& file, const std::vector<SurveyedPart>& parts) {
+  const SurveyedPart& header = parts.front();
+  if (IsPlaceholder(header.Text("FL")) || IsPlaceholder(header.Text("HL"))) return true;
+  // A length may really be all nines.
+  uint64_t end = header.headerLength;
+  for (size_t i = 1; i < parts.size(); ++i) end += parts[i].headerLength + parts[i].dataLength;
+  return end > file.Size() &&
+         std::any_of(header.fields.begin(), header.fields.end(), [](const SurveyedField& field) {
+           return field.name[0] == 'L' && IsPlaceholder(field.text);
+         });
+}
+
+uint64_t BigNumber(std::string_view bytes) {
+  uint64_t value = 0;
+  for (const char byte : bytes) value = value << 8 | static_cast<uint8_t>(byte);
+  return value;
+}
+
 bool PlaceOfText(std::string_view text, int64_t& row, int64_t& column) {
   if (text.size() != 10) return false;
   int64_t* const parts[] = {&row, &column};
@@ -157,7 +167,7 @@ Survey::Survey(const std::string& from) : path(from), file(from) {
     return;
   }
   SurveyHeader(file, parts);
-  if (WaitsForReplacement(parts[0])) {
+  if (WaitsForLengths(file, parts)) {
     if (std::string front = FindReplacement(file); !front.empty()) {
       file.Replace(std::move(front));
       streamed = true;
@@ -165,6 +175,7 @@ Survey::Survey(const std::string& from) : path(from), file(from) {
       SurveyHeader(file, parts);
     }
   }
+  waits = WaitsForLengths(file, parts);
   segmentsEnd = parts[0].headerLength;
   for (size_t i = 1; i < parts.size(); ++i) {
     SurveyedPart& part = parts[i];

@@ -104,6 +104,7 @@ class Survey {
   const std::string path;
   FileBytes file;
   bool streamed = false;            ///< the front is that of a streaming file header's replacement data
+  bool waits = false;               ///< lengths of its header are placeholders
   std::vector<SurveyedPart> parts;  ///< the file header and the segments in file order
   uint64_t segmentsEnd = 0;         ///< where the lengths say that the last one ends
 
@@ -118,6 +119,10 @@ class Survey {
 std::string_view TrimmedText(std::string_view text);
 /// Digits as a number; -1 for another text.
 int64_t DigitsOf(std::string_view text);
+/// Whether a length is all nines: one that was not known when the header was written.
+bool IsPlaceholder(std::string_view text);
+/// Big-endian bytes, of which the last eight count.
+uint64_t BigNumber(std::string_view bytes);
 /// A row and a column of five characters each; false for another text.
 bool PlaceOfText(std::string_view text, int64_t& row, int64_t& column);
 

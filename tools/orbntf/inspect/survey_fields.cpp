@@ -5,12 +5,6 @@
 namespace tool {
 namespace {
 
-uint32_t BigNumber(std::string_view bytes) {
-  uint32_t value = 0;
-  for (const char byte : bytes) value = value << 8 | static_cast<uint8_t>(byte);
-  return value;
-}
-
 void TakeBands(FieldTaker& taker, const SurveyedPart& part) {
   taker.Take(kBandCountLayout);
   if (part.Text("NBANDS") == "0") taker.Take(kManyBandsLayout);
@@ -78,7 +72,8 @@ void TakeFields(FieldTaker& taker, const SurveyedPart& part) {
 // Records of an offset for every block, and of band-sequential images for every block of every band.
 std::vector<uint32_t> MaskRecords(std::string_view bytes) {
   std::vector<uint32_t> records;
-  for (; bytes.size() >= 4; bytes.remove_prefix(4)) records.push_back(BigNumber(bytes.substr(0, 4)));
+  for (; bytes.size() >= 4; bytes.remove_prefix(4))
+    records.push_back(static_cast<uint32_t>(BigNumber(bytes.substr(0, 4))));
   return records;
 }
 
@@ -87,10 +82,10 @@ void TakeMask(const FileBytes& file, SurveyedPart& part) {
   SurveyedMask& mask = part.mask;
   const std::string head = file.At(part.dataOffset, std::min(part.dataLength, kHead));
   if (head.size() < kHead) return;
-  mask.dataOffset = BigNumber(std::string_view(head).substr(0, 4));
-  mask.blockLength = BigNumber(std::string_view(head).substr(4, 2));
-  mask.padLength = BigNumber(std::string_view(head).substr(6, 2));
-  mask.padBits = BigNumber(std::string_view(head).substr(8, 2));
+  mask.dataOffset = static_cast<uint32_t>(BigNumber(std::string_view(head).substr(0, 4)));
+  mask.blockLength = static_cast<uint32_t>(BigNumber(std::string_view(head).substr(4, 2)));
+  mask.padLength = static_cast<uint32_t>(BigNumber(std::string_view(head).substr(6, 2)));
+  mask.padBits = static_cast<uint32_t>(BigNumber(std::string_view(head).substr(8, 2)));
   const uint64_t blocks = static_cast<uint64_t>(std::max<int64_t>(0, part.Number("NBPR"))) *
                           static_cast<uint64_t>(std::max<int64_t>(0, part.Number("NBPC")));
   const uint64_t records =

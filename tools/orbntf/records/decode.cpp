@@ -85,12 +85,19 @@ bool Decode(const RecordDefinition& definition, std::string_view bytes,
 
 std::vector<TaggedRecord> RecordsOf(const RecordArea& area, const RecordDefinitions& definitions) {
   std::vector<TaggedRecord> records;
+  constexpr size_t kMostRecords = 100000;
   std::string_view left = area.bytes;
   while (!left.empty()) {
     const uint64_t offset = area.offset + (area.bytes.size() - left.size());
     const int64_t length =
         left.size() >= kTagWidth + kLengthWidth ? DigitsOf(left.substr(kTagWidth, kLengthWidth)) : -1;
     TaggedRecord record = {area.name, "", offset, "", "", nullptr, {}};
+    if (records.size() == kMostRecords) {
+      record.bytes = left;
+      record.problem = "more records than are told apart";
+      records.push_back(std::move(record));
+      break;
+    }
     if (length < 0 || static_cast<uint64_t>(length) > left.size() - kTagWidth - kLengthWidth) {
       record.bytes = left;
       record.problem = length < 0 ? "no tag and length" : "longer than its area";

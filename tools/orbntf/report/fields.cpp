@@ -87,10 +87,16 @@ std::string FieldsSection(const ReportedFile& file) {
 }
 
 std::string RecordsSection(const ReportedFile& file) {
+  constexpr size_t kMostRecords = 500;
   std::string all;
+  size_t count = 0;
   for (const SurveyedPart& part : file.survey.parts) {
-    for (const TaggedRecord& record : RecordsOf(part, file.definitions)) all += RecordHtml(part, record);
+    for (const TaggedRecord& record : RecordsOf(part, file.definitions)) {
+      if (++count <= kMostRecords) all += RecordHtml(part, record);
+    }
   }
+  if (count > kMostRecords)
+    all += Tag("p", "and " + Counted(count - kMostRecords, "more record"), "class=\"soft\"");
   return all.empty() ? "" : Section(file.id + "-records", "Tagged records", all);
 }
 

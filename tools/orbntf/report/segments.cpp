@@ -21,8 +21,13 @@ std::string Place(const SurveyedPart& part, const char* field) {
 std::string ImageCard(const ReportedFile& file, const SurveyedPart& part, bool withPicture) {
   constexpr uint32_t kSide = 320;
   SampleImage image;
-  const uint32_t reduce = ReduceFor(part, kSide);
-  const ExtractFault fault = withPicture ? ReadSamples(file.survey, part, reduce, image) : ExtractFault();
+  ExtractFault fault;
+  // As small as its codec makes it.
+  for (uint32_t reduce = ReduceFor(part, kSide); withPicture; --reduce) {
+    image = {};
+    fault = ReadSamples(file.survey, part, reduce, image);
+    if (!fault.Met() || reduce == 0) break;
+  }
   std::string picture;
   if (fault.Met()) {
     picture = Tag("p", "No picture: " + Escaped(fault.words) + ".");
