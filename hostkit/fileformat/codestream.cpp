@@ -127,4 +127,15 @@ uint64_t CodestreamTableBytes(Bytes stream, const CodestreamSize& size) {
          perComponent * size.components;
 }
 
+CodestreamWorth WeighCodestream(std::span<const uint8_t> stream, const CodestreamSize& size) {
+  constexpr uint64_t kMaxSamples = uint64_t{1} << 29, kMaxSamplesPerByte = 65536;
+  constexpr uint64_t kTableBytes = 48 << 20, kTableBytesPerByte = 16, kTableBytesPerSample = 2;
+  const uint64_t pixels = uint64_t{size.width} * size.height, samples = pixels * size.components;
+  if (pixels > kMaxSamples || samples > kMaxSamples) return CodestreamWorth::TooManySamples;
+  if (samples / kMaxSamplesPerByte > stream.size()) return CodestreamWorth::TooFewBytes;
+  const uint64_t most = kTableBytes + kTableBytesPerByte * stream.size() + kTableBytesPerSample * samples;
+  return CodestreamTableBytes(stream, size) > most ? CodestreamWorth::TooManyTables
+                                                   : CodestreamWorth::Fine;
+}
+
 }  // namespace hostkit

@@ -21,6 +21,11 @@ struct CodestreamSize {
 /// Finds it in a codestream or a file around one.
 bool FindCodestreamSize(std::span<const uint8_t> stream, CodestreamSize& size);
 
+/// Whether a codestream is worth decoding: no more samples than bytes can say, nor than there is room
+/// for, nor tables out of all proportion to both.
+enum class CodestreamWorth { Fine, TooManySamples, TooFewBytes, TooManyTables };
+CodestreamWorth WeighCodestream(std::span<const uint8_t> stream, const CodestreamSize& size);
+
 /// Bytes that a decoder takes, by a generous estimate, for the tables of all tiles and for the precincts
 /// and code-blocks of one, whatever the samples themselves take.
 uint64_t CodestreamTableBytes(std::span<const uint8_t> stream, const CodestreamSize& size);

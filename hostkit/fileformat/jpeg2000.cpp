@@ -16,8 +16,6 @@ namespace {
 
 constexpr uint8_t kCodestreamStart[] = {0xFF, 0x4F, 0xFF, 0x51};
 constexpr uint8_t kJp2Signature[] = {0, 0, 0, 12, 'j', 'P', ' ', ' ', 0x0D, 0x0A, 0x87, 0x0A};
-constexpr uint64_t kMaxSamples = uint64_t{1} << 29;
-constexpr uint64_t kMaxSamplesPerByte = 65536;
 constexpr uint64_t kSamplesAtOnce = 2 << 20;  // each takes four bytes of a decoder
 
 uint32_t Big32(const uint8_t* p) {
@@ -320,20 +318,16 @@ int32_t DecodeInto(Bytes stream, const CodestreamSize& size, const Plan& plan,
 }
 
 int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) {
-  constexpr uint64_t kTableBytes = 48 << 20, kTableBytesPerByte = 16, kTableBytesPerSample = 2;
   const Bytes stream = SkipMaskTable(bytes);
   CodestreamSize size;
   if (!FindCodestreamSize(stream, size)) return kHostNotRecognised;
-  const uint64_t pixels = uint64_t{size.width} * size.height, samples = pixels * size.components;
-  if (pixels > kMaxSamples || samples > kMaxSamples) return kHostNoMemory;
-  if (samples / kMaxSamplesPerByte > stream.size()) return kHostBadData;
+  const CodestreamWorth worth = WeighCodestream(stream, size);
+  if (worth == CodestreamWorth::TooManySamples) return kHostNoMemory;
+  if (worth == CodestreamWorth::TooFewBytes) return kHostBadData;
   const Plan plan = PlanOf(size, bitmap);
   const uint64_t wanted = uint64_t{plan.width} * plan.height;
   if (!AllowsPixels(wanted)) return kHostNoMemory;
-  if (CodestreamTableBytes(stream, size) >
-      kTableBytes + kTableBytesPerByte * stream.size() + kTableBytesPerSample * samples) {
-    return kHostOverBudget;
-  }
+  if (worth == CodestreamWorth::TooManyTables) return kHostOverBudget;
   if (!SpendSamples(wanted * size.components)) return kHostOverBudget;
   const int32_t status = DecodeInto(stream, size, plan, options, bitmap);
   if (status != kHostBadData || !StartsWith(stream, kJp2Signature)) return status;

@@ -24,6 +24,7 @@ struct JpegStream {
   uint64_t size = 0;                    ///< bytes up to the stream's end
 
   bool IsLossless() const { return frame == 0xC3 || frame == 0xC7 || frame == 0xCB; }
+  bool IsProgressive() const { return frame == 0xC2 || frame == 0xC6 || frame == 0xCA; }
   /// MCUs of a scan of all components.
   uint64_t Units() const;
 };

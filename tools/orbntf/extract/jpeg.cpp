@@ -71,6 +71,8 @@ bool DecodeJpeg(std::string_view bytes, bool isRgb, uint32_t reduce, DecodedStre
 constexpr uint32_t kMostReduce = 3;
 constexpr uint64_t kMostPixelsPerByte = 4096;
 constexpr uint32_t kMostScans = 200;
+// A decoder keeps all of them where several scans tell of each.
+constexpr uint64_t kMostCoefficientBytes = 96 << 20;
 
 uint64_t Reduced(uint64_t side, uint32_t reduce) {
   return (side + (uint64_t{1} << reduce) - 1) >> reduce;
@@ -120,6 +122,9 @@ class JpegBlocks {
         facts.width > 2 * blocks.width || facts.height > 2 * blocks.height)
       return {ORB_BAD_STRUCTURE, where + " has " + std::to_string(facts.width) + " x " +
                                      std::to_string(facts.height) + " pixels"};
+    const bool keepsAll = facts.scans > 1 || facts.IsProgressive();
+    if (keepsAll && 2 * uint64_t{facts.width} * facts.height * facts.components > kMostCoefficientBytes)
+      return {ORB_UNSUPPORTED, where + " takes more memory than its blocks are worth"};
     DecodedStream stream;
     const bool isWide = facts.precision > 8 || facts.IsLossless();
     if (isWide && source_.reduce != 0) return {ORB_UNSUPPORTED, where + " has no smaller picture in it"};

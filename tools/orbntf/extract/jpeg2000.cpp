@@ -2,9 +2,11 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <span>
 
 #include <openjpeg.h>
 
+#include "hostkit/fileformat/codestream.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/extract/decoders.h"
 
@@ -53,29 +55,21 @@ StreamPtr OpenMemory(MemoryStream& memory) {
   return stream;
 }
 
-// Whether a codestream's claims are worth its bytes and its image.
-bool IsWorth(const opj_image_t& image, const SampleSource& source, size_t bytes) {
-  constexpr uint64_t kMostSamplesPerByte = 65536, kMostComponents = 16384;
-  uint64_t samples = 0;
-  if (image.numcomps > kMostComponents) return false;
-  for (uint32_t c = 0; c < image.numcomps; ++c) {
-    const opj_image_comp_t& component = image.comps[c];
-    const auto points = [](uint64_t start, uint64_t end, uint64_t step) {
-      return step == 0 ? UINT32_MAX : (end + step - 1) / step - (start + step - 1) / step;
-    };
-    const uint64_t width = points(image.x0, image.x1, component.dx),
-                   height = points(image.y0, image.y1, component.dy);
-    if (width > 2 * static_cast<uint64_t>(source.part.Number("NCOLS")) ||
-        height > 2 * static_cast<uint64_t>(source.part.Number("NROWS")))
-      return false;
-    samples += width * height;
-  }
-  return samples / kMostSamplesPerByte <= bytes;
+// Whether a codestream's claims are worth its bytes and go with its image.
+bool IsWorth(std::string_view bytes, const SampleSource& source) {
+  const std::span<const uint8_t> stream(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+  hostkit::CodestreamSize size;
+  return hostkit::FindCodestreamSize(stream, size) &&
+         hostkit::WeighCodestream(stream, size) == hostkit::CodestreamWorth::Fine &&
+         size.width <= 2 * static_cast<uint64_t>(source.part.Number("NCOLS")) &&
+         size.height <= 2 * static_cast<uint64_t>(source.part.Number("NROWS"));
 }
 
 ImagePtr Decode(std::string_view bytes, const SampleSource& source, std::string& problem) {
   MemoryStream memory{bytes};
   ImagePtr none(nullptr, &opj_image_destroy);
+  problem = "the codestream claims more than its bytes and its image are worth";
+  if (!IsWorth(bytes, source)) return none;
   const CodecPtr codec(opj_create_decompress(OPJ_CODEC_J2K), &opj_destroy_codec);
   const StreamPtr stream = OpenMemory(memory);
   opj_dparameters_t parameters;
@@ -89,10 +83,6 @@ ImagePtr Decode(std::string_view bytes, const SampleSource& source, std::string&
   ImagePtr image(decoded, &opj_image_destroy);
   if (!begun) {
     if (source.reduce != 0) problem += ", or has no picture as small as that";
-    return none;
-  }
-  if (!IsWorth(*image, source, bytes.size())) {
-    problem = "the codestream claims more than its bytes are worth";
     return none;
   }
   if (!opj_decode(codec.get(), stream.get(), image.get())) return none;

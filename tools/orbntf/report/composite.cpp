@@ -38,8 +38,10 @@ std::string Outlines(const Composite& composite) {
                  " " + std::to_string(composite.height) + "\"");
 }
 
+constexpr size_t kMostPng = 160 << 10;
+
 std::string View(const Composite& composite, const char* kind, const std::string& words) {
-  const std::string uri = composite.status == ORB_SUCCESS ? DataUri(composite.pixels) : "";
+  const std::string uri = composite.status == ORB_SUCCESS ? DataUri(composite.pixels, kMostPng) : "";
   if (uri.empty())
     return Tag("div",
                Tag("p", "No picture: status " + std::to_string(composite.status) + ", " +

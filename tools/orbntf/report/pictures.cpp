@@ -112,12 +112,11 @@ void ToColour(const SampleImage& image, uint8_t* rgb) {
 
 }  // namespace
 
-std::string DataUri(const Pixels& pixels) {
-  constexpr size_t kMostPng = 160 << 10;
+std::string DataUri(const Pixels& pixels, size_t mostPng) {
   if (pixels.width == 0 || pixels.height == 0) return "";
   // Few colours are smaller without loss, photographs with some.
   const std::string png = Encode(pixels, PictureForm::Png);
-  if (!png.empty() && png.size() <= kMostPng) return "data:image/png;base64," + Base64(png);
+  if (!png.empty() && png.size() <= mostPng) return "data:image/png;base64," + Base64(png);
   const std::string jpeg = Encode(pixels, PictureForm::Jpeg);
   return jpeg.empty() ? "" : "data:image/jpeg;base64," + Base64(jpeg);
 }

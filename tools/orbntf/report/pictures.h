@@ -16,8 +16,9 @@ struct Pixels {
   std::vector<uint8_t> rgb;
 };
 
-/// A picture as the value of an image's src; empty for one that could not be made.
-std::string DataUri(const Pixels& pixels);
+/// A picture as the value of an image's src, as PNG of up to so many bytes or else as JPEG; empty for one
+/// that could not be made.
+std::string DataUri(const Pixels& pixels, size_t mostPng);
 
 /// A segment's outline on a composite.
 struct Outline {

@@ -6,7 +6,8 @@
 namespace tool {
 namespace {
 
-constexpr size_t kMostPictures = 40;  // of a page that stays small
+// Of a page that stays small.
+constexpr size_t kMostPictures = 40, kMostPng = 24 << 10;
 
 std::string Image(const std::string& uri, const std::string& words) {
   return uri.empty() ? "" : "<img alt=\"" + Escaped(words) + "\" src=\"" + uri + "\">";
@@ -32,7 +33,8 @@ std::string ImageCard(const ReportedFile& file, const SurveyedPart& part, bool w
   if (fault.Met()) {
     picture = Tag("p", "No picture: " + Escaped(fault.words) + ".");
   } else if (withPicture) {
-    picture = Image(DataUri(PictureOf(image, kSide)), part.Title() + " by itself") + Histograms(image);
+    picture = Image(DataUri(PictureOf(image, kSide), kMostPng), part.Title() + " by itself") +
+              Histograms(image);
   }
   std::string facts = Term("Size", EscapedField(std::to_string(part.Number("NCOLS")) + " x " +
                                                 std::to_string(part.Number("NROWS"))));
