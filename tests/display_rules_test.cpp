@@ -142,52 +142,65 @@ TEST_F(DisplayRulesTest, ColourDifferencesAreShownInColour) {
   }
 }
 
+// An image of several deep bands, and which of them are red, green and blue.
+struct DeepForm {
+  ImageForm form;
+  int shown[3];
+};
+DeepForm Deep(const char* mode, int bands, int stored, int significant) {
+  DeepForm deep = {Colours(mode, 2), {0, 1, bands == 2 ? 1 : 2}};
+  ImageForm& form = deep.form;
+  form.width = 5;
+  form.blocksDown = 2;
+  form.bits = stored;
+  form.significantBits = significant;
+  form.bands = bands;
+  form.representation = "MULTI";
+  form.bandCodes = {};
+  if (bands == 3) deep = {form, {2, 0, 1}};
+  if (bands == 3) deep.form.bandCodes = {"G", "B", "R"};
+  return deep;
+}
+
 TEST_F(DisplayRulesTest, DeepBandsShowTheirHighBits) {
+  const auto expect = [](const char* mode, int bands, int stored, int significant) {
+    const DeepForm deep = Deep(mode, bands, stored, significant);
+    const std::string bytes =
+        NitfBuilder().Image(deep.form, test::PackSamples(deep.form, significant)).Bytes();
+    const Picture picture = Draw(bytes, {.highBits = true});
+    ASSERT_EQ(picture.status, 1) << mode << stored << bands;
+    const auto high = [&](int x, int y, int band) {
+      return static_cast<uint8_t>(test::SampleOf(x, y, band, significant) >>
+                                  (std::max(8, significant) - 8));
+    };
+    for (int n = 0; n < 60; ++n) {
+      const int x = n % 10, y = n / 10;
+      const Rgb expected = {high(x, y, deep.shown[0]), high(x, y, deep.shown[1]),
+                            high(x, y, deep.shown[2])};
+      ASSERT_EQ(picture.At(static_cast<uint32_t>(x), static_cast<uint32_t>(y)), expected)
+          << mode << ' ' << stored << ' ' << bands << " at " << x << ", " << y;
+    }
+    if (stored == 16) {
+      EXPECT_EQ(Draw(bytes, {}).status, -700002);
+    }
+    EXPECT_EQ(Draw(bytes.substr(0, bytes.size() - 1), {.highBits = true}).status, bands == 5 ? 1 : -7)
+        << "a last byte that is not there";
+  };
   for (const char* mode : {"B", "P", "R", "S"}) {
-    for (const auto& [stored, significant] : {std::pair{16, 16}, {16, 11}, {12, 12}, {12, 7}}) {
-      for (const int bands : {2, 3, 5}) {
-        ImageForm form = Colours(mode, 2);
-        form.width = 5;
-        form.blocksDown = 2;
-        form.bits = stored;
-        form.significantBits = significant;
-        form.bands = bands;
-        form.representation = "MULTI";
-        form.bandCodes =
-            bands == 3 ? std::vector<std::string>{"G", "B", "R"} : std::vector<std::string>{};
-        const std::string bytes = NitfBuilder().Image(form, test::PackSamples(form, significant)).Bytes();
-        const Picture picture = Draw(bytes, {.highBits = true});
-        ASSERT_EQ(picture.status, 1) << mode << stored << bands;
-        const int shown[3] = {bands == 3 ? 2 : 0, bands == 3 ? 0 : 1,
-                              bands == 2   ? 1
-                              : bands == 3 ? 1
-                                           : 2};
-        const auto high = [&](int x, int y, int band) {
-          return static_cast<uint8_t>(test::SampleOf(x, y, band, significant) >>
-                                      (std::max(8, significant) - 8));
-        };
-        for (int y = 0; y < 6; ++y) {
-          for (int x = 0; x < 10; ++x) {
-            const Rgb expected = {high(x, y, shown[0]), high(x, y, shown[1]), high(x, y, shown[2])};
-            ASSERT_EQ(picture.At(static_cast<uint32_t>(x), static_cast<uint32_t>(y)), expected)
-                << mode << ' ' << stored << ' ' << bands << " at " << x << ", " << y;
-          }
-        }
-        if (stored == 16 && significant == 11) {
-          // The same samples justified left: the high bits of what is stored.
-          NitfBuilder left;
-          left.Image(form, test::PackSamples(form, 16)).images[0].subheader.Set("PJUST", "L");
-          EXPECT_EQ(Draw(left.Bytes(), {.highBits = true}).At(3, 2).green,
-                    static_cast<uint8_t>(test::SampleOf(3, 2, shown[1], 16) >> 8));
-        }
-        if (stored == 16) {
-          EXPECT_EQ(Draw(bytes, {}).status, -700002);
-        }
-        EXPECT_EQ(Draw(bytes.substr(0, bytes.size() - 1), {.highBits = true}).status, bands == 5 ? 1 : -7)
-            << "a last byte that is not there";
-      }
+    for (const int bands : {2, 3, 5}) {
+      for (const int significant : {16, 11}) expect(mode, bands, 16, significant);
+      for (const int significant : {12, 7}) expect(mode, bands, 12, significant);
     }
   }
+}
+
+// Justified left, samples show the high bits of what is stored.
+TEST_F(DisplayRulesTest, BitsMayStandLeft) {
+  const DeepForm deep = Deep("P", 3, 16, 11);
+  NitfBuilder file;
+  file.Image(deep.form, test::PackSamples(deep.form, 16)).images[0].subheader.Set("PJUST", "L");
+  EXPECT_EQ(Draw(file.Bytes(), {.highBits = true}).At(3, 2).green,
+            static_cast<uint8_t>(test::SampleOf(3, 2, deep.shown[1], 16) >> 8));
 }
 
 TEST_F(DisplayRulesTest, FailuresOfTheHostArePassedOn) {

@@ -107,37 +107,16 @@ TEST_F(TaggedRecordsTest, ConditionsAndRepeatsFollowTheFieldsInFront) {
   const DecodedField& layers = *tool::FindField(plain[0].fields, "LAYERS");
   ASSERT_EQ(layers.turns.size(), 2u);
   EXPECT_EQ(tool::ValueOf(layers.turns[1][1]), 0.988281);
-  // Events with and without what their flags ask for.
+}
+
+// Events with and without what their flags ask for.
+TEST_F(TaggedRecordsTest, FlagsAskForFields) {
   const auto event = [](const std::string& flags) {
     return "20261125120000" + std::string(20, 'S') + "1" + std::string(80, 'c') + "08INT" +
            std::string(10, 'b') + "1" + flags + "08INT" + std::string(10, 'o');
   };
-  const std::string bare = event(
-      "0"
-      "0"
-      "0"
-      "0"
-      "0"
-      "0"
-      "0"
-      "0");
-  const std::string full = event(
-      "1"
-      "0012.500"
-      "1"
-      "0001.00"
-      "0002.00"
-      "0"
-      "1"
-      "0102"
-      "1"
-      "0002.00"
-      "1"
-      "001.000"
-      "-0005"
-      "1"
-      "0304"
-      "0");
+  const std::string bare = event("00000000");
+  const std::string full = event("10012.50010001.000002.0001010210002.001001.000-0005103040");
   const auto history = Records(Tagged("HISTOA", std::string(37, 'h') +
                                                     "01"
                                                     "02" +
