@@ -141,7 +141,7 @@ std::string RecordDefinitions::AddFolder(const std::string& folder) {
     std::string text, problem;
     if (!ReadFile(path, text)) return path + ": cannot be read";
     auto definition = ParseDefinition(text, problem);
-    if (!definition) return path + ": " + problem;
+    if (!definition) return problem.insert(0, path + ": ");
     definitions_.insert_or_assign(definition->tag, std::move(*definition));
   }
   return "";

@@ -47,7 +47,7 @@ void DescribeFields(const std::vector<DecodedField>& fields, const std::string& 
     for (size_t turn = 0; turn < field.turns.size(); ++turn)
       DescribeFields(field.turns[turn], indent, number + "[" + std::to_string(turn + 1) + "]", text);
     if (!field.turns.empty() || !known.fields.empty() || (known.repeats && field.text.empty())) continue;
-    text += indent + Printable(known.name) + number + ": ";
+    text.append(indent).append(Printable(known.name)).append(number).append(": ");
     text += IsAbsent(field) ? "–"
                             : Shown(field.text) + (known.unit.empty() ? "" : " " + Printable(known.unit));
     text += '\n';

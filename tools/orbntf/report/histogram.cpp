@@ -44,7 +44,7 @@ std::string Draw(const Bins& bins, size_t colour, const std::string& words) {
     // Square roots show what is rare.
     const double share = std::sqrt(static_cast<double>(bins[i]) / static_cast<double>(highest));
     const std::string y = Fixed(kHeight - kHeight * share, 1);
-    path += "L" + std::to_string(i) + " " + y + "L" + std::to_string(i + 1) + " " + y;
+    for (const size_t x : {i, i + 1}) path.append("L").append(std::to_string(x)).append(" ").append(y);
   }
   path += "L" + std::to_string(kBins) + " " + Fixed(kHeight, 0) + "Z";
   return Tag("svg",
