@@ -3,7 +3,7 @@ import assert from "node:assert/strict";
 import { chromium } from "playwright-core";
 
 const [, , browserPath, pagePath, bothPath] = process.argv;
-const browser = await chromium.launch({ executablePath: browserPath, args: ["--no-sandbox"] });
+const browser = await chromium.launch({ executablePath: browserPath, args: ["--no-sandbox", "--disable-dev-shm-usage"] });
 
 async function open(path, options) {
   const context = await browser.newContext(options);

@@ -20,6 +20,8 @@ cd "$scratch"
 echo leak:libfontconfig >suppressions
 export LSAN_OPTIONS=suppressions=$scratch/suppressions:print_suppressions=0
 
+browse() { timeout 120 "$browser" --headless --no-sandbox --disable-gpu --disable-dev-shm-usage "$@"; }
+
 # A drawing and a picture, with markup wherever a person can put some.
 "$(dirname "$tool")/make_demo" .
 evil="<script>document.title='owned'</script><img src=x onerror=console.log(1)>"
@@ -33,12 +35,11 @@ printf 'NSIF01.00' | dd of=evil.ntf conv=notrunc status=none
 expect 0 '' "$tool" report evil.ntf -o page.html
 expect 0 '' "$tool" report evil.ntf plain.ntf -o both.html
 [ "$(stat -c %s page.html)" -lt 1500000 ] || fail "the page has $(stat -c %s page.html) bytes"
-"$browser" --headless --no-sandbox --disable-gpu --dump-dom "file://$scratch/page.html" >dom.html 2>/dev/null
+browse --dump-dom "file://$scratch/page.html" >dom.html 2>/dev/null
 for section in summary check picture segments location texts fields layout; do
   grep -q "id=\"f1-$section\"" dom.html || fail "no section $section"
 done
 grep -q '<title>evil.ntf</title>' dom.html || fail "the title changed"
-"$browser" --headless --no-sandbox --disable-gpu --window-size=1280,900 --screenshot=page.png "file://$scratch/page.html" \
-  >/dev/null 2>&1
+browse --window-size=1280,900 --screenshot=page.png "file://$scratch/page.html" >/dev/null 2>&1
 [ -s page.png ] || fail "no screenshot"
-node "$driver/report_page_test.mjs" "$browser" "$scratch/page.html" "$scratch/both.html"
+timeout 300 node "$driver/report_page_test.mjs" "$browser" "$scratch/page.html" "$scratch/both.html"
