@@ -1,10 +1,14 @@
 // What reads the samples of each compression. The image has its size, depth and fill already.
 #pragma once
 
+#include <map>
+
 #include "tools/orbntf/check/blocks.h"
 #include "tools/orbntf/extract/samples.h"
 
 namespace tool {
+
+using SharedBlocks = std::map<uint64_t, std::vector<uint64_t>>;
 
 /// The data of an image while it is read.
 struct SampleSource {
@@ -16,8 +20,9 @@ struct SampleSource {
   /// Offset of a block of the data; none where it is not stored. `number` counts blocks, of IMODE S those
   /// of all bands.
   std::optional<uint64_t> OffsetOf(uint64_t number, uint64_t blockBytes) const;
-  /// Where what begins at an offset of the data ends: where the next block begins, or the data ends.
-  uint64_t EndOf(uint64_t offset) const;
+  /// The blocks that are stored, by where they begin: many may say the same place, and a place ends where
+  /// the next one begins.
+  SharedBlocks BlocksByOffset() const;
 };
 
 ExtractFault ReadPlain(const SampleSource& source, SampleImage& image);

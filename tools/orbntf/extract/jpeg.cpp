@@ -1,4 +1,5 @@
 // JPEG streams of blocks.
+#include <algorithm>
 #include <csetjmp>
 #include <cstdio>
 #include <cstring>
@@ -56,7 +57,7 @@ bool Decode(jpeg_decompress_struct& codec, ErrorManager& errors, std::string_vie
   return true;
 }
 
-bool DecodeJpeg(std::string_view bytes, bool isRgb, uint32_t reduce, DecodedStream& stream) {
+bool DecodeNarrow(std::string_view bytes, bool isRgb, uint32_t reduce, DecodedStream& stream) {
   jpeg_decompress_struct codec = {};
   ErrorManager errors = {};
   codec.err = jpeg_std_error(&errors.base);
@@ -84,7 +85,7 @@ class JpegBlocks {
       : source_(source), image_(image), data_(source.survey.Data(source.part)) {}
 
   ExtractFault Read() {
-    const std::vector<FoundJpeg> streams = FindJpegStreams(source_.part, data_);
+    std::vector<FoundJpeg> streams = FindJpegStreams(source_.part, data_);
     if (streams.empty()) return {ORB_BAD_STRUCTURE, "no stream was found"};
     if (source_.reduce > kMostReduce) return {ORB_UNSUPPORTED, "JPEG has pictures of 1/2, 1/4 and 1/8"};
     uint64_t width = static_cast<uint64_t>(source_.part.Number("NCOLS")),
@@ -98,6 +99,9 @@ class JpegBlocks {
             MakeSamples(image_, Reduced(width, source_.reduce), Reduced(height, source_.reduce));
         fault.Met())
       return fault;
+    // Blocks of one stream follow one another: it is decoded once for all of them.
+    std::stable_sort(streams.begin(), streams.end(),
+                     [](const FoundJpeg& a, const FoundJpeg& b) { return a.offset < b.offset; });
     for (const FoundJpeg& found : streams) {
       if (ExtractFault fault = ReadStream(found); fault.Met()) return fault;
     }
@@ -110,9 +114,21 @@ class JpegBlocks {
     const auto count = static_cast<uint64_t>(blocks.Count()),
                across = static_cast<uint64_t>(blocks.across);
     const uint64_t block = found.number % count, band = blocks.sequential ? found.number / count : 0;
+    if (found.number >= count * (blocks.sequential ? image_.bands : 1)) return {};
+    if (decodedAt_ != found.offset) {
+      if (ExtractFault fault = Decode(found); fault.Met()) return fault;
+    }
+    const auto left = Reduced(static_cast<uint64_t>(blocks.width), source_.reduce) * (block % across);
+    const auto top = Reduced(static_cast<uint64_t>(blocks.height), source_.reduce) * (block / across);
+    PlaceStream(decoded_, static_cast<uint32_t>(left), static_cast<uint32_t>(top),
+                static_cast<uint32_t>(band), image_);
+    return {};
+  }
+
+  ExtractFault Decode(const FoundJpeg& found) {
+    const Blocks& blocks = source_.blocks;
     const std::string where = "stream " + std::to_string(found.number);
     const JpegStream& facts = found.stream;
-    if (found.number >= count * (blocks.sequential ? image_.bands : 1)) return {};
     const std::string_view bytes = std::string_view(data_).substr(
         found.offset + facts.fill, static_cast<size_t>(facts.size - facts.fill));
     if (facts.scans > kMostScans)
@@ -125,22 +141,22 @@ class JpegBlocks {
     const bool keepsAll = facts.scans > 1 || facts.IsProgressive();
     if (keepsAll && 2 * uint64_t{facts.width} * facts.height * facts.components > kMostCoefficientBytes)
       return {ORB_UNSUPPORTED, where + " takes more memory than its blocks are worth"};
-    DecodedStream stream;
+    decoded_ = {};
     const bool isWide = facts.precision > 8 || facts.IsLossless();
     if (isWide && source_.reduce != 0) return {ORB_UNSUPPORTED, where + " has no smaller picture in it"};
-    const bool good = isWide ? DecodeWideJpeg(bytes, facts.precision, stream)
-                             : DecodeJpeg(bytes, image_.representation == "RGB", source_.reduce, stream);
+    const bool good = isWide
+                          ? DecodeWideJpeg(bytes, facts.precision, decoded_)
+                          : DecodeNarrow(bytes, image_.representation == "RGB", source_.reduce, decoded_);
     if (!good) return {isWide ? ORB_UNSUPPORTED : ORB_BAD_STRUCTURE, where + " does not decode"};
-    const auto left = Reduced(static_cast<uint64_t>(blocks.width), source_.reduce) * (block % across);
-    const auto top = Reduced(static_cast<uint64_t>(blocks.height), source_.reduce) * (block / across);
-    PlaceStream(stream, static_cast<uint32_t>(left), static_cast<uint32_t>(top),
-                static_cast<uint32_t>(band), image_);
+    decodedAt_ = found.offset;
     return {};
   }
 
   const SampleSource& source_;
   SampleImage& image_;
   std::string data_;
+  DecodedStream decoded_;
+  std::optional<size_t> decodedAt_;
 };
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Uncompressed samples of any depth and mode, and facsimile.
 #include <algorithm>
+#include <iterator>
 
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/extract/decoders.h"
@@ -92,6 +93,18 @@ class BlockReader {
   uint32_t left_ = 0, columns_ = 0;
 };
 
+// Puts the rows of a decoded block to their place.
+void PutRows(const std::vector<std::string>& rows, const FacsimileForm& form, uint64_t block,
+             int64_t across, SampleImage& image) {
+  const auto inRow = static_cast<uint64_t>(across);
+  const auto left = static_cast<uint32_t>(block % inRow * form.width),
+             top = static_cast<uint32_t>(block / inRow * form.height);
+  for (uint32_t y = 0; y < rows.size() && top + y < image.height; ++y) {
+    for (uint32_t x = 0; x < form.width && left + x < image.width; ++x)
+      PutSample(image, left + x, top + y, 0, BitsAt(rows[y], x, 1));
+  }
+}
+
 }  // namespace
 
 ExtractFault ReadPlain(const SampleSource& source, SampleImage& image) {
@@ -132,20 +145,14 @@ ExtractFault ReadFacsimile(const SampleSource& source, SampleImage& image) {
   const auto count = static_cast<uint64_t>(blocks.Count());
   if (count > 1 && source.part.mask.blocks.empty())
     return {ORB_UNSUPPORTED, "a facsimile of several blocks without their records"};
-  for (uint64_t block = 0; block < count; ++block) {
-    const auto offset = source.OffsetOf(block, 0);
-    if (!offset || *offset >= source.part.dataLength) continue;
-    const uint64_t end = source.EndOf(*offset);
-    const auto rows =
-        DecodeFacsimile(source.survey.file.At(source.part.dataOffset + *offset, end - *offset), form);
+  const SharedBlocks places = source.BlocksByOffset();
+  for (auto place = places.begin(); place != places.end(); ++place) {
+    const auto next = std::next(place);
+    const uint64_t end = next != places.end() ? next->first : source.part.dataLength;
+    const auto rows = DecodeFacsimile(
+        source.survey.file.At(source.part.dataOffset + place->first, end - place->first), form);
     if (rows.empty()) return {ORB_BAD_STRUCTURE, "no row decodes"};
-    const auto across = static_cast<uint64_t>(blocks.across);
-    const auto left = static_cast<uint32_t>(block % across * form.width),
-               top = static_cast<uint32_t>(block / across * form.height);
-    for (uint32_t y = 0; y < rows.size() && top + y < image.height; ++y) {
-      for (uint32_t x = 0; x < form.width && left + x < image.width; ++x)
-        PutSample(image, left + x, top + y, 0, BitsAt(rows[y], x, 1));
-    }
+    for (const uint64_t block : place->second) PutRows(rows, form, block, blocks.across, image);
   }
   return {};
 }

@@ -79,13 +79,14 @@ std::optional<uint64_t> SampleSource::OffsetOf(uint64_t number, uint64_t blockBy
   return start + mask.blocks[static_cast<size_t>(number)];
 }
 
-uint64_t SampleSource::EndOf(uint64_t offset) const {
-  uint64_t end = part.dataLength;
-  for (const uint32_t record : part.mask.blocks) {
-    const uint64_t other = part.mask.dataOffset + uint64_t{record};
-    if (record != kNoRecord && other > offset) end = std::min(end, other);
+SharedBlocks SampleSource::BlocksByOffset() const {
+  SharedBlocks places;
+  const auto count = static_cast<uint64_t>(blocks.Count());
+  for (uint64_t block = 0; block < count; ++block) {
+    const auto offset = OffsetOf(block, 0);
+    if (offset && *offset < part.dataLength) places[*offset].push_back(block);
   }
-  return end;
+  return places;
 }
 
 ExtractFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height) {
