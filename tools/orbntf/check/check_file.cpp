@@ -2,10 +2,8 @@
 
 #include <algorithm>
 
-#include "Common/Owning.h"
-#include "host/fileformat.h"
 #include "hostkit/hostkit.h"
-#include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/drawing.h"
 #include "tools/orbntf/inspect/explain.h"
 #include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/verify.h"
@@ -15,37 +13,6 @@ namespace {
 
 int32_t ORB_CALL DropRow(void*, KernelBitmap*, uint8_t*, uint32_t, int32_t, int32_t, void*) {
   return ORB_SUCCESS;
-}
-
-int32_t Draw(const std::u16string& path) {
-  HostLoadOptions options = {};
-  options.size = kLoadOptionsSize;
-  KernelBitmap bitmap;
-  KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 24);
-  HostLoadRecord record = {};
-  record.fileName = path.c_str();
-  record.bitmap = &bitmap;
-  record.rowCallback = &DropRow;
-  record.options = &options;
-  record.loadMemory = &FileFormatLoadMemory;
-  record.setLoadCallback = &FileFormatSetLoadInfoCallback;
-  record.required2224 = 1;
-  return fltLoad(&record);
-}
-
-int32_t AskSize(const std::u16string& path, Verdict& verdict) {
-  HostFileInfo info = {};
-  HostLoadOptions options = {};
-  options.size = kLoadOptionsSize;
-  HostInformationRecord record = {};
-  record.fileName = path.c_str();
-  record.file = kNoFile;
-  record.info = &info;
-  record.options = &options;
-  const int32_t status = fltInfo(&record);
-  verdict.width = info.width;
-  verdict.height = info.height;
-  return status;
 }
 
 std::string WhyRefused(const std::string& path, int32_t status) {
@@ -68,12 +35,14 @@ std::string RefusedWords(int32_t status, const std::string& why) {
 
 Verdict AskModule(const std::string& path) {
   Verdict verdict;
-  const std::u16string wide = Widen(path);
+  HostFileInfo info = {};
   LimitWork(path, 0);
-  verdict.status = AskSize(wide, verdict);
+  verdict.status = AskFilterSize(path, 0, info);
+  verdict.width = info.width;
+  verdict.height = info.height;
   if (verdict.status == ORB_SUCCESS) {
     LimitWork(path, uint64_t{verdict.width} * verdict.height);
-    verdict.status = Draw(wide);
+    verdict.status = LoadThroughFilter(path, 0, &DropRow, nullptr);
   }
   HostkitLiftWorkLimit();
   verdict.words = verdict.status == ORB_SUCCESS
@@ -89,11 +58,7 @@ Verdict AskStandard(const std::string& path) {
   LimitWork(path, 0);
   verdict.status = document.OpenByStandard(path);
   if (verdict.status == ORB_SUCCESS)
-    verdict.status = GetActual_Width_Height(document.get(), &verdict.width, &verdict.height);
-  if (verdict.status == ORB_SUCCESS) {
-    LimitWork(path, uint64_t{verdict.width} * verdict.height);
-    verdict.status = Orb_NtfRenderBitmap(&canvas.record, document.get());
-  }
+    verdict.status = DrawDocument(path, document, canvas, verdict.width, verdict.height);
   HostkitLiftWorkLimit();
   const NitfFile& read = *document.get();
   verdict.words =

@@ -68,15 +68,9 @@ void AskReservedExtensions(Checking& checking, const SurveyedPart& part) {
   if (part.Has("NUMRES") && part.Text("NUMRES") != "000") checking.FailAt(part, "NUMRES");
 }
 
-// Fields that the file has as bytes.
-bool IsBinary(const std::string& name) {
-  return name == "FBKGC" || name.rfind("LUTD", 0) == 0 ||
-         IsOneOf(name, "UDHD|XHD|UDID|IXSHD|SXSHD|TXSHD|DESSHF|RESSHF");
-}
-
 void AskCharacters(Checking& checking, const SurveyedPart& part) {
   for (const SurveyedField& field : part.fields) {
-    if (IsBinary(field.name)) continue;
+    if (HoldsBytes(field.name)) continue;
     for (const char c : field.text) {
       const auto byte = static_cast<uint8_t>(c);
       if (byte >= 0x20 && byte != 0x7F && !(byte >= 0x80 && byte < 0xA0)) continue;

@@ -41,7 +41,7 @@ void AskCrossed(Checking& checking, const SurveyedPart& part) {
 void AskRecords(Checking& checking, const SurveyedPart& part) {
   const auto corners = CornersOf(FormOf(part), part.Text("IGEOLO"));
   if (!corners) return;
-  for (const Footprint& other : FootprintsOf(RecordsOf(part, checking.definitions))) {
+  for (const Footprint& other : FootprintsOf(checking.Records(part))) {
     if (AreNear(*corners, other.corners)) continue;
     checking.Fail(part, "IGEOLO", "IGEOLO lies elsewhere than " + other.source);
   }

@@ -13,7 +13,7 @@ void AskLength(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskEnd(Checking& checking, const SurveyedPart& part) {
-  for (const TaggedRecord& record : RecordsOf(part, checking.definitions)) {
+  for (const TaggedRecord& record : checking.Records(part)) {
     if (!record.tag.empty()) continue;
     checking.FailAtByte(part, record.offset,
                         std::to_string(record.bytes.size()) + " bytes of " + record.area +
@@ -22,7 +22,7 @@ void AskEnd(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskFit(Checking& checking, const SurveyedPart& part) {
-  for (const TaggedRecord& record : RecordsOf(part, checking.definitions)) {
+  for (const TaggedRecord& record : checking.Records(part)) {
     if (record.definition == nullptr || record.problem.empty()) continue;
     const std::string wanted =
         record.definition->length ? ", not " + std::to_string(*record.definition->length) : "";

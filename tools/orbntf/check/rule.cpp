@@ -51,6 +51,12 @@ const std::vector<FoundJpeg>& Checking::JpegStreams(const SurveyedPart& part) co
   return streams_[&part] = FindJpegStreams(part, survey.Data(part));
 }
 
+const std::vector<TaggedRecord>& Checking::Records(const SurveyedPart& part) const {
+  const auto found = records_.find(&part);
+  if (found != records_.end()) return found->second;
+  return records_[&part] = RecordsOf(part, definitions);
+}
+
 void Checking::Run() {
   const std::vector<const Rule*> rules = AllRules();
   for (const SurveyedPart& part : survey.parts) {

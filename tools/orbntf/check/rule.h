@@ -39,6 +39,8 @@ class Checking {
   const Places places;
   std::vector<Finding> findings;
 
+  /// The tagged records of a part, decoded once.
+  const std::vector<TaggedRecord>& Records(const SurveyedPart& part) const;
   /// The JPEG streams of an image, walked once.
   const std::vector<FoundJpeg>& JpegStreams(const SurveyedPart& part) const;
   /// Asks every rule of every part that it is about.
@@ -54,6 +56,7 @@ class Checking {
   void Ask(const Rule& rule, const SurveyedPart& part);
   const Rule* asked_ = nullptr;
   mutable std::map<const SurveyedPart*, std::vector<FoundJpeg>> streams_;
+  mutable std::map<const SurveyedPart*, std::vector<TaggedRecord>> records_;
 };
 
 struct Rule {

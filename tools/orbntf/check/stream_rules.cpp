@@ -113,7 +113,7 @@ void AskDepth(Checking& checking, const SurveyedPart& part) {
 
 void AskLayers(Checking& checking, const SurveyedPart& part) {
   if (!IsCodestream(part)) return;
-  for (const TaggedRecord& record : RecordsOf(part, checking.definitions)) {
+  for (const TaggedRecord& record : checking.Records(part)) {
     if (record.tag == "J2KLRA") return;
   }
   checking.Fail(part, "IC", "no J2KLRA record tells the layers of the codestream");

@@ -4,9 +4,8 @@
 
 #include <cerrno>
 
-#include "host/fileformat.h"
 #include "tools/orbntf/commands/render_rows.h"
-#include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/drawing.h"
 #include "tools/orbntf/inspect/segment_picture.h"
 #include "tools/orbntf/output/output.h"
 
@@ -15,36 +14,6 @@ namespace {
 
 uint32_t LoadFlags(const RenderOptions& options) {
   return (options.fixedCanvas ? kLoadFixedCanvas : 0) | (options.liftDark ? kLoadLiftDarkImages : 0);
-}
-
-int32_t AskSize(const RenderOptions& options, const std::u16string& path, HostFileInfo& info) {
-  HostLoadOptions loadOptions = {};
-  loadOptions.size = kLoadOptionsSize;
-  loadOptions.flags = LoadFlags(options);
-  HostInformationRecord record = {};
-  record.fileName = path.c_str();
-  record.file = kNoFile;
-  record.info = &info;
-  record.options = &loadOptions;
-  return fltInfo(&record);
-}
-
-int32_t LoadRows(const RenderOptions& options, const std::u16string& path, RowSink& sink) {
-  HostLoadOptions loadOptions = {};
-  loadOptions.size = kLoadOptionsSize;
-  loadOptions.flags = LoadFlags(options);
-  KernelBitmap bitmap;
-  KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 24);
-  HostLoadRecord record = {};
-  record.fileName = path.c_str();
-  record.bitmap = &bitmap;
-  record.rowCallback = &RowSink::Take;
-  record.userData = &sink;
-  record.options = &loadOptions;
-  record.loadMemory = &FileFormatLoadMemory;
-  record.setLoadCallback = &FileFormatSetLoadInfoCallback;
-  record.required2224 = 1;
-  return fltLoad(&record);
 }
 
 // The region must lie on the canvas: there is nothing to show elsewhere.
@@ -56,16 +25,16 @@ bool IsOnCanvas(const RenderOptions& options, uint32_t width, uint32_t height) {
 }
 
 int32_t DrawComposite(const RenderOptions& options, const std::string& file, Output& output) {
-  const std::u16string path = Widen(file);
   HostFileInfo info = {};
   LimitWork(file, 0);
-  if (const int32_t status = AskSize(options, path, info); status != ORB_SUCCESS) return status;
+  if (const int32_t status = AskFilterSize(file, LoadFlags(options), info); status != ORB_SUCCESS)
+    return status;
   if (!IsOnCanvas(options, info.width, info.height)) return ORB_INVALID_PARAMETER;
   LimitWork(file, uint64_t{info.width} * info.height);
   std::FILE* stream = output.Stream();
   if (stream == nullptr) return ORB_SHORT_WRITE;
   RowSink sink(options, info.width, info.height, stream);
-  const int32_t status = LoadRows(options, path, sink);
+  const int32_t status = LoadThroughFilter(file, LoadFlags(options), &RowSink::Take, &sink);
   return status == ORB_SUCCESS ? sink.Finish() : status;
 }
 
@@ -86,16 +55,12 @@ int32_t PutBitmap(const RenderOptions& options, const KernelBitmap& bitmap, bool
 
 int32_t DrawByStandard(const RenderOptions& options, const std::string& file, Output& output) {
   Document document;
+  OwnedBitmap canvas;
+  uint32_t width = 0, height = 0;
   LimitWork(file, 0);
   if (const int32_t status = document.OpenByStandard(file); status != ORB_SUCCESS) return status;
   document.get()->TakeOptions(LoadFlags(options));
-  uint32_t width = 0, height = 0;
-  if (const int32_t status = GetActual_Width_Height(document.get(), &width, &height);
-      status != ORB_SUCCESS)
-    return status;
-  LimitWork(file, uint64_t{width} * height);
-  OwnedBitmap canvas;
-  const int32_t status = Orb_NtfRenderBitmap(&canvas.record, document.get());
+  const int32_t status = DrawDocument(file, document, canvas, width, height);
   return status == ORB_SUCCESS ? PutBitmap(options, canvas.record, true, output) : status;
 }
 

@@ -5,7 +5,7 @@
 
 #include "Common/Owning.h"
 #include "hostkit/hostkit.h"
-#include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/drawing.h"
 
 namespace tool {
 namespace {
@@ -31,15 +31,11 @@ void CompareTexts(const std::string& part, const Texts& a, const Texts& b,
 }
 
 // Areas of records are compared record by record.
-bool IsArea(const std::string& name) {
-  constexpr std::string_view kAreas[] = {"UDHD", "XHD", "UDID", "IXSHD", "SXSHD", "TXSHD"};
-  return std::find(std::begin(kAreas), std::end(kAreas), name) != std::end(kAreas);
-}
-
 Texts FieldsOf(const SurveyedPart* part) {
   Texts texts;
   for (size_t i = 0; part != nullptr && i < part->fields.size(); ++i) {
-    if (!IsArea(part->fields[i].name)) texts.emplace_back(part->fields[i].name, part->fields[i].text);
+    if (!HoldsRecords(part->fields[i].name))
+      texts.emplace_back(part->fields[i].name, part->fields[i].text);
   }
   return texts;
 }
@@ -96,11 +92,7 @@ int32_t Draw(const std::string& path, OwnedBitmap& canvas) {
   LimitWork(path, 0);
   if (const int32_t status = document.Open(path); status != ORB_SUCCESS) return status;
   uint32_t width = 0, height = 0;
-  if (const int32_t status = GetActual_Width_Height(document.get(), &width, &height);
-      status != ORB_SUCCESS)
-    return status;
-  LimitWork(path, uint64_t{width} * height);
-  return Orb_NtfRenderBitmap(&canvas.record, document.get());
+  return DrawDocument(path, document, canvas, width, height);
 }
 
 const uint8_t* RowOf(const KernelBitmap& bitmap, uint32_t y) {

@@ -111,6 +111,18 @@ const char* NameOf(PartKind kind) {
   return kNames[static_cast<size_t>(kind)];
 }
 
+bool HoldsRecords(std::string_view name) {
+  const AreaLayout* const kAreas[] = {&kFileUserArea, &kFileArea,    &kImageUserArea,
+                                      &kImageArea,    &kGraphicArea, &kTextArea};
+  return std::any_of(std::begin(kAreas), std::end(kAreas),
+                     [&](const AreaLayout* area) { return name == area->records.name; });
+}
+
+bool HoldsBytes(std::string_view name) {
+  return HoldsRecords(name) || name == "FBKGC" || name.substr(0, 4) == "LUTD" ||
+         name == kExtensionFieldsLayout.name || name == kReservedFieldsLayout.name;
+}
+
 std::string_view TrimmedText(std::string_view text) {
   return text.substr(0, text.find_last_not_of(' ') + 1);
 }

@@ -115,6 +115,11 @@ class Survey {
   std::string Data(const SurveyedPart& part, uint64_t limit = UINT64_MAX) const;
 };
 
+/// Whether a field holds tagged records, which have a table of their own.
+bool HoldsRecords(std::string_view name);
+/// Whether it holds bytes and no text.
+bool HoldsBytes(std::string_view name);
+
 /// Spaces behind a text cut off.
 std::string_view TrimmedText(std::string_view text);
 /// Digits as a number; -1 for another text.

@@ -4,7 +4,7 @@
 #include "Common/DisplayList.h"
 #include "Common/HandlGfx.h"
 #include "hostkit/hostkit.h"
-#include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/drawing.h"
 #include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/picture.h"
 #include "tools/orbntf/report/pictures.h"
@@ -77,12 +77,9 @@ Composite DrawSmall(const std::string& path, const Survey& survey, bool byStanda
   Document document;
   LimitWork(path, 0);
   composite.status = byStandard ? document.OpenByStandard(path) : document.Open(path);
-  if (composite.status == ORB_SUCCESS)
-    composite.status = GetActual_Width_Height(document.get(), &composite.width, &composite.height);
   if (composite.status == ORB_SUCCESS) {
     OwnedBitmap canvas;
-    LimitWork(path, uint64_t{composite.width} * composite.height);
-    composite.status = Orb_NtfRenderBitmap(&canvas.record, document.get());
+    composite.status = DrawDocument(path, document, canvas, composite.width, composite.height);
     if (composite.status == ORB_SUCCESS) composite.pixels = Scaled(canvas.record);
     AddOutlines(*document.get(), survey, composite);
   }

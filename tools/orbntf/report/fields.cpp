@@ -8,13 +8,9 @@ namespace {
 
 constexpr size_t kMostRows = 2000, kMostText = 400, kMostBytes = 64;
 
-bool IsBinary(const std::string& name) {
-  return name.rfind("LUTD", 0) == 0 || IsOneOf(name, "UDHD|XHD|UDID|IXSHD|SXSHD|TXSHD|DESSHF|RESSHF");
-}
-
 std::string ValueOf(const SurveyedField& field) {
   if (field.name == "FBKGC") return "#" + HexOf(field.text);
-  if (IsBinary(field.name)) return Escaped(HexOf(field.text, kMostBytes));
+  if (HoldsBytes(field.name)) return Escaped(HexOf(field.text, kMostBytes));
   const std::string shown = EscapedField(std::string_view(field.text).substr(0, kMostText));
   return field.text.size() > kMostText ? shown + "…" : shown;
 }
