@@ -203,6 +203,24 @@ TEST_F(ExtractTest, FacsimileAndVectorQuantisation) {
   }
 }
 
+// Blocks of one place are decoded once, however many they are.
+TEST_F(ExtractTest, BlocksMayShareTheirData) {
+  SampleImage image;
+  ImageForm dots = test::BlockForm("M1", 300, 300, 1, "MONO");
+  dots.width = dots.height = dots.bits = 1;
+  dots.pixelType = "B";
+  dots.rate = "1D";
+  const std::string all = test::MaskBytes({std::vector<uint32_t>(90000, 0), {}, -1});
+  ASSERT_FALSE(
+      Read(dots, all + test::EncodeFacsimile(8, 8, false) + std::string(1 << 20, '\0'), image).Met());
+  EXPECT_EQ(At(image, 299, 299, 0), At(image, 0, 0, 0));
+  ASSERT_FALSE(Read(test::BlockForm("M3", 2, 2, 1, "MONO"),
+                    test::MaskBytes({{0, 0, 0xFFFFFFFF, 0}, {}, 9}) + test::BlockStream(0, 1, {0}), image)
+                   .Met());
+  EXPECT_EQ(At(image, test::kSide + 3, test::kSide + 5, 0), At(image, 3, 5, 0));
+  EXPECT_EQ(At(image, 3, test::kSide + 5, 0), 9u);
+}
+
 // Sizes that overflow, and blocks that lie nowhere: each ends at once.
 TEST_F(ExtractTest, HostileBlocksEndAtOnce) {
   SampleImage image;
@@ -228,20 +246,6 @@ TEST_F(ExtractTest, HostileBlocksEndAtOnce) {
       .subheader.Set("NROWS", 64)
       .Set("NCOLS", 64);
   EXPECT_EQ(Read(masked, image).status, -9);
-  // Blocks of one pixel, all of one place, are decoded once.
-  ImageForm dots = test::BlockForm("M1", 300, 300, 1, "MONO");
-  dots.width = dots.height = dots.bits = 1;
-  dots.pixelType = "B";
-  dots.rate = "1D";
-  const std::string all = test::MaskBytes({std::vector<uint32_t>(90000, 0), {}, -1});
-  ASSERT_FALSE(
-      Read(dots, all + test::EncodeFacsimile(8, 8, false) + std::string(1 << 20, '\0'), image).Met());
-  EXPECT_EQ(At(image, 299, 299, 0), At(image, 0, 0, 0));
-  ASSERT_FALSE(Read(test::BlockForm("M3", 2, 2, 1, "MONO"),
-                    test::MaskBytes({{0, 0, 0xFFFFFFFF, 0}, {}, 9}) + test::BlockStream(0, 1, {0}), image)
-                   .Met());
-  EXPECT_EQ(At(image, test::kSide + 3, test::kSide + 5, 0), At(image, 3, 5, 0));
-  EXPECT_EQ(At(image, 3, test::kSide + 5, 0), 9u);
   // A stream list without an end.
   std::string many;
   for (int i = 0; i < 100000; ++i) many += "\xFF\xD8\xFF\xD9";
