@@ -1,4 +1,6 @@
 // orbntf: shows, renders and edits NITF files.
+#include <CLI/CLI.hpp>
+
 #include <cstdio>
 #include <new>
 

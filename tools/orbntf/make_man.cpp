@@ -1,5 +1,7 @@
 // Writes the manual pages: make_man tool prints orbntf(1), made from the command line's description;
 // make_man header FILE prints orbntf.h(3), made from the header's comments.
+#include <CLI/CLI.hpp>
+
 #include <cstdio>
 #include <fstream>
 #include <iostream>

@@ -1,5 +1,7 @@
 #include "tools/orbntf/tool.h"
 
+#include <CLI/CLI.hpp>
+
 #include <sys/stat.h>
 
 #include <algorithm>

@@ -5,7 +5,10 @@
 #include <functional>
 #include <string>
 
-#include <CLI/CLI.hpp>
+/// The command-line parser; what registers options includes it.
+namespace CLI {
+class App;
+}
 
 namespace tool {
 

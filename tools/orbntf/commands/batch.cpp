@@ -1,5 +1,7 @@
 #include "tools/orbntf/commands/batch.h"
 
+#include <CLI/CLI.hpp>
+
 #include <sys/wait.h>
 #include <unistd.h>
 

@@ -1,4 +1,6 @@
 // orbntf check: what the module does with files, and whether they keep the format's rules.
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 
 #include "orbntf/orbntf.h"

@@ -1,5 +1,7 @@
 // orbntf completion: what a shell takes to complete the tool's command lines. Made from the command
 // line's own description, so that it cannot fall behind.
+#include <CLI/CLI.hpp>
+
 #include <cstdio>
 
 #include "tools/orbntf/tool.h"

@@ -1,4 +1,6 @@
 // orbntf new and append: documents from pictures, metafiles and texts.
+#include <CLI/CLI.hpp>
+
 #include "tools/orbntf/commands/compose.h"
 
 #include "tools/orbntf/commands/change.h"

@@ -1,4 +1,6 @@
 // orbntf copy: opening and saving.
+#include <CLI/CLI.hpp>
+
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/document.h"
 

@@ -1,4 +1,6 @@
 // orbntf diff: what differs between two files.
+#include <CLI/CLI.hpp>
+
 #include "tools/orbntf/check/rule.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inspect/compare.h"

@@ -1,4 +1,6 @@
 // orbntf extract: what a file holds, as it is stored.
+#include <CLI/CLI.hpp>
+
 #include <cerrno>
 #include <filesystem>
 

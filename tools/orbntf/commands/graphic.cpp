@@ -1,4 +1,6 @@
 // orbntf graphic: a graphic segment's drawing.
+#include <CLI/CLI.hpp>
+
 #include "host/fileformat.h"
 #include "hostkit/hostkit.h"
 #include "tools/orbntf/document.h"

@@ -1,4 +1,6 @@
 // orbntf info: what files hold, for people or as JSON.
+#include <CLI/CLI.hpp>
+
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inspect/document_json.h"

@@ -1,5 +1,7 @@
 // orbntf render: the composite display as a picture, through the filter exports as a host calls them, or
 // one image by itself.
+#include <CLI/CLI.hpp>
+
 #include <unistd.h>
 
 #include <cerrno>

@@ -1,4 +1,6 @@
 // orbntf report: pages that tell about files.
+#include <CLI/CLI.hpp>
+
 #include <cerrno>
 
 #include "orbntf/orbntf.h"

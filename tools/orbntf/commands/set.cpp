@@ -1,4 +1,6 @@
 // orbntf set: changing header fields and saving.
+#include <CLI/CLI.hpp>
+
 #include "tools/orbntf/commands/change.h"
 #include "tools/orbntf/tool.h"
 

@@ -1,4 +1,6 @@
 // orbntf text: a text segment's text.
+#include <CLI/CLI.hpp>
+
 #include <unistd.h>
 
 #include "tools/orbntf/document.h"
