@@ -191,24 +191,31 @@ Status SetNamed(const PublicField& name, std::span<const SpecialSetter<R, P>> sp
 /// What a refused field means for the ones behind it.
 enum class OnRefusal { Stop, GoOn };
 
-/// Stores the named fields in their order. Where the first refusal ends it, a length of extended data
-/// whose overflow field or bytes were refused is put back, so that it still measures what is there.
+/// Stores the named fields in their order; a length of extended data stands in front of its overflow
+/// field and its bytes. Where the first refusal ends it, a length whose overflow field or bytes were
+/// refused is put back, so that it still measures what is there. Where it goes on, the bytes behind a
+/// refused length are refused too: nothing says how many the caller has.
 template <class R, class P>
 Status SetFields(std::span<const char* const> order, PublicTable table,
                  std::type_identity_t<std::span<const SpecialSetter<R, P>>> specials, R& record,
                  const P& given, OnRefusal refusal) {
+  constexpr size_t kBytes = 2;  // fields from a length to the bytes that it measures
   KeptNumber length;
-  size_t behind = 0;  // fields since the length
+  bool lengthRefused = false;
+  size_t behind = kBytes + 1;  // fields since the length
   for (const char* name : order) {
     const FieldRow<R>* row = FindRow<R>(R::Table(), name);
-    if (row != nullptr && row->measuresOverflow) {
+    const bool isLength = row != nullptr && row->measuresOverflow;
+    if (isLength) {
       length = KeptNumber(row->view(record));
       behind = 0;
     }
-    const Status status = SetNamed<R, P>(*FindField(table, name), specials, record, given);
+    const bool unmeasured = lengthRefused && behind == kBytes;
+    const Status status = unmeasured ? Status::InvalidParameter
+                                     : SetNamed<R, P>(*FindField(table, name), specials, record, given);
+    if (isLength) lengthRefused = !Ok(status);
     if (!Ok(status) && refusal == OnRefusal::Stop) {
-      constexpr size_t kMeasured = 2;  // the overflow field and the bytes
-      if (behind <= kMeasured) length.PutBack();
+      if (behind <= kBytes) length.PutBack();
       return status;
     }
     ++behind;

@@ -149,12 +149,15 @@ Status GetBytes(std::string_view bytes, size_t length, uint8_t* place) {
   return Status::Success;
 }
 
-// Copies extended data when its length is above the overflow field's, freeing what the pointer held.
-Status GetExtended(const ExtendedData& data, const PublicPlace& place) {
+// What the pointer of extended data held is freed: where there are bytes to put there, or always.
+enum class FreeOld { WithBytes, Always };
+
+// Copies extended data when its length is above the overflow field's.
+Status GetExtended(const ExtendedData& data, const PublicPlace& place, FreeOld rule) {
   constexpr auto kOverflow = static_cast<int32_t>(ExtendedData::kOverflowWidth);
   const int32_t length = DecimalOf(data.length.text);
+  if (length > kOverflow || rule == FreeOld::Always) FreePointer(place.bytes);
   if (length <= kOverflow) return Status::Success;
-  FreePointer(place.bytes);
   return GetBytes(data.Data(), static_cast<size_t>(length - kOverflow), place.bytes);
 }
 
@@ -203,7 +206,9 @@ Status GetImageHeader(ImageSubheader& header, ImageHeader& record) {
     if (Status s = GetBytes(header.userDefined.Data(), static_cast<size_t>(length), place); !Ok(s))
       return s;
   }
-  if (Status s = GetExtended(header.extended, FindPlace(kImageFields, &record, "IXSHD")); !Ok(s))
+  if (Status s =
+          GetExtended(header.extended, FindPlace(kImageFields, &record, "IXSHD"), FreeOld::WithBytes);
+      !Ok(s))
     return s;
   return GetMask(header.mask, record);
 }
@@ -226,7 +231,7 @@ void FreeImageHeader(ImageHeader& record) {
 
 Status GetGraphicHeader(GraphicSubheader& header, GraphicHeader& record) {
   if (Status s = GetFields(kGraphicFields, header, &record); !Ok(s)) return s;
-  return GetExtended(header.extended, FindPlace(kGraphicFields, &record, "SXSHD"));
+  return GetExtended(header.extended, FindPlace(kGraphicFields, &record, "SXSHD"), FreeOld::WithBytes);
 }
 
 Status SetGraphicHeader(GraphicSubheader& header, const GraphicHeader& record) {
@@ -237,7 +242,7 @@ void FreeGraphicHeader(GraphicHeader& record) { FreeFields(kGraphicFields, &reco
 
 Status GetTextHeader(TextSubheader& header, TextHeader& record) {
   if (Status s = GetFields(kTextFields, header, &record); !Ok(s)) return s;
-  return GetExtended(header.extended, FindPlace(kTextFields, &record, "TXSHD"));
+  return GetExtended(header.extended, FindPlace(kTextFields, &record, "TXSHD"), FreeOld::Always);
 }
 
 Status SetTextHeader(TextSubheader& header, const TextHeader& record) {

@@ -213,7 +213,10 @@ Status ImagePainter::Draw(uint32_t index, int32_t rowOffset, int32_t columnOffse
   OwnedBitmap bitmap;
   bool blank = false;
   const ImageSubheader& header = *document_.images.At(index);
-  if (Status s = LoadImageSegment(record_, document_, index, bitmap, &blank); !Ok(s)) return s;
+  if (Status s = LoadImageSegment(record_, document_, index, bitmap, &blank); !Ok(s)) {
+    const Status before = Finish();
+    return Ok(before) ? s : before;
+  }
   if (document_.liftDarkImages) {
     (void)LiftDarkImage(bitmap.record);
     blank = false;
@@ -222,11 +225,19 @@ Status ImagePainter::Draw(uint32_t index, int32_t rowOffset, int32_t columnOffse
   const RECT place = PlaceOf(header, bitmap.record, rowOffset, columnOffset);
   const RECT filled = FilledPart(place, bitmap.record);
   const bool opaque = header.mask.TPXCD.size() == 0;
-  if (waiting_.header != nullptr && opaque && Covers(filled, waiting_.filled)) waiting_ = {};
+  Blank covered;
+  if (opaque && Covers(filled, waiting_.filled)) std::swap(covered, waiting_);
   if (Status s = Finish(); !Ok(s)) return s;
-  if (!blank || !opaque) return PaintSegment(dc_, bitmap.record, header, place);
-  waiting_ = {&header, filled};
-  return Status::Success;
+  if (blank && opaque) {
+    waiting_ = {&header, filled};
+    return Status::Success;
+  }
+  const Status painted = PaintSegment(dc_, bitmap.record, header, place);
+  if (!Ok(painted)) {
+    waiting_ = covered;  // nothing covers it now
+    (void)Finish();
+  }
+  return painted;
 }
 
 // One colour is painted strip by strip.

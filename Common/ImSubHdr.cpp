@@ -273,7 +273,8 @@ uint32_t BandFields::Bytes() {
 void ImageSubheader::TakeMagnification() {
   const std::string_view text(IMAG.text);
   if (text.substr(0, 1) != "/") {
-    magnification = RealOf(text);
+    const bool blank = text.find_first_not_of(' ') == std::string_view::npos;
+    magnification = blank ? 1.0 : RealOf(text);
     return;
   }
   const double divisor = RealOf(text.substr(1));

@@ -160,7 +160,7 @@ struct ImageSubheader {
   bool IsSingleBlock() const { return NBPR.value < 2 && NBPC.value < 2; }
   uint64_t BlockCount() const { return uint64_t{NBPR.value} * NBPC.value; }
   bool HasCoordinates() const { return ICORDS.text[0] != ' '; }
-  /// Decodes IMAG.
+  /// Decodes IMAG; a blank one is 1.
   void TakeMagnification();
   uint32_t BandCount() const { return bandCount; }
   /// The display rules of the document that the image is of.

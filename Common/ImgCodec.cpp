@@ -42,6 +42,15 @@ bool FitsPlace(const HostFileInfo& info, uint64_t width, uint64_t height) {
   return info.width <= 2 * width && info.height <= 2 * height;
 }
 
+// Starts the bitmap that block n is decoded into. A stream larger than its block reaches into what lies
+// beside it, as far as the segment bitmap goes.
+void StartBlock(OwnedBitmap& block, const ImageSubheader& header, uint64_t n,
+                const KernelBitmap& segment) {
+  const BlockPlace place = PlaceOfBlock(header, n);
+  block.Start(std::min(2 * header.NPPBH.value, segment.width - place.column),
+              std::min(2 * header.NPPBV.value, segment.height - place.row));
+}
+
 // Reads `bytes` of the data into a fresh buffer; -7 before memory is taken for what the file does not
 // have.
 Status ReadStream(const ImageSource& source, int64_t offset, int64_t bytes, KernelBuffer<uint8_t>& stream,
@@ -158,7 +167,7 @@ Status ReadBlocks(KernelBitmap& segment, const ImageSource& source) {
     if (Status s = FillLoadOptions(source, options); !Ok(s)) return s;
     const auto bytes = multi && decodedOne ? stream.WithNitfSegment() : stream.Plain();
     OwnedBitmap block;
-    block.Start(header.NPPBH.value, header.NPPBV.value);
+    StartBlock(block, header, n, segment);
     if (Status s = codec.Load(bytes, block.record, 0, kOrderAsDecoded, &options); !Ok(s)) return s;
     decodedOne = true;
     if (Status s = PlaceBlock(source, segment, block.record, PlaceOfBlock(header, n)); !Ok(s)) return s;
@@ -257,7 +266,7 @@ class BandSequentialReader {
     if (representation == Representation::Rgb || representation == Representation::Multi) {
       options.flags |= kLoadComponentsAreRgb;
     }
-    bands_[slot].Start(header_.NPPBH.value, header_.NPPBV.value);
+    StartBlock(bands_[slot], header_, n, segment_);
     const Status status = codec_.Load(stream.Plain(), bands_[slot].record, 0, kOrderAsDecoded, &options);
     if (!isShown) bands_[slot].Free();
     return status;

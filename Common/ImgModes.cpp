@@ -31,10 +31,9 @@ Status ReadSingleBlock(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   const uint32_t nbpp = header.NBPP.value, abpp = header.ABPP.value;
   SampleRange range;
-  // Data that ends early has the range of what there is of it.
-  if (ScalesByRange(nbpp, abpp) && FindSampleRange(source, range) == Status::OutOfMemory) {
-    return Status::OutOfMemory;
-  }
+  // The rows are read whatever became of the range: data that ends early has the range of what there is
+  // of it, and where memory is out, the values of ABPP bits stand for it.
+  if (ScalesByRange(nbpp, abpp)) (void)FindSampleRange(source, range);
   const uint32_t length = SingleBlockRowLength(header, segment.width, segment.bytesPerLine);
   KernelBuffer<uint8_t> row;
   if (Status s = row.Allocate(std::max(length, segment.bytesPerLine), ORB_HERE); !Ok(s)) return s;
@@ -129,7 +128,14 @@ int64_t MaskedPlane(const ImageSource& source) {
   return columns * rows * header.NPPBH.value * header.NPPBV.value;
 }
 
-ModeLayout LayoutOfMode(const KernelBitmap& segment, const ImageSource& source) {
+// Planes from one block of IMODE B to the next: the segment bitmap's bytes per pixel unless every band
+// counts, so that blocks of bitmaps with less than a byte all lie at the same place.
+int64_t PlanesOfBlock(const ImageSubheader& header) {
+  const bool multi = header.RepresentationCode() == Representation::Multi;
+  return multi ? header.BandCount() : SegmentBitsPerPixel(header) / 8;
+}
+
+ModeLayout LayoutOfMode(const ImageSource& source) {
   const ImageSubheader& header = source.header;
   const int64_t width = header.NPPBH.value;
   const int64_t block = width * header.NPPBV.value;
@@ -137,7 +143,7 @@ ModeLayout LayoutOfMode(const KernelBitmap& segment, const ImageSource& source) 
   const bool multi = header.RepresentationCode() == Representation::Multi;
   switch (header.Mode()) {
     case ImageMode::B:
-      return {.blockLength = block * (multi ? bands : segment.bitsPerPixel / 8),
+      return {.blockLength = block * PlanesOfBlock(header),
               .bandStride = block,
               .rowStride = width,
               .segmentDepth = true,
@@ -166,8 +172,8 @@ ModeLayout LayoutOfMode(const KernelBitmap& segment, const ImageSource& source) 
           .marksInterleaved = true};
 }
 
-ModeLayout LayoutOf(const KernelBitmap& segment, const ImageSource& source) {
-  ModeLayout layout = LayoutOfMode(segment, source);
+ModeLayout LayoutOf(const ImageSource& source) {
+  ModeLayout layout = LayoutOfMode(source);
   layout.hasDifferences = source.header.Rules().colourDifferences &&
                           source.header.RepresentationCode() == Representation::YCbCr601;
   return layout;
@@ -315,7 +321,7 @@ Status ReadBandBlock(KernelBitmap& segment, const ImageSource& source, const Mod
 
 Status ReadInterleavedBands(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
-  const ModeLayout layout = LayoutOf(segment, source);
+  const ModeLayout layout = LayoutOf(source);
   const bool startsAtZero = header.Mode() == ImageMode::B;
   const BandSelection bands = SelectBands(header, source.rememberedBands,
                                           startsAtZero ? BandSelection{0, 0, 0} : BandSelection{0, 1, 2});
@@ -354,7 +360,8 @@ CheckedSize LeastDataBytes(const ImageSubheader& header) {
   const CheckedSize blocks = CheckedSize(header.NBPR.value) * header.NBPC.value;
   if (header.BandCount() >= 3) {
     const uint32_t rows = header.NPPBV.value == 0 ? 0 : header.NPPBV.value - 1;
-    return blocks * header.NPPBH.value * rows;
+    const bool sharesPlace = header.Mode() == ImageMode::B && PlanesOfBlock(header) == 0;
+    return (sharesPlace ? CheckedSize(1) : blocks) * header.NPPBH.value * rows;
   }
   if (!header.IsSingleBlock()) return blocks * MultiBlockRowLength(header) * header.NPPBV.value;
   const CheckedSize lineBits = header.FullWidth() * SegmentBitsPerPixel(header);

@@ -230,10 +230,11 @@ TEST_F(ApiTest, TheFileHeaderTakesWhatFitsAndGoesOn) {
   file.FVER = 12.345F;
   file.NUMI = 5;  // more than the document has: its tables are not read past one entry
   file.LI[0] = 77;
-  char bytes[] = "TAGNEW00000";
+  char bytes[] = "TAGNEW00000", few[] = "?";
   file.UDHDL = 14;
   file.XHDL = 2;
-  file.UDHD = file.XHD = reinterpret_cast<uint8_t*>(bytes);
+  file.UDHD = reinterpret_cast<uint8_t*>(bytes);
+  file.XHD = reinterpret_cast<uint8_t*>(few);
   EXPECT_EQ(Orb_NITFSetNITFHeader(handle, &file), 1);
   const FileHeader& header = handle->header;
   EXPECT_EQ(std::string(header.FTITLE.text), std::string(80, ' '));
@@ -246,7 +247,7 @@ TEST_F(ApiTest, TheFileHeaderTakesWhatFitsAndGoesOn) {
   EXPECT_EQ(header.images.InFile(0).data, 64u) << "the source is still read by its own lengths";
   EXPECT_EQ(header.userDefined.Data(), "TAGNEW00000");
   EXPECT_STREQ(header.extended.length.text, "00014") << "2 has no room for the overflow field";
-  EXPECT_EQ(header.extended.Data(), "TAGNEW00000") << "as many bytes as the length that stayed";
+  EXPECT_EQ(header.extended.Data(), "TAGONE00000") << "its bytes are refused with it";
   file.FTITLE = oldTitle;
   file.ONAME = oldName;
   file.UDHD = file.XHD = nullptr;

@@ -169,6 +169,41 @@ TEST_F(BudgetTest, BlankImagesAreShownOnce) {
   EXPECT_EQ(test::RenderBytes(file.Image(form, pad).Bytes()).At(5, 5), test::kWhite);
 }
 
+// What a device context shows of a file's objects.
+test::Rgb DrawnAt(const NitfBuilder& builder, uint32_t x, uint32_t y, int32_t expected) {
+  const test::TempFile file(builder.Bytes());
+  const test::Handle handle(file);
+  test::Bitmap canvas(200, 100, 24, 0xFFFFFF);
+  HDC dc = KernelCreateBitmapDc(&canvas.record);
+  EXPECT_EQ(Orb_NitfDrawObjects(nullptr, dc, &canvas.record, handle), expected);
+  KernelDeleteBitmapDc(dc);
+  const std::vector<uint8_t> row = test::RowOf(canvas.record, y);
+  return {row[3 * x + 2], row[3 * x + 1], row[3 * x]};
+}
+
+TEST_F(BudgetTest, BlankImagesAreShownWhereTheNextOneFails) {
+  ImageForm form{.width = 100,
+                 .height = 100,
+                 .blocksAcross = 2,
+                 .compression = "NM",
+                 .lookup = "\x50q",
+                 .lookupTables = 1};
+  const std::string none = test::MaskBytes({.blocks = {0xFFFFFFFF, 0xFFFFFFFF}});
+  NitfBuilder file;
+  file.Image(form, none);
+  EXPECT_EQ(DrawnAt(file, 150, 50, ORB_SUCCESS), test::Grey(0x50));
+  // One that has no reader, one whose data is missing; both would cover the first.
+  for (const char* compression : {"M0", "NC"}) {
+    NitfBuilder two = file;
+    form.level = 2;
+    form.compression = compression;
+    two.Image(form, compression[0] == 'M' ? none : std::string(10, 'x'));
+    EXPECT_EQ(DrawnAt(two, 150, 50, compression[0] == 'M' ? ORB_UNSUPPORTED : ORB_SHORT_READ),
+              test::Grey(0x50))
+        << compression;
+  }
+}
+
 TEST_F(BudgetTest, LargeCanvasesThatHaveTheirDataAreDrawn) {
   const std::string far = "0420004100", data(64, 'x');
   const auto draw = [](const NitfBuilder& file) {

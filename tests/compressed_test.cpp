@@ -85,6 +85,23 @@ TEST_F(CompressedTest, MaskedBlocksFollowTheirRecords) {
       {0, 0, 0}, 12, [](int x, int y) { return x >= kSide && y < kSide; });
 }
 
+TEST_F(CompressedTest, AStreamLargerThanItsBlockReachesIntoWhatIsAbsentBesideIt) {
+  // One block of 2 x 2 is stored, with a stream of the size of all four.
+  const std::string stream =
+      EncodeJpeg(Samples(0, 0, 2 * kSide, 2 * kSide, {0}), 2 * kSide, 2 * kSide, 1);
+  const std::vector<uint32_t> first = {0, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF};
+  ExpectSamples(
+      RenderImage(BlockForm("M3", 2, 2, 1, "MONO"), test::MaskBytes({.blocks = first}) + stream),
+      {0, 0, 0}, 12);
+  // The last block's ends where the image does.
+  const std::vector<uint32_t> last = {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0};
+  const auto cut =
+      RenderImage(BlockForm("M3", 2, 2, 1, "MONO"), test::MaskBytes({.blocks = last}) + stream);
+  ASSERT_EQ(cut.status, 1);
+  EXPECT_EQ(cut.At(kSide - 1, kSide - 1), Rgb{});
+  EXPECT_NEAR(cut.At(kSide + 3, kSide + 5).red, Sample(3, 5, 0), 12);
+}
+
 TEST_F(CompressedTest, UnrecognisedBlocksStayEmpty) {
   std::string data;
   std::vector<uint32_t> records;

@@ -52,6 +52,9 @@ TEST_F(FilterTest, SaveAndIncompleteRecordsAreRefused) {
   record.rowCallback = [](void*, KernelBitmap*, uint8_t*, uint32_t, int32_t, int32_t, void*)
                            ORB_CALL -> int32_t { return 1; };
   EXPECT_EQ(fltLoad(&record), ORB_SHORT_READ);
+  record.required2224 = 0;
+  EXPECT_EQ(fltLoad(&record), ORB_BAD_STRUCTURE) << "each of what the host has to give is asked for";
+  record.required2224 = 1;
   record.loadMemory = nullptr;
   EXPECT_EQ(fltLoad(&record), ORB_BAD_STRUCTURE);
 }

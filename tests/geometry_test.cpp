@@ -55,6 +55,14 @@ TEST_F(GeometryTest, CompositeReachesTheFarthestSegment) {
   EXPECT_EQ(SizeOf(NitfBuilder()), (Size{1, 2048, 2048}));
 }
 
+TEST_F(GeometryTest, TheFirstOfSeveralSegmentsOfALevelIsTheFirstByIndex) {
+  EXPECT_EQ(SizeOf(Compose({{1, 0, "0001000020", 4, 3},
+                            {1, 0, "0050000700", 4, 3},
+                            {2, 1, "0000000000", 1000, 1000},
+                            {1, 0, "0060000800", 4, 3}})),
+            (Size{1, 1020, 1010}));
+}
+
 TEST_F(GeometryTest, GraphicsReachTheirBounds) {
   test::Record graphic = test::GraphicRecord();
   graphic.Set("SFMT", "B")

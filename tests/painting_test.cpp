@@ -137,13 +137,43 @@ TEST_F(PaintTest, DrawingsOfWholeUnitsAreDrawnPixelByPixel) {
   Canvas real(Metafile(kRedFill + Element(4, 11, R({10, 60, 50, 90})), Element(1, 3, I({1})),
                        R({0, 50, 50, 100})));
   EXPECT_EQ(real.CountNot(test::kWhite), 80 * 60);
-  // An extent without width frames nothing: the object is its own frame.
-  Canvas flat(Metafile(kRedFill + Element(4, 11, R({10, 60, 50, 90})), Element(1, 3, I({1})),
-                       R({7, 50, 7, 100})));
-  EXPECT_EQ(flat.CountNot(test::kWhite), 0) << "clipped to nothing";
-  Canvas unclipped(Metafile(Element(3, 6, I({0})) + kRedFill + Element(4, 11, R({10, 60, 50, 90})),
-                            Element(1, 3, I({1})), R({7, 50, 7, 100})));
-  EXPECT_EQ(unclipped.CountNot(test::kWhite), 100 * 100);
+}
+
+// A red square whose corner is at (x, y), by integers or reals, within an extent.
+std::string SquareIn(bool reals, const std::vector<double>& extent, const std::string& clipping, int x) {
+  const auto numbers = [&](const std::vector<double>& values) {
+    std::string bytes;
+    for (const double value : values)
+      bytes += reals ? Big(static_cast<uint64_t>(static_cast<int64_t>(value * 65536)) & 0xFFFFFFFF, 4)
+                     : Big(static_cast<uint16_t>(value), 2);
+    return bytes;
+  };
+  const double left = x;
+  return Metafile(clipping + kRedFill + Element(4, 11, numbers({left, left, left + 20, left + 20})),
+                  reals ? Element(1, 3, I({1})) : "", numbers(extent));
+}
+
+TEST_F(PaintTest, FlatExtentsFrameNothing) {
+  const std::vector<double> extents[] = {{0, 0, 0, 0}, {0, 0, 0, 100}, {0, 0, 100, 0}, {70, 30, 70, 30}};
+  for (const std::vector<double>& extent : extents) {
+    for (const bool reals : {false, true}) {
+      for (const int clip : {1, 0}) {
+        for (const int x : {0, 40}) {
+          const std::string cgm = SquareIn(reals, extent, Element(3, 6, I({clip})), x);
+          Canvas canvas(cgm);
+          const std::string what = std::to_string(extent[0]) + " " + std::to_string(extent[2]) + " " +
+                                   std::to_string(reals) + std::to_string(clip);
+          // The square is its own frame: of integers a unit a pixel, of reals all of the rectangle.
+          EXPECT_EQ(canvas.CountNot(test::kWhite), reals ? 10000 : 400) << what;
+          EXPECT_EQ(canvas.At(0, 0), kRed) << what;
+          EXPECT_EQ(canvas.At(19, 19), kRed) << what;
+        }
+      }
+    }
+  }
+  // A clip rectangle of its own stays one.
+  const std::string clip = Element(3, 5, I({0, 0, 10, 10}));
+  EXPECT_EQ(Canvas(SquareIn(false, {0, 0, 0, 0}, clip, 0)).CountNot(test::kWhite), 100);
 }
 
 TEST_F(PaintTest, OpaqueGapsHaveTheAuxiliaryColour) {

@@ -227,6 +227,24 @@ TEST_F(UncompressedTest, DeepSamplesAreShownThroughTheirHighBits) {
   EXPECT_EQ(first(32, 31, test::Big(0x7FFFFFFF, 4) + std::string(28, 0), 2), 255);
 }
 
+// How many of the allocations of drawing an image can fail without its failing.
+int SpareAllocations(const ImageForm& form) {
+  const test::TempFile file(NitfBuilder().Image(form, std::string(256, '\x01')).Bytes());
+  int spare = 0;
+  for (uint64_t n = 1;; ++n) {
+    HostkitArmFault(kFaultAllocation, n);
+    const int32_t status = test::Render(file).status;
+    const bool met = HostkitFaultCalls(kFaultAllocation) >= n;
+    HostkitArmFault(kFaultAllocation, 0);
+    if (!met) return spare;
+    spare += status == 1;
+  }
+}
+
+TEST_F(UncompressedTest, AnImageIsReadAlsoWhereNoMemoryIsLeftForItsRange) {
+  EXPECT_EQ(SpareAllocations({.bits = 32, .significantBits = 20}), SpareAllocations({.bits = 32}) + 1);
+}
+
 TEST_F(UncompressedTest, TwoBandImagesAreReadByTheOneBandReader) {
   ImageForm form{.width = 4, .height = 2, .bands = 2, .representation = "MULTI"};
   EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, std::string(16, 'x')).Bytes()).status, 1);
@@ -242,6 +260,23 @@ TEST_F(UncompressedTest, ShortDataIsAShortRead) {
 }
 
 // A plane reaches from the first stored block to the last, whatever lies between.
+TEST_F(UncompressedTest, BlocksOfLessThanAByteAPixelShareTheirPlace) {
+  // Bitmaps of three and six bits have no whole byte from one block to the next.
+  for (const int bits : {1, 2}) {
+    ImageForm form{.width = kWidth,
+                   .height = kHeight,
+                   .blocksAcross = 4,
+                   .blocksDown = 4,
+                   .bands = 3,
+                   .bits = bits,
+                   .representation = "RGB"};
+    const std::string data(3 * kWidth * kHeight, '\x01');
+    EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, data).Bytes()).status, 1) << bits;
+    EXPECT_EQ(test::RenderBytes(NitfBuilder().Image(form, data.substr(0, kWidth)).Bytes()).status,
+              ORB_SHORT_READ);
+  }
+}
+
 TEST_F(UncompressedTest, PlanesOfMaskedImagesEndWithTheLastStoredBlock) {
   constexpr uint32_t kBlock = kWidth * kHeight;
   ImageForm form{.width = kWidth,

@@ -145,6 +145,15 @@ struct Drawing {
   COLORREF behind = 0xFFFFFF;       ///< colour behind the drawing, set by its holder
   VectorTranslation translation{};  ///< noted, not yet applied
 
+  /// Whether the extent frames nothing: it has no width or no height.
+  bool IsFlat() const {
+    return extent.first.x == extent.second.x || extent.first.y == extent.second.y;
+  }
+  /// Whether what an object draws ends at its clip box. An extent that frames nothing cuts nothing off.
+  bool Clips(const Attributes& attributes) const {
+    return attributes.clip && (attributes.clipGiven || !IsFlat());
+  }
+
   bool operator==(const Drawing& other) const {
     return extent == other.extent && background == other.background && fonts == other.fonts &&
            patterns == other.patterns && layers == other.layers && wholeUnits == other.wholeUnits;

@@ -201,7 +201,8 @@ bool PaintObjects(const Brush& brush, std::span<const Object* const> objects) {
   for (const Object* object : objects) {
     if (!brush.limit.Take(kObjectCost + kPointCost * static_cast<double>(object->points.size()))) break;
     cairo_save(brush.cairo);
-    if (object->attributes->clip) ClipTo(brush.cairo, object->attributes->clipBox, brush.map);
+    if (brush.drawing.Clips(*object->attributes))
+      ClipTo(brush.cairo, object->attributes->clipBox, brush.map);
     cairo_new_path(brush.cairo);
     PaintObject(brush, *object);
     cairo_restore(brush.cairo);

@@ -23,14 +23,14 @@ DeviceMap::DeviceMap(const Box& extent, double left, double top, double width, d
             std::isfinite(originX_) && std::isfinite(originY_) && width > 0 && height > 0;
 }
 
-// A drawing without a frame begins at its objects' corner.
+// A drawing without a frame, or with one that is flat, begins at its objects' corner.
 DeviceMap DeviceMap::OneUnitAPixel(const Drawing& drawing, double left, double top) {
   constexpr double kWholeRange = 32767;
   Box frame = drawing.extent;
   const double spanX = frame.second.x - frame.first.x, spanY = frame.second.y - frame.first.y;
   Point least, greatest;
-  if (std::abs(spanX) == kWholeRange && std::abs(spanY) == kWholeRange &&
-      FindExtent(drawing, TextBox::Capitals, least, greatest)) {
+  const bool isWhole = std::abs(spanX) == kWholeRange && std::abs(spanY) == kWholeRange;
+  if ((isWhole || drawing.IsFlat()) && FindExtent(drawing, TextBox::Capitals, least, greatest)) {
     frame = {{spanX < 0 ? greatest.x : least.x, spanY < 0 ? greatest.y : least.y},
              {spanX < 0 ? least.x : greatest.x, spanY < 0 ? least.y : greatest.y}};
   }
@@ -47,11 +47,8 @@ DeviceMap DeviceMap::ForDrawing(const Drawing& drawing, double left, double top,
                                 double height) {
   if (drawing.wholeUnits) return OneUnitAPixel(drawing, left, top);
   Box frame = drawing.extent;
-  const auto isFlat = [&frame] {
-    return frame.first.x == frame.second.x || frame.first.y == frame.second.y;
-  };
   // A degenerate extent frames nothing: the objects are their own frame, a line has one unit across.
-  if (isFlat() && !FindExtent(drawing, TextBox::Full, frame.first, frame.second)) return {};
+  if (drawing.IsFlat() && !FindExtent(drawing, TextBox::Full, frame.first, frame.second)) return {};
   if (frame.first.x == frame.second.x) frame.second.x += 1;
   if (frame.first.y == frame.second.y) frame.second.y += 1;
   return DeviceMap(frame, left, top, width, height);

@@ -35,16 +35,16 @@ bool Contains(const Box& box, const DeviceMap& map, const Extent& area) {
 }
 
 // Whether a plain rectangle hides all of an area.
-bool Hides(const Object& object, const DeviceMap& map, const Extent& area) {
+bool Hides(const Drawing& drawing, const Object& object, const DeviceMap& map, const Extent& area) {
   const Attributes& attributes = *object.attributes;
   return object.kind == ObjectKind::Rectangle && attributes.fill.interior == Interior::Solid &&
          Contains({object.points[0], object.points[1]}, map, area) &&
-         (!attributes.clip || Contains(attributes.clipBox, map, area));
+         (!drawing.Clips(attributes) || Contains(attributes.clipBox, map, area));
 }
 
 }  // namespace
 
-Reach::Reach(const Drawing& drawing, const DeviceMap& map) : map_(map) {
+Reach::Reach(const Drawing& drawing, const DeviceMap& map) : drawing_(drawing), map_(map) {
   for (const Layer& layer : drawing.layers) {
     for (const Object& object : layer.objects) {
       Entry entry = {&object, {}, MarginOf(object, map)};
@@ -80,7 +80,7 @@ std::vector<const Object*> Reach::Within(double left, double top, double right, 
   std::vector<const Object*> objects;
   for (const Entry& entry : entries_) {
     if (!Touches(entry, area)) continue;
-    if (Hides(*entry.object, map_, area)) objects.clear();
+    if (Hides(drawing_, *entry.object, map_, area)) objects.clear();
     objects.push_back(entry.object);
   }
   return objects;

@@ -22,6 +22,7 @@ class Reach {
   };
   bool Touches(const Entry& entry, const Extent& area) const;
 
+  const Drawing& drawing_;
   DeviceMap map_;
   std::vector<Entry> entries_;
   Extent whole_;

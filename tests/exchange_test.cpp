@@ -1,0 +1,122 @@
+// Exchange of records where lengths, bytes and pointers meet.
+#include <cstring>
+
+#include "tests/support/objects.h"
+
+namespace {
+
+using test::ImageForm;
+using test::NitfBuilder;
+
+using ExchangeTest = test::ModuleTest;
+
+// Bytes in kernel memory, as a record that is filled holds them.
+uint8_t* Held(const char* text) {
+  const size_t size = std::strlen(text) + 1;
+  auto* bytes = static_cast<uint8_t*>(KernelAllocate(size, 1, __LINE__, u"test"));
+  std::memcpy(bytes, text, size);
+  return bytes;
+}
+
+TEST_F(ExchangeTest, BytesBehindARefusedLengthAreRefused) {
+  NitfBuilder both = test::FullFile();
+  both.header.Set("UDHDL", 14).InsertAfter("UDHDL", "UDH", "000TAGUSE00000");
+  const test::TempFile file(both.Bytes());
+  for (const int32_t refused : {1, 2, -5, 100000, INT32_MIN}) {
+    const test::Handle handle(file);
+    FileHeader& header = handle->header;
+    const std::string user(header.userDefined.Data()), extended(header.extended.Data());
+    ASSERT_FALSE(user.empty());
+    ASSERT_FALSE(extended.empty());
+    NITFHeader record = {};
+    ASSERT_EQ(Orb_NITFGetNITFHeader(handle, &record), 1);
+    // Fewer bytes than the lengths that the document has.
+    record.UDHDL = record.XHDL = refused;
+    record.UDHD = Held("x");
+    record.XHD = Held("y");
+    EXPECT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+    EXPECT_EQ(std::string(header.userDefined.Data()), user) << refused;
+    EXPECT_EQ(std::string(header.extended.Data()), extended) << refused;
+    EXPECT_EQ(header.userDefined.length.value, user.size() + 3) << refused;
+    // A length that is taken takes its bytes.
+    record.UDHDL = 4;
+    EXPECT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+    EXPECT_EQ(std::string(header.userDefined.Data()), "x");
+    EXPECT_EQ(std::string(header.extended.Data()), extended);
+    Orb_NITFFreeNITFHeader(&record);
+  }
+}
+
+TEST_F(ExchangeTest, ExtendedDataThatARecordHoldsIsFreedFirst) {
+  test::NitfBuilder bare = test::FullFile();
+  const test::TempFile full(bare.Bytes());
+  NitfBuilder plain;
+  plain.Image(ImageForm{}, std::string(64, 'x')).Graphic(test::GraphicRecord(), "").Text("words");
+  const test::TempFile without(plain.Bytes());
+  // Always of a text; of an image and a graphic where there is something to put there.
+  const test::Handle empty(without);
+  TextHeader text = {};
+  text.TXSHD = Held("old");
+  ASSERT_EQ(Orb_NITFGetTextHeader(empty, 0, &text), 1);
+  EXPECT_TRUE(text.TXSHD == nullptr) << "the leak tracker tells whether it was freed";
+  Orb_NITFFreeTextHeader(&text);
+  ImageHeader image = {};
+  uint8_t* old = image.IXSHD = Held("old");
+  ASSERT_EQ(Orb_NITFGetImageHeader(empty, 0, &image), 1);
+  EXPECT_TRUE(image.IXSHD == old);
+  Orb_NITFFreeImageHeader(&image);
+  const test::Handle handle(full);
+  image.IXSHD = Held("old");
+  ASSERT_EQ(Orb_NITFGetImageHeader(handle, 0, &image), 1);
+  EXPECT_EQ(std::memcmp(image.IXSHD, "TAGONE", 6), 0);
+  Orb_NITFFreeImageHeader(&image);
+  text.TXSHD = Held("old");
+  ASSERT_EQ(Orb_NITFGetTextHeader(handle, 0, &text), 1);
+  Orb_NITFFreeTextHeader(&text);
+}
+
+class AppendExchangeTest : public test::CodecTest {};
+
+TEST_F(AppendExchangeTest, AFreshImageGivenBackIsSavedTheSame) {
+  const test::Handle handle;
+  test::Bitmap bitmap(9, 7, 24);
+  ASSERT_EQ(Orb_NITFAppendImageSegment(handle, &bitmap.record, kFormatJpegRgb, 24, 30), 1);
+  const std::string before = test::Saved(handle);
+  ImageHeader image = {};
+  ASSERT_EQ(Orb_NITFGetImageHeader(handle, 0, &image), 1);
+  ASSERT_EQ(Orb_NITFSetImageHeader(handle, 0, &image), 1);
+  Orb_NITFFreeImageHeader(&image);
+  EXPECT_EQ(test::Saved(handle), before);
+  EXPECT_EQ(handle->images.At(0)->magnification, 1.0);
+}
+
+TEST_F(ExchangeTest, ABlankMagnificationIsOne) {
+  test::Record record = test::ImageRecord(ImageForm{});
+  record.Set("IMAG", "    ");
+  const test::TempFile file(NitfBuilder().Image(record, std::string(64, 'x')).Bytes());
+  const test::Handle handle(file);
+  EXPECT_EQ(handle->images.At(0)->magnification, 1.0);
+  EXPECT_EQ(handle->images.At(0)->SetMagnification("0.5"), Status::Success);
+  EXPECT_EQ(handle->images.At(0)->magnification, 0.5);
+}
+
+TEST_F(ExchangeTest, LengthsThatARecordCannotHoldStayWhenTheyAreGivenBack) {
+  NitfBuilder builder;
+  builder.Image(ImageForm{}, std::string(64, 'x')).Patch("LI0", "3000000000");
+  const test::TempFile file(builder.Bytes());
+  const test::Handle handle(file);
+  NITFHeader record = {};
+  ASSERT_EQ(Orb_NITFGetNITFHeader(handle, &record), 1);
+  ASSERT_EQ(record.LI[0], INT32_MAX);
+  ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+  EXPECT_EQ(handle->header.images.Current(0).data, 3000000000u);
+  record.LI[0] = INT32_MAX - 1;
+  ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+  EXPECT_EQ(handle->header.images.Current(0).data, uint32_t{INT32_MAX} - 1);
+  record.LI[0] = -1;
+  ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+  EXPECT_EQ(handle->header.images.Current(0).data, uint32_t{INT32_MAX} - 1) << "no length is negative";
+  Orb_NITFFreeNITFHeader(&record);
+}
+
+}  // namespace
