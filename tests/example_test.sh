@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The C example on files that the tool made and on the samples. Arguments: the tool, the example, a scratch
+# The example on files that the tool made and on the samples. Arguments: the tool, the example, a scratch
 # folder.
 set -euo pipefail
 samples=$(cd "$(dirname "$0")/../.." && pwd)/shared/samples
