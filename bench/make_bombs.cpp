@@ -118,6 +118,12 @@ void WriteDrawingBombs() {
   const std::string solid = Element(5, 22, I({1})), full = Element(4, 11, I({0, 0, kMost, kMost}));
   const std::string direct = Element(2, 2, I({1}));
   WriteDrawing("markers", LongElement(3, Points(60000, 2048, 1)));
+  WriteDrawing("markers_1mb", LongElement(3, Points(240000, 2048, 1)));
+  for (const int type : {1, 4, 5}) {
+    const std::string look = Element(5, 6, I({type})) + Element(2, 4, I({0})) + Element(5, 7, I({300}));
+    WriteDrawing("markers_large_" + std::to_string(type), look + LongElement(3, Points(60000, 2048, 1)));
+  }
+  WriteDrawing("markers_single", Repeated(Element(4, 3, I({1000, 1000})), 960000));
   WriteDrawing("polyline", Element(5, 3, Big(0x00000014, 4)) + LongElement(1, Points(10000, 2048, 2)));
   WriteDrawing("polyline_wide",
                Element(5, 3, Big(0x00640000, 4)) + LongElement(1, Points(10000, 2048, 2)));
@@ -128,6 +134,10 @@ void WriteDrawingBombs() {
   WriteDrawing("hatches", Element(5, 22, I({3})) + Repeated(full, 200000));
   WriteDrawing("patterns", Element(5, 32, I({1, 2, 2, 0}) + std::string(12, 'p')) +
                                Element(5, 22, I({2})) + Element(5, 25, I({1})) + Repeated(full, 200000));
+  // A pattern of many cells, which every shape uses.
+  WriteDrawing("patterns_1mb", Element(5, 32, I({1, 50, 50, 0}) + std::string(7500, 'p')) +
+                                   Element(5, 22, I({2})) + Element(5, 25, I({1})) +
+                                   Repeated(Element(4, 11, I({0, 0, 9, 9})), 980000));
   WriteDrawing("circles", solid + Repeated(Element(4, 12, I({1024, 1024, 1000})), 240000));
   WriteDrawing("small_circles", solid + Repeated(Element(4, 12, I({1024, 1024, 2})), 990000));
   WriteDrawing("texts", Element(5, 15, I({1500})) +
@@ -171,6 +181,10 @@ void WriteBlankBombs() {
   form = {.width = 4096, .height = 4096, .blocksAcross = 2, .blocksDown = 2, .compression = "C3"};
   const std::string none = "\xFF\xD8\xFF" + std::string(1100, 'x');
   Write("no_streams_999", Images(form, none + none + none + none + none, 999, 0));
+  // Many samples of few bytes.
+  form = {.width = 8192, .height = 8192, .compression = "NM"};
+  Write("blank_40", Images(form, test::MaskBytes({.blocks = {0xFFFFFFFF}}), 40, 0));
+  Write("blank_999_large", Images(form, test::MaskBytes({.blocks = {0xFFFFFFFF}}), 999, 0));
   // All blocks stand at one place of the data.
   form = {.width = 256, .height = 256, .blocksAcross = 32, .blocksDown = 32, .compression = "NM"};
   form.bands = 3;
@@ -179,6 +193,26 @@ void WriteBlankBombs() {
       "shared_blocks_99",
       Images(form, test::MaskBytes({.blocks = std::vector<uint32_t>(3072, 0)}) + std::string(196608, 's'),
              99, 1));
+}
+
+// ---------------------------------------------------------------- headers
+
+void WriteHeaderBombs() {
+  // Records without data, as many as the overflow of a header takes.
+  NitfBuilder records;
+  std::string empty;
+  for (int i = 0; i < 100000; ++i) empty += "TAGXYZ00000";
+  records.extensions.push_back(
+      {test::DataExtensionRecord("TRE_OVERFLOW").Set("DESITEM", 0).Set("DESOFLW", "XHD"), empty});
+  Write("records_100000", records);
+  // Bands of thirteen bytes.
+  ImageForm form{.width = 8, .height = 8, .bands = 99999, .representation = "MULTI"};
+  NitfBuilder bands;
+  for (int i = 0; i < 6; ++i) {
+    form.level = i + 1;
+    bands.Image(form, std::string(64, 'x'));
+  }
+  Write("bands_99999", bands);
 }
 
 }  // namespace
@@ -194,5 +228,6 @@ int main(int argc, char** argv) {
   WriteVectorBombs();
   WriteDrawingBombs();
   WriteBlankBombs();
+  WriteHeaderBombs();
   return 0;
 }

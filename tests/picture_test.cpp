@@ -1,8 +1,6 @@
 // Drawings saved as pictures of their own.
 #include <array>
 
-#include <cairo.h>
-
 #include "tests/support/metafile.h"
 #include "tests/support/objects.h"
 
@@ -14,26 +12,41 @@ using test::Metafile;
 
 using PictureTest = test::ModuleTest;
 
+struct Picture {
+  int width = 0, height = 0, rows = 0, painted = 0;
+  std::vector<uint8_t> rgba;
+};
+
+// What is painted of a drawing; its border has to be empty.
+Picture PaintedPicture(const test::Drawing& drawing, int32_t longerSide) {
+  Picture picture;
+  const auto take = [](const uint8_t* rgba, uint32_t width, uint32_t height, void* userData)
+                        ORB_CALL -> int32_t {
+    auto& taken = *static_cast<Picture*>(userData);
+    taken.width = static_cast<int>(width);
+    taken.height = static_cast<int>(height);
+    for (int x = 0; x < taken.width; ++x) {
+      const bool marked = rgba[4 * x + 3] != 0;
+      taken.painted += marked;
+      EXPECT_FALSE(marked &&
+                   (x == 0 || x == taken.width - 1 || taken.rows == 0 || taken.rows == taken.height - 1))
+          << "cut off";
+    }
+    taken.rgba.insert(taken.rgba.end(), rgba, rgba + 4 * width);
+    ++taken.rows;
+    return 1;
+  };
+  EXPECT_EQ(HostkitPaintDrawing(&drawing.handle, longerSide, take, &picture), 1);
+  EXPECT_EQ(picture.rows, picture.height);
+  return picture;
+}
+
 TEST_F(PictureTest, SavedPicturesShowWholeDrawings) {
   const auto sizeOf = [](const std::string& cgm, int32_t longerSide, int& painted) {
     const test::Drawing drawing(cgm);
-    const test::TempFile file("", ".png");
-    EXPECT_EQ(HostkitSaveDrawing(&drawing.handle, file.Path().c_str(), kDrawingPng, longerSide), 1);
-    cairo_surface_t* surface = cairo_image_surface_create_from_png(file.Path().c_str());
-    const std::array size = {cairo_image_surface_get_width(surface),
-                             cairo_image_surface_get_height(surface)};
-    painted = 0;
-    for (int y = 0; y < size[1]; ++y) {
-      const uint8_t* row =
-          cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
-      for (int x = 0; x < size[0]; ++x) {
-        const bool marked = row[4 * x + 3] != 0;
-        painted += marked;
-        EXPECT_FALSE(marked && (x == 0 || y == 0 || x == size[0] - 1 || y == size[1] - 1)) << "cut off";
-      }
-    }
-    cairo_surface_destroy(surface);
-    return size;
+    const Picture picture = PaintedPicture(drawing, longerSide);
+    painted = picture.painted;
+    return std::array{picture.width, picture.height};
   };
   int painted = 0;
   const std::string wide = Element(3, 6, I({0})) + Element(2, 3, I({0})) + Element(5, 3, I({10})) +

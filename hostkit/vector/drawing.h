@@ -146,9 +146,7 @@ struct Drawing {
   VectorTranslation translation{};  ///< noted, not yet applied
 
   /// Whether the extent frames nothing: it has no width or no height.
-  bool IsFlat() const {
-    return extent.first.x == extent.second.x || extent.first.y == extent.second.y;
-  }
+  bool IsFlat() const { return extent.first.x == extent.second.x || extent.first.y == extent.second.y; }
   /// Whether what an object draws ends at its clip box. An extent that frames nothing cuts nothing off.
   bool Clips(const Attributes& attributes) const {
     return attributes.clip && (attributes.clipGiven || !IsFlat());

@@ -10,7 +10,8 @@
 namespace hostkit {
 namespace {
 
-constexpr double kObjectCost = 2000, kPointCost = 20;  // nanoseconds
+constexpr double kObjectCost = 2000, kPointCost = 20;       // nanoseconds
+constexpr double kObjectMemory = 2000, kPointMemory = 200;  // bytes, where painting is kept
 
 PathExtent AddPaths(const Brush& brush, const std::vector<Path>& paths) {
   PathExtent extent;
@@ -91,10 +92,19 @@ void AddMarker(cairo_t* cairo, int32_t type, Point p, double half) {
   }
 }
 
+// What a marker costs: its lines and arcs are sampled in every row that they cross.
+double MarkerCost(int32_t type, double rows) {
+  struct Cost {
+    double once, row;  // nanoseconds
+  };
+  constexpr Cost kCosts[] = {{1500, 60}, {1500, 60}, {2000, 480}, {3000, 750}, {2000, 250}};
+  const Cost& cost = kCosts[type >= 1 && type <= 5 ? type - 1 : 2];
+  return cost.once + cost.row * rows;
+}
+
 // Markers are drawn some at a time: a path of very many is slower than its parts.
 void PaintMarkers(const Brush& brush, const Object& object) {
   constexpr size_t kAtOnce = 64;
-  constexpr double kMarkerCost = 6000;
   const MarkerLook& look = object.attributes->marker;
   const double half = HalfMarker(look, brush.map);
   cairo_t* cairo = brush.cairo;
@@ -108,7 +118,7 @@ void PaintMarkers(const Brush& brush, const Object& object) {
                       p.y - half <= brush.height + 1;
     if (seen) {
       const double rows = std::min(2 * half, brush.height);
-      if (!brush.limit.Take(kMarkerCost + kPointCost * rows * (look.type == 1 ? rows : 4))) break;
+      if (!brush.limit.Take(MarkerCost(look.type, rows))) break;
       AddMarker(cairo, look.type, p, half);
       ++held;
     }
@@ -158,6 +168,13 @@ bool PaintLimit::Take(double nanoseconds) {
   return left_ >= 0;
 }
 
+bool PaintLimit::Keep(double bytes) {
+  if (memory_ < 0) return true;
+  if (bytes > memory_) left_ = -1;
+  memory_ = std::max(0.0, memory_ - bytes);
+  return left_ >= 0;
+}
+
 void Extent::Add(Point p) {
   left = std::min(left, p.x), right = std::max(right, p.x);
   top = std::min(top, p.y), bottom = std::max(bottom, p.y);
@@ -199,7 +216,9 @@ void SetColour(cairo_t* cairo, Colour colour) {
 bool PaintObjects(const Brush& brush, std::span<const Object* const> objects) {
   cairo_set_fill_rule(brush.cairo, CAIRO_FILL_RULE_EVEN_ODD);
   for (const Object* object : objects) {
-    if (!brush.limit.Take(kObjectCost + kPointCost * static_cast<double>(object->points.size()))) break;
+    const auto points = static_cast<double>(object->points.size());
+    if (!brush.limit.Take(kObjectCost + kPointCost * points)) break;
+    if (!brush.limit.Keep(kObjectMemory + kPointMemory * points)) break;
     cairo_save(brush.cairo);
     if (brush.drawing.Clips(*object->attributes))
       ClipTo(brush.cairo, object->attributes->clipBox, brush.map);

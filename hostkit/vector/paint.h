@@ -3,6 +3,8 @@
 
 #include <cairo.h>
 
+#include <map>
+#include <memory>
 #include <span>
 
 #include "hostkit/vector/drawing.h"
@@ -44,9 +46,33 @@ class PaintLimit {
   /// Takes the cost of a step; false when there is less left.
   bool Take(double nanoseconds);
   bool IsExceeded() const { return left_ < 0; }
+  /// From here on painting is kept to be written later, and what is kept is bounded, too.
+  void BoundMemory(double bytes) { memory_ = bytes; }
+  /// Takes what a step keeps.
+  bool Keep(double bytes);
 
  private:
   double left_;
+  double memory_ = -1;  // none of it is bounded
+};
+
+class CellSurface;
+
+/// A drawing while it is painted, in however many pieces.
+struct Painting {
+  Painting(const Drawing& painted, PaintLimit allowed);
+  ~Painting();
+  Painting(const Painting&) = delete;
+  Painting& operator=(const Painting&) = delete;
+
+  const Drawing& drawing;
+  PaintLimit limit;
+  std::map<int32_t, std::unique_ptr<CellSurface>> patterns;  ///< those that were used, by their index
+};
+
+/// A surface's part of the device.
+struct DeviceArea {
+  double left, top, width, height;
 };
 
 /// What a drawing is painted with.
@@ -57,6 +83,7 @@ struct Brush {
   double left, top;      ///< of the surface, on the device
   double width, height;  ///< of the surface
   PaintLimit& limit;
+  Painting& painting;
 };
 
 /// Keeps a device coordinate within what can be painted on.

@@ -6,40 +6,8 @@
 #include "hostkit/vector/paint_steps.h"
 
 namespace hostkit {
-namespace {
 
-constexpr double kCellCost = 5, kPixelCost = 0.5, kSampledPixelCost = 12;  // nanoseconds
-
-// One square of a hatch, repeated over the shape: its cost is that of a plain fill.
-void FillHatch(const Brush& brush, const Attributes& attributes) {
-  cairo_t* cairo = brush.cairo;
-  constexpr int kGap = 8;
-  const int32_t style = attributes.fill.hatch;
-  const auto isLine = [style](int x, int y) {
-    return ((style == 1 || style == 5) && y == 0) || ((style == 2 || style == 5) && x == 0) ||
-           ((style == 3 || style == 6) && (x + y) % kGap == 0) || ((style == 4 || style == 6) && x == y);
-  };
-  const auto pixel = [](Colour c) {
-    return 0xFF000000u | static_cast<uint32_t>(c.red) << 16 | c.green << 8 | c.blue;
-  };
-  uint32_t square[kGap * kGap];
-  for (int i = 0; i < kGap * kGap; ++i) {
-    const uint32_t gap = attributes.transparent ? 0 : pixel(attributes.auxiliary);
-    square[i] = isLine(i % kGap, i / kGap) ? pixel(attributes.fill.colour) : gap;
-  }
-  cairo_surface_t* surface = cairo_image_surface_create_for_data(
-      reinterpret_cast<unsigned char*>(square), CAIRO_FORMAT_ARGB32, kGap, kGap, 4 * kGap);
-  // Squares lie alike on all surfaces that a drawing is painted on.
-  cairo_set_source_surface(cairo, surface, -std::fmod(brush.left, kGap), -std::fmod(brush.top, kGap));
-  cairo_pattern_set_extend(cairo_get_source(cairo), CAIRO_EXTEND_REPEAT);
-  cairo_pattern_set_filter(cairo_get_source(cairo), CAIRO_FILTER_NEAREST);
-  cairo_fill(cairo);
-  cairo_set_source_rgb(cairo, 0, 0, 0);  // lets go of the square
-  cairo_surface_finish(surface);
-  cairo_surface_destroy(surface);
-}
-
-// Colours as a cairo picture, one pixel a cell.
+/// Colours as a cairo picture, one pixel a cell.
 class CellSurface {
  public:
   CellSurface(const std::vector<Colour>& cells, int32_t columns, int32_t rows)
@@ -82,6 +50,41 @@ class CellSurface {
   cairo_surface_t* surface_;
 };
 
+namespace {
+
+constexpr double kEdgeCost = 60;
+constexpr double kCellCost = 5, kPixelCost = 0.5, kSampledPixelCost = 12;  // nanoseconds
+constexpr double kCellMemory = 8;  // bytes, where painting is kept
+
+// One square of a hatch, repeated over the shape: its cost is that of a plain fill.
+void FillHatch(const Brush& brush, const Attributes& attributes) {
+  cairo_t* cairo = brush.cairo;
+  constexpr int kGap = 8;
+  const int32_t style = attributes.fill.hatch;
+  const auto isLine = [style](int x, int y) {
+    return ((style == 1 || style == 5) && y == 0) || ((style == 2 || style == 5) && x == 0) ||
+           ((style == 3 || style == 6) && (x + y) % kGap == 0) || ((style == 4 || style == 6) && x == y);
+  };
+  const auto pixel = [](Colour c) {
+    return 0xFF000000u | static_cast<uint32_t>(c.red) << 16 | c.green << 8 | c.blue;
+  };
+  uint32_t square[kGap * kGap];
+  for (int i = 0; i < kGap * kGap; ++i) {
+    const uint32_t gap = attributes.transparent ? 0 : pixel(attributes.auxiliary);
+    square[i] = isLine(i % kGap, i / kGap) ? pixel(attributes.fill.colour) : gap;
+  }
+  cairo_surface_t* surface = cairo_image_surface_create_for_data(
+      reinterpret_cast<unsigned char*>(square), CAIRO_FORMAT_ARGB32, kGap, kGap, 4 * kGap);
+  // Squares lie alike on all surfaces that a drawing is painted on.
+  cairo_set_source_surface(cairo, surface, -std::fmod(brush.left, kGap), -std::fmod(brush.top, kGap));
+  cairo_pattern_set_extend(cairo_get_source(cairo), CAIRO_EXTEND_REPEAT);
+  cairo_pattern_set_filter(cairo_get_source(cairo), CAIRO_FILTER_NEAREST);
+  cairo_fill(cairo);
+  cairo_set_source_rgb(cairo, 0, 0, 0);  // lets go of the square
+  cairo_surface_finish(surface);
+  cairo_surface_destroy(surface);
+}
+
 void FillPattern(const Brush& brush, const FillLook& fill) {
   cairo_t* cairo = brush.cairo;
   const Drawing& drawing = brush.drawing;
@@ -93,16 +96,20 @@ void FillPattern(const Brush& brush, const FillLook& fill) {
     return;
   }
   const Pattern& pattern = found->second;
-  if (!brush.limit.Take(kCellCost * static_cast<double>(pattern.cells.size())))
-    return cairo_new_path(cairo);
+  std::unique_ptr<CellSurface>& surface = brush.painting.patterns[fill.pattern];
+  if (surface == nullptr) {
+    const auto cells = static_cast<double>(pattern.cells.size());
+    if (!brush.limit.Take(kCellCost * cells) || !brush.limit.Keep(kCellMemory * cells))
+      return cairo_new_path(cairo);
+    surface = std::make_unique<CellSurface>(pattern.cells, pattern.columns, pattern.rows);
+  }
   Point right{1, 0}, down{0, 1};
   const Point width = map.Direction(fill.patternWidth), height = map.Direction(fill.patternHeight);
   if (std::hypot(width.x, width.y) > 0 && std::hypot(height.x, height.y) > 0) {
     right = {width.x / pattern.columns, width.y / pattern.columns};
     down = {-height.x / pattern.rows, -height.y / pattern.rows};
   }
-  CellSurface(pattern.cells, pattern.columns, pattern.rows)
-      .Use(cairo, map.ToDevice(drawing.extent.first), right, down, CAIRO_EXTEND_REPEAT);
+  surface->Use(cairo, map.ToDevice(drawing.extent.first), right, down, CAIRO_EXTEND_REPEAT);
 }
 
 }  // namespace
@@ -112,6 +119,7 @@ void FillPath(const Brush& brush, const Object& object, const PathExtent& path) 
   const Attributes& attributes = *object.attributes;
   const bool plain = attributes.fill.interior == Interior::Solid;
   if (!brush.limit.Take(ChooseSmoothness(brush, path.edgeRows, path.segments) +
+                        kEdgeCost * path.segments +
                         (plain ? kPixelCost : kSampledPixelCost) * path.extent.Area(brush))) {
     return cairo_new_path(cairo);
   }
@@ -137,8 +145,9 @@ void PaintCells(const Brush& brush, const Object& object) {
   const Point down{(q.x - r.x) / object.rows, (q.y - r.y) / object.rows};
   Extent extent;
   for (const Point& corner : {p, q, r, Point{p.x + q.x - r.x, p.y + q.y - r.y}}) extent.Add(corner);
-  if (!brush.limit.Take(kCellCost * static_cast<double>(object.cells.size()) +
-                        kSampledPixelCost * extent.Area(brush))) {
+  const auto cells = static_cast<double>(object.cells.size());
+  if (!brush.limit.Take(kCellCost * cells + kSampledPixelCost * extent.Area(brush)) ||
+      !brush.limit.Keep(kCellMemory * cells)) {
     return;
   }
   cairo_move_to(cairo, p.x, p.y);
@@ -148,5 +157,8 @@ void PaintCells(const Brush& brush, const Object& object) {
   cairo_close_path(cairo);
   CellSurface(object.cells, object.columns, object.rows).Use(cairo, p, right, down, CAIRO_EXTEND_PAD);
 }
+
+Painting::Painting(const Drawing& painted, PaintLimit allowed) : drawing(painted), limit(allowed) {}
+Painting::~Painting() = default;
 
 }  // namespace hostkit

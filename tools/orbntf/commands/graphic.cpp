@@ -5,6 +5,7 @@
 #include "hostkit/hostkit.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/output/output.h"
+#include "tools/orbntf/output/picture.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {
@@ -38,9 +39,12 @@ int32_t SaveCgm(const VectorHandle& drawing, Output& output) {
 
 int32_t Save(const VectorHandle& drawing, const GraphicOptions& options, Output& output) {
   if (options.format == "cgm") return SaveCgm(drawing, output);
+  if (options.format == "png") {
+    std::FILE* stream = output.Stream();
+    return stream != nullptr ? PaintPng(drawing, options.size, stream) : ORB_SHORT_WRITE;
+  }
   if (output.Path().empty()) return ORB_SHORT_WRITE;
-  return HostkitSaveDrawing(&drawing, output.Path().c_str(),
-                            options.format == "svg" ? kDrawingSvg : kDrawingPng, options.size);
+  return HostkitSaveDrawing(&drawing, output.Path().c_str(), options.size);
 }
 
 int RunGraphic(GraphicOptions& options) {
@@ -58,7 +62,7 @@ int RunGraphic(GraphicOptions& options) {
   if (drawing == nullptr || VectorIsEmpty(drawing) != 0) {
     return Report("graphic", options.file, ORB_EMPTY_DRAWING);
   }
-  Output output(options.output, options.format == "cgm" ? Output::Way::InOrder : Output::Way::ByName);
+  Output output(options.output, options.format == "svg" ? Output::Way::ByName : Output::Way::InOrder);
   if (!output.Problem().empty())
     return Report("graphic", options.output, ORB_SHORT_WRITE, output.Problem());
   int32_t status = Save(*drawing, options, output);

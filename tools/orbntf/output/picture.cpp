@@ -5,7 +5,9 @@
 
 #include <png.h>
 
+#include "hostkit/hostkit.h"
 #include "hostkit/kernel/pixels_shuffle.h"
+#include "orbntf/orbntf.h"
 
 namespace tool {
 namespace {
@@ -40,10 +42,10 @@ class PpmWriter : public PictureWriter {
 // libpng's errors jump back into the call that met them; nothing with a destructor lives in between.
 class PngWriter : public PictureWriter {
  public:
-  PngWriter(std::FILE* file, uint32_t width, uint32_t height) : file_(file) {
+  PngWriter(std::FILE* file, uint32_t width, uint32_t height, bool alpha) : file_(file) {
     png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, &Silent, &Silent);
     info_ = png_ != nullptr ? png_create_info_struct(png_) : nullptr;
-    good_ = info_ != nullptr && Begin(width, height);
+    good_ = info_ != nullptr && Begin(width, height, alpha);
   }
   ~PngWriter() override { png_destroy_write_struct(&png_, &info_); }
 
@@ -61,13 +63,13 @@ class PngWriter : public PictureWriter {
  private:
   static void Silent(png_structp png, png_const_charp) { png_longjmp(png, 1); }
 
-  bool Begin(uint32_t width, uint32_t height) {
+  bool Begin(uint32_t width, uint32_t height, bool alpha) {
     if (setjmp(png_jmpbuf(png_)) != 0) return false;
     png_init_io(png_, file_);
     png_set_user_limits(png_, 0x7FFFFFFF, 0x7FFFFFFF);
     png_set_compression_level(png_, 4);
-    png_set_IHDR(png_, info_, width, height, 8, PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_IHDR(png_, info_, width, height, 8, alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB,
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_write_info(png_, info_);
     return true;
   }
@@ -107,7 +109,33 @@ std::unique_ptr<PictureWriter> PictureWriter::Start(PictureForm form, std::FILE*
     case PictureForm::Png:
       break;
   }
-  return std::make_unique<PngWriter>(file, width, height);
+  return StartPng(file, width, height, false);
+}
+
+std::unique_ptr<PictureWriter> StartPng(std::FILE* file, uint32_t width, uint32_t height, bool alpha) {
+  return std::make_unique<PngWriter>(file, width, height, alpha);
+}
+
+namespace {
+
+struct PaintedPng {
+  std::FILE* file;
+  std::unique_ptr<PictureWriter> writer;
+};
+
+int32_t ORB_CALL PutPaintedRow(const uint8_t* rgba, uint32_t width, uint32_t height, void* userData) {
+  auto& png = *static_cast<PaintedPng*>(userData);
+  if (png.writer == nullptr) png.writer = StartPng(png.file, width, height, true);
+  return png.writer->PutRow(rgba) ? ORB_SUCCESS : ORB_SHORT_WRITE;
+}
+
+}  // namespace
+
+int32_t PaintPng(const VectorHandle& drawing, int32_t longerSide, std::FILE* file) {
+  PaintedPng png = {file, nullptr};
+  const int32_t status = HostkitPaintDrawing(&drawing, longerSide, &PutPaintedRow, &png);
+  if (status != ORB_SUCCESS) return status;
+  return png.writer != nullptr && png.writer->Finish() ? ORB_SUCCESS : ORB_SHORT_WRITE;
 }
 
 BoxScaler::BoxScaler(uint32_t width, uint32_t height, uint32_t factor)

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+struct VectorHandle;
+
 namespace tool {
 
 enum class PictureForm { Png, Ppm, Jpeg, Tiff };
@@ -29,8 +31,14 @@ class PictureWriter {
                                               uint32_t height);
 };
 
+/// PNG, with `alpha` of rows of red, green, blue and alpha.
+std::unique_ptr<PictureWriter> StartPng(std::FILE* file, uint32_t width, uint32_t height, bool alpha);
 std::unique_ptr<PictureWriter> StartJpeg(std::FILE* file, uint32_t width, uint32_t height);
 std::unique_ptr<PictureWriter> StartTiff(std::FILE* file, uint32_t width, uint32_t height);
+
+/// Paints a drawing as PNG whose objects take `longerSide` pixels (0 as the drawing suggests). 1;
+/// ORB_SHORT_WRITE when the file does not take it; the host's status.
+int32_t PaintPng(const VectorHandle& drawing, int32_t longerSide, std::FILE* file);
 
 /// Averages squares of N x N pixels; squares cut by an edge average what there is.
 class BoxScaler {

@@ -152,12 +152,11 @@ Pixels PictureOf(const SampleImage& image, uint32_t side) {
 
 std::string DrawingUri(const std::string& path, uint32_t index) {
   constexpr int32_t kSide = 480;
-  std::error_code error;
-  TemporaryFile temporary;
   DrawingHolder drawing;
+  MemoryFile memory;
   const Survey survey(path);
   const SurveyedPart* part = survey.Find(PartKind::Graphic, index);
-  if (part == nullptr || !temporary.Make(std::filesystem::temp_directory_path(error).string())) return "";
+  if (part == nullptr || memory.Stream() == nullptr) return "";
   HostLoadOptions options = {};
   FileFormatDefaultLoadOptions(&options, kLoadOptionsSize);
   options.flags |= kLoadFlagsAlways;
@@ -166,10 +165,8 @@ std::string DrawingUri(const std::string& path, uint32_t index) {
       FileFormatLoadDrawingMemory(data.data(), &drawing.handle, static_cast<uint32_t>(data.size()),
                                   &options, 0) != ORB_SUCCESS)
     return "";
-  if (HostkitSaveDrawing(&drawing.handle, temporary.Path().c_str(), kDrawingPng, kSide) != ORB_SUCCESS)
-    return "";
-  std::string bytes;
-  return ReadFile(temporary.Path(), bytes) ? "data:image/png;base64," + Base64(bytes) : "";
+  if (PaintPng(drawing.handle, kSide, memory.Stream()) != ORB_SUCCESS) return "";
+  return "data:image/png;base64," + Base64(memory.Take());
 }
 
 uint32_t ReduceFor(const SurveyedPart& part, uint32_t side) {
