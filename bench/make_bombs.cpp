@@ -206,13 +206,13 @@ void WriteHeaderBombs() {
       {test::DataExtensionRecord("TRE_OVERFLOW").Set("DESITEM", 0).Set("DESOFLW", "XHD"), empty});
   Write("records_100000", records);
   // Bands of thirteen bytes.
-  ImageForm form{.width = 8, .height = 8, .bands = 99999, .representation = "MULTI"};
+  ImageForm form{.width = 8, .height = 8, .bands = 75000, .representation = "MULTI"};
   NitfBuilder bands;
   for (int i = 0; i < 6; ++i) {
     form.level = i + 1;
     bands.Image(form, std::string(64, 'x'));
   }
-  Write("bands_99999", bands);
+  Write("bands_75000", bands);
 }
 
 }  // namespace

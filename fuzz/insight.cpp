@@ -26,9 +26,11 @@ int fuzz::Insight(const uint8_t* data, size_t size) {
     Require(pixels.rgb.size() == size_t{3} * pixels.width * pixels.height, "a picture is whole");
     (void)tool::Histograms(image);
   }
-  const std::string page = tool::FindingsSection(reported) + tool::LocationSection(reported) +
-                           tool::FieldsSection(reported) + tool::RecordsSection(reported) +
-                           tool::TextsSection(reported) + tool::LayoutSection(reported);
+  constexpr tool::PageDetail kDetail = {2000, 20000, 500, 0, 2000, 1 << 20, 0};
+  const std::string page = tool::FindingsSection(reported, kDetail) + tool::LocationSection(reported) +
+                           tool::FieldsSection(reported, kDetail) +
+                           tool::RecordsSection(reported, kDetail) +
+                           tool::TextsSection(reported, kDetail) + tool::LayoutSection(reported, kDetail);
   Require(page.find('\x1B') == std::string::npos, "no control characters on a page");
   Begin(size);
   NitfFile document;

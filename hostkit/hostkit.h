@@ -25,6 +25,11 @@ ORB_HOST_API void ORB_CALL HostkitSetMaxPixels(uint64_t pixels);
 /// kHostOverBudget. Starts at the full amount with every call.
 ORB_HOST_API void ORB_CALL HostkitLimitWork(uint64_t fileBytes, uint64_t canvasPixels, uint32_t percent);
 ORB_HOST_API void ORB_CALL HostkitLiftWorkLimit();
+/// Allows what as many more pixels are worth; nothing where there is no limit.
+ORB_HOST_API void ORB_CALL HostkitAllowPixels(uint64_t pixels);
+/// Takes work of the caller's own, in nanoseconds of an ordinary core, from the calling thread's limit.
+/// 1; kHostOverBudget when there is less left.
+ORB_HOST_API int32_t ORB_CALL HostkitSpendWork(uint64_t nanoseconds);
 
 /// Receives message boxes; null restores the default, which prints `caption: text` on standard error.
 /// The handlers exist where the stand-in supplies the Windows calls, not on Windows itself.
@@ -33,6 +38,10 @@ ORB_HOST_API void ORB_CALL HostkitSetMessageHandler(HostkitMessageHandler handle
 /// Receives debugger output; null (the default) drops it.
 using HostkitDebugHandler = void (*)(const char* text);
 ORB_HOST_API void ORB_CALL HostkitSetDebugHandler(HostkitDebugHandler handler);
+
+/// The system's error (errno) of the calling thread's first read of a file that failed since the last
+/// call; 0 for none. A read beyond the end of a file is no error.
+ORB_HOST_API int32_t ORB_CALL HostkitReadError();
 
 // ---------------------------------------------------------------- leak tracker
 

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <memory>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "hostkit/kernel/budget.h"
@@ -13,6 +14,8 @@ namespace {
 
 constexpr size_t kWriteBuffer = 256 * 1024;
 
+thread_local int32_t readError = 0;
+
 class File {
  public:
   File(int fd, int64_t size) : fd_(fd), size_(size) {}
@@ -22,6 +25,7 @@ class File {
     uint32_t moved = 0;
     while (moved < count) {
       const int64_t got = windows_.Read(fd_, position_, buffer + moved, count - moved);
+      if (got < 0 && readError == 0) readError = hostkit::LastError();
       if (got <= 0) break;
       moved += static_cast<uint32_t>(got);
       position_ += got;
@@ -145,6 +149,8 @@ uint32_t ORB_CALL KernelWrite(int32_t handle, const void* buffer, uint32_t count
     return 0;
   }
 }
+
+int32_t ORB_CALL HostkitReadError() { return std::exchange(readError, 0); }
 
 int64_t ORB_CALL KernelSeek(int32_t handle, int64_t offset, int32_t origin) {
   File* file = Find(handle);

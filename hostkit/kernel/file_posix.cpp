@@ -22,11 +22,12 @@ int64_t Restarted(auto call) {
 }  // namespace
 
 int OpenPath(const char16_t* path, bool create) {
-  const int flags = create ? O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC : O_RDONLY | O_CLOEXEC;
+  // What is read is a regular file: a FIFO has no size and would be waited for.
+  const int flags = create ? O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC : O_RDONLY | O_CLOEXEC | O_NONBLOCK;
   const int fd = open(ToUtf8(path).c_str(), flags, 0666);
   struct stat status;
-  if (fd < 0 || (fstat(fd, &status) == 0 && !S_ISDIR(status.st_mode))) return fd;
-  close(fd);  // a folder has no bytes
+  if (fd < 0 || create || (fstat(fd, &status) == 0 && S_ISREG(status.st_mode))) return fd;
+  close(fd);
   return -1;
 }
 
@@ -42,6 +43,8 @@ int64_t ReadAt(int fd, void* buffer, size_t count, int64_t offset) {
 int64_t WriteAt(int fd, const void* buffer, size_t count, int64_t offset) {
   return Restarted([&] { return pwrite(fd, buffer, count, offset); });
 }
+
+int32_t LastError() { return errno; }
 
 bool CloseFile(int fd) { return close(fd) == 0; }
 

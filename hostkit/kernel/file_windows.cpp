@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 
 #include "hostkit/kernel/system_file.h"
 
@@ -30,6 +31,8 @@ int64_t WriteAt(int fd, const void* buffer, size_t count, int64_t offset) {
   if (_lseeki64(fd, offset, SEEK_SET) != offset) return -1;
   return _write(fd, buffer, static_cast<unsigned>(std::min(count, kLargestMove)));
 }
+
+int32_t LastError() { return errno; }
 
 bool CloseFile(int fd) { return _close(fd) == 0; }
 

@@ -16,7 +16,8 @@ int64_t ReadWindows::Read(int fd, int64_t position, uint8_t* buffer, size_t want
   Window* window = Find(position);
   if (window == nullptr) {
     if (wanted >= kDirect) return ReadAt(fd, buffer, wanted, position);
-    window = Fill(fd, position, wanted);
+    if (!Fill(fd, position, wanted)) return -1;
+    window = Find(position);
     if (window == nullptr) return 0;
   }
   const auto into = static_cast<size_t>(position - window->start);
@@ -42,7 +43,7 @@ ReadWindows::Window* ReadWindows::Find(int64_t position) {
 
 // The window unused for the longest time is filled. A step backwards takes what lies in front of the
 // position, so that a scan from the end of a file costs no more than one from its start.
-ReadWindows::Window* ReadWindows::Fill(int fd, int64_t position, size_t wanted) {
+bool ReadWindows::Fill(int fd, int64_t position, size_t wanted) {
   size_t oldest = 0, size = std::max(kLeast, wanted);
   bool backwards = false;
   for (size_t n = 0; n < windows_.size(); ++n) {
@@ -63,7 +64,7 @@ ReadWindows::Window* ReadWindows::Fill(int fd, int64_t position, size_t wanted) 
       backwards ? std::max<int64_t>(0, position - static_cast<int64_t>(size - wanted)) : position;
   const int64_t got = ReadAt(fd, window.bytes.data(), size, window.start);
   window.held = got > 0 ? static_cast<size_t>(got) : 0;
-  return window.Holds(position) ? &window : nullptr;
+  return got >= 0;
 }
 
 }  // namespace hostkit

@@ -13,7 +13,7 @@ namespace hostkit {
 class ReadWindows {
  public:
   /// Reads some bytes at a position, as many as are at hand without another call of the system; 0 at the
-  /// end of the file or on failure. `wanted` is not 0. Throws std::bad_alloc.
+  /// end of the file, -1 on failure. `wanted` is not 0. Throws std::bad_alloc.
   int64_t Read(int fd, int64_t position, uint8_t* buffer, size_t wanted);
   /// The file changes.
   void Forget();
@@ -28,7 +28,7 @@ class ReadWindows {
     bool Holds(int64_t position) const { return position >= start && position < End(); }
   };
   Window* Find(int64_t position);
-  Window* Fill(int fd, int64_t position, size_t wanted);
+  bool Fill(int fd, int64_t position, size_t wanted);
 
   std::array<Window, 8> windows_;
   size_t last_ = 0;

@@ -13,5 +13,7 @@ int64_t FileSize(int fd);
 int64_t ReadAt(int fd, void* buffer, size_t count, int64_t offset);
 int64_t WriteAt(int fd, const void* buffer, size_t count, int64_t offset);
 bool CloseFile(int fd);
+/// The system's number of what has just failed.
+int32_t LastError();
 
 }  // namespace hostkit

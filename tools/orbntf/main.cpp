@@ -5,6 +5,7 @@
 #include <new>
 
 #include "hostkit/hostkit.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 
@@ -20,7 +21,11 @@ int Run(int argc, char** argv) {
     return app.exit(error) == 0 ? tool::kExitOk : tool::kExitUsage;
   }
   HostkitSetMaxPixels(line.maxPixels);
-  return line.work();
+  try {
+    return line.work();
+  } catch (const tool::ReadError& error) {
+    return tool::ReportUnread(app.get_subcommands().front()->get_name(), error);
+  }
 }
 
 }  // namespace

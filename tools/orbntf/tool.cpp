@@ -11,6 +11,7 @@
 
 #include "hostkit/hostkit.h"
 #include "orbntf/orbntf.hpp"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/words.h"
 
 namespace tool {
@@ -41,11 +42,17 @@ void CollectMessages() {
 int Report(const std::string& command, const std::string& file, int32_t status,
            const std::string& words) {
   if (status == ORB_SUCCESS) return kExitOk;
-  std::string line = "orbntf: " + command + ": " + Printable(file) + ": status " +
+  std::string line = "orbntf: " + command + ": " + Printable(InputName(file)) + ": status " +
                      std::to_string(status) + ": " + (words.empty() ? MeaningOf(status) : words);
   for (const std::string& message : Messages()) line += " (" + Printable(message) + ")";
   Messages().clear();
   std::fprintf(stderr, "%s\n", line.c_str());
+  return kExitStatus;
+}
+
+int ReportUnread(const std::string& command, const ReadError& error) {
+  std::fprintf(stderr, "orbntf: %s: %s: %s\n", command.c_str(),
+               Printable(InputName(error.Path())).c_str(), error.what());
   return kExitStatus;
 }
 
@@ -82,11 +89,27 @@ void DescribeCommandLine(CLI::App& app, CommandLine& line) {
   }
 }
 
-void LimitWork(const std::string& path, uint64_t pixels) {
+namespace {
+thread_local bool hasAccount = false;
+}
+
+WorkAccount::WorkAccount(const std::string& path) : isOutermost_(!hasAccount) {
+  if (!isOutermost_) return;
+  hasAccount = true;
   std::error_code error;
   const uint64_t bytes = std::filesystem::file_size(path, error);
-  HostkitLimitWork(error ? 0 : bytes, pixels, 100);
+  HostkitLimitWork(error ? 0 : bytes, 0, 100);
 }
+
+WorkAccount::~WorkAccount() {
+  if (!isOutermost_) return;
+  hasAccount = false;
+  HostkitLiftWorkLimit();
+}
+
+void WorkAccount::AllowPixels(uint64_t pixels) { HostkitAllowPixels(pixels); }
+
+bool WorkAccount::Take(uint64_t nanoseconds) { return HostkitSpendWork(nanoseconds) == kHostOk; }
 
 bool IsSameFile(const std::string& a, const std::string& b) {
   struct stat first, second;

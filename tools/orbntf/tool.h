@@ -12,6 +12,8 @@ class App;
 
 namespace tool {
 
+class ReadError;
+
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitStatus = 1;
 inline constexpr int kExitUsage = 2;
@@ -24,6 +26,8 @@ const char* MeaningOf(int32_t status);
 /// them.
 int Report(const std::string& command, const std::string& file, int32_t status,
            const std::string& words = "");
+/// Prints which input of a command cannot be read and why; returns the exit code.
+int ReportUnread(const std::string& command, const ReadError& error);
 /// From here on message boxes are kept for the next report.
 void CollectMessages();
 /// Prints `orbntf: <command>: <message>` and returns the exit code of wrong usage.
@@ -32,9 +36,22 @@ int Refuse(const std::string& command, const std::string& message);
 /// A path as the exports take it: names are bytes, whatever they are.
 std::u16string Widen(const std::string& path);
 
-/// Bounds what reading and drawing a file may take from here on by its bytes and the pixels that it
-/// makes.
-void LimitWork(const std::string& path, uint64_t pixels);
+/// What a command may do with a file: one account for all that it reads, draws and decodes, which begins
+/// with what the file's bytes are worth. Within another account it is a part of that one.
+class WorkAccount {
+ public:
+  explicit WorkAccount(const std::string& path);
+  ~WorkAccount();
+  WorkAccount(const WorkAccount&) = delete;
+  WorkAccount& operator=(const WorkAccount&) = delete;
+  /// Adds what a picture of so many pixels is worth.
+  static void AllowPixels(uint64_t pixels);
+  /// Takes work, in nanoseconds of an ordinary core; false when there is less left.
+  static bool Take(uint64_t nanoseconds);
+
+ private:
+  bool isOutermost_;
+};
 
 /// Whether two paths name one existing file.
 bool IsSameFile(const std::string& a, const std::string& b);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "hostkit/hostkit.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/drawing.h"
 #include "tools/orbntf/inspect/explain.h"
 #include "tools/orbntf/inspect/words.h"
@@ -36,15 +36,15 @@ std::string RefusedWords(int32_t status, const std::string& why) {
 Verdict AskModule(const std::string& path) {
   Verdict verdict;
   HostFileInfo info = {};
-  LimitWork(path, 0);
+  const WorkAccount account(path);
   verdict.status = AskFilterSize(path, 0, info);
   verdict.width = info.width;
   verdict.height = info.height;
   if (verdict.status == ORB_SUCCESS) {
-    LimitWork(path, uint64_t{verdict.width} * verdict.height);
+    WorkAccount::AllowPixels(uint64_t{verdict.width} * verdict.height);
     verdict.status = LoadThroughFilter(path, 0, &DropRow, nullptr);
   }
-  HostkitLiftWorkLimit();
+  RequireHostReads(path);
   verdict.words = verdict.status == ORB_SUCCESS
                       ? DrawnWords(verdict)
                       : RefusedWords(verdict.status, WhyRefused(path, verdict.status));
@@ -55,11 +55,11 @@ Verdict AskStandard(const std::string& path) {
   Verdict verdict;
   Document document;
   OwnedBitmap canvas;
-  LimitWork(path, 0);
+  const WorkAccount account(path);
   verdict.status = document.OpenByStandard(path);
   if (verdict.status == ORB_SUCCESS)
     verdict.status = DrawDocument(path, document, canvas, verdict.width, verdict.height);
-  HostkitLiftWorkLimit();
+  RequireHostReads(path);
   const NitfFile& read = *document.get();
   verdict.words =
       verdict.status == ORB_SUCCESS

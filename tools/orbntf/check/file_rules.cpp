@@ -69,15 +69,15 @@ void AskReservedExtensions(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskCharacters(Checking& checking, const SurveyedPart& part) {
-  for (const SurveyedField& field : part.fields) {
-    if (HoldsBytes(field.name)) continue;
+  part.ForEachField([&](const SurveyedField& field) {
+    if (HoldsBytes(field.name)) return;
     for (const char c : field.text) {
       const auto byte = static_cast<uint8_t>(c);
       if (byte >= 0x20 && byte != 0x7F && !(byte >= 0x80 && byte < 0xA0)) continue;
       checking.Fail(part, field.name, field.name + " holds the control character " + HexOf({&c, 1}));
       break;
     }
-  }
+  });
 }
 
 void AskBegin(Checking& checking, const SurveyedPart& part) {

@@ -36,12 +36,12 @@ void AskSum(Checking& checking, const SurveyedPart& part) {
 
 void AskPlaceholders(Checking& checking, const SurveyedPart& part) {
   if (!checking.survey.waits) return;
-  const auto waits = std::find_if(part.fields.begin(), part.fields.end(), [](const SurveyedField& field) {
-    return IsPlaceholder(field.text) &&
-           (field.name == "FL" || field.name == "HL" || field.name[0] == 'L');
+  std::string waits;
+  part.ForEachField([&](const SurveyedField& field) {
+    const bool isLength = field.name == "FL" || field.name == "HL" || field.name[0] == 'L';
+    if (waits.empty() && isLength && IsPlaceholder(field.text)) waits = field.name;
   });
-  if (waits != part.fields.end())
-    checking.Fail(part, waits->name, waits->name + " is all nines, and no replacement was found");
+  if (!waits.empty()) checking.Fail(part, waits, waits + " is all nines, and no replacement was found");
 }
 
 void AskStreamed(Checking& checking, const SurveyedPart& part) {
@@ -53,7 +53,8 @@ void AskSubheader(Checking& checking, const SurveyedPart& part) {
   if (part.kind == PartKind::File) return;
   const uint64_t end = part.offset + part.headerLength;
   if (!part.complete) {
-    const std::string last = part.fields.empty() ? "nothing" : part.fields.back().name;
+    std::string last = "nothing";
+    part.ForEachField([&](const SurveyedField& field) { last = field.name; });
     return checking.FailAtByte(part, part.offset, "the subheader ends behind " + last);
   }
   if (part.fieldsEnd != end)

@@ -67,9 +67,8 @@ void Checking::Run() {
 }
 
 void Checking::Fail(const SurveyedPart& part, const std::string& field, const std::string& words) {
-  const SurveyedField* found = part.Find(field);
-  findings.push_back(
-      {asked_, part.Title(), field, found != nullptr ? found->offset : part.offset, words});
+  const std::optional<SurveyedField> found = part.Find(field);
+  findings.push_back({asked_, part.Title(), field, found ? found->offset : part.offset, words});
 }
 
 void Checking::FailAt(const SurveyedPart& part, const std::string& field) {

@@ -2,46 +2,92 @@
 
 #include <CLI/CLI.hpp>
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
+#include <cstring>
 #include <deque>
 #include <filesystem>
-#include <fstream>
+#include <map>
 #include <memory>
 #include <new>
-#include <set>
 
 #include "hostkit/hostkit.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/words.h"
+#include "tools/orbntf/output/output.h"
 
 namespace tool {
 namespace {
 
 namespace fs = std::filesystem;
 
-bool IsNitf(const fs::path& path) {
+// Whether a file begins as one of the format; throws what reading it throws.
+bool IsNitf(const std::string& path) {
   char mark[4] = {};
-  std::ifstream(path, std::ios::binary).read(mark, sizeof mark);
-  const std::string_view text(mark, sizeof mark);
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (fd < 0) throw ReadError(path, WordsOfErrno(errno));
+  const std::unique_ptr<const int, void (*)(const int*)> closes(&fd,
+                                                                [](const int* open) { close(*open); });
+  const size_t count = ReadFrom(fd, mark, sizeof mark, 0, path);
+  const std::string_view text(mark, count);
   return text == "NITF" || text == "NSIF";
 }
 
-void AddFilesBelow(const std::string& folder, std::vector<BatchFile>& files) {
-  std::vector<BatchFile> found;
-  std::error_code error;
-  fs::recursive_directory_iterator entry(folder, fs::directory_options::skip_permission_denied, error);
-  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-    std::error_code ignored;
-    if (!entry->is_regular_file(ignored) || !IsNitf(entry->path())) continue;
-    const std::string path = entry->path().string();
-    found.push_back({path, entry->path().lexically_relative(folder).string()});
-  }
-  std::sort(found.begin(), found.end(), [](const auto& a, const auto& b) { return a.path < b.path; });
-  files.insert(files.end(), found.begin(), found.end());
+bool HasNitfEnding(const fs::path& path) {
+  std::string ending = path.extension().string();
+  std::transform(ending.begin(), ending.end(), ending.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return ending == ".ntf" || ending == ".nitf" || ending == ".nsf";
 }
+
+// Files below a folder, and what of it cannot be looked into.
+class Finder {
+ public:
+  explicit Finder(const std::string& folder) : folder_(folder) {}
+  std::vector<BatchFile> Find() {
+    Look(folder_);
+    std::sort(found_.begin(), found_.end(), [](const auto& a, const auto& b) { return a.path < b.path; });
+    return std::move(found_);
+  }
+
+ private:
+  void Look(const fs::path& folder) {
+    std::error_code error;
+    fs::directory_iterator entry(folder, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+      std::error_code ignored;
+      const fs::path& path = entry->path();
+      if (entry->is_directory(ignored) && !entry->is_symlink(ignored)) {
+        Look(path);
+      } else if (entry->is_regular_file(ignored)) {
+        Take(path);
+      }
+    }
+    if (error) Add(folder, WordsOfErrno(error.value()));
+  }
+  void Take(const fs::path& path) {
+    try {
+      if (IsNitf(path.string())) {
+        Add(path, "");
+      } else if (HasNitfEnding(path)) {
+        Add(path, "begins with neither NITF nor NSIF");
+      }
+    } catch (const ReadError& error) {
+      Add(path, error.what());
+    }
+  }
+  void Add(const fs::path& path, const std::string& problem) {
+    found_.push_back({path.string(), path.lexically_relative(folder_).string(), problem});
+  }
+
+  fs::path folder_;
+  std::vector<BatchFile> found_;
+};
 
 // The line that shows how far a batch is, on a terminal.
 class Progress {
@@ -67,55 +113,86 @@ struct CloseFile {
   void operator()(std::FILE* file) const { (void)std::fclose(file); }
 };
 
-// A file's work in a process of its own, which prints into a scratch file.
+// A file's work, whatever it throws.
+int WorkOn(const std::string& command, const BatchFile& file, std::FILE* out, const FileWork& work) {
+  (void)HostkitReadError();
+  try {
+    if (!file.problem.empty()) throw ReadError(file.path, file.problem);
+    return work(file, out);
+  } catch (const ReadError& error) {
+    return ReportUnread(command, error);
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "orbntf: %s: %s: status -1: out of memory\n", command.c_str(),
+                 Printable(InputName(file.path)).c_str());
+  }
+  return kExitStatus;
+}
+
+// A file's work, which prints into a scratch file: what it printed shows only when it is whole.
 class Job {
  public:
-  Job(const BatchFile& file, const FileWork& work) : out_(std::tmpfile()) {
+  Job(const std::string& command, const BatchFile& file, const FileWork& work, bool apart)
+      : command_(command), file_(file), out_(std::tmpfile()) {
     if (out_ == nullptr) return;
-    (void)std::fflush(nullptr);
-    process_ = fork();
-    if (process_ != 0) return;
-    // Nothing may leave this process but by its end: what the caller holds is the parent's.
-    int code = kExitStatus;
-    try {
-      code = work(file, out_.get());
-    } catch (const std::bad_alloc&) {
-      std::fputs("orbntf: status -1: out of memory\n", stderr);
+    if (!apart) {
+      code_ = WorkOn(command_, file_, out_.get(), work);
+      return;
     }
+    (void)std::fflush(nullptr);
+    if (!process_.Fork()) return;
+    // Nothing may leave this process but by its end: what the caller holds is the parent's.
+    int code = WorkOn(command_, file_, out_.get(), work);
     if (std::fflush(out_.get()) != 0) code = kExitStatus;
     _exit(code);
   }
-  /// Waits for the end and prints; the exit code.
-  int Finish() {
-    int status = 0;
-    if (process_ <= 0) {
-      std::fputs("orbntf: no process could be started for a file\n", stderr);
-      return kExitStatus;
+  /// Waits for the end; what came of the file.
+  BatchResult Finish() {
+    BatchResult result = {file_, code_};
+    if (process_.Started()) {
+      const int status = process_.Wait();
+      if (!WIFEXITED(status))
+        return Failed(std::string("its process was ended by a signal: ") + strsignal(WTERMSIG(status)));
+      result.code = WEXITSTATUS(status);
+    } else if (code_ < 0) {
+      return Failed("no process could be started for it");
     }
-    while (waitpid(process_, &status, 0) < 0) {
-      if (errno != EINTR) return kExitStatus;
+    if (std::fseek(out_.get(), 0, SEEK_END) == 0 && std::ftell(out_.get()) != 0) {
+      result.printed = out_.get();
+      std::rewind(result.printed);
+    } else if (result.code != kExitOk) {
+      result.problem = "it could not be worked on";
     }
-    std::rewind(out_.get());
-    char piece[65536];
-    for (size_t count; (count = std::fread(piece, 1, sizeof piece, out_.get())) != 0;)
-      (void)std::fwrite(piece, 1, count, stdout);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : kExitStatus;
+    return result;
   }
 
  private:
+  BatchResult Failed(const std::string& words) const {
+    std::fprintf(stderr, "orbntf: %s: %s: %s\n", command_.c_str(),
+                 Printable(InputName(file_.path)).c_str(), words.c_str());
+    return {file_, kExitStatus, nullptr, words};
+  }
+
+  const std::string& command_;
+  const BatchFile& file_;
   std::unique_ptr<std::FILE, CloseFile> out_;
-  pid_t process_ = -1;
+  ChildProcess process_;
+  int code_ = -1;
 };
 
-// Takes the exit codes and prints what stands between the files.
+template <class Take>
+void ForEachPiece(const BatchResult& result, Take take) {
+  char piece[65536];
+  size_t count = 1;
+  while (result.printed != nullptr && count != 0) {
+    count = std::fread(piece, 1, sizeof piece, result.printed);
+    take(piece, count);
+  }
+}
+
+// Counts what came of the files.
 class Results {
  public:
-  explicit Results(const BatchFrame& frame) : frame_(frame) {}
-  void Begin() const {
-    if (done_ != 0) std::fputs(frame_.between.c_str(), stdout);
-  }
   void Take(int code) {
-    ++done_;
     failed_ += code != kExitOk;
     worst_ = std::max(worst_, code);
   }
@@ -123,18 +200,33 @@ class Results {
   int Worst() const { return worst_; }
 
  private:
-  const BatchFrame& frame_;
-  size_t done_ = 0, failed_ = 0;
+  size_t failed_ = 0;
   int worst_ = kExitOk;
 };
 
 }  // namespace
 
+std::string BatchResult::Text() const {
+  std::string text;
+  ForEachPiece(*this, [&](const char* piece, size_t count) { text.append(piece, count); });
+  return text;
+}
+
+const std::string& OnlyPath(const std::vector<BatchFile>& files) {
+  if (!files.front().problem.empty()) throw ReadError(files.front().path, files.front().problem);
+  return files.front().path;
+}
+
 void AddBatchOptions(CLI::App& command, BatchOptions& options) {
-  command.add_option("FILE", options.paths, "files, and folders with -r")->required();
+  command.add_option("FILE", options.paths, "files, and folders with -r; - for standard input")
+      ->required();
   command.add_flag("-r,--recursive", options.recursive, "take the NITF files of folders");
   command.add_option("--jobs", options.jobs, "work on this many files at once")
       ->check(CLI::Range(1, 256));
+}
+
+void AddKeepEnding(CLI::App& command, BatchOptions& options) {
+  command.add_flag("--keep-ending", options.keepEnding, "name outputs a.ntf.png instead of a.png");
 }
 
 std::vector<BatchFile> FilesOf(const BatchOptions& options) {
@@ -142,40 +234,45 @@ std::vector<BatchFile> FilesOf(const BatchOptions& options) {
   for (const std::string& path : options.paths) {
     std::error_code error;
     if (options.recursive && fs::is_directory(path, error)) {
-      AddFilesBelow(path, files);
-    } else {
-      files.push_back({path, fs::path(path).filename().string()});
+      const std::vector<BatchFile> found = Finder(path).Find();
+      files.insert(files.end(), found.begin(), found.end());
+      continue;
     }
+    BatchFile file = {path, path == "-" ? "stdin" : fs::path(path).filename().string()};
+    try {
+      file.path = TakeInput(path);
+    } catch (const ReadError& problem) {
+      file.problem = problem.what();
+    }
+    files.push_back(file);
   }
   return files;
 }
 
-int RunBatch(const std::string& command, const BatchOptions& options, const std::vector<BatchFile>& files,
-             const BatchFrame& frame, const FileWork& work) {
-  std::fputs(frame.before.c_str(), stdout);
-  Results results(frame);
+int CollectBatch(const std::string& command, const BatchOptions& options,
+                 const std::vector<BatchFile>& files, const FileWork& work,
+                 const std::function<void(const BatchResult&)>& take) {
+  Results results;
   {
     Progress progress(files.size());
     std::deque<std::unique_ptr<Job>> jobs;
     const auto finish = [&] {
-      results.Begin();
-      results.Take(jobs.front()->Finish());
+      const BatchResult result = jobs.front()->Finish();
+      results.Take(result.code);
+      take(result);
       jobs.pop_front();
     };
     for (const BatchFile& file : files) {
       progress.Begin(file);
-      if (options.jobs == 1) {
-        results.Begin();
-        results.Take(work(file, stdout));
-        HostkitLiftWorkLimit();
-        continue;
-      }
       if (jobs.size() == options.jobs) finish();
-      jobs.push_back(std::make_unique<Job>(file, work));
+      jobs.push_back(std::make_unique<Job>(command, file, work, options.jobs > 1));
     }
     while (!jobs.empty()) finish();
   }
-  std::fputs(frame.after.c_str(), stdout);
+  if (files.empty()) {
+    std::fprintf(stderr, "orbntf: %s: no file of the format was found\n", command.c_str());
+    return kExitStatus;
+  }
   if (files.size() > 1) {
     std::fprintf(stderr, "orbntf: %s: %zu files, %zu failed\n", command.c_str(), files.size(),
                  results.Failed());
@@ -183,23 +280,58 @@ int RunBatch(const std::string& command, const BatchOptions& options, const std:
   return results.Worst();
 }
 
-std::string OutputNameIn(const std::string& folder, const BatchFile& file, const std::string& ending) {
-  fs::path path = fs::path(folder) / file.name;
-  if (!ending.empty()) path.replace_extension(ending);
-  std::error_code error;
-  fs::create_directories(path.parent_path(), error);
+int RunBatch(const std::string& command, const BatchOptions& options, const std::vector<BatchFile>& files,
+             const BatchFrame& frame, const FileWork& work) {
+  const auto put = [](const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); };
+  put(frame.before);
+  bool isFirst = true;
+  const int code = CollectBatch(command, options, files, work, [&](const BatchResult& result) {
+    if (!isFirst) put(frame.between);
+    isFirst = false;
+    if (!result.problem.empty() && frame.failure) return put(frame.failure(result.file, result.problem));
+    ForEachPiece(result, [](const char* piece, size_t count) { std::fwrite(piece, 1, count, stdout); });
+  });
+  put(frame.after);
+  return code;
+}
+
+std::string BatchOutputs::NameOf(const BatchFile& file) const {
+  fs::path path = fs::path(folder_) / file.name;
+  if (!ending_.empty() && options_.keepEnding) path += ending_;
+  if (!ending_.empty() && !options_.keepEnding) path.replace_extension(ending_);
   return path.string();
 }
 
-std::string DoubledName(const std::string& folder, const std::vector<BatchFile>& files,
-                        const std::string& ending) {
-  std::set<std::string> names;
+std::string BatchOutputs::Problem(const std::vector<BatchFile>& files) const {
+  Inputs inputs;
+  for (const BatchFile& file : files) inputs.Add(file.path);
+  std::map<std::string, const BatchFile*> names;
   for (const BatchFile& file : files) {
-    fs::path name = file.name;
-    if (!ending.empty()) name.replace_extension(ending);
-    if (!names.insert(name.string()).second) return (fs::path(folder) / name).string();
+    if (!file.problem.empty()) continue;
+    const std::string name = NameOf(file);
+    const auto [other, isNew] = names.emplace(name, &file);
+    if (!isNew)
+      return "two files would be written to " + name + ": " + other->second->path + " and " + file.path +
+             (ending_.empty() || options_.keepEnding ? "" : "; --keep-ending may tell them apart");
+    if (inputs.Hold(name)) return "an output is an input: " + name;
   }
   return "";
+}
+
+int BatchOutputs::Run(const std::string& command, const std::vector<BatchFile>& files,
+                      const std::function<int(const BatchFile&, const std::string&)>& work) const {
+  if (const std::string problem = Problem(files); !problem.empty()) return Refuse(command, problem);
+  SyncTogether together(folder_);
+  const int code = RunBatch(command, options_, files, {}, [&](const BatchFile& file, std::FILE*) {
+    const std::string output = NameOf(file);
+    std::error_code error;
+    fs::create_directories(fs::path(output).parent_path(), error);
+    return work(file, output);
+  });
+  if (together.Finish()) return code;
+  std::fprintf(stderr, "orbntf: %s: %s: %s\n", command.c_str(), Printable(folder_).c_str(),
+               WordsOfErrno(errno).c_str());
+  return std::max(code, kExitStatus);
 }
 
 }  // namespace tool

@@ -6,6 +6,7 @@
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/check/check_file.h"
 #include "tools/orbntf/commands/batch.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/words.h"
 
 namespace tool {
@@ -22,7 +23,7 @@ void Put(std::FILE* out, const std::string& text) { std::fwrite(text.data(), 1, 
 void Print(std::FILE* out, const std::string& path, const Verdict& verdict, const Verdict* standard,
            const std::vector<Finding>& findings) {
   size_t counts[3] = {};
-  Put(out, Printable(path) + ": " + Printable(verdict.words) + '\n');
+  Put(out, Printable(InputName(path)) + ": " + Printable(verdict.words) + '\n');
   if (standard != nullptr) Put(out, "  by the published standard: " + Printable(standard->words) + '\n');
   for (const Finding& finding : findings) {
     ++counts[static_cast<size_t>(finding.rule->severity)];
@@ -56,11 +57,11 @@ void WriteFinding(JsonText& json, const Finding& finding) {
   json.EndObject();
 }
 
-void PrintJson(std::FILE* out, const std::string& path, const Verdict& verdict, const Verdict* standard,
-               const std::vector<Finding>& findings, bool inArray) {
+std::string JsonOf(const std::string& path, const Verdict& verdict, const Verdict* standard,
+                   const std::vector<Finding>& findings, bool inArray) {
   JsonText json(true, inArray ? 1 : 0);
   json.BeginObject();
-  WriteMember(json, "file", path);
+  WriteMember(json, "file", InputName(path));
   json.Key("status");
   json.Number(verdict.status);
   WriteMember(json, "module", verdict.words);
@@ -70,12 +71,13 @@ void PrintJson(std::FILE* out, const std::string& path, const Verdict& verdict, 
   for (const Finding& finding : findings) WriteFinding(json, finding);
   json.EndArray();
   json.EndObject();
-  Put(out, (inArray ? "  " : "") + json.Text() + (inArray ? "" : "\n"));
+  return (inArray ? "  " : "") + json.Text() + (inArray ? "" : "\n");
 }
 
 // What the module refuses need not be at fault: the findings alone decide, but for a file that cannot be
 // read.
 int CheckFile(const CheckOptions& options, const std::string& path, bool inArray, std::FILE* out) {
+  const WorkAccount account(path);
   const Survey survey(path);
   const Verdict verdict = AskModule(path);
   const std::vector<Finding> findings =
@@ -85,7 +87,7 @@ int CheckFile(const CheckOptions& options, const std::string& path, bool inArray
   const Verdict* standard = asks ? &answer : nullptr;
   if (!options.json && !survey.file.IsOpen()) return Report("check", path, verdict.status, verdict.words);
   if (options.json) {
-    PrintJson(out, path, verdict, standard, findings, inArray);
+    Put(out, JsonOf(path, verdict, standard, findings, inArray));
   } else {
     Print(out, path, verdict, standard, findings);
   }
@@ -111,9 +113,15 @@ int RunCheck(CheckOptions& options, const std::string& folder) {
   if (options.batch.paths.empty()) return Refuse("check", "FILE is required");
   const std::vector<BatchFile> files = FilesOf(options.batch);
   const bool inArray = options.json && files.size() != 1;
-  const BatchFrame frame =
-      inArray ? BatchFrame{files.empty() ? "[" : "[\n", ",\n", files.empty() ? "]\n" : "\n]\n"}
-              : BatchFrame{};
+  BatchFrame frame;
+  if (inArray) frame = {files.empty() ? "[" : "[\n", ",\n", files.empty() ? "]\n" : "\n]\n"};
+  if (options.json)
+    frame.failure = [inArray](const BatchFile& file, const std::string& words) {
+      Verdict verdict;
+      verdict.status = ORB_SHORT_READ;
+      verdict.words = words;
+      return JsonOf(file.path, verdict, nullptr, {}, inArray);
+    };
   return RunBatch("check", options.batch, files, frame, [&](const BatchFile& file, std::FILE* out) {
     return CheckFile(options, file.path, inArray, out);
   });

@@ -4,6 +4,7 @@
 #include "tools/orbntf/commands/compose.h"
 
 #include "tools/orbntf/commands/change.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/words.h"
 
 namespace tool {
@@ -121,10 +122,14 @@ int AddItems(const std::string& name, const std::vector<Item>& items, Document& 
   return kExitOk;
 }
 
-int RunCompose(const std::string& name, const CLI::App& command, const ComposeOptions& options) {
+int RunCompose(const std::string& name, const CLI::App& command, ComposeOptions& options) {
   std::vector<Item> items;
   std::string problem;
   if (!CollectItems(command, options, items, problem)) return Refuse(name, problem);
+  Inputs inputs;
+  if (!options.file.empty()) inputs.Add(options.file = TakeInput(options.file));
+  for (Item& item : items) inputs.Add(item.path = TakeInput(item.path));
+  if (inputs.Hold(options.output)) return Refuse(name, "the output is an input");
   Document document;
   const bool isNew = options.file.empty();
   const int opened = isNew ? Report(name, options.file, document.StartEmpty())

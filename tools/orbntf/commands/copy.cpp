@@ -23,13 +23,11 @@ int RunCopy(const CopyOptions& options) {
   const std::vector<BatchFile> files = FilesOf(options.batch);
   if (options.folder.empty()) {
     if (files.size() != 1) return Refuse("copy", "several files go into a folder: -O");
-    return CopyFile(files[0].path, options.output);
+    return CopyFile(OnlyPath(files), options.output);
   }
-  if (const std::string doubled = DoubledName(options.folder, files, ""); !doubled.empty())
-    return Refuse("copy", "two files would be written to " + doubled);
-  return RunBatch("copy", options.batch, files, {}, [&](const BatchFile& file, std::FILE*) {
-    return CopyFile(file.path, OutputNameIn(options.folder, file, ""));
-  });
+  return BatchOutputs(options.batch, options.folder, "")
+      .Run("copy", files,
+           [](const BatchFile& file, const std::string& output) { return CopyFile(file.path, output); });
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "tools/orbntf/check/rule.h"
 #include "tools/orbntf/document.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/compare.h"
 #include "tools/orbntf/inspect/words.h"
 
@@ -154,7 +155,7 @@ void PrintJson(const DiffOptions& options, const Comparison& comparison) {
 int RunDiff(DiffOptions& options, const std::string& folder) {
   if (const std::string problem = TakeDefinitions(folder, options.definitions); !problem.empty())
     return Refuse("diff", problem);
-  const Survey a(options.a), b(options.b);
+  const Survey a(TakeInput(options.a)), b(TakeInput(options.b));
   for (const Survey* survey : {&a, &b}) {
     if (!survey->file.IsOpen()) return ReportFile("diff", survey->path, ORB_SHORT_READ);
   }

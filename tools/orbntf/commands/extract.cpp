@@ -1,13 +1,17 @@
 // orbntf extract: what a file holds, as it is stored.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 
+#include "Common/Bounds.h"
+#include "hostkit/hostkit.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/check/rule.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/extract/writers.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/records/records.h"
@@ -28,6 +32,7 @@ struct Job {
   std::string bytes;
   std::string form;
   std::string output;
+  const SurveyedPart* whole = nullptr;  // or all of a segment's data
 };
 
 int Fail(const ExtractOptions& options, int32_t status, const std::string& words) {
@@ -40,7 +45,6 @@ bool Write(std::FILE* stream, const std::string& form, const SampleImage& image)
 }
 
 int RunJob(const ExtractOptions& options, const Survey& survey, const Job& job) {
-  if (IsSameFile(options.file, job.output)) return Refuse("extract", "the output is the input");
   SampleImage image;
   if (job.image != nullptr) {
     const ExtractFault fault = ReadSamples(survey, *job.image, options.reduce, image);
@@ -124,6 +128,7 @@ std::string FormOf(const ExtractOptions& options) {
 int ExtractOne(const ExtractOptions& options, const Survey& survey) {
   Job job;
   job.output = options.output;
+  if (Inputs({options.file}).Hold(job.output)) return Refuse("extract", "the output is the input");
   if (const int code = FindPart(options, survey, job); code != kExitOk) return code;
   if (job.image == nullptr && options.reduce != 0) return Refuse("extract", "--reduce is for images");
   job.form = job.image == nullptr ? "" : FormOf(options);
@@ -141,40 +146,107 @@ std::string NameOfTag(const std::string& tag) {
   return name.empty() ? "bytes" : name;
 }
 
-int ExtractAll(const ExtractOptions& options, const Survey& survey) {
-  std::error_code error;
-  std::filesystem::create_directories(options.folder, error);
+// Everything that a file holds as jobs, without the bytes of what stands in the file as it is.
+std::vector<Job> AllJobs(const ExtractOptions& options, const Survey& survey) {
   const RecordDefinitions none;
-  int code = kExitOk;
+  std::vector<Job> jobs;
   uint32_t records = 0;
   for (const SurveyedPart& part : survey.parts) {
     for (TaggedRecord& record : RecordsOf(part, none)) {
       const std::string name =
           "record-" + std::to_string(++records) + "-" + NameOfTag(record.tag) + ".bin";
-      const Job job = {nullptr, std::move(record.bytes), "", options.folder + "/" + name};
-      code = std::max(code, RunJob(options, survey, job));
+      jobs.push_back({nullptr, std::move(record.bytes), "", options.folder + "/" + name});
     }
     for (const KindWord& word : kKinds) {
       if (part.kind != word.kind) continue;
       const bool isImage = part.kind == PartKind::Image;
       const std::string ending = isImage && !options.format.empty() ? options.format : word.ending;
-      const Job job = {
-          isImage ? &part : nullptr, isImage ? "" : survey.Data(part), ending,
-          options.folder + "/" + word.word + "-" + std::to_string(part.index) + "." + ending};
-      code = std::max(code, RunJob(options, survey, job));
+      jobs.push_back({isImage ? &part : nullptr, "", ending,
+                      options.folder + "/" + word.word + "-" + std::to_string(part.index) + "." + ending,
+                      isImage ? nullptr : &part});
     }
   }
-  return code;
+  return jobs;
 }
 
-int RunExtract(const ExtractOptions& options) {
+// Bytes that a job writes, as far as its header tells.
+uint64_t BytesOf(const Job& job) {
+  if (job.whole != nullptr) return job.whole->dataLength;
+  if (job.image == nullptr) return job.bytes.size();
+  const auto side = [&](const char* field) {
+    return static_cast<uint64_t>(std::clamp<int64_t>(job.image->Number(field), 0, INT32_MAX));
+  };
+  const auto bands = static_cast<uint64_t>(std::clamp<int64_t>(job.image->Bands(), 0, 99999));
+  const auto bits = static_cast<uint64_t>(std::clamp<int64_t>(job.image->Number("NBPP"), 1, 64));
+  const CheckedSize samples = CheckedSize(side("NROWS")) * side("NCOLS") * bands;
+  return samples.Within(uint64_t{1} << 56) ? samples.Value() * ((bits + 7) / 8) : uint64_t{1} << 56;
+}
+
+// All that is written is weighed against the file: what is more than it is worth is left out, and said
+// so.
+int ExtractAll(const ExtractOptions& options, const Survey& survey) {
+  constexpr uint64_t kBytes = 1 << 30, kBytesPerByte = 256;
+  constexpr uint64_t kFiles = 4096, kBytesPerFile = 1024;
+  uint64_t bytesLeft = kBytes + kBytesPerByte * survey.file.Size();
+  uint64_t filesLeft = kFiles + survey.file.Size() / kBytesPerFile;
+  std::vector<Job> jobs = AllJobs(options, survey);
+  const Inputs inputs({options.file});
+  for (const Job& job : jobs) {
+    if (inputs.Hold(job.output)) return Refuse("extract", "an output is the input: " + job.output);
+  }
+  std::error_code error;
+  std::filesystem::create_directories(options.folder, error);
+  SyncTogether together(options.folder);
+  int code = kExitOk;
+  size_t leftOut = 0;
+  for (Job& job : jobs) {
+    const uint64_t bytes = BytesOf(job);
+    if (filesLeft == 0 || bytes > bytesLeft) {
+      ++leftOut;
+      continue;
+    }
+    --filesLeft;
+    bytesLeft -= bytes;
+    if (job.whole != nullptr) job.bytes = survey.Data(*job.whole);
+    code = std::max(code, RunJob(options, survey, job));
+    job.bytes.clear();
+  }
+  if (leftOut != 0)
+    code = std::max(code, Fail(options, kHostOverBudget,
+                               std::to_string(leftOut) + " of " + std::to_string(jobs.size()) +
+                                   " parts are left out: together they are more than the file is worth; "
+                                   "extract them one by one"));
+  if (together.Finish()) return code;
+  return std::max(code, Report("extract", options.folder, ORB_SHORT_WRITE, WordsOfErrno(errno)));
+}
+
+// The account of a command: what its file's bytes are worth, and the largest image that it asks for.
+void AllowImages(const ExtractOptions& options, const Survey& survey) {
+  uint64_t pixels = 0;
+  for (const SurveyedPart& part : survey.parts) {
+    if (part.kind != PartKind::Image ||
+        (!options.all && options.part != "image:" + std::to_string(part.index)))
+      continue;
+    const auto side = [&](const char* field) {
+      return static_cast<uint64_t>(std::clamp<int64_t>(part.Number(field), 0, INT32_MAX));
+    };
+    const auto bands = static_cast<uint64_t>(std::clamp<int64_t>(part.Bands(), 1, 16));
+    pixels = std::max(pixels, std::min(side("NROWS") * side("NCOLS"), uint64_t{1} << 40) * bands);
+  }
+  WorkAccount::AllowPixels(pixels);
+}
+
+int RunExtract(ExtractOptions& options) {
   const bool whole =
       options.all && options.part.empty() && options.output.empty() && !options.folder.empty();
   const bool one =
       !options.all && !options.part.empty() && !options.output.empty() && options.folder.empty();
   if (!whole && !one) return Refuse("extract", "give a PART and -o, or --all and -O");
+  options.file = TakeInput(options.file);
+  const WorkAccount account(options.file);
   const Survey survey(options.file);
   if (!survey.file.IsOpen()) return ReportFile("extract", options.file, ORB_SHORT_READ);
+  AllowImages(options, survey);
   return whole ? ExtractAll(options, survey) : ExtractOne(options, survey);
 }
 

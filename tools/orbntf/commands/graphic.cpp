@@ -4,6 +4,7 @@
 #include "host/fileformat.h"
 #include "hostkit/hostkit.h"
 #include "tools/orbntf/document.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/output/picture.h"
 #include "tools/orbntf/tool.h"
@@ -53,7 +54,9 @@ int RunGraphic(GraphicOptions& options) {
   if (options.format != "cgm" && options.format != "svg" && options.format != "png") {
     return Refuse("graphic", "the output's name ends in .cgm, .svg or .png, or --format says which");
   }
-  if (IsSameFile(options.file, options.output)) return Refuse("graphic", "the output is the input");
+  options.file = TakeInput(options.file);
+  if (Inputs({options.file}).Hold(options.output)) return Refuse("graphic", "the output is the input");
+  const WorkAccount account(options.file);
   Document document;
   const int code = OpenEveryVersion("graphic", document, options.file);
   if (options.index >= Orb_NITFGetGraphicHeaderCount(document.get()))

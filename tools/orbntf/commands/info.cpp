@@ -3,6 +3,7 @@
 
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/document.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/document_json.h"
 #include "tools/orbntf/inspect/explain.h"
 #include "tools/orbntf/inspect/words.h"
@@ -22,7 +23,7 @@ void Print(std::FILE* out, const ImageSubheader& image) {
 
 void PrintFileHeader(std::FILE* out, const std::string& path, const NitfFile& document) {
   const FileHeader& header = document.header;
-  std::fprintf(out, "%s: %s %s, complexity %s, \"%s\"\n", Printable(path).c_str(),
+  std::fprintf(out, "%s: %s %s, complexity %s, \"%s\"\n", Printable(InputName(path)).c_str(),
                Shown(header.FHDR.text).c_str(), Shown(header.FVER.text).c_str(),
                Shown(header.CLEVEL.text).c_str(), Shown(header.FTITLE.text).c_str());
   std::fprintf(out, "  dated %s by %s, class %s, %s bytes, background #%02X%02X%02X\n",
@@ -102,16 +103,27 @@ struct InfoOptions {
 
 void PrintJson(std::FILE* out, const std::string& path, const Inspection& file,
                const RecordLists& records, bool onOneLine, bool inArray) {
-  JsonText json(!onOneLine, inArray ? 1 : 0);
-  WriteFile(json, path, file, records);
+  JsonText json(!onOneLine, inArray ? 1 : 0, out);
   if (inArray) std::fputs("  ", out);
+  WriteFile(json, InputName(path), file, records);
   std::fwrite(json.Text().data(), 1, json.Text().size(), out);
   if (!inArray) std::fputc('\n', out);
+}
+
+// The object of a file that was not worked on.
+std::function<std::string(const BatchFile&, const std::string&)> JsonFailure(bool indented,
+                                                                             bool inArray) {
+  return [=](const BatchFile& file, const std::string& words) {
+    JsonText json(indented, inArray ? 1 : 0);
+    WriteFailure(json, InputName(file.path), words);
+    return (inArray ? "  " : "") + json.Text() + (inArray ? "" : "\n");
+  };
 }
 
 int ShowFile(const InfoOptions& options, const std::string& path, bool inArray, std::FILE* out) {
   Inspection file;
   file.Read(path);
+  RequireHostReads(path);
   const RecordLists records(path, *options.definitions);
   if (options.json || options.lines) {
     PrintJson(out, path, file, records, options.lines, inArray);
@@ -129,9 +141,9 @@ int RunInfo(InfoOptions& options, const std::string& folder) {
     return Refuse("info", problem);
   const std::vector<BatchFile> files = FilesOf(options.batch);
   const bool inArray = options.json && !options.lines && files.size() != 1;
-  const BatchFrame frame =
-      inArray ? BatchFrame{files.empty() ? "[" : "[\n", ",\n", files.empty() ? "]\n" : "\n]\n"}
-              : BatchFrame{};
+  BatchFrame frame;
+  if (inArray) frame = {files.empty() ? "[" : "[\n", ",\n", files.empty() ? "]\n" : "\n]\n"};
+  if (options.json || options.lines) frame.failure = JsonFailure(!options.lines, inArray);
   return RunBatch("info", options.batch, files, frame, [&](const BatchFile& file, std::FILE* out) {
     return ShowFile(options, file.path, inArray, out);
   });

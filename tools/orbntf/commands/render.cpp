@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "tools/orbntf/commands/render_rows.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/drawing.h"
 #include "tools/orbntf/inspect/segment_picture.h"
 #include "tools/orbntf/output/output.h"
@@ -28,11 +29,10 @@ bool IsOnCanvas(const RenderOptions& options, uint32_t width, uint32_t height) {
 
 int32_t DrawComposite(const RenderOptions& options, const std::string& file, Output& output) {
   HostFileInfo info = {};
-  LimitWork(file, 0);
   if (const int32_t status = AskFilterSize(file, LoadFlags(options), info); status != ORB_SUCCESS)
     return status;
   if (!IsOnCanvas(options, info.width, info.height)) return ORB_INVALID_PARAMETER;
-  LimitWork(file, uint64_t{info.width} * info.height);
+  WorkAccount::AllowPixels(uint64_t{info.width} * info.height);
   std::FILE* stream = output.Stream();
   if (stream == nullptr) return ORB_SHORT_WRITE;
   RowSink sink(options, info.width, info.height, stream);
@@ -59,7 +59,6 @@ int32_t DrawByStandard(const RenderOptions& options, const std::string& file, Ou
   Document document;
   OwnedBitmap canvas;
   uint32_t width = 0, height = 0;
-  LimitWork(file, 0);
   if (const int32_t status = document.OpenByStandard(file); status != ORB_SUCCESS) return status;
   document.get()->TakeOptions(LoadFlags(options));
   const int32_t status = DrawDocument(file, document, canvas, width, height);
@@ -73,16 +72,17 @@ int32_t DrawImage(const RenderOptions& options, const std::string& file, Output&
   document.get()->liftDarkImages = options.liftDark;
   OwnedBitmap canvas;
   if (const ImageSubheader* image = document.get()->images.At(options.image); image != nullptr)
-    LimitWork(file, image->FullWidth().Value() * image->FullHeight().Value());
+    WorkAccount::AllowPixels(image->FullWidth().Value() * image->FullHeight().Value());
   const int32_t status = DrawImageAlone(*document.get(), options.image, canvas);
   return status == ORB_SUCCESS ? PutBitmap(options, canvas.record, false, output) : status;
 }
 
 int RenderFile(const RenderOptions& options, const std::string& file, const std::string& name) {
-  if (IsSameFile(file, name)) return Refuse("render", "the output is the input");
+  if (Inputs({file}).Hold(name)) return Refuse("render", "the output is the input");
   Output output(name, options.form == PictureForm::Tiff ? Output::Way::ByName : Output::Way::InOrder);
   if (!output.Problem().empty()) return Report("render", name, ORB_SHORT_WRITE, output.Problem());
   errno = 0;
+  const WorkAccount account(file);
   const auto draw = !options.segment.empty() ? &DrawImage
                     : options.standard       ? &DrawByStandard
                                              : &DrawComposite;
@@ -139,14 +139,12 @@ int RunRender(RenderOptions& options) {
   options.progress = files.size() == 1 && isatty(STDERR_FILENO) != 0;
   if (options.folder.empty()) {
     if (files.size() != 1) return Refuse("render", "several files go into a folder: -O");
-    return RenderFile(options, files[0].path, options.output);
+    return RenderFile(options, OnlyPath(files), options.output);
   }
-  const char* ending = EndingOf(options.form);
-  if (const std::string doubled = DoubledName(options.folder, files, ending); !doubled.empty())
-    return Refuse("render", "two files would be written to " + doubled);
-  return RunBatch("render", options.batch, files, {}, [&](const BatchFile& file, std::FILE*) {
-    return RenderFile(options, file.path, OutputNameIn(options.folder, file, ending));
-  });
+  return BatchOutputs(options.batch, options.folder, EndingOf(options.form))
+      .Run("render", files, [&](const BatchFile& file, const std::string& output) {
+        return RenderFile(options, file.path, output);
+      });
 }
 
 }  // namespace
@@ -155,6 +153,7 @@ void AddRender(CLI::App& app, Work& work) {
   auto options = std::make_shared<RenderOptions>();
   CLI::App* command = app.add_subcommand("render", "Draw the composite display into a picture");
   AddBatchOptions(*command, options->batch);
+  AddKeepEnding(*command, options->batch);
   command->add_option("-o,--output", options->output,
                       "OUT.png, OUT.ppm, OUT.jpg, OUT.tif, or - for standard output");
   command->add_option("-O,--output-folder", options->folder, "write a picture for each file there");

@@ -1,13 +1,16 @@
 // orbntf report: pages that tell about files.
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/document.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/output.h"
+#include "tools/orbntf/report/html.h"
 #include "tools/orbntf/report/report.h"
 
 namespace tool {
@@ -30,23 +33,52 @@ int WritePage(const std::string& name, const std::string& page) {
                 output.Problem());
 }
 
-std::string NameOf(const std::string& path) {
-  const size_t slash = path.rfind('/');
-  return slash == std::string::npos ? path : path.substr(slash + 1);
+// Draws and examines a file; its report goes to `out`.
+int ReportFileTo(const ReportOptions& options, const BatchFile& file, const std::string& id,
+                 size_t mostBytes, std::FILE* out) {
+  ReportedFile reported(file.path, id, *options.definitions);
+  if (!reported.survey.file.IsOpen()) return ReportFile("report", file.path, ORB_SHORT_READ);
+  const std::string report = ReportOf(reported, mostBytes);
+  return std::fwrite(report.data(), 1, report.size(), out) == report.size() ? kExitOk : kExitStatus;
 }
 
-// One page about all files.
+// One page about all files. Those that cannot be read, and those that the page has no room for, are told
+// there.
 int WriteOne(const ReportOptions& options, const std::vector<BatchFile>& files) {
+  constexpr size_t kFrame = 64 << 10, kEntry = 512;  // of the page, and of a file's name in it
+  Inputs inputs;
+  for (const BatchFile& file : files) inputs.Add(file.path);
+  if (inputs.Hold(options.output)) return Refuse("report", "the output is the input");
+  const size_t room = (kMostPageBytes - kFrame) / files.size();
+  const size_t most = room - std::min(room, kEntry);
   std::vector<std::string> reports, names;
-  for (const BatchFile& file : files) {
-    if (IsSameFile(file.path, options.output)) return Refuse("report", "the output is the input");
-    ReportedFile reported(file.path, "f" + std::to_string(reports.size() + 1), *options.definitions);
-    if (!reported.survey.file.IsOpen()) return ReportFile("report", file.path, ORB_SHORT_READ);
-    reports.push_back(ReportOf(reported));
-    names.push_back(NameOf(file.path));
+  size_t taken = kFrame, leftOut = 0;
+  const auto work = [&](const BatchFile& file, std::FILE* out) {
+    const std::string id = "f" + std::to_string(&file - files.data() + 1);
+    return ReportFileTo(options, file, id, most, out);
+  };
+  const int code = CollectBatch("report", options.batch, files, work, [&](const BatchResult& result) {
+    const std::string& name = result.file.name;
+    std::string text = result.Text();
+    if (text.empty()) text = Tag("p", "This file could not be read.", "class=\"soft\"");
+    if (taken + text.size() + kEntry > kMostPageBytes) {
+      ++leftOut;
+      return;
+    }
+    taken += text.size() + kEntry;
+    reports.push_back(text);
+    names.push_back(name);
+  });
+  const std::string title = files.size() == 1 ? files[0].name : std::to_string(files.size()) + " files";
+  if (leftOut != 0) {
+    reports.push_back(Tag("p", Counted(leftOut, "more file") + " had no room in this page."));
+    names.push_back("Left out");
+    std::fprintf(stderr, "orbntf: report: %s: no room for %zu files; -O writes a page for each\n",
+                 Printable(options.output).c_str(), leftOut);
   }
-  const std::string title = names.size() == 1 ? names[0] : std::to_string(names.size()) + " files";
-  return WritePage(options.output, PageOf(title, reports, names));
+  if (reports.empty()) return code;
+  const int written = WritePage(options.output, PageOf(title, reports, names));
+  return std::max({code, written, leftOut != 0 ? kExitStatus : kExitOk});
 }
 
 int RunReport(ReportOptions& options, const std::string& folder) {
@@ -55,15 +87,18 @@ int RunReport(ReportOptions& options, const std::string& folder) {
   if (options.output.empty() == options.folder.empty()) return Refuse("report", "give either -o or -O");
   const std::vector<BatchFile> files = FilesOf(options.batch);
   if (files.empty()) return Refuse("report", "there is no file to report of");
-  if (options.folder.empty()) return WriteOne(options, files);
-  if (const std::string doubled = DoubledName(options.folder, files, ".html"); !doubled.empty())
-    return Refuse("report", "two files would be written to " + doubled);
-  return RunBatch("report", options.batch, files, {}, [&](const BatchFile& file, std::FILE*) {
-    ReportedFile reported(file.path, "f1", *options.definitions);
-    if (!reported.survey.file.IsOpen()) return ReportFile("report", file.path, ORB_SHORT_READ);
-    const std::string report = ReportOf(reported), name = NameOf(file.path);
-    return WritePage(OutputNameIn(options.folder, file, ".html"), PageOf(name, {report}, {name}));
-  });
+  if (options.folder.empty()) {
+    // Of one file alone no page is written that says no more than that it cannot be read.
+    if (files.size() == 1 && !Survey(OnlyPath(files)).file.IsOpen())
+      return ReportFile("report", OnlyPath(files), ORB_SHORT_READ);
+    return WriteOne(options, files);
+  }
+  return BatchOutputs(options.batch, options.folder, ".html")
+      .Run("report", files, [&](const BatchFile& file, const std::string& output) {
+        ReportedFile reported(file.path, "f1", *options.definitions);
+        if (!reported.survey.file.IsOpen()) return ReportFile("report", file.path, ORB_SHORT_READ);
+        return WritePage(output, PageOf(file.name, {ReportOf(reported)}, {file.name}));
+      });
 }
 
 }  // namespace
@@ -73,6 +108,7 @@ void AddReport(CLI::App& app, Work& work) {
   CLI::App* command =
       app.add_subcommand("report", "Write a page that tells what is in files, where, and what is wrong");
   AddBatchOptions(*command, options->batch);
+  AddKeepEnding(*command, options->batch);
   command->add_option("-o,--output", options->output, "REPORT.html, or - for standard output");
   command->add_option("-O,--output-folder", options->folder, "write a page for each file there");
   command->callback([&app, &work, options] {

@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "tools/orbntf/commands/compose.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/explain.h"
 
 namespace tool {
@@ -25,10 +26,14 @@ int32_t PlaceImage(Document& document, const Item& item) {
 int32_t AppendPicture(Document& document, const Item& item, std::string& words, std::string& warning) {
   Picture picture;
   if (const int32_t status = picture.Load(item.path); status != ORB_SUCCESS) {
-    words = WhyUnreadable(item.path);
+    words = picture.refusal;
     return status;
   }
   int32_t status = ORB_SUCCESS;
+  if (item.lossless && !picture.whyNotLossless.empty()) {
+    words = "--lossless would lose some of it: " + picture.whyNotLossless;
+    return ORB_UNSUPPORTED;
+  }
   if (item.lossless) {
     if (picture.bits == 16 && picture.channels == 3) {
       words = "colour of 16 bits: the reader shows one band of 16 bits, no more";
@@ -87,11 +92,13 @@ int32_t AppendDrawing(Document& document, const Item& item) {
 }  // namespace
 
 int32_t AppendItem(Document& document, const Item& item, std::string& words, std::string& warning) {
+  if ((words = WhyUnreadable(item.path)); !words.empty())
+    return item.option == "--text" ? ORB_TEXT_NOT_OPENED : ORB_SHORT_READ;
   if (item.option == "--image") return AppendPicture(document, item, words, warning);
-  int32_t status = item.option == "--graphic"
-                       ? AppendDrawing(document, item)
-                       : Orb_NITFAppendTextSegmentA(document.get(), item.path.c_str());
-  if (status != ORB_SUCCESS) words = WhyUnreadable(item.path);
+  const int32_t status = item.option == "--graphic"
+                             ? AppendDrawing(document, item)
+                             : Orb_NITFAppendTextSegmentA(document.get(), item.path.c_str());
+  RequireHostReads(item.path);
   return status;
 }
 

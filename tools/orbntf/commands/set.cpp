@@ -2,6 +2,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/orbntf/commands/change.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {
@@ -13,7 +14,9 @@ struct SetOptions {
   std::vector<std::string> changes;
 };
 
-int RunSet(const SetOptions& options) {
+int RunSet(SetOptions& options) {
+  options.file = TakeInput(options.file);
+  if (Inputs({options.file}).Hold(options.output)) return Refuse("set", "the output is the input");
   Document document;
   if (const int code = OpenDocument("set", document, options.file); code != kExitOk) return code;
   const ChangeContext context = {"set", options.file, options.force};

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "tools/orbntf/document.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
@@ -29,7 +30,8 @@ std::string ForTerminal(std::string_view text) {
   return shown;
 }
 
-int RunText(const TextOptions& options) {
+int RunText(TextOptions& options) {
+  options.file = TakeInput(options.file);
   Document document;
   const int code = OpenEveryVersion("text", document, options.file);
   // Some other segment may be at fault.
@@ -42,7 +44,7 @@ int RunText(const TextOptions& options) {
     status = Orb_NITFGetTextSegment(document.get(), options.index, text.data(), nullptr);
   if (status != ORB_SUCCESS) return ReportFile("text", options.file, status);
   text.resize(length);
-  if (IsSameFile(options.file, options.output)) return Refuse("text", "the output is the input");
+  if (Inputs({options.file}).Hold(options.output)) return Refuse("text", "the output is the input");
   const bool toTerminal = options.output == "-" && isatty(STDOUT_FILENO) != 0;
   if (toTerminal) text = ForTerminal(text);
   Output output(options.output, Output::Way::InOrder);

@@ -6,9 +6,11 @@
 
 #include <jpeglib.h>
 
+#include "hostkit/hostkit.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/check/jpeg_stream.h"
 #include "tools/orbntf/extract/decoders.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 namespace {
@@ -141,6 +143,10 @@ class JpegBlocks {
     const bool keepsAll = facts.scans > 1 || facts.IsProgressive();
     if (keepsAll && 2 * uint64_t{facts.width} * facts.height * facts.components > kMostCoefficientBytes)
       return {ORB_UNSUPPORTED, where + " takes more memory than its blocks are worth"};
+    constexpr uint64_t kDecodeCost = 8, kScanCost = 3;  // nanoseconds a sample
+    if (!WorkAccount::Take((kDecodeCost + kScanCost * facts.scans) * facts.width * facts.height *
+                           facts.components))
+      return {kHostOverBudget, MeaningOf(kHostOverBudget)};
     decoded_ = {};
     const bool isWide = facts.precision > 8 || facts.IsLossless();
     if (isWide && source_.reduce != 0) return {ORB_UNSUPPORTED, where + " has no smaller picture in it"};

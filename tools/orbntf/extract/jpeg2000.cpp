@@ -7,8 +7,10 @@
 #include <openjpeg.h>
 
 #include "hostkit/fileformat/codestream.h"
+#include "hostkit/hostkit.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/extract/decoders.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 namespace {
@@ -115,6 +117,9 @@ ExtractFault ReadJpeg2000(const SampleSource& source, SampleImage& image) {
   };
   if (ExtractFault fault = CheckSize(image, reduced("NCOLS"), reduced("NROWS")); fault.Met())
     return fault;
+  constexpr uint64_t kDecodeCost = 30;  // nanoseconds a sample
+  if (!WorkAccount::Take(kDecodeCost * reduced("NCOLS") * reduced("NROWS") * image.bands))
+    return {kHostOverBudget, MeaningOf(kHostOverBudget)};
   std::string problem;
   const ImagePtr decoded = Decode(std::string_view(data).substr(start), source, problem);
   if (decoded == nullptr || decoded->numcomps == 0) return {ORB_BAD_STRUCTURE, problem};

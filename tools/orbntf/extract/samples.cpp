@@ -5,9 +5,11 @@
 #include <cstring>
 
 #include "Common/Owning.h"
+#include "hostkit/hostkit.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/check/rule.h"
 #include "tools/orbntf/extract/decoders.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 namespace {
@@ -103,6 +105,9 @@ ExtractFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height
 
 ExtractFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height) {
   if (ExtractFault fault = CheckSize(image, width, height); fault.Met()) return fault;
+  constexpr uint64_t kSampleCost = 6;  // nanoseconds
+  if (!WorkAccount::Take(kSampleCost * width * height * image.bands))
+    return {kHostOverBudget, MeaningOf(kHostOverBudget)};
   image.width = static_cast<uint32_t>(width);
   image.height = static_cast<uint32_t>(height);
   image.samples.assign(image.PixelBytes() * image.width * image.height, 0);

@@ -8,7 +8,8 @@
 #include <cstring>
 
 #include <png.h>
-#include <tiffio.h>
+
+#include "tools/orbntf/output/tiff_file.h"
 
 namespace tool {
 namespace {
@@ -103,11 +104,7 @@ std::string WhyNotAs(const std::string& form, const SampleImage& image) {
 
 bool WriteTiff(std::FILE* file, const SampleImage& image) {
   constexpr uint64_t kMostClassic = uint64_t{4000} << 20;
-  TIFFSetErrorHandler(nullptr);
-  TIFFSetWarningHandler(nullptr);
-  const int fd = dup(fileno(file));
-  TIFF* tiff =
-      fd < 0 ? nullptr : TIFFFdOpen(fd, "samples", image.samples.size() > kMostClassic ? "w8" : "w");
+  TIFF* tiff = OpenTiffFile(dup(fileno(file)), image.samples.size() > kMostClassic ? "w8" : "w");
   if (tiff == nullptr) return false;
   bool good = SetTags(tiff, image);
   std::vector<uint8_t> row;
@@ -127,6 +124,32 @@ namespace {
 void Jump(png_structp png, png_const_charp) { png_longjmp(png, 1); }
 void Drop(png_structp, png_const_charp) {}
 
+// Luminance and two colour differences of full range as red, green and blue of the same depth (ITU-R
+// BT.601).
+void ToRedGreenBlue(const SampleImage& image, uint16_t (&pixel)[3]) {
+  const double most = static_cast<double>((uint64_t{1} << image.bits) - 1);
+  const double middle = static_cast<double>(uint64_t{1} << (image.bits - 1));
+  const double y = pixel[0], cb = pixel[1] - middle, cr = pixel[2] - middle;
+  const double colours[] = {y + 1.402 * cr, y - 0.344136 * cb - 0.714136 * cr, y + 1.772 * cb};
+  for (size_t c = 0; c < 3; ++c)
+    pixel[c] = static_cast<uint16_t>(std::clamp(colours[c] + 0.5, 0.0, most));
+}
+
+bool HasColourDifferences(const SampleImage& image) {
+  return image.bands == 3 && image.representation == "YCbCr601" && image.bits > 1;
+}
+
+void ShowColours(const SampleImage& image, std::vector<uint8_t>& row) {
+  for (size_t at = 0; at < row.size(); at += 3 * size_t{image.sampleBytes}) {
+    uint16_t pixel[3] = {};
+    for (size_t c = 0; c < 3; ++c)
+      std::memcpy(&pixel[c], &row[at + c * image.sampleBytes], image.sampleBytes);
+    ToRedGreenBlue(image, pixel);
+    for (size_t c = 0; c < 3; ++c)
+      std::memcpy(&row[at + c * image.sampleBytes], &pixel[c], image.sampleBytes);
+  }
+}
+
 // What is set up before the first row; the arrays live as long as the writing.
 struct PngParts {
   int colourType = PNG_COLOR_TYPE_GRAY;
@@ -143,7 +166,12 @@ PngParts Describe(const SampleImage& image) {
   if (image.bands == 3) parts.colourType = PNG_COLOR_TYPE_RGB;
   const auto value = static_cast<uint16_t>(image.noData.value_or(0));
   parts.hasNoData = image.noData.has_value();
-  parts.noData.gray = parts.noData.red = parts.noData.green = parts.noData.blue = value;
+  uint16_t colours[3] = {value, value, value};
+  if (HasColourDifferences(image)) ToRedGreenBlue(image, colours);
+  parts.noData.gray = value;
+  parts.noData.red = colours[0];
+  parts.noData.green = colours[1];
+  parts.noData.blue = colours[2];
   if (!HasPalette(image) || image.bits > 8) return parts;
   parts.colourType = PNG_COLOR_TYPE_PALETTE;
   // Every value that a sample can have has an entry.
@@ -174,6 +202,7 @@ bool Encode(png_structp png, png_infop info, std::FILE* file, const SampleImage&
   if (image.sampleBytes == 2 && std::endian::native == std::endian::little) png_set_swap(png);
   for (uint32_t y = 0; y < image.height; ++y) {
     TakeRow(image, y, row);
+    if (HasColourDifferences(image)) ShowColours(image, row);
     png_write_row(png, row.data());
   }
   png_write_end(png, info);

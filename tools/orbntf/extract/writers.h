@@ -16,7 +16,8 @@ std::string WhyNotAs(const std::string& form, const SampleImage& image);
 /// TIFF has the samples' depth, but 12 bits in 16, with the greatest value told; tables as palette; the
 /// value of pixels that a mask leaves out as no-data value.
 bool WriteTiff(std::FILE* file, const SampleImage& image);
-/// PNG has 12 bits in 16, unscaled, as its significant bits tell.
+/// PNG shows luminance and colour differences (YCbCr601) as colours, and has 12 bits in 16, unscaled, as
+/// its significant bits tell.
 bool WritePng(std::FILE* file, const SampleImage& image);
 /// Samples side by side in pixels, rows from the top: big-endian, samples of less than 8 bits a byte
 /// each, those of 12 bits two.

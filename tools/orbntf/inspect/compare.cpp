@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "Common/Owning.h"
-#include "hostkit/hostkit.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/drawing.h"
 
 namespace tool {
@@ -31,13 +31,23 @@ void CompareTexts(const std::string& part, const Texts& a, const Texts& b,
 }
 
 // Areas of records are compared record by record.
-Texts FieldsOf(const SurveyedPart* part) {
-  Texts texts;
-  for (size_t i = 0; part != nullptr && i < part->fields.size(); ++i) {
-    if (!HoldsRecords(part->fields[i].name))
-      texts.emplace_back(part->fields[i].name, part->fields[i].text);
-  }
-  return texts;
+void CompareFields(const SurveyedPart& a, const SurveyedPart& b,
+                   std::vector<TextDifference>& differences) {
+  const auto note = [&](const std::string& name, const auto& first, const auto& second) {
+    const auto text = [](const std::optional<SurveyedField>& field) {
+      return field ? std::optional(std::string(field->text)) : std::nullopt;
+    };
+    differences.push_back({a.Title(), name, text(first), text(second)});
+  };
+  a.ForEachField([&](const SurveyedField& field) {
+    if (HoldsRecords(field.name)) return;
+    const std::optional<SurveyedField> other = b.Find(field.name);
+    if (!other || other->text != field.text) note(field.name, std::optional(field), other);
+  });
+  b.ForEachField([&](const SurveyedField& field) {
+    if (!HoldsRecords(field.name) && !a.Has(field.name))
+      note(field.name, std::optional<SurveyedField>(), std::optional(field));
+  });
 }
 
 Texts RecordTexts(const SurveyedPart* part, const RecordDefinitions& definitions) {
@@ -77,7 +87,7 @@ void ComparePart(const Survey& a, const SurveyedPart* first, const Survey& b, co
          second != nullptr ? std::optional(second->dataLength) : std::nullopt, std::nullopt});
     return;
   }
-  CompareTexts(title, FieldsOf(first), FieldsOf(second), comparison.fields);
+  CompareFields(*first, *second, comparison.fields);
   CompareTexts(title, RecordTexts(first, definitions), RecordTexts(second, definitions),
                comparison.records);
   if (first->kind == PartKind::File) return;
@@ -89,7 +99,7 @@ void ComparePart(const Survey& a, const SurveyedPart* first, const Survey& b, co
 
 int32_t Draw(const std::string& path, OwnedBitmap& canvas) {
   Document document;
-  LimitWork(path, 0);
+  const WorkAccount account(path);
   if (const int32_t status = document.Open(path); status != ORB_SUCCESS) return status;
   uint32_t width = 0, height = 0;
   return DrawDocument(path, document, canvas, width, height);
@@ -119,8 +129,9 @@ PixelDifference ComparePixels(const std::string& a, const std::string& b) {
   PixelDifference pixels;
   OwnedBitmap first, second;
   pixels.statusA = Draw(a, first);
+  RequireHostReads(a);
   pixels.statusB = Draw(b, second);
-  HostkitLiftWorkLimit();
+  RequireHostReads(b);
   if (!pixels.BothDraw()) return pixels;
   pixels.widthA = first.record.width, pixels.heightA = first.record.height;
   pixels.widthB = second.record.width, pixels.heightB = second.record.height;

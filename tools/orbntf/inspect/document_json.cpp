@@ -240,4 +240,28 @@ void WriteFile(JsonText& json, const std::string& path, const Inspection& file,
   json.EndObject();
 }
 
+void WriteFailure(JsonText& json, const std::string& path, const std::string& words) {
+  json.BeginObject();
+  WriteNumber(json, "formatVersion", kFormatVersion);
+  json.Key("file");
+  json.String(path);
+  WriteNumber(json, "status", ORB_SHORT_READ);
+  json.Key("statusText");
+  json.String(words);
+  json.Key("canvas");
+  json.BeginObject();
+  WriteNumber(json, "width", 0);
+  WriteNumber(json, "height", 0);
+  json.EndObject();
+  json.Key("fileHeader");
+  json.BeginObject();
+  json.EndObject();
+  for (const char* list : {"images", "graphics", "texts", "dataExtensions"}) {
+    json.Key(list);
+    json.BeginArray();
+    json.EndArray();
+  }
+  json.EndObject();
+}
+
 }  // namespace tool

@@ -38,4 +38,7 @@ class RecordLists {
 void WriteFile(JsonText& json, const std::string& path, const Inspection& file,
                const RecordLists& records);
 
+/// What stands for a file that was not worked on, in the same form.
+void WriteFailure(JsonText& json, const std::string& path, const std::string& words);
+
 }  // namespace tool

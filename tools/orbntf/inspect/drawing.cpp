@@ -38,10 +38,10 @@ int32_t LoadThroughFilter(const std::string& path, uint32_t flags, HostRowCallba
 
 int32_t DrawDocument(const std::string& path, Document& document, OwnedBitmap& canvas, uint32_t& width,
                      uint32_t& height) {
-  LimitWork(path, 0);
+  const WorkAccount account(path);
   const int32_t status = GetActual_Width_Height(document.get(), &width, &height);
   if (status != ORB_SUCCESS) return status;
-  LimitWork(path, uint64_t{width} * height);
+  WorkAccount::AllowPixels(uint64_t{width} * height);
   return Orb_NtfRenderBitmap(&canvas.record, document.get());
 }
 

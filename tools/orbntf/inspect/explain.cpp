@@ -90,7 +90,7 @@ std::string WhyUnreadable(const std::string& path) {
   struct stat status;
   if (stat(path.c_str(), &status) != 0) return errno == ENOENT ? "no such file" : WordsOfErrno(errno);
   if (S_ISDIR(status.st_mode)) return "is a folder";
-  if (!S_ISREG(status.st_mode)) return "";
+  if (!S_ISREG(status.st_mode)) return "is no regular file";
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return WordsOfErrno(errno);
   close(fd);

@@ -1,5 +1,6 @@
 #include "tools/orbntf/inspect/json_text.h"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 
@@ -15,6 +16,11 @@ void JsonText::NewLine() {
 
 // What stands in front of a value or key.
 void JsonText::Next() {
+  constexpr size_t kPiece = 256 << 10;
+  if (sink_ != nullptr && text_.size() >= kPiece) {
+    (void)std::fwrite(text_.data(), 1, text_.size(), sink_);
+    text_.clear();
+  }
   if (behindKey_) {
     behindKey_ = false;
     return;
@@ -98,10 +104,12 @@ void JsonText::Number(int64_t value) {
 void JsonText::Real(double value) {
   if (!std::isfinite(value)) return Null();
   Next();
-  char digits[32];
-  std::snprintf(digits, sizeof digits, "%.12g", value);
+  // The shortest text that reads back as the same number.
+  char buffer[32];
+  const std::to_chars_result end = std::to_chars(buffer, std::end(buffer), value);
+  const std::string_view digits(buffer, static_cast<size_t>(end.ptr - buffer));
   text_ += digits;
-  if (std::string_view(digits).find_first_of(".e") == std::string_view::npos) text_ += ".0";
+  if (digits.find_first_of(".e") == std::string_view::npos) text_ += ".0";
 }
 
 void JsonText::Null() {

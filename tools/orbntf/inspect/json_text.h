@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -10,8 +11,10 @@ namespace tool {
 /// Builds a JSON text of objects and arrays. Members and elements come in order; nothing is kept of them.
 class JsonText {
  public:
-  /// Indented by two spaces a level, the first of which is `level`; or all on one line.
-  explicit JsonText(bool indented, size_t level = 0) : indented_(indented), level_(level) {}
+  /// Indented by two spaces a level, the first of which is `level`; or all on one line. With a sink the
+  /// text goes there piece by piece, and Text is what has not gone yet.
+  explicit JsonText(bool indented, size_t level = 0, std::FILE* sink = nullptr)
+      : indented_(indented), level_(level), sink_(sink) {}
 
   void BeginObject() { Open('{'); }
   void EndObject() { Close('}'); }
@@ -39,6 +42,7 @@ class JsonText {
 
   bool indented_;
   size_t level_;
+  std::FILE* sink_;
   std::string text_;
   size_t depth_ = 0;
   bool isFirst_ = true;

@@ -1,10 +1,9 @@
 #include "tools/orbntf/inspect/load.h"
 
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 #include "hostkit/hostkit.h"
+#include "tools/orbntf/inputs.h"
 
 namespace tool {
 namespace {
@@ -42,14 +41,6 @@ int32_t LoadByHost(const std::string& bytes, Picture& picture) {
 
 }  // namespace
 
-bool ReadFile(const std::string& path, std::string& bytes) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  bytes = text.str();
-  return file.good();
-}
-
 bool IsTakeable(const Picture& picture) {
   KernelBitmap bitmap;
   KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 0);
@@ -59,11 +50,7 @@ bool IsTakeable(const Picture& picture) {
   return taken;
 }
 
-int32_t Picture::Load(const std::string& path) {
-  constexpr int32_t kUnreadable = -7;
-  std::string bytes;
-  return ReadFile(path, bytes) ? LoadBytes(bytes) : kUnreadable;
-}
+int32_t Picture::Load(const std::string& path) { return LoadBytes(ReadWhole(path)); }
 
 int32_t Picture::LoadBytes(const std::string& bytes) {
   for (const auto load : {&LoadPng, &LoadTiff, &LoadNetpbm}) {
@@ -89,9 +76,7 @@ int32_t Bitmap::Take(const Picture& picture) {
 }
 
 int32_t DrawingHolder::Load(const std::string& path) {
-  constexpr int32_t kUnreadable = -7;
-  std::string bytes;
-  if (!ReadFile(path, bytes)) return kUnreadable;
+  const std::string bytes = ReadWhole(path);
   HostLoadOptions options;
   FileFormatDefaultLoadOptions(&options, kLoadOptionsSize);
   options.flags |= kLoadFlagsAlways;

@@ -12,9 +12,12 @@ namespace tool {
 struct Picture {
   uint32_t width = 0, height = 0, channels = 1, bits = 8;
   bool lostAlpha = false;  ///< blended with white, or left out of deep TIFF samples
+  std::string refusal;  ///< why a file that is known is not loaded, where more than the status is known
+  std::string whyNotLossless;  ///< what of the file the samples leave out; empty for nothing
   std::vector<uint8_t> samples;
 
-  /// Loads a PNG, JPEG, TIFF, PPM or PGM file, or whatever else the host decodes. A host status.
+  /// Loads a PNG, JPEG, TIFF, PPM or PGM file, or whatever else the host decodes. A host status;
+  /// ReadError when the file cannot be read.
   int32_t Load(const std::string& path);
   int32_t LoadBytes(const std::string& bytes);
 };
@@ -42,13 +45,11 @@ class DrawingHolder {
   ~DrawingHolder() { VectorFree(&handle); }
   DrawingHolder(const DrawingHolder&) = delete;
   DrawingHolder& operator=(const DrawingHolder&) = delete;
-  /// Loads a CGM file. A host status.
+  /// Loads a CGM file. A host status; ReadError when the file cannot be read.
   int32_t Load(const std::string& path);
   VectorHandle handle{};
 };
 
-/// All bytes of a file; false when it cannot be read.
-bool ReadFile(const std::string& path, std::string& bytes);
 /// Samples of a file that begins like one of a kind; kHostNotRecognised for another.
 int32_t LoadPng(const std::string& bytes, Picture& picture);
 int32_t LoadTiff(const std::string& bytes, Picture& picture);

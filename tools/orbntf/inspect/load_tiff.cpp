@@ -56,6 +56,37 @@ int32_t ReadShownPixels(TIFF* tiff, Picture& picture) {
   return kHostOk;
 }
 
+struct TiffForm {
+  uint16_t bits, samples, photometric, planar, format;
+};
+
+// What of a file its picture leaves out, so that it is not stored as it is.
+std::string WhyNotLossless(TIFF* tiff, const TiffForm& form) {
+  const bool isColour = form.photometric == PHOTOMETRIC_RGB;
+  const bool isGrey =
+      form.photometric == PHOTOMETRIC_MINISBLACK || form.photometric == PHOTOMETRIC_MINISWHITE;
+  if (TIFFNumberOfDirectories(tiff) > 1) return "it has several pages, of which one would be stored";
+  if (form.format != SAMPLEFORMAT_UINT && form.format != SAMPLEFORMAT_VOID)
+    return "its samples are not unsigned whole numbers";
+  if (form.bits > 8 && (form.bits != 16 || TIFFIsTiled(tiff) != 0 || form.planar != PLANARCONFIG_CONTIG ||
+                        form.photometric == PHOTOMETRIC_MINISWHITE))
+    return "its samples of " + std::to_string(form.bits) +
+           " bits stand in tiles, in planes or in other ways that are not taken";
+  if (!isColour && !isGrey && form.photometric != PHOTOMETRIC_PALETTE &&
+      form.photometric != PHOTOMETRIC_YCBCR)
+    return "its colours are neither grey nor red, green and blue";
+  uint16_t extras = 0;
+  uint16_t* kinds = nullptr;
+  TIFFGetFieldDefaulted(tiff, TIFFTAG_EXTRASAMPLES, &extras, &kinds);
+  const bool alpha = extras == 1 && kinds != nullptr &&
+                     (kinds[0] == EXTRASAMPLE_ASSOCALPHA || kinds[0] == EXTRASAMPLE_UNASSALPHA);
+  const int bands = isColour ? 3 : 1;
+  if ((isColour || isGrey) && form.samples - (alpha ? 1 : 0) > bands)
+    return "it has " + std::to_string(form.samples) + " bands, of which " + std::to_string(bands) +
+           " would be stored";
+  return "";
+}
+
 }  // namespace
 
 int32_t LoadTiff(const std::string& bytes, Picture& picture) {
@@ -67,12 +98,22 @@ int32_t LoadTiff(const std::string& bytes, Picture& picture) {
   const TiffPtr tiff = OpenTiff(source);
   if (tiff == nullptr) return kHostBadData;
   uint16_t bits = 1, samples = 1, photometric = PHOTOMETRIC_MINISBLACK, planar = PLANARCONFIG_CONTIG;
+  uint16_t format = SAMPLEFORMAT_UINT;
   TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &picture.width);
   TIFFGetField(tiff.get(), TIFFTAG_IMAGELENGTH, &picture.height);
   TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_BITSPERSAMPLE, &bits);
   TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_SAMPLESPERPIXEL, &samples);
   TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_PLANARCONFIG, &planar);
   TIFFGetField(tiff.get(), TIFFTAG_PHOTOMETRIC, &photometric);
+  TIFFGetFieldDefaulted(tiff.get(), TIFFTAG_SAMPLEFORMAT, &format);
+  picture.whyNotLossless = WhyNotLossless(tiff.get(), {bits, samples, photometric, planar, format});
+  if (bits > 16 || format == SAMPLEFORMAT_IEEEFP || format >= SAMPLEFORMAT_COMPLEXINT) {
+    picture.refusal =
+        "TIFF samples of " + std::to_string(bits) + " bits" +
+        (format == SAMPLEFORMAT_UINT || format == SAMPLEFORMAT_INT ? "" : ", real or complex") +
+        " are not taken: 1 to 16 bits, whole numbers";
+    return kHostUnsupported;
+  }
   if (!IsTakeable(picture)) return kHostNoMemory;
   const bool grey = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE;
   picture.channels = grey ? 1 : 3;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/survey_fields.h"
 
 namespace tool {
@@ -74,7 +75,7 @@ std::string FindReplacement(const FileBytes& file) {
 
 }  // namespace
 
-FileBytes::FileBytes(const std::string& path) {
+FileBytes::FileBytes(const std::string& path) : path_(path) {
   struct stat status;
   descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor_ < 0) return;
@@ -93,14 +94,8 @@ FileBytes::~FileBytes() {
 std::string FileBytes::At(uint64_t offset, uint64_t count) const {
   if (offset >= size_) return "";
   std::string bytes(std::min({count, size_ - offset, kMostAtOnce}), '\0');
-  size_t taken = 0;
-  while (taken < bytes.size()) {
-    const ssize_t got =
-        pread(descriptor_, &bytes[taken], bytes.size() - taken, static_cast<off_t>(offset + taken));
-    if (got <= 0) break;
-    taken += static_cast<size_t>(got);
-  }
-  bytes.resize(taken);
+  if (ReadFrom(descriptor_, bytes.data(), bytes.size(), offset, path_) != bytes.size())
+    throw ReadError(path_, "became shorter while it was read");
   if (offset < front_.size()) front_.copy(bytes.data(), bytes.size(), static_cast<size_t>(offset));
   return bytes;
 }
@@ -147,10 +142,11 @@ bool WaitsForLengths(const FileBytes& file, const std::vector<SurveyedPart>& par
   // A length may really be all nines.
   uint64_t end = header.headerLength;
   for (size_t i = 1; i < parts.size(); ++i) end += parts[i].headerLength + parts[i].dataLength;
-  return end > file.Size() &&
-         std::any_of(header.fields.begin(), header.fields.end(), [](const SurveyedField& field) {
-           return field.name[0] == 'L' && IsPlaceholder(field.text);
-         });
+  bool any = false;
+  header.ForEachField([&](const SurveyedField& field) {
+    any = any || (field.name[0] == 'L' && IsPlaceholder(field.text));
+  });
+  return any && end > file.Size();
 }
 
 uint64_t BigNumber(std::string_view bytes) {

@@ -2,7 +2,9 @@
 // the lengths lead.
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -22,12 +24,13 @@ class FileBytes {
 
   bool IsOpen() const { return descriptor_ >= 0; }
   uint64_t Size() const { return size_; }
-  /// The bytes from an offset on, as many as there are of `count`.
+  /// The bytes from an offset on, as many as there are of `count`. ReadError.
   std::string At(uint64_t offset, uint64_t count) const;
   /// Shows other bytes in place of the first ones.
   void Replace(std::string front) { front_ = std::move(front); }
 
  private:
+  std::string path_;
   int descriptor_ = -1;
   uint64_t size_ = 0;
   std::string front_;
@@ -40,7 +43,7 @@ const char* NameOf(PartKind kind);
 struct SurveyedField {
   std::string name;  ///< the mnemonic, of repeated fields with a number from 1
   uint64_t offset;
-  std::string text;
+  std::string_view text;  ///< within its part's bytes
   const char* meaning;
 };
 
@@ -71,12 +74,19 @@ struct SurveyedPart {
   uint64_t dataOffset = 0, dataLength = 0;  ///< of a segment, as declared
   bool complete = false;                    ///< every field was there
   uint64_t fieldsEnd = 0;                   ///< behind the last field
-  std::vector<SurveyedField> fields;
   std::vector<RecordArea> areas;
   SurveyedMask mask;  ///< of a masked image
 
-  bool Has(const std::string& name) const { return index_.count(name) != 0; }
-  const SurveyedField* Find(const std::string& name) const;
+  /// Every field in file order. Those of bands are a table: there may be a hundred thousand bands.
+  template <class Take>
+  void ForEachField(Take take) const {
+    for (size_t i = 0; i < bandsBehind_; ++i) take(fields_[i]);
+    for (size_t band = 0; band < bands_.size(); ++band) ForEachBandField(band, take);
+    for (size_t i = bandsBehind_; i < fields_.size(); ++i) take(fields_[i]);
+  }
+  size_t FieldCount() const;
+  bool Has(const std::string& name) const { return Find(name).has_value(); }
+  std::optional<SurveyedField> Find(const std::string& name) const;
   /// A field's text; empty where it is not there.
   std::string_view Text(const std::string& name) const;
   /// The same without the spaces behind it.
@@ -91,10 +101,19 @@ struct SurveyedPart {
   const char* SecurityPrefix() const;
   /// Whether an image's data begins with a mask table.
   bool IsMasked() const;
-  void Add(SurveyedField field);
 
  private:
+  friend class FieldTaker;
+
+  // The fields of band `band`, from 0, as far as the bytes go.
+  void ForEachBandField(size_t band, const std::function<void(const SurveyedField&)>& take) const;
+  std::optional<SurveyedField> FindOfBand(const std::string& name) const;
+
+  std::shared_ptr<const std::string> bytes_;  // of the header
+  std::vector<SurveyedField> fields_;         // but those of bands
   std::unordered_map<std::string, size_t> index_;
+  std::vector<uint32_t> bands_;  // where each begins in the bytes
+  size_t bandsBehind_ = 0;       // the fields in front of them
 };
 
 class Survey {

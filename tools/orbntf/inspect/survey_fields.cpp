@@ -8,16 +8,7 @@ namespace {
 void TakeBands(FieldTaker& taker, const SurveyedPart& part) {
   taker.Take(kBandCountLayout);
   if (part.Text("NBANDS") == "0") taker.Take(kManyBandsLayout);
-  for (int64_t band = 1; band <= part.Bands() && !taker.Ended(); ++band) {
-    const std::string number = std::to_string(band);
-    taker.Take(kBandLayout, "", number);
-    const int64_t tables = part.Number("NLUTS" + number);
-    if (tables <= 0) continue;
-    taker.Take(kTableEntriesLayout, "", number);
-    const int64_t entries = part.Number("NELUT" + number);
-    for (int64_t table = 1; table <= tables && entries >= 0 && !taker.Ended(); ++table)
-      taker.TakeWide(kTableLayout, static_cast<uint64_t>(entries), number + "." + std::to_string(table));
-  }
+  taker.TakeBands(part.Bands());
 }
 
 void TakeImage(FieldTaker& taker, const SurveyedPart& part) {
@@ -112,14 +103,57 @@ void TakeOverflow(const FileBytes& file, SurveyedPart& part) {
 
 }  // namespace
 
-const SurveyedField* SurveyedPart::Find(const std::string& name) const {
+std::optional<SurveyedField> SurveyedPart::Find(const std::string& name) const {
   const auto found = index_.find(name);
-  return found != index_.end() ? &fields[found->second] : nullptr;
+  if (found != index_.end()) return fields_[found->second];
+  return bands_.empty() ? std::nullopt : FindOfBand(name);
+}
+
+// A mnemonic with the number of its band, of tables with their own behind a point.
+std::optional<SurveyedField> SurveyedPart::FindOfBand(const std::string& name) const {
+  const size_t digits = std::min(name.find_first_of("0123456789"), name.size());
+  const int64_t number = DigitsOf(std::string_view(name).substr(digits, name.find('.') - digits));
+  if (number < 1 || static_cast<uint64_t>(number) > bands_.size()) return std::nullopt;
+  std::optional<SurveyedField> found;
+  ForEachBandField(static_cast<size_t>(number - 1), [&](const SurveyedField& field) {
+    if (field.name == name) found = field;
+  });
+  return found;
+}
+
+void SurveyedPart::ForEachBandField(size_t band,
+                                    const std::function<void(const SurveyedField&)>& take) const {
+  const std::string_view bytes = *bytes_;
+  const std::string number = std::to_string(band + 1);
+  uint64_t at = bands_[band];
+  const auto next = [&](const LayoutRow& row, uint64_t width, const std::string& suffix) {
+    if (width > bytes.size() - at) return false;
+    const std::string_view text = bytes.substr(static_cast<size_t>(at), static_cast<size_t>(width));
+    take({row.name + suffix, offset + at, text, row.meaning});
+    at += width;
+    return true;
+  };
+  for (const LayoutRow& row : kBandLayout) {
+    if (!next(row, row.width, number)) return;
+  }
+  const int64_t tables = bytes[static_cast<size_t>(at) - 1] - '0';
+  if (tables < 1 || tables > 9 || !next(kTableEntriesLayout, kTableEntriesLayout.width, number)) return;
+  const int64_t entries = DigitsOf(
+      bytes.substr(static_cast<size_t>(at) - kTableEntriesLayout.width, kTableEntriesLayout.width));
+  for (int64_t table = 1; table <= tables && entries >= 0; ++table) {
+    if (!next(kTableLayout, static_cast<uint64_t>(entries), number + "." + std::to_string(table))) return;
+  }
+}
+
+size_t SurveyedPart::FieldCount() const {
+  size_t count = 0;
+  ForEachField([&](const SurveyedField&) { ++count; });
+  return count;
 }
 
 std::string_view SurveyedPart::Text(const std::string& name) const {
-  const SurveyedField* field = Find(name);
-  return field != nullptr ? std::string_view(field->text) : std::string_view();
+  const std::optional<SurveyedField> field = Find(name);
+  return field ? field->text : std::string_view();
 }
 
 std::string_view SurveyedPart::Trimmed(const std::string& name) const { return TrimmedText(Text(name)); }
@@ -145,31 +179,52 @@ bool SurveyedPart::IsMasked() const {
   return compression == "NM" || (!compression.empty() && compression[0] == 'M');
 }
 
-void SurveyedPart::Add(SurveyedField field) {
-  index_.emplace(field.name, fields.size());
-  fields.push_back(std::move(field));
-}
-
 void FieldTaker::Take(Layout rows, const char* prefix, const std::string& suffix) {
   for (const LayoutRow& row : rows) Take(row, prefix, suffix);
 }
 
 void FieldTaker::Take(const LayoutRow& row, const std::string& prefix, const std::string& suffix) {
-  if (ended_ || Left() < row.width) {
-    ended_ = true;
-    return;
-  }
-  part_.Add({prefix + row.name + suffix, part_.offset + at_, bytes_.substr(at_, row.width), row.meaning});
-  at_ += row.width;
+  Add(prefix + row.name + suffix, row.width, row.meaning);
 }
 
 void FieldTaker::TakeWide(const LayoutRow& row, uint64_t width, const std::string& suffix) {
+  Add(row.name + suffix, width, row.meaning);
+}
+
+void FieldTaker::Add(std::string name, uint64_t width, const char* meaning) {
   if (ended_ || Left() < width) {
     ended_ = true;
     return;
   }
-  part_.Add({row.name + suffix, part_.offset + at_, bytes_.substr(at_, width), row.meaning});
+  const std::string_view text = bytes_.substr(static_cast<size_t>(at_), static_cast<size_t>(width));
+  part_.index_.emplace(name, part_.fields_.size());
+  part_.fields_.push_back({std::move(name), part_.offset + at_, text, meaning});
   at_ += width;
+}
+
+int64_t FieldTaker::NumberBehind(uint64_t width) const {
+  return DigitsOf(bytes_.substr(static_cast<size_t>(at_ - width), static_cast<size_t>(width)));
+}
+
+void FieldTaker::TakeBands(int64_t count) {
+  uint64_t bandBytes = 0;
+  for (const LayoutRow& row : kBandLayout) bandBytes += row.width;
+  part_.bandsBehind_ = part_.fields_.size();
+  const auto skip = [this](uint64_t bytes) {
+    ended_ = ended_ || Left() < bytes;
+    if (!ended_) at_ += bytes;
+    return !ended_;
+  };
+  for (int64_t band = 0; band < count && !ended_; ++band) {
+    if (Left() == 0) ended_ = true;
+    if (!ended_) part_.bands_.push_back(static_cast<uint32_t>(at_));
+    if (!skip(bandBytes)) return;
+    const int64_t tables = NumberBehind(1);
+    if (tables <= 0) continue;
+    if (!skip(kTableEntriesLayout.width)) return;
+    const int64_t entries = NumberBehind(kTableEntriesLayout.width);
+    if (entries > 0 && !skip(static_cast<uint64_t>(tables * entries))) return;
+  }
 }
 
 void FieldTaker::TakeArea(const AreaLayout& area) {
@@ -179,8 +234,9 @@ void FieldTaker::TakeArea(const AreaLayout& area) {
   Take(area.overflow);
   const auto wanted = static_cast<uint64_t>(length - area.overflow.width);
   const uint64_t there = std::min(wanted, Left());
-  part_.areas.push_back({area.records.name, part_.offset + at_, bytes_.substr(at_, there), wanted,
-                         std::max<int64_t>(0, part_.Number(area.overflow.name))});
+  part_.areas.push_back({area.records.name, part_.offset + at_,
+                         std::string(bytes_.substr(static_cast<size_t>(at_), static_cast<size_t>(there))),
+                         wanted, std::max<int64_t>(0, part_.Number(area.overflow.name))});
   if (wanted != 0) TakeWide(area.records, wanted);
 }
 

@@ -4,11 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstring>
 #include <filesystem>
 #include <vector>
+
+#include "hostkit/hostkit.h"
 
 namespace tool {
 namespace {
@@ -34,11 +37,56 @@ std::string ResolveLinks(std::string path) {
 void SyncFolder(const std::string& folder) {
   const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
-  (void)fsync(fd);  // the file itself is there already
+  (void)Restarted([fd] { return fsync(fd); });  // the file itself is there already
   close(fd);
 }
 
+int together = 0;  // how many SyncTogether there are
+
+// A stream whose writes go on where a signal broke them off or only some bytes were taken.
+ssize_t WriteThrough(void* cookie, const char* bytes, size_t count) {
+  const int fd = static_cast<int>(reinterpret_cast<intptr_t>(cookie));
+  return WriteAll(fd, bytes, count) ? static_cast<ssize_t>(count) : 0;
+}
+int SeekThrough(void* cookie, off64_t* offset, int whence) {
+  const off64_t at = lseek64(static_cast<int>(reinterpret_cast<intptr_t>(cookie)), *offset, whence);
+  if (at < 0) return -1;
+  *offset = at;
+  return 0;
+}
+int CloseThrough(void* cookie) { return close(static_cast<int>(reinterpret_cast<intptr_t>(cookie))); }
+
+std::FILE* StreamOf(int fd) {
+  const cookie_io_functions_t functions = {nullptr, &WriteThrough, &SeekThrough, &CloseThrough};
+  return fopencookie(reinterpret_cast<void*>(static_cast<intptr_t>(fd)), "w", functions);
+}
+
 }  // namespace
+
+bool WriteAll(int descriptor, const void* bytes, size_t count) {
+  const auto* from = static_cast<const char*>(bytes);
+  while (count > 0) {
+    const ssize_t wrote = Restarted([&] { return write(descriptor, from, count); });
+    if (wrote < 0) return false;
+    from += wrote;
+    count -= static_cast<size_t>(wrote);
+  }
+  return true;
+}
+
+SyncTogether::SyncTogether(const std::string& folder) : folder_(folder) { ++together; }
+
+SyncTogether::~SyncTogether() { --together; }
+
+bool SyncTogether::Finish() {
+  const int fd = open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return errno == ENOENT;  // nothing was written
+  const bool synced = Restarted([fd] { return syncfs(fd); }) == 0;
+  const int error = errno;
+  close(fd);
+  errno = error;
+  return synced;
+}
 
 std::string WordsOfErrno(int error) {
   switch (error) {
@@ -87,7 +135,7 @@ Output::Output(const std::string& path, Way way) : way_(way), target_(path) {
 }
 
 Output::~Output() {
-  if (stream_ != nullptr && stream_ != stdout) (void)std::fclose(stream_);
+  if (stream_ != nullptr) (void)std::fclose(stream_);
 }
 
 bool Output::Fail(const std::string& words) {
@@ -117,9 +165,11 @@ const std::string& Output::Path() {
 
 // What is not replaced: standard output, a FIFO or a device.
 std::FILE* Output::OpenInOrder() {
-  if (target_ == "-") return stdout;
-  const int fd = open(target_.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
-  std::FILE* stream = fd < 0 ? nullptr : fdopen(fd, "wb");
+  if (target_ == "-") (void)std::fflush(stdout);
+  const int fd = Restarted([this] {
+    return target_ == "-" ? dup(STDOUT_FILENO) : open(target_.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+  });
+  std::FILE* stream = fd < 0 ? nullptr : StreamOf(fd);
   if (stream == nullptr) (void)FailByErrno();
   return stream;
 }
@@ -128,7 +178,9 @@ std::FILE* Output::Stream() {
   if (stream_ != nullptr || !problem_.empty()) return stream_;
   if (IsStraight()) return stream_ = OpenInOrder();
   if (!MakeTemporary()) return nullptr;
-  stream_ = std::fopen(temporary_.Path().c_str(), "w+b");
+  const int fd = open(temporary_.Path().c_str(), O_RDWR | O_CLOEXEC);
+  // What is written by name has a stream for its descriptor alone.
+  stream_ = fd < 0 ? nullptr : way_ == Way::InOrder ? StreamOf(fd) : fdopen(fd, "w+b");
   if (stream_ == nullptr) (void)FailByErrno();
   return stream_;
 }
@@ -137,43 +189,51 @@ bool Output::CloseStream() {
   if (stream_ == nullptr) return true;
   std::FILE* stream = stream_;
   if (std::fflush(stream) != 0 || std::ferror(stream) != 0) return FailByErrno();
-  if (stream == stdout) return true;
   stream_ = nullptr;
   return std::fclose(stream) == 0 || FailByErrno();
 }
 
 bool Output::Commit() {
   if (!problem_.empty() || !CloseStream()) return false;
+  if (const int32_t error = HostkitReadError(); error != 0)
+    return Fail("what it is made from cannot be read: " + WordsOfErrno(error));
   if (!inOrder_) return Replace();
   return IsStraight() || SendOn();
 }
 
 bool Output::Replace() {
   if (temporary_.Path().empty()) return Fail("nothing was written");
+  const bool waits = together == 0 || replaces_;
+  if (waits && !Sync()) return false;
+  const auto named = [this] { return rename(temporary_.Path().c_str(), target_.c_str()); };
+  if (Restarted(named) != 0) return FailByErrno();
+  temporary_.Forget();
+  if (waits) SyncFolder(FolderOf(target_));
+  return true;
+}
+
+bool Output::Sync() {
   const int fd = open(temporary_.Path().c_str(), O_RDONLY | O_CLOEXEC);
-  const bool synced = fd >= 0 && fsync(fd) == 0;
+  const bool synced = fd >= 0 && Restarted([fd] { return fsync(fd); }) == 0;
   if (!synced) (void)FailByErrno();
   if (fd >= 0) close(fd);
-  if (!synced) return false;
-  if (rename(temporary_.Path().c_str(), target_.c_str()) != 0) return FailByErrno();
-  temporary_.Forget();
-  SyncFolder(FolderOf(target_));
-  return true;
+  return synced;
 }
 
 // From the file that was written by name to where it belongs.
 bool Output::SendOn() {
-  std::FILE* from = std::fopen(temporary_.Path().c_str(), "rb");
-  if (from == nullptr) return FailByErrno();
+  const int from = open(temporary_.Path().c_str(), O_RDONLY | O_CLOEXEC);
+  if (from < 0) return FailByErrno();
   stream_ = OpenInOrder();
   std::vector<char> piece(256 << 10);
   bool sent = stream_ != nullptr;
-  for (size_t count = 1; sent && count > 0;) {
-    count = std::fread(piece.data(), 1, piece.size(), from);
-    sent = std::fwrite(piece.data(), 1, count, stream_) == count || FailByErrno();
+  for (ssize_t count = 1; sent && count > 0;) {
+    count = Restarted([&] { return read(from, piece.data(), piece.size()); });
+    if (count < 0) sent = Fail("what was written cannot be read: " + WordsOfErrno(errno));
+    const auto bytes = static_cast<size_t>(std::max<ssize_t>(count, 0));
+    if (sent) sent = std::fwrite(piece.data(), 1, bytes, stream_) == bytes || FailByErrno();
   }
-  if (std::ferror(from) != 0) sent = Fail("what was written cannot be read");
-  (void)std::fclose(from);
+  close(from);
   return sent && CloseStream();
 }
 

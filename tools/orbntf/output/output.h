@@ -1,6 +1,7 @@
 // Where a command writes.
 #pragma once
 
+#include <cerrno>
 #include <cstdio>
 #include <string>
 
@@ -38,6 +39,7 @@ class Output {
   bool MakeTemporary();
   bool CloseStream();
   bool Replace();
+  bool Sync();
   bool SendOn();
   bool IsStraight() const { return inOrder_ && way_ == Way::InOrder; }
   std::FILE* OpenInOrder();
@@ -50,6 +52,33 @@ class Output {
   std::string problem_;
   TemporaryFile temporary_;
   std::FILE* stream_ = nullptr;
+};
+
+/// Repeats a call of the system that a signal broke off.
+template <class Call>
+auto Restarted(Call call) {
+  for (;;) {
+    const auto result = call();
+    if (result >= 0 || errno != EINTR) return result;
+  }
+}
+/// Writes all of some bytes; false with errno set.
+bool WriteAll(int descriptor, const void* bytes, size_t count);
+
+/// While there is one, new files get their names before they are on the disk, and Finish puts there what
+/// a folder's file system has, once for all of them. Files that replace others wait for the disk as
+/// always.
+class SyncTogether {
+ public:
+  explicit SyncTogether(const std::string& folder);
+  ~SyncTogether();
+  SyncTogether(const SyncTogether&) = delete;
+  SyncTogether& operator=(const SyncTogether&) = delete;
+  /// False when the disk does not take it, with errno set.
+  bool Finish();
+
+ private:
+  std::string folder_;
 };
 
 /// What errno means, in the words of the tool.

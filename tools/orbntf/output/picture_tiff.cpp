@@ -4,9 +4,8 @@
 #include <algorithm>
 #include <cstring>
 
-#include <tiffio.h>
-
 #include "tools/orbntf/output/picture.h"
+#include "tools/orbntf/output/tiff_file.h"
 
 namespace tool {
 namespace {
@@ -21,9 +20,7 @@ class TiffWriter : public PictureWriter {
         height_(height),
         rows_(stride_ * std::min(height, kTile)),
         tile_(size_t{3} * kTile * kTile) {
-    TIFFSetErrorHandler(nullptr);
-    const int fd = dup(fileno(file));
-    tiff_ = fd < 0 ? nullptr : TIFFFdOpen(fd, "picture", "w8");
+    tiff_ = OpenTiffFile(dup(fileno(file)), "w8");
     if (tiff_ == nullptr) return;
     good_ = TIFFSetField(tiff_, TIFFTAG_IMAGEWIDTH, width) &&
             TIFFSetField(tiff_, TIFFTAG_IMAGELENGTH, height) &&

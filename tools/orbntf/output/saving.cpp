@@ -2,6 +2,7 @@
 // it.
 #include "tools/orbntf/check/check_file.h"
 #include "tools/orbntf/document.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/output/verify.h"
@@ -31,7 +32,7 @@ int SaveSoundly(const std::string& command, Document& document, const std::strin
 
 int SaveAs(const std::string& command, Document& document, const std::string& input,
            const std::string& output) {
-  if (!input.empty() && IsSameFile(input, output)) return Refuse(command, "the output is the input");
+  if (!input.empty() && Inputs({input}).Hold(output)) return Refuse(command, "the output is the input");
   Output file(output);
   if (file.Path().empty()) return Report(command, output, ORB_SHORT_WRITE, file.Problem());
   if (const int code = SaveSoundly(command, document, file.Path(), output); code != kExitOk) return code;

@@ -5,9 +5,30 @@
 
 namespace tool {
 
-/// From here on SIGINT, SIGTERM, SIGHUP, SIGPIPE and SIGXFSZ remove the temporary files that there are
-/// and then end the process as they would have; those that were ignored stay so.
+/// From here on SIGINT, SIGTERM, SIGHUP and SIGPIPE remove the temporary files that there are, end the
+/// processes that were started, and then end this one as they would have; those that were ignored stay
+/// so. A file beyond the limit of its size is an error of the write, not a signal.
 void CatchSignals();
+
+/// A process that does a part of the work: it ends with this one, however that ends.
+class ChildProcess {
+ public:
+  ChildProcess();
+  ~ChildProcess();
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  /// Splits: true in the new process, which has to leave by _exit. `Started` tells whether there is one.
+  bool Fork();
+  bool Started() const { return process_ > 0; }
+  /// Waits for its end; the status as waitpid has it. What temporary files it left are removed.
+  int Wait();
+
+ private:
+  struct Shared;
+  int process_ = -1, entry_ = -1;
+  Shared* shared_;
+};
 
 /// A new file of a name of its own, removed with its owner or by a signal.
 class TemporaryFile {

@@ -151,10 +151,9 @@ std::string FindFault(NitfHandle document, const std::string& path) {
   uint64_t pixels = 0;
   for (const ImageSubheader& image : written.get()->images)
     pixels = std::max(pixels, image.FullWidth().Value() * image.FullHeight().Value());
-  LimitWork(path, pixels);
-  std::string fault = FindSegmentFaults(*document, *written.get(), size);
-  HostkitLiftWorkLimit();
-  return fault;
+  const WorkAccount account(path);
+  WorkAccount::AllowPixels(pixels);
+  return FindSegmentFaults(*document, *written.get(), size);
 }
 
 }  // namespace tool

@@ -5,7 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tools/orbntf/inspect/load.h"
+#include "tools/orbntf/inputs.h"
 
 namespace tool {
 namespace {
@@ -138,9 +138,8 @@ std::string RecordDefinitions::AddFolder(const std::string& folder) {
   if (error) return folder + ": " + error.message();
   std::sort(paths.begin(), paths.end());
   for (const std::string& path : paths) {
-    std::string text, problem;
-    if (!ReadFile(path, text)) return path + ": cannot be read";
-    auto definition = ParseDefinition(text, problem);
+    std::string problem;
+    auto definition = ParseDefinition(ReadWhole(path), problem);
     if (!definition) return problem.insert(0, path + ": ");
     definitions_.insert_or_assign(definition->tag, std::move(*definition));
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "orbntf/orbntf.h"
+#include "tools/orbntf/output/picture.h"
 #include "tools/orbntf/report/html.h"
 #include "tools/orbntf/report/report.h"
 #include "tools/orbntf/tool.h"
@@ -64,6 +65,23 @@ std::string Choice(const std::string& type, const std::string& name, const char*
                           (checked ? " checked" : "") + "> " + words);
 }
 
+// A picture of which squares of so many pixels are one.
+Composite Shrunk(const Composite& composite, uint32_t factor) {
+  if (factor == 1 || composite.pixels.rgb.empty()) return composite;
+  Composite small = composite;
+  const Pixels& from = composite.pixels;
+  small.pixels = {(from.width + factor - 1) / factor, (from.height + factor - 1) / factor, {}};
+  BoxScaler scaler(from.width, from.height, factor);
+  for (uint32_t y = 0; y < from.height; ++y) {
+    const uint8_t* row = scaler.Take(&from.rgb[size_t{y} * from.width * 3]);
+    if (row == nullptr) continue;
+    // The scaler turns the order of the colours round, which stand the right way already.
+    for (uint32_t x = 0; x < small.pixels.width; ++x, row += 3)
+      small.pixels.rgb.insert(small.pixels.rgb.end(), {row[2], row[1], row[0]});
+  }
+  return small;
+}
+
 bool AreSame(const Composite& a, const Composite& b) {
   return a.status == b.status && a.width == b.width && a.height == b.height &&
          a.pixels.rgb == b.pixels.rgb;
@@ -71,7 +89,10 @@ bool AreSame(const Composite& a, const Composite& b) {
 
 }  // namespace
 
-std::string PictureSection(const ReportedFile& file, const Composite& module, const Composite& standard) {
+std::string PictureSection(const ReportedFile& file, const PageDetail& detail) {
+  if (detail.shrink == 0) return "";
+  const Composite module = Shrunk(file.module, detail.shrink),
+                  standard = Shrunk(file.standard, detail.shrink);
   const bool same = AreSame(module, standard);
   const std::string name = file.id + "-view";
   std::string choices;

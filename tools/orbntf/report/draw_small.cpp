@@ -4,6 +4,7 @@
 #include "Common/DisplayList.h"
 #include "Common/HandlGfx.h"
 #include "hostkit/hostkit.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/drawing.h"
 #include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/picture.h"
@@ -75,7 +76,7 @@ void AddOutlines(const NitfFile& document, const Survey& survey, Composite& comp
 Composite DrawSmall(const std::string& path, const Survey& survey, bool byStandard) {
   Composite composite;
   Document document;
-  LimitWork(path, 0);
+  const WorkAccount account(path);
   composite.status = byStandard ? document.OpenByStandard(path) : document.Open(path);
   if (composite.status == ORB_SUCCESS) {
     OwnedBitmap canvas;
@@ -83,7 +84,7 @@ Composite DrawSmall(const std::string& path, const Survey& survey, bool byStanda
     if (composite.status == ORB_SUCCESS) composite.pixels = Scaled(canvas.record);
     AddOutlines(*document.get(), survey, composite);
   }
-  HostkitLiftWorkLimit();
+  RequireHostReads(path);
   return composite;
 }
 

@@ -30,15 +30,16 @@ std::vector<Stretch> StretchesOf(const Survey& survey) {
 
 }  // namespace
 
-std::string LayoutSection(const ReportedFile& file) {
-  constexpr size_t kMostRows = 400;
+std::string LayoutSection(const ReportedFile& file, const PageDetail& detail) {
+  const size_t most = std::min<size_t>(400, detail.allRows);
+  if (most == 0) return "";
   const std::vector<Stretch> stretches = StretchesOf(file.survey);
   uint64_t whole = 1;
   for (const Stretch& stretch : stretches) whole = std::max(whole, stretch.offset + stretch.length);
   std::string bar, rows;
   size_t count = 0;
   for (const Stretch& stretch : stretches) {
-    if (++count > kMostRows) break;
+    if (++count > most) break;
     const double share = 100.0 * static_cast<double>(stretch.length) / static_cast<double>(whole);
     const std::string colour = "k" + std::to_string(stretch.colour);
     bar += Tag("span", "",
@@ -47,8 +48,8 @@ std::string LayoutSection(const ReportedFile& file) {
     rows += TableRow({"<span class=\"swatch " + colour + "\"></span>" + Escaped(stretch.name),
                       Grouped(stretch.offset), Grouped(stretch.length), Fixed(share, 1) + " %"});
   }
-  if (stretches.size() > kMostRows)
-    rows += TableRow({"…", std::to_string(stretches.size() - kMostRows) + " more", "", ""});
+  if (stretches.size() > most)
+    rows += TableRow({"…", std::to_string(stretches.size() - most) + " more", "", ""});
   return Section(
       file.id + "-layout", "Bytes",
       Tag("div", bar,

@@ -150,17 +150,15 @@ Pixels PictureOf(const SampleImage& image, uint32_t side) {
   return pixels;
 }
 
-std::string DrawingUri(const std::string& path, uint32_t index) {
+std::string DrawingUri(const Survey& survey, const SurveyedPart& part) {
   constexpr int32_t kSide = 480;
   DrawingHolder drawing;
   MemoryFile memory;
-  const Survey survey(path);
-  const SurveyedPart* part = survey.Find(PartKind::Graphic, index);
-  if (part == nullptr || memory.Stream() == nullptr) return "";
+  if (memory.Stream() == nullptr) return "";
   HostLoadOptions options = {};
   FileFormatDefaultLoadOptions(&options, kLoadOptionsSize);
   options.flags |= kLoadFlagsAlways;
-  const std::string data = survey.Data(*part);
+  const std::string data = survey.Data(part);
   if (data.empty() ||
       FileFormatLoadDrawingMemory(data.data(), &drawing.handle, static_cast<uint32_t>(data.size()),
                                   &options, 0) != ORB_SUCCESS)

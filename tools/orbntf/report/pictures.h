@@ -41,7 +41,7 @@ Composite DrawSmall(const std::string& path, const Survey& survey, bool byStanda
 /// An image's samples as a picture of at most `side` pixels a side, scaled to 8 bits.
 Pixels PictureOf(const SampleImage& image, uint32_t side);
 /// A graphic's drawing as a data URI; empty where there is none.
-std::string DrawingUri(const std::string& path, uint32_t index);
+std::string DrawingUri(const Survey& survey, const SurveyedPart& part);
 /// How far a picture of `side` pixels may be reduced by its codec.
 uint32_t ReduceFor(const SurveyedPart& part, uint32_t side);
 

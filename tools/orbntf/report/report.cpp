@@ -1,6 +1,6 @@
 #include "tools/orbntf/report/report.h"
 
-#include <filesystem>
+#include <algorithm>
 
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/report/html.h"
@@ -42,27 +42,62 @@ std::string Head(const ReportedFile& file) {
   return Section(file.id + "-summary", "Summary", Tag("dl", facts, "class=\"facts\""));
 }
 
-void Replace(std::string& text, const std::string& mark, const std::string& by) {
-  for (size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at + by.size()))
-    text.replace(at, mark.size(), by);
+std::string Assemble(const ReportedFile& file, const PageDetail& detail, bool isShortened) {
+  const std::string note =
+      isShortened ? Tag("p", "Less of this file is shown than there is, so that the page stays small.",
+                        "class=\"soft\"")
+                  : "";
+  return Head(file) + note + FindingsSection(file, detail) + PictureSection(file, detail) +
+         SegmentsSection(file, detail) + LocationSection(file) + TextsSection(file, detail) +
+         RecordsSection(file, detail) + FieldsSection(file, detail) + LayoutSection(file, detail);
+}
+
+// A template with its marks replaced. What stands for them is not looked at for marks again: a file may
+// be named like one.
+std::string Filled(std::string_view text,
+                   std::span<const std::pair<std::string_view, std::string>> values) {
+  std::string page;
+  while (!text.empty()) {
+    const size_t mark = std::min(text.find("{{"), text.size());
+    page += text.substr(0, mark);
+    text.remove_prefix(mark);
+    const auto found = std::find_if(values.begin(), values.end(), [&](const auto& value) {
+      return text.substr(0, value.first.size()) == value.first;
+    });
+    if (text.empty()) break;
+    page += found != values.end() ? found->second : std::string(text.substr(0, 1));
+    text.remove_prefix(found != values.end() ? found->first.size() : 1);
+  }
+  return page;
 }
 
 }  // namespace
 
-std::string ReportOf(ReportedFile& file) {
+std::string ReportOf(ReportedFile& file, size_t mostBytes) {
+  constexpr PageDetail kDetails[] = {
+      {2000, 20000, 500, 40, 2000, 1 << 20, 1},
+      {400, 4000, 100, 12, 400, 64 << 10, 1},
+      {80, 500, 20, 0, 80, 8 << 10, 2},
+      {40, 40, 0, 0, 20, 0, 4},
+      {0, 0, 0, 0, 3, 0, 0},
+  };
+  const WorkAccount account(file.path);
   file.verdict = AskModule(file.path);
   file.findings = FindFaults(file.survey, file.definitions);
-  const Composite module = DrawSmall(file.path, file.survey, false);
-  const Composite standard = DrawSmall(file.path, file.survey, true);
-  return Head(file) + FindingsSection(file) + PictureSection(file, module, standard) +
-         SegmentsSection(file) + LocationSection(file) + TextsSection(file) + RecordsSection(file) +
-         FieldsSection(file) + LayoutSection(file);
+  file.module = DrawSmall(file.path, file.survey, false);
+  file.standard = DrawSmall(file.path, file.survey, true);
+  DrawSegments(file, kDetails[0].segmentPictures);
+  std::string report;
+  for (const PageDetail& detail : kDetails) {
+    report = Assemble(file, detail, &detail != kDetails);
+    if (report.size() <= mostBytes) break;
+  }
+  return report;
 }
 
-// Marks are replaced in the template alone: what comes from files stands behind the last one.
 std::string PageOf(const std::string& title, const std::vector<std::string>& reports,
                    const std::vector<std::string>& names) {
-  std::string page(kTemplateTexts[0].text), index, body;
+  std::string index, body;
   for (size_t i = 0; i < reports.size(); ++i) {
     const std::string id = "f" + std::to_string(i + 1);
     index += Tag("li", Tag("a", Escaped(names[i]), "href=\"#" + id + "\""));
@@ -70,13 +105,13 @@ std::string PageOf(const std::string& title, const std::vector<std::string>& rep
     body += Tag("article", heading + reports[i],
                 "id=\"" + id + "\" aria-label=\"" + Escaped(names[i]) + "\"");
   }
-  Replace(page, "{{VERSION}}", Escaped(Version()));
-  const size_t at = page.find("{{BODY}}");
-  std::string front = page.substr(0, at), back = page.substr(at + sizeof "{{BODY}}" - 1);
-  Replace(front, "{{INDEX}}",
-          reports.size() > 1 ? Tag("nav", Tag("ul", index), "aria-label=\"Files\"") : std::string());
-  Replace(front, "{{TITLE}}", Escaped(title));
-  return front + body + back;
+  const std::pair<std::string_view, std::string> values[] = {
+      {"{{VERSION}}", Escaped(Version())},
+      {"{{INDEX}}",
+       reports.size() > 1 ? Tag("nav", Tag("ul", index), "aria-label=\"Files\"") : std::string()},
+      {"{{TITLE}}", Escaped(title)},
+      {"{{BODY}}", body}};
+  return Filled(kTemplateTexts[0].text, values);
 }
 
 }  // namespace tool

@@ -10,6 +10,16 @@
 
 namespace tool {
 
+/// How much of a file a page shows.
+struct PageDetail {
+  size_t rows, allRows;  ///< of a table of fields, and of all of them
+  size_t records;
+  size_t segmentPictures;  ///< images and graphics that are shown by themselves
+  size_t findings;
+  size_t textBytes;
+  uint32_t shrink;  ///< of the composite's sides; 0 for no picture
+};
+
 /// A file as the sections of its report see it.
 struct ReportedFile {
   ReportedFile(const std::string& from, const std::string& prefix, const RecordDefinitions& known)
@@ -21,23 +31,32 @@ struct ReportedFile {
   const Survey survey;
   Verdict verdict;
   std::vector<Finding> findings;
+  Composite module, standard;
+  std::vector<std::string> segmentPictures;  ///< as HTML, of the first images and graphics
 };
 
-/// Draws and examines the file; the report of it, as HTML.
-std::string ReportOf(ReportedFile& file);
+/// Bytes that a page has at most, whatever is in its files.
+inline constexpr size_t kMostPageBytes = 4 << 20;
+
+/// Draws and examines the file; the report of it as HTML, of at most so many bytes as far as it goes with
+/// less detail, which it then says.
+std::string ReportOf(ReportedFile& file, size_t mostBytes = kMostPageBytes);
 /// A whole page of reports.
 std::string PageOf(const std::string& title, const std::vector<std::string>& reports,
                    const std::vector<std::string>& names);
 
 // The sections, as HTML.
-std::string FindingsSection(const ReportedFile& file);
-std::string PictureSection(const ReportedFile& file, const Composite& module, const Composite& standard);
-std::string SegmentsSection(const ReportedFile& file);
+std::string FindingsSection(const ReportedFile& file, const PageDetail& detail);
+std::string PictureSection(const ReportedFile& file, const PageDetail& detail);
+std::string SegmentsSection(const ReportedFile& file, const PageDetail& detail);
 std::string LocationSection(const ReportedFile& file);
-std::string FieldsSection(const ReportedFile& file);
-std::string RecordsSection(const ReportedFile& file);
-std::string TextsSection(const ReportedFile& file);
-std::string LayoutSection(const ReportedFile& file);
+std::string FieldsSection(const ReportedFile& file, const PageDetail& detail);
+std::string RecordsSection(const ReportedFile& file, const PageDetail& detail);
+std::string TextsSection(const ReportedFile& file, const PageDetail& detail);
+std::string LayoutSection(const ReportedFile& file, const PageDetail& detail);
+
+/// Draws the first images and graphics by themselves.
+void DrawSegments(ReportedFile& file, size_t most);
 
 /// A histogram of each band, as SVG.
 std::string Histograms(const SampleImage& image);

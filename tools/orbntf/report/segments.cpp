@@ -1,13 +1,16 @@
 // Each image and graphic by itself.
-#include "orbntf/orbntf.h"
+#include <algorithm>
+
+#include "hostkit/hostkit.h"
 #include "tools/orbntf/report/html.h"
 #include "tools/orbntf/report/report.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 namespace {
 
 // Of a page that stays small.
-constexpr size_t kMostPictures = 40, kMostPng = 24 << 10;
+constexpr size_t kMostPng = 24 << 10;
 
 std::string Image(const std::string& uri, const std::string& words) {
   return uri.empty() ? "" : "<img alt=\"" + Escaped(words) + "\" src=\"" + uri + "\">";
@@ -19,23 +22,31 @@ std::string Place(const SurveyedPart& part, const char* field) {
   return "row " + std::to_string(row) + ", column " + std::to_string(column);
 }
 
-std::string ImageCard(const ReportedFile& file, const SurveyedPart& part, bool withPicture) {
+std::string PictureOfImage(const ReportedFile& file, const SurveyedPart& part) {
   constexpr uint32_t kSide = 320;
+  constexpr uint64_t kSampleCost = 20;  // nanoseconds, to scale it and to count it
   SampleImage image;
   ExtractFault fault;
   // As small as its codec makes it.
-  for (uint32_t reduce = ReduceFor(part, kSide); withPicture; --reduce) {
+  for (uint32_t reduce = ReduceFor(part, kSide);; --reduce) {
     image = {};
     fault = ReadSamples(file.survey, part, reduce, image);
     if (!fault.Met() || reduce == 0) break;
   }
-  std::string picture;
-  if (fault.Met()) {
-    picture = Tag("p", "No picture: " + Escaped(fault.words) + ".");
-  } else if (withPicture) {
-    picture = Image(DataUri(PictureOf(image, kSide), kMostPng), part.Title() + " by itself") +
-              Histograms(image);
-  }
+  if (!fault.Met() && !WorkAccount::Take(kSampleCost * image.width * image.height * image.bands))
+    fault = {kHostOverBudget, MeaningOf(kHostOverBudget)};
+  if (fault.Met()) return Tag("p", "No picture: " + Escaped(fault.words) + ".");
+  return Image(DataUri(PictureOf(image, kSide), kMostPng), part.Title() + " by itself") +
+         Histograms(image);
+}
+
+std::string PictureOfGraphic(const ReportedFile& file, const SurveyedPart& part) {
+  const std::string uri = DrawingUri(file.survey, part);
+  return uri.empty() ? Tag("p", "No picture: there is no drawing in it.")
+                     : Image(uri, part.Title() + " by itself");
+}
+
+std::string ImageFacts(const SurveyedPart& part) {
   std::string facts = Term("Size", EscapedField(std::to_string(part.Number("NCOLS")) + " x " +
                                                 std::to_string(part.Number("NROWS"))));
   facts +=
@@ -47,45 +58,59 @@ std::string ImageCard(const ReportedFile& file, const SurveyedPart& part, bool w
                               std::to_string(part.Number("NBPC")) + " blocks");
   facts += Term("Level", EscapedField(part.Text("IDLVL")) + " on " + EscapedField(part.Text("IALVL")));
   facts += Term("Place", Place(part, "ILOC"));
-  facts += Term("Data", Grouped(part.dataLength) + " bytes");
-  return picture + Tag("dl", facts);
+  return facts + Term("Data", Grouped(part.dataLength) + " bytes");
 }
 
-std::string GraphicCard(const ReportedFile& file, const SurveyedPart& part, bool withPicture) {
-  const std::string uri = withPicture ? DrawingUri(file.path, part.index) : "";
+std::string GraphicFacts(const SurveyedPart& part) {
   std::string facts = Term("Form", EscapedField(part.Text("SFMT")));
   facts += Term("Level", EscapedField(part.Text("SDLVL")) + " on " + EscapedField(part.Text("SALVL")));
   facts += Term("Place", Place(part, "SLOC"));
   facts += Term("Bounds", Place(part, "SBND1") + " to " + Place(part, "SBND2"));
-  facts += Term("Data", Grouped(part.dataLength) + " bytes");
-  const std::string none =
-      withPicture && uri.empty() ? Tag("p", "No picture: there is no drawing in it.") : "";
-  return Image(uri, part.Title() + " by itself") + none + Tag("dl", facts);
+  return facts + Term("Data", Grouped(part.dataLength) + " bytes");
+}
+
+bool IsShown(const SurveyedPart& part) {
+  return part.kind == PartKind::Image || part.kind == PartKind::Graphic;
 }
 
 }  // namespace
 
-std::string SegmentsSection(const ReportedFile& file) {
+void DrawSegments(ReportedFile& file, size_t most) {
+  for (const SurveyedPart& part : file.survey.parts) {
+    if (!IsShown(part)) continue;
+    if (file.segmentPictures.size() == most) break;
+    file.segmentPictures.push_back(part.kind == PartKind::Image ? PictureOfImage(file, part)
+                                                                : PictureOfGraphic(file, part));
+  }
+}
+
+std::string SegmentsSection(const ReportedFile& file, const PageDetail& detail) {
   std::string cards;
   size_t count = 0;
+  const size_t pictures = std::min(detail.segmentPictures, file.segmentPictures.size());
   for (const SurveyedPart& part : file.survey.parts) {
+    if (!IsShown(part)) continue;
     const bool isImage = part.kind == PartKind::Image;
-    if (!isImage && part.kind != PartKind::Graphic) continue;
-    const bool withPicture = ++count <= kMostPictures;
+    if (++count > detail.records) continue;
+    const std::string picture = count <= pictures ? file.segmentPictures[count - 1] : "";
     const std::string name = EscapedField(part.Text(isImage ? "IID1" : "SNAME"));
     const std::string heading = part.Title() + (name.empty() ? "" : ": " + name);
-    cards += Tag("div",
-                 Tag("h3", heading) + (isImage ? ImageCard(file, part, withPicture)
-                                               : GraphicCard(file, part, withPicture)),
-                 "class=\"card\"") +
-             "\n";
+    cards +=
+        Tag("div",
+            Tag("h3", heading) + picture + Tag("dl", isImage ? ImageFacts(part) : GraphicFacts(part)),
+            "class=\"card\"") +
+        "\n";
   }
   if (cards.empty()) return "";
-  const std::string more =
-      count > kMostPictures
-          ? Tag("p", "The first " + std::to_string(kMostPictures) + " are shown with their pictures.",
-                "class=\"soft\"")
-          : "";
+  std::string more;
+  if (count > pictures)
+    more = Tag("p", "The first " + std::to_string(pictures) + " are shown with their pictures.",
+               "class=\"soft\"");
+  if (count > detail.records)
+    more += Tag("p",
+                Counted(count - detail.records, "segment") + " more " +
+                    (count - detail.records == 1 ? "is" : "are") + " not shown here.",
+                "class=\"soft\"");
   return Section(file.id + "-segments", "Images and graphics",
                  more + Tag("div", cards, "class=\"cards\""));
 }

@@ -1,0 +1,131 @@
+#include "tools/orbntf/inputs.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+
+#include "hostkit/hostkit.h"
+#include "tools/orbntf/output/output.h"
+
+namespace tool {
+namespace {
+
+constexpr size_t kPiece = 256 << 10;
+
+// A descriptor that is closed with its owner.
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor() {
+    if (fd_ >= 0) close(fd_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int Get() const { return fd_; }
+
+ private:
+  int fd_;
+};
+
+// Standard input as a file; it can be read once.
+std::unique_ptr<TemporaryFile>& StandardInput() {
+  static std::unique_ptr<TemporaryFile> file;
+  return file;
+}
+
+std::string TakeStandardInput() {
+  std::unique_ptr<TemporaryFile>& held = StandardInput();
+  if (held != nullptr) return held->Path();
+  auto file = std::make_unique<TemporaryFile>();
+  std::error_code error;
+  const std::string folder = std::filesystem::temp_directory_path(error).string();
+  if (error || !file->Make(folder)) throw ReadError("-", WordsOfErrno(errno));
+  const Descriptor out(open(file->Path().c_str(), O_WRONLY | O_CLOEXEC));
+  std::vector<char> piece(kPiece);
+  for (;;) {
+    const ssize_t got = Restarted([&] { return read(STDIN_FILENO, piece.data(), piece.size()); });
+    if (got < 0 || out.Get() < 0) throw ReadError("-", WordsOfErrno(errno));
+    if (got == 0) break;
+    if (!WriteAll(out.Get(), piece.data(), static_cast<size_t>(got)))
+      throw ReadError("-", "it does not fit into a temporary file: " + WordsOfErrno(errno));
+  }
+  held = std::move(file);
+  return held->Path();
+}
+
+}  // namespace
+
+std::string TakeInput(const std::string& name) {
+  if (name == "-") return TakeStandardInput();
+  struct stat status;
+  const bool isOther =
+      stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode);
+  if (isOther) throw ReadError(name, "is no regular file; - reads standard input");
+  return name;
+}
+
+std::string InputName(const std::string& path) {
+  const auto& held = StandardInput();
+  return held != nullptr && held->Path() == path ? "standard input" : path;
+}
+
+size_t ReadFrom(int descriptor, void* to, size_t count, uint64_t offset, const std::string& path) {
+  size_t taken = 0;
+  while (taken < count) {
+    const ssize_t got = Restarted([&] {
+      return pread(descriptor, static_cast<char*>(to) + taken, count - taken,
+                   static_cast<off_t>(offset + taken));
+    });
+    if (got < 0) throw ReadError(path, "cannot be read: " + WordsOfErrno(errno));
+    if (got == 0) break;
+    taken += static_cast<size_t>(got);
+  }
+  return taken;
+}
+
+std::string ReadWhole(const std::string& path) {
+  struct stat status;
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.Get() < 0 || fstat(file.Get(), &status) != 0) throw ReadError(path, WordsOfErrno(errno));
+  if (S_ISDIR(status.st_mode)) throw ReadError(path, "is a folder");
+  if (!S_ISREG(status.st_mode)) throw ReadError(path, "is no regular file");
+  std::string bytes(static_cast<size_t>(status.st_size), '\0');
+  if (ReadFrom(file.Get(), bytes.data(), bytes.size(), 0, path) != bytes.size())
+    throw ReadError(path, "became shorter while it was read");
+  return bytes;
+}
+
+void RequireHostReads(const std::string& path) {
+  if (const int32_t error = HostkitReadError(); error != 0)
+    throw ReadError(path, "cannot be read: " + WordsOfErrno(error));
+}
+
+Inputs::Inputs(const std::vector<std::string>& paths) {
+  for (const std::string& path : paths) Add(path);
+}
+
+void Inputs::Add(const std::string& path) {
+  Identity identity;
+  if (!Identify(path, identity)) return;
+  identities_.insert(std::lower_bound(identities_.begin(), identities_.end(), identity), identity);
+}
+
+bool Inputs::Hold(const std::string& output) const {
+  Identity identity;
+  return output != "-" && Identify(output, identity) &&
+         std::binary_search(identities_.begin(), identities_.end(), identity);
+}
+
+bool Inputs::Identify(const std::string& path, Identity& identity) {
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0) return false;
+  identity = {status.st_dev, status.st_ino};
+  return true;
+}
+
+}  // namespace tool
