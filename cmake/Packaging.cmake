@@ -2,12 +2,28 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-set_target_properties(orbntf hostkit PROPERTIES INSTALL_RPATH "$ORIGIN")
+# One search path for the build tree, where everything lies in one folder, and for the installed one: a path that
+# is changed when it is installed is padded in the build tree with empty elements, which stand for wherever the
+# program is started.
 file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-set_target_properties(orbntf_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries}")
+set_target_properties(orbntf hostkit PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(orbntf_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries};$ORIGIN")
+if(PROJECT_IS_TOP_LEVEL)
+  set_target_properties(orbntf hostkit orbntf_tool PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+endif()
 target_include_directories(orbntf INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
 target_link_libraries(orbntf INTERFACE hostkit)
+
+if(NOT ORBNTF_INSTALL)
+  return()
+endif()
+if(ORBNTF_STATIC_LIBRARY)
+  set_target_properties(orbntf_static PROPERTIES OUTPUT_NAME orbntf EXPORT_NAME static)
+  target_include_directories(orbntf_static INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+  install(TARGETS orbntf_static orbntf_host EXPORT orbntf ARCHIVE COMPONENT development)
+endif()
 
 install(TARGETS orbntf hostkit EXPORT orbntf
   LIBRARY COMPONENT library NAMELINK_COMPONENT development)
@@ -16,6 +32,8 @@ install(EXPORT orbntf NAMESPACE orbntf:: FILE orbntf-targets.cmake
 configure_package_config_file(cmake/orbntf-config.cmake.in orbntf-config.cmake
   INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbntf)
 write_basic_package_version_file(orbntf-config-version.cmake COMPATIBILITY SameMajorVersion)
+# The file finds its prefix from its own place, so that the installed tree can be moved.
+file(RELATIVE_PATH prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/orbntf.pc.in orbntf.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orbntf-config.cmake ${PROJECT_BINARY_DIR}/orbntf-config-version.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbntf COMPONENT development)

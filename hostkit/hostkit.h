@@ -42,6 +42,8 @@ ORB_HOST_API void ORB_CALL HostkitSetDebugHandler(HostkitDebugHandler handler);
 /// The system's error (errno) of the calling thread's first read of a file that failed since the last
 /// call; 0 for none. A read beyond the end of a file is no error.
 ORB_HOST_API int32_t ORB_CALL HostkitReadError();
+/// The same of writes.
+ORB_HOST_API int32_t ORB_CALL HostkitWriteError();
 
 // ---------------------------------------------------------------- leak tracker
 

@@ -10,6 +10,14 @@ rm -rf build/package
 mkdir build/package
 (cd build/release && cpack -G DEB -B ../package | grep 'package:')
 
+# A prefix given to the installation, a program of another folder that takes in this one, and the static library.
+build/release/bin/orbntf --version | grep -qE 'Cairo [0-9]' || { echo "package.sh: no version of Cairo" >&2; exit 1; }
+readelf -d build/release/bin/orbntf build/release/bin/lib*.so | grep -E 'RUNPATH|RPATH' |
+  grep -E '\[:|::|:\]' && { echo "package.sh: a search path has an empty element" >&2; exit 1; }
+cmake --install build/release --prefix "$PWD/build/package/moved" >/dev/null
+tests/consumer_test.sh "$PWD" "$PWD/build/package/moved" build/package
+tests/subproject_test.sh "$PWD" build/package
+
 as_root=()
 [ "$(id -u)" -eq 0 ] || as_root=(sudo)
 root=$PWD/build/bare

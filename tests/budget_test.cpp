@@ -204,6 +204,22 @@ TEST_F(BudgetTest, BlankImagesAreShownWhereTheNextOneFails) {
   }
 }
 
+TEST_F(BudgetTest, MarkersCostWhatTheirLinesDo) {
+  // Rings of 300 pixels: a fifth of a millisecond each.
+  std::string points;
+  for (int i = 0; i < 8000; ++i)
+    points += Big(static_cast<uint64_t>(i * 37 % 2048), 2) + Big(static_cast<uint64_t>(i * 91 % 2048), 2);
+  std::string body = test::Element(5, 6, test::I({4})) + test::Element(2, 4, test::I({0})) +
+                     test::Element(5, 7, test::I({300})) + Big(4 << 12 | 3 << 5 | 31, 2) +
+                     Big(points.size(), 2) + points;
+  const test::Drawing drawing(test::Metafile(body, "", test::I({0, 0, 2047, 2047})));
+  test::Bitmap canvas(2048, 2048, 24);
+  HDC dc = KernelCreateBitmapDc(&canvas.record);
+  const RECT place = {0, 0, 2048, 2048};
+  EXPECT_EQ(VectorPaint(dc, &drawing.handle, 2048, 2048, 0, 0, &place, nullptr, 0), kHostOverBudget);
+  KernelDeleteBitmapDc(dc);
+}
+
 TEST_F(BudgetTest, LargeCanvasesThatHaveTheirDataAreDrawn) {
   const std::string far = "0420004100", data(64, 'x');
   const auto draw = [](const NitfBuilder& file) {

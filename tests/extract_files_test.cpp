@@ -3,6 +3,7 @@
 
 #include <tiffio.h>
 
+#include "hostkit/hostkit.h"
 #include "tests/support/extract.h"
 #include "tests/support/samples.h"
 #include "tools/orbntf/extract/writers.h"
@@ -147,6 +148,83 @@ TEST_F(ExtractTest, SignsAndPartsOfNumbersAreKept) {
   EXPECT_EQ(Read(form, "ab", image).status, -16) << "no complex numbers of 8 bits";
   form.pixelType = "R";
   EXPECT_EQ(Read(form, "ab", image).status, -16);
+}
+
+// A TIFF of one or more pages of 4 x 2 samples.
+struct TiffPlan {
+  uint16_t bits = 8, bands = 1, format = SAMPLEFORMAT_UINT, planar = PLANARCONFIG_CONTIG;
+  bool tiled = false;
+  int pages = 1;
+};
+std::string MakeTiff(const TiffPlan& plan) {
+  const test::TempFile file("", ".tif");
+  TIFF* tiff = TIFFOpen(file.Path().c_str(), "w");
+  for (int page = 0; page < plan.pages; ++page) {
+    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 4);
+    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 2);
+    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, plan.bits);
+    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, plan.bands);
+    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, plan.format);
+    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, plan.planar);
+    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, plan.bands == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
+    if (plan.tiled) {
+      TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
+      TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
+      std::string tile(static_cast<size_t>(TIFFTileSize(tiff)), 't');
+      TIFFWriteTile(tiff, tile.data(), 0, 0, 0, 0);
+    } else {
+      std::string row(static_cast<size_t>(TIFFScanlineSize(tiff)), 'r');
+      const uint16_t planes = plan.planar == PLANARCONFIG_SEPARATE ? plan.bands : 1;
+      for (uint16_t plane = 0; plane < planes; ++plane) {
+        for (uint32_t y = 0; y < 2; ++y) TIFFWriteScanline(tiff, row.data(), y, plane);
+      }
+    }
+    TIFFWriteDirectory(tiff);
+  }
+  TIFFClose(tiff);
+  return file.Contents();
+}
+
+TEST_F(ExtractTest, TiffsThatWouldLoseSomethingAreTold) {
+  const auto why = [](const TiffPlan& plan) {
+    tool::Picture picture;
+    // What libtiff cannot show is not taken at all.
+    const int32_t status = picture.LoadBytes(MakeTiff(plan));
+    EXPECT_TRUE(status == kHostOk || !picture.whyNotLossless.empty()) << status;
+    return picture.whyNotLossless;
+  };
+  EXPECT_EQ(why({}), "");
+  EXPECT_EQ(why({.bits = 16}), "");
+  EXPECT_EQ(why({.bits = 16, .bands = 3}), "");
+  EXPECT_EQ(why({.tiled = true}), "");
+  EXPECT_NE(why({.bits = 16, .tiled = true}), "");
+  EXPECT_NE(why({.bits = 16, .bands = 3, .planar = PLANARCONFIG_SEPARATE}), "");
+  EXPECT_NE(why({.format = SAMPLEFORMAT_INT}), "");
+  EXPECT_NE(why({.bits = 16, .format = SAMPLEFORMAT_INT}), "");
+  EXPECT_NE(why({.bands = 5}), "");
+  EXPECT_NE(why({.pages = 2}), "");
+  for (const TiffPlan& plan : {TiffPlan{.bits = 32}, TiffPlan{.bits = 32, .format = SAMPLEFORMAT_IEEEFP},
+                               TiffPlan{.bits = 64, .format = SAMPLEFORMAT_COMPLEXIEEEFP}}) {
+    tool::Picture picture;
+    EXPECT_EQ(picture.LoadBytes(MakeTiff(plan)), kHostUnsupported);
+    EXPECT_NE(picture.refusal.find(std::to_string(plan.bits) + " bits"), std::string::npos);
+  }
+}
+
+TEST_F(ExtractTest, PngShowsColourDifferencesAsColours) {
+  ImageForm form{.width = 3, .height = 1, .bands = 3, .mode = "P"};
+  form.representation = "YCbCr601";
+  SampleImage image;
+  ASSERT_FALSE(Read(form, "\x80\x80\x80\x4C\x55\xFF\x1D\xFF\x6B"s, image).Met());
+  const test::TempFile out("", ".png");
+  std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
+  EXPECT_TRUE(tool::WritePng(file, image));
+  std::fclose(file);
+  tool::Picture picture;
+  ASSERT_EQ(picture.Load(out.Path()), kHostOk);
+  const std::vector<int> wanted = {128, 128, 128, 254, 0, 0, 0, 0, 254};
+  ASSERT_EQ(picture.samples.size(), wanted.size());
+  for (size_t i = 0; i < wanted.size(); ++i) EXPECT_NEAR(picture.samples[i], wanted[i], 1) << i;
 }
 
 }  // namespace

@@ -68,4 +68,47 @@ TEST_F(PictureTest, SavedPicturesShowWholeDrawings) {
   EXPECT_NEAR(unit[1], 514, 2);
 }
 
+// Rectangles of one pixel.
+std::string Rectangles(int count) {
+  std::string all;
+  for (int i = 0; i < count; ++i)
+    all += Element(4, 11, I({i % 90, i / 90 % 90, i % 90 + 1, i / 90 % 90 + 1}));
+  return Element(5, 22, I({1})) + all;
+}
+
+TEST_F(PictureTest, WhatIsKeptOfAFileOfLinesIsBounded) {
+  const test::TempFile file("", ".svg");
+  const test::Drawing few(Metafile(Rectangles(500)));
+  EXPECT_EQ(HostkitSaveDrawing(&few.handle, file.Path().c_str(), 0), kHostOk);
+  const test::Drawing many(Metafile(Rectangles(40000)));
+  EXPECT_EQ(HostkitSaveDrawing(&many.handle, file.Path().c_str(), 0), kHostOverBudget);
+  EXPECT_GT(PaintedPicture(many, 0).painted, 1000) << "rows of pixels keep nothing";
+}
+
+TEST_F(PictureTest, StripsOfALargePictureHaveNoSeams) {
+  // Circles over a picture of several strips, and the same one drawing at a size that is one strip.
+  std::string body = Element(5, 22, I({1})) + Element(5, 23, "\xFF" + std::string(2, '\0'));
+  for (int i = 0; i < 10; ++i) body += Element(4, 12, I({9 * i + 5, 9 * i + 7, 6}));
+  const test::Drawing drawing(Metafile(body));
+  const Picture large = PaintedPicture(drawing, 2000);
+  int inside = 0;
+  for (int y = 1; y + 1 < large.height; ++y) {
+    for (int x = 1; x + 1 < large.width; ++x) {
+      const auto alpha = [&](int row) { return large.rgba[4 * size_t(row * large.width + x) + 3]; };
+      // A pixel that differs from both of its neighbours, which are alike, would be a seam.
+      inside += alpha(y) == 255;
+      ASSERT_FALSE(alpha(y - 1) == 255 && alpha(y + 1) == 255 && alpha(y) < 200) << x << ',' << y;
+    }
+  }
+  EXPECT_GT(inside, 100000);
+}
+
+TEST_F(PictureTest, APatternIsMadeOnce) {
+  // Each shape would be worth its pattern's cells anew.
+  const std::string pattern = Element(5, 32, I({1, 100, 100, 0}) + std::string(30000, 'p'));
+  std::string body = pattern + Element(5, 22, I({2})) + Element(5, 25, I({1}));
+  for (int i = 0; i < 30000; ++i) body += Element(4, 11, I({0, 0, 1, 1}));
+  EXPECT_GT(PaintedPicture(test::Drawing(Metafile(body)), 64).painted, 0);
+}
+
 }  // namespace

@@ -97,6 +97,39 @@ TEST_F(ReportTest, FilesThatAreCutOrEmptyHavePages) {
   }
 }
 
+TEST_F(ReportTest, PicturesBeyondWhatAFileIsWorthAreLeftOut) {
+  test::ImageForm form{.width = 8192, .height = 8192, .compression = "NM"};
+  NitfBuilder file;
+  for (int i = 0; i < 12; ++i) {
+    form.level = i + 1;
+    file.Image(form, test::MaskBytes({.blocks = {0xFFFFFFFF}}));
+  }
+  const std::string page = Page(file.Bytes());
+  EXPECT_TRUE(Holds(page, "No picture: more work than the file and its picture are worth."));
+  EXPECT_TRUE(Holds(page, "</html>"));
+}
+
+TEST_F(ReportTest, APageOfVeryMuchIsShortened) {
+  NitfBuilder file = test::SoundFile();
+  test::ImageForm form{.width = 1, .height = 1};
+  form.bands = 70000;
+  form.representation = "MULTI";
+  file.Image(form, std::string(70000, 'x'));
+  file.texts[0].data = std::string(90000, '<');
+  const test::TempFile onDisk(file.Bytes());
+  const tool::RecordDefinitions definitions;
+  size_t before = SIZE_MAX;
+  for (const size_t most :
+       {tool::kMostPageBytes, size_t{300000}, size_t{60000}, size_t{12000}, size_t{6000}}) {
+    tool::ReportedFile reported(onDisk.Path(), "f1", definitions);
+    const std::string report = tool::ReportOf(reported, most);
+    EXPECT_LE(report.size(), std::max(most, size_t{11000})) << "the least there is";
+    EXPECT_LE(report.size(), before);
+    EXPECT_EQ(Holds(report, "Less of this file is shown"), most != tool::kMostPageBytes) << most;
+    before = report.size();
+  }
+}
+
 TEST_F(ReportTest, PicturesOfSamplesSpanTheirValues) {
   tool::SampleImage image;
   image.width = 2;

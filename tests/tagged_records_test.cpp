@@ -236,4 +236,17 @@ TEST_F(TaggedRecordsTest, FootprintsComeFromCornersAndModels) {
   EXPECT_FALSE(tool::AreNear(across, found[0].corners));
 }
 
+TEST_F(TaggedRecordsTest, RealsAreWrittenByTheShortestTextThatReadsBack) {
+  const auto text = [](double value) {
+    tool::JsonText json(false);
+    json.Real(value);
+    return json.Text();
+  };
+  EXPECT_EQ(text(0.1), "0.1");
+  EXPECT_EQ(text(51), "51.0");
+  EXPECT_EQ(text(-12.3456789012345), "-12.3456789012345");
+  for (const double value : {1.0 / 3, 123456789.12345678, 4.9e-324, 1.7976931348623157e308, 2.5e15})
+    EXPECT_EQ(std::strtod(text(value).c_str(), nullptr), value);
+}
+
 }  // namespace

@@ -14,7 +14,7 @@ namespace {
 
 constexpr size_t kWriteBuffer = 256 * 1024;
 
-thread_local int32_t readError = 0;
+thread_local int32_t readError = 0, writeError = 0;
 
 class File {
  public:
@@ -79,6 +79,7 @@ class File {
     while (!failed_ && done < count) {
       const int64_t wrote =
           hostkit::WriteAt(fd_, bytes + done, count - done, position + static_cast<int64_t>(done));
+      if (wrote < 0 && writeError == 0) writeError = hostkit::LastError();
       if (wrote <= 0) failed_ = true;  // a lost byte is never forgotten: the close fails too
       done += wrote > 0 ? static_cast<size_t>(wrote) : 0;
     }
@@ -151,6 +152,7 @@ uint32_t ORB_CALL KernelWrite(int32_t handle, const void* buffer, uint32_t count
 }
 
 int32_t ORB_CALL HostkitReadError() { return std::exchange(readError, 0); }
+int32_t ORB_CALL HostkitWriteError() { return std::exchange(writeError, 0); }
 
 int64_t ORB_CALL KernelSeek(int32_t handle, int64_t offset, int32_t origin) {
   File* file = Find(handle);

@@ -62,9 +62,15 @@ bool ReadWindows::Fill(int fd, int64_t position, size_t wanted) {
   window.bytes.resize(size);
   window.start =
       backwards ? std::max<int64_t>(0, position - static_cast<int64_t>(size - wanted)) : position;
-  const int64_t got = ReadAt(fd, window.bytes.data(), size, window.start);
-  window.held = got > 0 ? static_cast<size_t>(got) : 0;
-  return got >= 0;
+  // The system may give less than it was asked for, also in front of the position.
+  while (window.held < size) {
+    const int64_t got =
+        ReadAt(fd, window.bytes.data() + window.held, size - window.held, window.End());
+    if (got < 0) return window.Holds(position);
+    if (got == 0) break;
+    window.held += static_cast<size_t>(got);
+  }
+  return true;
 }
 
 }  // namespace hostkit

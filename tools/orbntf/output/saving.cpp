@@ -1,5 +1,6 @@
 // Saving a document so that what appears under the output's name is a file that opens with everything in
 // it.
+#include "hostkit/hostkit.h"
 #include "tools/orbntf/check/check_file.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
@@ -18,8 +19,11 @@ int SaveSoundly(const std::string& command, Document& document, const std::strin
   std::string fault;
   for (const bool again : {false, true}) {
     if (again && !SetTrueLengths(document.get())) break;
+    (void)HostkitWriteError();
     const int32_t status = Orb_NITFSaveFileA(document.get(), path.c_str());
-    if (status != ORB_SUCCESS) return Report(command, output, status);
+    const int32_t error = HostkitWriteError();
+    if (status != ORB_SUCCESS)
+      return Report(command, output, status, error != 0 ? WordsOfErrno(error) : "");
     fault = FindFault(document.get(), path);
     if (fault.empty()) return kExitOk;
   }
