@@ -113,10 +113,7 @@ void WriteDrawing(const std::string& name, const std::string& body) {
   Write("cgm_" + name, NitfBuilder().Graphic(WholeCanvas(kCanvas, 1), cgm));
 }
 
-void WriteDrawingBombs() {
-  constexpr int kMost = 2047;
-  const std::string solid = Element(5, 22, I({1})), full = Element(4, 11, I({0, 0, kMost, kMost}));
-  const std::string direct = Element(2, 2, I({1}));
+void WriteMarkerBombs() {
   WriteDrawing("markers", LongElement(3, Points(60000, 2048, 1)));
   WriteDrawing("markers_1mb", LongElement(3, Points(240000, 2048, 1)));
   for (const int type : {1, 4, 5}) {
@@ -124,6 +121,13 @@ void WriteDrawingBombs() {
     WriteDrawing("markers_large_" + std::to_string(type), look + LongElement(3, Points(60000, 2048, 1)));
   }
   WriteDrawing("markers_single", Repeated(Element(4, 3, I({1000, 1000})), 960000));
+}
+
+void WriteDrawingBombs() {
+  constexpr int kMost = 2047;
+  const std::string solid = Element(5, 22, I({1})), full = Element(4, 11, I({0, 0, kMost, kMost}));
+  const std::string direct = Element(2, 2, I({1}));
+  WriteMarkerBombs();
   WriteDrawing("polyline", Element(5, 3, Big(0x00000014, 4)) + LongElement(1, Points(10000, 2048, 2)));
   WriteDrawing("polyline_wide",
                Element(5, 3, Big(0x00640000, 4)) + LongElement(1, Points(10000, 2048, 2)));

@@ -39,6 +39,7 @@ inside orbntf --version
 inside bash -c 'cd /tmp && echo words >words.txt && orbntf new -o a.ntf --text words.txt && orbntf render a.ntf -o a.png && orbntf info a.ntf'
 inside apt-get install -y -qq --no-install-recommends man-db bash-completion >>build/package/root.log 2>&1
 inside man orbntf | grep -q 'Draw the composite display'
+for section in EXAMPLES FIELDS; do inside man orbntf | grep -q "^$section"; done
 inside bash -c 'source /usr/share/bash-completion/bash_completion; _completion_loader orbntf || true; complete -p orbntf' |
   grep -q _orbntf
 inside bash -c 'cd /orbntf && apt-get install -y -qq --no-install-recommends ./liborbntf-dev_*.deb g++ cmake make pkg-config' >>build/package/root.log 2>&1

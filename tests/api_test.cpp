@@ -251,7 +251,6 @@ TEST_F(ApiTest, TheFileHeaderTakesWhatFitsAndGoesOn) {
   file.FTITLE = oldTitle;
   file.ONAME = oldName;
   file.UDHD = file.XHD = nullptr;
-  file.NUMI = 2;
   file.CLEVEL = 99;
   EXPECT_EQ(Orb_NITFSetNITFHeader(handle, &file), 1);
   EXPECT_STREQ(header.CLEVEL.text, "99");

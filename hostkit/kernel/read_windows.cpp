@@ -64,8 +64,7 @@ bool ReadWindows::Fill(int fd, int64_t position, size_t wanted) {
       backwards ? std::max<int64_t>(0, position - static_cast<int64_t>(size - wanted)) : position;
   // The system may give less than it was asked for, also in front of the position.
   while (window.held < size) {
-    const int64_t got =
-        ReadAt(fd, window.bytes.data() + window.held, size - window.held, window.End());
+    const int64_t got = ReadAt(fd, window.bytes.data() + window.held, size - window.held, window.End());
     if (got < 0) return window.Holds(position);
     if (got == 0) break;
     window.held += static_cast<size_t>(got);

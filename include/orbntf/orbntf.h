@@ -337,19 +337,18 @@ ORB_API int32_t ORB_CALL Orb_NITFFreeNITFHeader(struct NITFHeader* record);
 ORB_API int32_t ORB_CALL Orb_NITFGetImageHeader(NitfHandle handle, uint32_t index,
                                                 struct ImageHeader* record);
 /** Stores a record in an image subheader. The first refused field ends it: those before it are stored.
- * ICORDS and IC keep LISH and FL in step; a caller that changes NBANDS, XBANDS, NICOM, UDIDL or IXSHDL sets
- * them itself, as what a save writes is found by them; this holds also where a field behind a changed
- * NBANDS is refused. NICOM cannot exceed the comments that there are. A level set here is written and read
- * back, but the next append counts from the level that was read. 1; 0
- * for a null handle; 87 for a null record or an index without an image; -13 for a value outside its field
- * or table; -1. */
+ * ICORDS and IC keep LISH and FL in step; a caller that changes NBANDS, XBANDS, NICOM, UDIDL or IXSHDL
+ * sets them itself, as what a save writes is found by them; this holds also where a field behind a
+ * changed NBANDS is refused. NICOM cannot exceed the comments that there are. A level set here is written
+ * and read back, but the next append counts from the level that was read. 1; 0 for a null handle; 87 for
+ * a null record or an index without an image; -13 for a value outside its field or table; -1. */
 ORB_API int32_t ORB_CALL Orb_NITFSetImageHeader(NitfHandle handle, uint32_t index,
                                                 const struct ImageHeader* record);
 /** Releases what Get allocated. 1; 87 for a null record. */
 ORB_API int32_t ORB_CALL Orb_NITFFreeImageHeader(struct ImageHeader* record);
 
-/** The same for graphic subheaders, but that a null record gives 87 from Get too, and that the next append
- * counts from a level set here. A caller that changes SXSHDL sets LSSH and FL itself. */
+/** The same for graphic subheaders, but that a null record gives 87 from Get too, and that the next
+ * append counts from a level set here. A caller that changes SXSHDL sets LSSH and FL itself. */
 ORB_API int32_t ORB_CALL Orb_NITFGetGraphicHeader(NitfHandle handle, uint32_t index,
                                                   struct GraphicHeader* record);
 ORB_API int32_t ORB_CALL Orb_NITFSetGraphicHeader(NitfHandle handle, uint32_t index,
@@ -399,8 +398,8 @@ ORB_API int32_t ORB_CALL Orb_NITFAppendTextSegmentA(NitfHandle handle, const cha
 /* ------------------------------------------------------------------ documents: content and saving */
 
 /** Replaces a graphic segment's drawing by a copy of the caller's.
- * @return 1; -261 null handle; -13 no such graphic, or a drawing of more than 999999 bytes; -814 no drawing;
- * -501 an empty one; -1; the host's failure. */
+ * @return 1; -261 null handle; -13 no such graphic, or a drawing of more than 999999 bytes; -814 no
+ * drawing; -501 an empty one; -1; the host's failure. */
 ORB_API int32_t ORB_CALL Orb_NITFSetVectorHandle(NitfHandle handle, uint32_t index,
                                                  const struct VectorHandle* drawing);
 /** A graphic segment's drawing, loaded from the file: the document's, until it is loaded again or the

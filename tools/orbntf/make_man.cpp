@@ -7,6 +7,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "tools/orbntf/commands/change.h"
 #include "tools/orbntf/tool.h"
 
 namespace {
@@ -32,6 +33,43 @@ void PrintOptions(const CLI::App& app) {
   }
 }
 
+// What set, new and append change.
+void PrintFields() {
+  std::printf(".SH FIELDS\nset, and \\-\\-field of new and append, take these fields.\n");
+  for (const char* kind : {"", "image", "graphic", "text"}) {
+    std::string names;
+    for (const std::string& name : tool::SettableFields(kind)) names += (names.empty() ? "" : " ") + name;
+    const std::string heading = *kind == 0 ? "File header" : kind + std::string(":N");
+    std::printf(".TP\n\\fB%s\\fR\n%s\n", Roff(heading).c_str(), Roff(names).c_str());
+  }
+  std::printf(
+      ".PP\nTexts are filled with spaces to the width of their field and numbers with zeros. Dates are "
+      "written in full (CCYYMMDDhhmmss), places as ROW,COL, and FBKGC as #RRGGBB. Lengths, counts and "
+      "how "
+      "pixels are stored follow from what a file holds and are not set.\n");
+}
+
+void PrintExamples() {
+  struct Example {
+    const char *words, *line;
+  };
+  constexpr Example kExamples[] = {
+      {"Show what a file holds, its tagged records decoded", "orbntf info --records scene.ntf"},
+      {"Draw it at a quarter of its size", "orbntf render scene.ntf --scale 1/4 -o scene.png"},
+      {"Find what does not keep the format's rules in all files of a folder", "orbntf check -r archive"},
+      {"Write a page about a file", "orbntf report scene.ntf -o scene.html"},
+      {"Take out an image's samples at their own depth", "orbntf extract scene.ntf image:0 -o scene.tif"},
+      {"Make a file of two pictures and a text",
+       "orbntf new -o made.ntf --station HOME --image a.png --image b.png --at 100,200 --text notes.txt"},
+      {"Give it a title and its first image a name",
+       "orbntf set made.ntf -o titled.ntf 'FTITLE=A title' image:0 IID1=First"},
+      {"Draw a folder of files with four processes", "orbntf render -r archive -O pictures --jobs 4"}};
+  std::printf(".SH EXAMPLES\n");
+  for (const Example& example : kExamples)
+    std::printf(".PP\n%s:\n.PP\n.RS\n.nf\n%s\n.fi\n.RE\n", Roff(example.words).c_str(),
+                Roff(example.line).c_str());
+}
+
 void PrintTool() {
   CLI::App app;
   tool::CommandLine line;
@@ -48,6 +86,8 @@ void PrintTool() {
                 Roff(command->get_description()).c_str());
     PrintOptions(*command);
   }
+  PrintFields();
+  PrintExamples();
   std::printf(
       ".SH EXIT STATUS\n0 for success, 1 for a status other than 1 or an output that was not written, "
       "2 for wrong usage.\n.SH ENVIRONMENT\nSOURCE_DATE_EPOCH dates what new and append make; TMPDIR "

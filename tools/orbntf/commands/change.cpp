@@ -220,4 +220,17 @@ int ApplyChange(const ChangeContext& context, Document& document, const Target& 
   return Report(command, context.file, status);
 }
 
+std::vector<std::string> SettableFields(const std::string& kind) {
+  const PublicTable table = kind == "image"     ? PublicImageFields()
+                            : kind == "graphic" ? PublicGraphicFields()
+                            : kind == "text"    ? PublicTextFields()
+                                                : PublicFileFields();
+  std::vector<std::string> names;
+  for (const PublicField& field : table) {
+    if (field.kind != PublicKind::Pointer && !IsStructural(field.name) && !DescribesPixels(field.name))
+      names.emplace_back(field.name);
+  }
+  return names;
+}
+
 }  // namespace tool

@@ -24,4 +24,7 @@ struct ChangeContext {
 int ApplyChange(const ChangeContext& context, Document& document, const Target& target,
                 const std::string& assignment);
 
+/// The fields of a kind of header ("" for the file's, "image", "graphic", "text") that can be set.
+std::vector<std::string> SettableFields(const std::string& kind);
+
 }  // namespace tool
