@@ -190,7 +190,8 @@ TEST_F(ExtractTest, TiffsThatWouldLoseSomethingAreTold) {
     tool::Picture picture;
     // What libtiff cannot show is not taken at all.
     const int32_t status = picture.LoadBytes(MakeTiff(plan));
-    EXPECT_TRUE(status == kHostOk || !picture.whyNotLossless.empty()) << status;
+    EXPECT_TRUE(status == kHostOk || !picture.whyNotLossless.empty())
+        << plan.bits << " bits, " << plan.bands << " bands, tiled " << plan.tiled << ": " << status;
     return picture.whyNotLossless;
   };
   EXPECT_EQ(why({}), "");

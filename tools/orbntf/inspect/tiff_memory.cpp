@@ -22,6 +22,14 @@ toff_t SeekTiff(thandle_t handle, toff_t offset, int whence) {
                                              : source.bytes.size();
   return source.position = base + offset;
 }
+// The bytes lie in memory already; without them there libtiff does not read tiles of less than 1024
+// bytes.
+int MapTiff(thandle_t handle, void** base, toff_t* size) {
+  const std::string& bytes = static_cast<TiffSource*>(handle)->bytes;
+  *base = const_cast<char*>(bytes.data());
+  *size = bytes.size();
+  return 1;
+}
 int DropTiffMessage(TIFF*, void*, const char*, const char*, va_list) { return 1; }
 
 }  // namespace
@@ -34,10 +42,10 @@ TiffPtr OpenTiff(TiffSource& source) {
   TIFFOpenOptionsSetErrorHandlerExtR(options, DropTiffMessage, nullptr);
   TIFFOpenOptionsSetWarningHandlerExtR(options, DropTiffMessage, nullptr);
   TIFF* tiff = TIFFClientOpenExt(
-      "picture", "rm", &source, ReadTiff, [](thandle_t, void*, tmsize_t) -> tmsize_t { return 0; },
+      "picture", "r", &source, ReadTiff, [](thandle_t, void*, tmsize_t) -> tmsize_t { return 0; },
       SeekTiff, [](thandle_t) { return 0; },
-      [](thandle_t handle) -> toff_t { return static_cast<TiffSource*>(handle)->bytes.size(); }, nullptr,
-      nullptr, options);
+      [](thandle_t handle) -> toff_t { return static_cast<TiffSource*>(handle)->bytes.size(); }, MapTiff,
+      [](thandle_t, void*, toff_t) {}, options);
   TIFFOpenOptionsFree(options);
   return {tiff, &TIFFClose};
 }
