@@ -25,11 +25,11 @@ ORB_HOST_API void ORB_CALL HostkitSetMaxPixels(uint64_t pixels);
 /// kHostOverBudget. Starts at the full amount with every call.
 ORB_HOST_API void ORB_CALL HostkitLimitWork(uint64_t fileBytes, uint64_t canvasPixels, uint32_t percent);
 ORB_HOST_API void ORB_CALL HostkitLiftWorkLimit();
-/// Allows what as many more pixels are worth; nothing where there is no limit.
-ORB_HOST_API void ORB_CALL HostkitAllowPixels(uint64_t pixels);
-/// Takes work of the caller's own, in nanoseconds of an ordinary core, from the calling thread's limit.
-/// 1; kHostOverBudget when there is less left.
-ORB_HOST_API int32_t ORB_CALL HostkitSpendWork(uint64_t nanoseconds);
+/// Bounds it by what is left of a limit of the caller's own: nanoseconds of an ordinary core, and samples
+/// that JPEG 2000 decoders make.
+ORB_HOST_API void ORB_CALL HostkitGiveWork(uint64_t nanoseconds, uint64_t samples);
+/// What is left of the calling thread's limit.
+ORB_HOST_API void ORB_CALL HostkitWorkLeft(uint64_t* nanoseconds, uint64_t* samples);
 
 /// Receives message boxes; null restores the default, which prints `caption: text` on standard error.
 /// The handlers exist where the stand-in supplies the Windows calls, not on Windows itself.

@@ -9,7 +9,7 @@
 
 namespace {
 
-using hostkit::Drawing;
+using media::Drawing;
 using test::Big;
 using test::Element;
 using test::I;

@@ -1,17 +1,17 @@
 // Metafiles and drawings.
 #include <random>
 
-#include "hostkit/vector/metafile.h"
-#include "hostkit/vector/outline.h"
+#include "media/drawing/metafile.h"
+#include "media/drawing/outline.h"
 #include "tests/support/metafile.h"
 #include "tests/support/objects.h"
 
 namespace {
 
-using hostkit::Drawing;
-using hostkit::Object;
-using hostkit::ObjectKind;
-using hostkit::Point;
+using media::Drawing;
+using media::Object;
+using media::ObjectKind;
+using media::Point;
 using test::Big;
 using test::Element;
 using test::I;
@@ -20,7 +20,8 @@ using test::S;
 
 Drawing Decode(const std::string& bytes) {
   Drawing drawing;
-  EXPECT_EQ(hostkit::DecodeCgm(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), drawing), 1);
+  EXPECT_EQ(media::DecodeCgm(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), drawing),
+            media::Outcome::Ok);
   return drawing;
 }
 const std::vector<Object>& Objects(const Drawing& drawing) { return drawing.layers.at(0).objects; }
@@ -47,9 +48,9 @@ TEST_F(VectorTest, EveryPrimitiveIsDecoded) {
   EXPECT_EQ(objects[3].text, "part");
   EXPECT_EQ(objects[4].box, (Point{30, 10}));
   EXPECT_EQ(objects[6].edgeFlags, (std::vector<uint8_t>{1, 0, 3}));
-  EXPECT_EQ(objects[7].cells, (std::vector<hostkit::Colour>{{1, 2, 3}, {4, 5, 6}}));
+  EXPECT_EQ(objects[7].cells, (std::vector<media::Colour>{{1, 2, 3}, {4, 5, 6}}));
   EXPECT_EQ(objects[9].radius, 10);
-  EXPECT_EQ(objects[11].close, hostkit::CloseType::Chord);
+  EXPECT_EQ(objects[11].close, media::CloseType::Chord);
 }
 
 TEST_F(VectorTest, AttributesAndModesAreDecoded) {
@@ -63,21 +64,21 @@ TEST_F(VectorTest, AttributesAndModesAreDecoded) {
           Element(2, 2, I({0})) + Element(5, 4, Big(5, 1)) + Element(4, 1, I({1, 2, 3, 4})),
       Element(1, 13, S("HELVETICA") + S("TIMES_BOLD"))));
   ASSERT_EQ(Objects(drawing).size(), 2u);
-  const hostkit::Attributes& a = *Objects(drawing)[0].attributes;
+  const media::Attributes& a = *Objects(drawing)[0].attributes;
   EXPECT_FALSE(a.line.scaled);
   EXPECT_EQ(a.line.width, 7);
   EXPECT_EQ(a.line.type, 3);
-  EXPECT_EQ(a.line.colour, (hostkit::Colour{1, 2, 3}));
-  EXPECT_EQ(a.fill.interior, hostkit::Interior::Hatch);
+  EXPECT_EQ(a.line.colour, (media::Colour{1, 2, 3}));
+  EXPECT_EQ(a.fill.interior, media::Interior::Hatch);
   EXPECT_EQ(a.fill.hatch, 6);
   EXPECT_TRUE(a.edgeVisible);
   EXPECT_EQ(a.edge.width, 2.5);
   EXPECT_EQ(a.text.height, 12);
   EXPECT_EQ(a.text.up, (Point{-1, 0}));
-  EXPECT_EQ(a.text.horizontal, hostkit::HorizontalAlign::Centre);
-  EXPECT_EQ(a.clipBox, (hostkit::Box{{10, 10}, {90, 90}}));
+  EXPECT_EQ(a.text.horizontal, media::HorizontalAlign::Centre);
+  EXPECT_EQ(a.clipBox, (media::Box{{10, 10}, {90, 90}}));
   EXPECT_FALSE(a.transparent);
-  EXPECT_EQ(Objects(drawing)[1].attributes->line.colour, (hostkit::Colour{10, 11, 12}))
+  EXPECT_EQ(Objects(drawing)[1].attributes->line.colour, (media::Colour{10, 11, 12}))
       << "from the colour table";
   EXPECT_EQ(drawing.fonts, (std::vector<std::string>{"HELVETICA", "TIMES_BOLD"}));
 }
@@ -108,23 +109,24 @@ TEST_F(VectorTest, UnknownAndCutElementsCostOnlyThemselves) {
   ASSERT_EQ(Objects(drawing).size(), 1u);
   EXPECT_EQ(Objects(drawing)[0].kind, ObjectKind::Polyline);
   Drawing none;
-  EXPECT_NE(hostkit::DecodeCgm(nullptr, 0, none), 1);
-  EXPECT_NE(hostkit::DecodeCgm(reinterpret_cast<const uint8_t*>("no metafile"), 11, none), 1);
+  EXPECT_NE(media::DecodeCgm(nullptr, 0, none), media::Outcome::Ok);
+  EXPECT_NE(media::DecodeCgm(reinterpret_cast<const uint8_t*>("no metafile"), 11, none),
+            media::Outcome::Ok);
 }
 
 // ---------------------------------------------------------------- round trip
 
-Object ObjectOf(int kind, double scale, const hostkit::Box& clipBox) {
-  hostkit::Attributes attributes;
+Object ObjectOf(int kind, double scale, const media::Box& clipBox) {
+  media::Attributes attributes;
   attributes.clipBox = clipBox;
   attributes.line = {kind % 5 + 1, 2 * scale, false, {1, 2, static_cast<uint8_t>(kind)}};
   attributes.edgeVisible = kind % 2 == 0;
-  attributes.fill.interior = static_cast<hostkit::Interior>(kind % 5);
+  attributes.fill.interior = static_cast<media::Interior>(kind % 5);
   attributes.text.height = 10 * scale;
   attributes.text.expansion = 0.75;
   Object object;
   object.kind = static_cast<ObjectKind>(kind);
-  object.attributes = std::make_shared<const hostkit::Attributes>(attributes);
+  object.attributes = std::make_shared<const media::Attributes>(attributes);
   const size_t counts[] = {7, 4, 3, 1, 1, 5, 6, 3, 2, 1, 3, 3, 3, 3, 3, 5, 5};
   for (size_t i = 0; i < counts[kind]; ++i) {
     object.points.push_back({scale * static_cast<double>(10 * i + static_cast<size_t>(kind)),
@@ -144,7 +146,7 @@ Object ObjectOf(int kind, double scale, const hostkit::Box& clipBox) {
   const bool radius = object.kind == ObjectKind::Circle || object.kind == ObjectKind::ArcCentre ||
                       object.kind == ObjectKind::ArcCentreClose;
   if (radius) object.radius = 12 * scale;
-  if (object.kind == ObjectKind::ArcCentreClose) object.close = hostkit::CloseType::Chord;
+  if (object.kind == ObjectKind::ArcCentreClose) object.close = media::CloseType::Chord;
   return object;
 }
 
@@ -165,7 +167,7 @@ TEST_F(VectorTest, EncodingLosesNothing) {
   for (const double scale : {1.0, 1000.0, 0.3, 1e7}) {
     Drawing drawing = EveryKind(scale);
     drawing.wholeUnits = scale == 1 || scale == 1000;
-    const Drawing decoded = Decode(hostkit::EncodeCgm(drawing));
+    const Drawing decoded = Decode(media::EncodeCgm(drawing));
     EXPECT_TRUE(decoded == drawing) << scale;
     EXPECT_EQ(decoded.patterns, drawing.patterns);
   }
@@ -197,7 +199,7 @@ TEST_F(VectorTest, WholeUnitsAreWrittenAsShortIntegersWhateverDefaultsAre) {
   Drawing drawing = Decode(cgm);
   EXPECT_TRUE(drawing.wholeUnits);
   EXPECT_EQ(Objects(drawing)[1].attributes->text.height, 1);
-  const std::string written = hostkit::EncodeCgm(drawing);
+  const std::string written = media::EncodeCgm(drawing);
   using Elements = std::vector<std::pair<int, int>>;
   const Elements elements = ElementsOf(written);
   EXPECT_EQ(Elements(elements.begin(), elements.begin() + 4), (Elements{{0, 1}, {1, 1}, {1, 11}, {1, 2}}))
@@ -212,7 +214,7 @@ TEST_F(VectorTest, WholeUnitsAreWrittenAsShortIntegersWhateverDefaultsAre) {
   EXPECT_NE(written.find(I({1, 2, 3, 4})), std::string::npos) << "16-bit points";
   EXPECT_TRUE(Decode(written) == drawing);
   drawing.wholeUnits = false;
-  EXPECT_NE(hostkit::EncodeCgm(drawing).find(Element(1, 3, I({1}))), std::string::npos)
+  EXPECT_NE(media::EncodeCgm(drawing).find(Element(1, 3, I({1}))), std::string::npos)
       << "a drawing in reals stays one";
 }
 
@@ -233,9 +235,9 @@ TEST_F(VectorTest, AClipRectangleSurvivesAnAppend) {
   const auto bytes = handle->graphics.At(0)->appended.bytes.Span();
   const Drawing appended = Decode(std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
   const double down = 61;  // the drawing was moved below the zero line
-  EXPECT_EQ(Objects(appended)[0].attributes->clipBox, (hostkit::Box{{0, -80}, {70, 0}}))
+  EXPECT_EQ(Objects(appended)[0].attributes->clipBox, (media::Box{{0, -80}, {70, 0}}))
       << "the new extent";
-  EXPECT_EQ(Objects(appended)[1].attributes->clipBox, (hostkit::Box{{2, 3 - down}, {40, 50 - down}}));
+  EXPECT_EQ(Objects(appended)[1].attributes->clipBox, (media::Box{{2, 3 - down}, {40, 50 - down}}));
   EXPECT_EQ(Objects(appended)[1].points[1], (Point{60, 60 - down}));
 }
 
@@ -243,7 +245,7 @@ TEST_F(VectorTest, ExtentsFollowTheObjects) {
   Point least, greatest;
   const Drawing drawing =
       Decode(Metafile(Element(4, 12, I({50, 40, 10})) + Element(4, 1, I({-5, 7, 20, 90}))));
-  ASSERT_TRUE(hostkit::FindExtent(drawing, hostkit::TextBox::Full, least, greatest));
+  ASSERT_TRUE(media::FindExtent(drawing, media::TextBox::Full, least, greatest));
   EXPECT_NEAR(least.x, -5, 1e-9);
   EXPECT_NEAR(least.y, 7, 1e-9);
   EXPECT_NEAR(greatest.x, 60, 1e-9);
@@ -251,7 +253,7 @@ TEST_F(VectorTest, ExtentsFollowTheObjects) {
 }
 
 TEST_F(VectorTest, DamagedMetafilesAreDrawnAsFarAsTheyGo) {
-  const std::string whole = hostkit::EncodeCgm([] {
+  const std::string whole = media::EncodeCgm([] {
     Drawing drawing = EveryKind(1);
     drawing.layers[0].objects[3].text = "short";
     return drawing;

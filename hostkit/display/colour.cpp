@@ -4,17 +4,17 @@
 #include <vector>
 
 #include "host/display.h"
-#include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/internal.h"
 #include "hostkit/kernel/pixels_rows.h"
 #include "hostkit/kernel/pixels_shuffle.h"
+#include "media/work.h"
 
 namespace {
 
 using hostkit::IsAllocated;
 
 int32_t Histogram(const KernelBitmap& bitmap, uint32_t* counters, uint32_t count) {
-  if (!hostkit::Spend(8 * uint64_t{bitmap.width} * bitmap.height)) return kHostOverBudget;
+  if (!media::Spend(8 * uint64_t{bitmap.width} * bitmap.height)) return kHostOverBudget;
   std::vector<uint8_t> bgr(3 * static_cast<size_t>(bitmap.width));
   hostkit::RowReader reader(bitmap, hostkit::PixelCount(bitmap));
   for (uint32_t row = 0; row < bitmap.height; ++row) {
@@ -40,7 +40,7 @@ int32_t Adjust(const KernelBitmap& bitmap, int32_t shift) {
     }
     return kHostOk;
   }
-  if (!hostkit::Spend(8 * uint64_t{bitmap.width} * bitmap.height)) return kHostOverBudget;
+  if (!media::Spend(8 * uint64_t{bitmap.width} * bitmap.height)) return kHostOverBudget;
   std::vector<uint8_t> bgr(3 * static_cast<size_t>(bitmap.width));
   hostkit::NearestColour nearest(bitmap);
   hostkit::RowReader reader(bitmap, hostkit::PixelCount(bitmap));
@@ -98,7 +98,7 @@ int32_t Merge(KernelBitmap* destination, const KernelBitmap* bands, uint32_t rec
     width = std::max(width, bands[band].width);
     height = std::max(height, bands[band].height);
   }
-  if (!hostkit::Spend(10 * uint64_t{width} * height)) return kHostOverBudget;
+  if (!media::Spend(10 * uint64_t{width} * height)) return kHostOverBudget;
   const int32_t status = KernelAllocateBitmap(destination, recordSize, 1, width, height, 24, kOrderBgr,
                                               nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;
@@ -125,7 +125,7 @@ int32_t Combine(const KernelBitmap& destination, uint32_t x, uint32_t y, uint32_
   const bool convert = destination.bitsPerPixel != source.bitsPerPixel;
   // Most pixels are the first of their page, which the system has yet to give.
   const uint64_t pixelCost = convert ? 8 : 1 + destination.bitsPerPixel * 13 / 8;
-  if (!hostkit::Spend(uint64_t{width} * height * pixelCost)) return kHostOverBudget;
+  if (!media::Spend(uint64_t{width} * height * pixelCost)) return kHostOverBudget;
   std::vector<uint8_t> bgr(convert ? 3 * static_cast<size_t>(width) : 0);
   hostkit::NearestColour nearest(destination);
   hostkit::RowReader reader(source, convert ? uint64_t{width} * height : 0);

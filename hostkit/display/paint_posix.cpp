@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "hostkit/display/placement.h"
-#include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/gdi.h"
 #include "hostkit/kernel/pixels_rows.h"
 #include "hostkit/kernel/row_threads.h"
+#include "media/work.h"
 
 namespace {
 
@@ -47,7 +47,7 @@ int32_t hostkit::PaintBitmap(HDC dc, const KernelBitmap& bitmap, const RECT* sou
   const bool isBgr = canvas.bitsPerPixel == 24 && canvas.colourOrder != kOrderRgb;
   const bool copy = transparent == nullptr && SameForm(canvas, bitmap);
   const uint64_t pixels = uint64_t{width} * height;
-  if (!Spend(pixels * (copy ? 3 : 5))) return kHostOverBudget;
+  if (!media::Spend(pixels * (copy ? 3 : 5))) return kHostOverBudget;
   std::vector<uint8_t> bgr(3 * size_t{width} + 1);
   NearestColour nearest(canvas);
   const RowReader reader(bitmap, pixels);

@@ -8,8 +8,8 @@
 #include <jpeglib.h>
 
 #include "hostkit/fileformat/codec.h"
-#include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/pixels_rows.h"
+#include "media/work.h"
 
 namespace hostkit {
 namespace {
@@ -103,7 +103,7 @@ void LimitScans(j_common_ptr codec) {
   const int scan = reinterpret_cast<j_decompress_ptr>(codec)->input_scan_number;
   if (scan == limit.scan) return;
   limit.scan = scan;
-  limit.exceeded = !Spend(kWorkPerScanSample * limit.samples);
+  limit.exceeded = !media::Spend(kWorkPerScanSample * limit.samples);
   if (scan > kMaxScans || limit.exceeded) ReturnError(codec);
 }
 
@@ -157,7 +157,7 @@ int32_t Load(Bytes stream, const HostLoadOptions& options, KernelBitmap& bitmap)
   if (!FindJpegFrame(bytes, frame)) return kHostNotRecognised;
   const uint64_t pixels = uint64_t{frame.width} * frame.height;
   if (pixels / kMaxPixelsPerByte > bytes.size()) return kHostBadData;
-  if (!Spend(kWorkPerSample * pixels * frame.components)) return kHostOverBudget;
+  if (!media::Spend(kWorkPerSample * pixels * frame.components)) return kHostOverBudget;
   // libjpeg finds no more than four components in its scans.
   if (frame.precision != 8 || frame.IsLossless() || frame.components > 4) {
 #if defined(HOSTKIT_WIDE_JPEG)

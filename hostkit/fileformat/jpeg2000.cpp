@@ -8,8 +8,8 @@
 #include <openjpeg.h>
 
 #include "hostkit/fileformat/codec.h"
-#include "hostkit/fileformat/codestream.h"
-#include "hostkit/kernel/budget.h"
+#include "media/codecs/codestream.h"
+#include "media/work.h"
 
 namespace hostkit {
 namespace {
@@ -40,9 +40,9 @@ Bytes SkipMaskTable(Bytes bytes) {
 
 bool Describe(Bytes bytes, HostFileInfo& info) {
   const Bytes stream = SkipMaskTable(bytes);
-  CodestreamSize size;
+  media::CodestreamSize size;
   if (!StartsWith(stream, kCodestreamStart) && !StartsWith(stream, kJp2Signature)) return false;
-  if (!FindCodestreamSize(stream, size)) return false;
+  if (!media::FindCodestreamSize(stream, size)) return false;
   info.format = 0;
   info.width = size.width;
   info.height = size.height;
@@ -122,7 +122,7 @@ struct Part {
 class Decoder {
  public:
   /// Starts on a stream whose image must be the one that was measured.
-  bool Start(Bytes bytes, const CodestreamSize& size) {
+  bool Start(Bytes bytes, const media::CodestreamSize& size) {
     const bool jp2 = StartsWith(bytes, kJp2Signature);
     memory_ = {bytes};
     owner_.Reset();
@@ -145,7 +145,7 @@ class Decoder {
     return image.numcomps == size.components && image.x0 == size.left && image.x1 == size.right &&
            image.y0 == size.top && image.y1 == size.bottom;
   }
-  bool DecodePart(const CodestreamSize& size, const Part& part) {
+  bool DecodePart(const media::CodestreamSize& size, const Part& part) {
     const auto edge = [](uint32_t origin, uint64_t pixels, uint32_t step, uint32_t end) {
       return static_cast<OPJ_INT32>(std::min<uint64_t>(origin + pixels * step, end));
     };
@@ -174,7 +174,7 @@ class Decoder {
 // Reads one component at the image's resolution, in 8 or 16 bits.
 class Component {
  public:
-  Component(const opj_image_comp_t& component, const CodestreamSize& size, uint32_t bits)
+  Component(const opj_image_comp_t& component, const media::CodestreamSize& size, uint32_t bits)
       : component_(component),
         stepX_(std::max(1u, component.dx / size.stepX)),
         stepY_(std::max(1u, component.dy / size.stepY)),
@@ -201,7 +201,7 @@ class Component {
 };
 
 // Put a decoded part into the bitmap.
-void PutGrey(const opj_image_t& image, const CodestreamSize& size, const Part& part,
+void PutGrey(const opj_image_t& image, const media::CodestreamSize& size, const Part& part,
              KernelBitmap& bitmap) {
   const uint32_t depth = bitmap.bitsPerPixel;
   const Component grey(image.comps[0], size, depth);
@@ -228,8 +228,8 @@ bool IsYcc(const opj_image_t& image, const HostLoadOptions& options) {
   return image.numcomps == 3 && !declared && (options.flags & kLoadComponentsAreRgb) == 0;
 }
 
-void PutColour(const opj_image_t& image, const CodestreamSize& size, const HostLoadOptions& options,
-               const Part& part, KernelBitmap& bitmap) {
+void PutColour(const opj_image_t& image, const media::CodestreamSize& size,
+               const HostLoadOptions& options, const Part& part, KernelBitmap& bitmap) {
   const bool isYcc = IsYcc(image, options);
   const auto shown = [&](uint32_t colour) {
     return Component(image.comps[ShownComponent(options, colour, image.numcomps)], size, 8);
@@ -261,7 +261,7 @@ uint32_t PartOf(uint32_t side, uint32_t unit, uint64_t pixels) {
   return static_cast<uint32_t>(std::min<uint64_t>(side, units * unit));
 }
 
-Plan PlanOf(const CodestreamSize& size, const KernelBitmap& wanted) {
+Plan PlanOf(const media::CodestreamSize& size, const KernelBitmap& wanted) {
   Plan plan = {.width = Wanted(size.width, wanted.width), .height = Wanted(size.height, wanted.height)};
   plan.columnsAtOnce = plan.width;
   plan.rowsAtOnce = plan.height;
@@ -293,7 +293,7 @@ int32_t AllocateFor(const opj_image_t& image, const Plan& plan, KernelBitmap& bi
                               nullptr, kViewTopLeft, nullptr, 0);
 }
 
-int32_t DecodeInto(Bytes stream, const CodestreamSize& size, const Plan& plan,
+int32_t DecodeInto(Bytes stream, const media::CodestreamSize& size, const Plan& plan,
                    const HostLoadOptions& options, KernelBitmap& bitmap) {
   Decoder decoder;
   Part part = {};
@@ -319,16 +319,16 @@ int32_t DecodeInto(Bytes stream, const CodestreamSize& size, const Plan& plan,
 
 int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) {
   const Bytes stream = SkipMaskTable(bytes);
-  CodestreamSize size;
-  if (!FindCodestreamSize(stream, size)) return kHostNotRecognised;
-  const CodestreamWorth worth = WeighCodestream(stream, size);
-  if (worth == CodestreamWorth::TooManySamples) return kHostNoMemory;
-  if (worth == CodestreamWorth::TooFewBytes) return kHostBadData;
+  media::CodestreamSize size;
+  if (!media::FindCodestreamSize(stream, size)) return kHostNotRecognised;
+  const media::CodestreamWorth worth = media::WeighCodestream(stream, size);
+  if (worth == media::CodestreamWorth::TooManySamples) return kHostNoMemory;
+  if (worth == media::CodestreamWorth::TooFewBytes) return kHostBadData;
   const Plan plan = PlanOf(size, bitmap);
   const uint64_t wanted = uint64_t{plan.width} * plan.height;
-  if (!AllowsPixels(wanted)) return kHostNoMemory;
-  if (worth == CodestreamWorth::TooManyTables) return kHostOverBudget;
-  if (!SpendSamples(wanted * size.components)) return kHostOverBudget;
+  if (!media::AllowsPixels(wanted)) return kHostNoMemory;
+  if (worth == media::CodestreamWorth::TooManyTables) return kHostOverBudget;
+  if (!media::SpendSamples(wanted * size.components)) return kHostOverBudget;
   const int32_t status = DecodeInto(stream, size, plan, options, bitmap);
   if (status != kHostBadData || !StartsWith(stream, kJp2Signature)) return status;
   // A file whose boxes the library refuses, or that say something else than the codestream, is decoded

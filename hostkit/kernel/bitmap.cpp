@@ -2,10 +2,10 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/internal.h"
 #include "hostkit/kernel/large_pages.h"
 #include "hostkit/kernel/row_threads.h"
+#include "media/work.h"
 
 namespace {
 
@@ -42,7 +42,7 @@ bool HasOwnPalette(const KernelBitmap& bitmap) { return bitmap.bitsPerPixel > 8 
 uint64_t RowsSize(uint32_t width, uint32_t height, uint32_t bitsPerPixel, uint64_t* bytesPerLine) {
   if (width == 0 || height == 0 || bitsPerPixel == 0 || bitsPerPixel > kMaxDepth) return 0;
   if (width > kMaxWidth) return 0;
-  if (!hostkit::AllowsPixels(static_cast<uint64_t>(width) * height)) return 0;
+  if (!media::AllowsPixels(static_cast<uint64_t>(width) * height)) return 0;
   *bytesPerLine = (static_cast<uint64_t>(width) * bitsPerPixel + 31) / 32 * 4;
   if (*bytesPerLine > INT32_MAX || *bytesPerLine * height > INT32_MAX) return 0;
   return *bytesPerLine * height;
@@ -130,7 +130,7 @@ int32_t hostkit::TakePalette(KernelBitmap& bitmap, const KernelColour* colours, 
 
 int32_t ORB_CALL KernelFillBitmap(KernelBitmap* bitmap, COLORREF colour) {
   if (!hostkit::IsAllocated(bitmap)) return kHostInvalid;
-  if (!hostkit::Spend(hostkit::PixelCount(*bitmap))) return kHostOverBudget;
+  if (!media::Spend(hostkit::PixelCount(*bitmap))) return kHostOverBudget;
   const uint8_t bgr[3] = {static_cast<uint8_t>(colour >> 16), static_cast<uint8_t>(colour >> 8),
                           static_cast<uint8_t>(colour)};
   hostkit::NearestColour nearest(*bitmap);
@@ -194,7 +194,7 @@ KernelColour* ORB_CALL KernelMakePaletteTable(uint32_t bitsPerPixel, uint32_t li
 
 int32_t ORB_CALL KernelPrepareScratchBitmap(KernelBitmap* bitmap) {
   if (!hostkit::IsAllocated(bitmap)) return kHostInvalid;
-  (void)hostkit::Spend(bitmap->byteCount / 8);
+  (void)media::Spend(bitmap->byteCount / 8);
   std::memset(hostkit::Pixels(*bitmap), 0, static_cast<size_t>(bitmap->byteCount));
   return kHostOk;
 }

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/read_windows.h"
 #include "hostkit/kernel/system_file.h"
+#include "media/work.h"
 
 namespace {
 
@@ -133,7 +133,7 @@ int32_t ORB_CALL KernelOpen(const char16_t* path, int32_t flags, int32_t permiss
 uint32_t ORB_CALL KernelRead(int32_t handle, void* buffer, uint32_t count) {
   File* file = Find(handle);
   if (file == nullptr || HostkitShouldFail(kFaultRead)) return 0;
-  (void)hostkit::Spend(count / 4 + 20);  // what is too much is refused where there is a status
+  (void)media::Spend(count / 4 + 20);  // what is too much is refused where there is a status
   try {
     return file->Read(static_cast<uint8_t*>(buffer), count);
   } catch (const std::bad_alloc&) {

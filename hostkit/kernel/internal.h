@@ -8,6 +8,7 @@
 
 #include "host/kernel.h"
 #include "hostkit/hostkit.h"
+#include "media/outcome.h"
 
 namespace hostkit {
 
@@ -29,6 +30,9 @@ class Immortal {
  private:
   alignas(T) unsigned char bytes_[sizeof(T)];
 };
+
+/// The host's status of what work came to.
+constexpr int32_t StatusOf(media::Outcome outcome) { return static_cast<int32_t>(outcome); }
 
 void Track(int32_t kind, const void* resource, uint64_t bytes, uint32_t line, const char16_t* file);
 void Untrack(int32_t kind, const void* resource);

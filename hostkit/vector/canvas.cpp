@@ -3,14 +3,21 @@
 #include <cmath>
 #include <new>
 
-#include "hostkit/kernel/budget.h"
 #include "hostkit/kernel/gdi.h"
 #include "hostkit/vector/handle.h"
-#include "hostkit/vector/reach.h"
-#include "hostkit/vector/surface.h"
+#include "media/drawing/picture.h"
+#include "media/drawing/reach.h"
+#include "media/drawing/surface.h"
 
 namespace hostkit {
 namespace {
+
+using media::DeviceMap;
+using media::Drawing;
+using media::Extent;
+using media::Painting;
+using media::Reach;
+using media::SurfacePtr;
 
 // Lays a painted surface over the canvas: untouched pixels stay as they are.
 void Blend(const SurfacePtr& surface, KernelBitmap& canvas, uint32_t left, uint32_t top) {
@@ -63,11 +70,11 @@ int32_t PaintPiece(KernelBitmap& canvas, const DeviceMap& whole, const Reach& re
   const auto objects = reach.Within(left, top, right, bottom);
   if (objects.empty()) return kHostOk;
   if (!painting.limit.Take(kPieceCost * piece.Count())) return kHostOverBudget;
-  const SurfacePtr surface =
-      MakeSurface(static_cast<int>(piece.right - piece.left), static_cast<int>(piece.bottom - piece.top));
-  const int32_t status =
-      PaintOnSurface(surface.get(), whole, {left, top, right - left, bottom - top}, objects, painting);
-  if (status != kHostOk) return status;
+  const SurfacePtr surface = media::MakeSurface(static_cast<int>(piece.right - piece.left),
+                                                static_cast<int>(piece.bottom - piece.top));
+  const media::Outcome outcome = media::PaintOnSurface(
+      surface.get(), whole, {left, top, right - left, bottom - top}, objects, painting);
+  if (outcome != media::Outcome::Ok) return StatusOf(outcome);
   Blend(surface, canvas, static_cast<uint32_t>(piece.left), static_cast<uint32_t>(piece.top));
   return kHostOk;
 }
@@ -81,7 +88,7 @@ int32_t PaintOnto(KernelBitmap& canvas, const Drawing& drawing, const RECT& plac
   if (!whole.IsUsable()) return kHostOk;
   const Reach reach(drawing, whole);
   const PixelArea reached = WithinCanvas(reach.Whole(), canvas);
-  Painting painting(drawing, PaintLimit(reached.Count(), static_cast<double>(drawing.bytes)));
+  Painting painting(drawing, media::PaintLimit(reached.Count(), static_cast<double>(drawing.bytes)));
   for (int64_t y = reached.top; y < reached.bottom; y += kPiece) {
     for (int64_t x = reached.left; x < reached.right; x += kPiece) {
       const PixelArea piece = {x, y, std::min(x + kPiece, reached.right),
@@ -110,4 +117,37 @@ int32_t ORB_CALL VectorPaint(HDC dc, const VectorHandle* handle, int32_t width, 
   } catch (const std::bad_alloc&) {
     return kHostNoMemory;
   }
+}
+
+namespace {
+
+template <class Work>
+int32_t WithDrawing(const VectorHandle* handle, int32_t longerSide, Work work) {
+  const hostkit::HeldDrawing* drawing = hostkit::DrawingOf(handle);
+  if (drawing == nullptr || longerSide < 0) return kHostInvalid;
+  try {
+    return hostkit::StatusOf(work(*drawing));
+  } catch (const std::bad_alloc&) {
+    return kHostNoMemory;
+  }
+}
+
+}  // namespace
+
+int32_t ORB_CALL HostkitPaintDrawing(const VectorHandle* handle, int32_t longerSide,
+                                     HostkitDrawingRow take, void* userData) {
+  if (take == nullptr) return kHostInvalid;
+  return WithDrawing(handle, longerSide, [&](const media::Drawing& drawing) {
+    return media::PaintPicture(drawing, longerSide,
+                               [&](const uint8_t* rgba, uint32_t width, uint32_t height) {
+                                 return static_cast<media::Outcome>(take(rgba, width, height, userData));
+                               });
+  });
+}
+
+int32_t ORB_CALL HostkitSaveDrawing(const VectorHandle* handle, const char* path, int32_t longerSide) {
+  if (path == nullptr) return kHostInvalid;
+  return WithDrawing(handle, longerSide, [&](const media::Drawing& drawing) {
+    return media::SaveSvg(drawing, path, longerSide);
+  });
 }

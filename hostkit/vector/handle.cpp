@@ -5,10 +5,10 @@
 
 #include "hostkit/kernel/internal.h"
 #include "hostkit/vector/handle.h"
-#include "hostkit/vector/outline.h"
+#include "media/drawing/outline.h"
 
-using hostkit::Drawing;
 using hostkit::DrawingOf;
+using hostkit::HeldDrawing;
 
 namespace {
 
@@ -22,10 +22,10 @@ int32_t Guarded(auto work) {
   }
 }
 
-void Translate(Drawing& drawing, double dx, double dy) {
-  using hostkit::ObjectKind;
-  for (hostkit::Layer& layer : drawing.layers) {
-    for (hostkit::Object& object : layer.objects) {
+void Translate(HeldDrawing& drawing, double dx, double dy) {
+  using media::ObjectKind;
+  for (media::Layer& layer : drawing.layers) {
+    for (media::Object& object : layer.objects) {
       const bool arc = object.kind == ObjectKind::ArcCentre || object.kind == ObjectKind::ArcCentreClose;
       const bool elliptical =
           object.kind == ObjectKind::EllipticalArc || object.kind == ObjectKind::EllipticalArcClose;
@@ -33,18 +33,18 @@ void Translate(Drawing& drawing, double dx, double dy) {
       for (size_t i = 0; i < std::min(moved, object.points.size()); ++i) {
         object.points[i] = {object.points[i].x + dx, object.points[i].y + dy};
       }
-      hostkit::Attributes attributes = *object.attributes;
-      for (hostkit::Point* p : {&attributes.clipBox.first, &attributes.clipBox.second})
+      media::Attributes attributes = *object.attributes;
+      for (media::Point* p : {&attributes.clipBox.first, &attributes.clipBox.second})
         *p = {p->x + dx, p->y + dy};
-      object.attributes = std::make_shared<const hostkit::Attributes>(attributes);
+      object.attributes = std::make_shared<const media::Attributes>(attributes);
     }
   }
 }
 
 }  // namespace
 
-void hostkit::GiveDrawing(VectorHandle* handle, Drawing drawing) {
-  auto* owned = new Drawing(std::move(drawing));
+void hostkit::GiveDrawing(VectorHandle* handle, HeldDrawing drawing) {
+  auto* owned = new HeldDrawing(std::move(drawing));
   VectorFree(handle);
   Track(kKindMemory, owned, sizeof *owned, __LINE__, kFile);
   handle->drawing = owned;
@@ -59,7 +59,7 @@ int32_t ORB_CALL VectorInitialise(VectorHandle* handle) {
 int32_t ORB_CALL VectorIsEmpty(const VectorHandle* handle) { return DrawingOf(handle) == nullptr; }
 
 int32_t ORB_CALL VectorFree(VectorHandle* handle) {
-  Drawing* drawing = DrawingOf(handle);
+  HeldDrawing* drawing = DrawingOf(handle);
   if (drawing == nullptr) return kHostOk;
   hostkit::Untrack(hostkit::kKindMemory, drawing);
   delete drawing;
@@ -68,7 +68,7 @@ int32_t ORB_CALL VectorFree(VectorHandle* handle) {
 }
 
 int32_t ORB_CALL VectorCopy(VectorHandle* destination, const VectorHandle* source, uint32_t) {
-  const Drawing* drawing = DrawingOf(source);
+  const HeldDrawing* drawing = DrawingOf(source);
   if (destination == nullptr || drawing == nullptr) return kHostInvalid;
   if (HostkitShouldFail(kFaultAllocation)) return kHostNoMemory;
   return Guarded([&] {
@@ -78,7 +78,7 @@ int32_t ORB_CALL VectorCopy(VectorHandle* destination, const VectorHandle* sourc
 }
 
 int32_t ORB_CALL VectorSetBackground(VectorHandle* handle, COLORREF colour) {
-  if (Drawing* drawing = DrawingOf(handle)) drawing->behind = colour;
+  if (HeldDrawing* drawing = DrawingOf(handle)) drawing->behind = colour;
   return kHostOk;
 }
 
@@ -87,11 +87,11 @@ int32_t ORB_CALL VectorSetPaintMode(VectorHandle* handle, uint32_t mode) {
 }
 
 int32_t ORB_CALL VectorGetExtent(const VectorHandle* handle, VectorPoint* least, VectorPoint* greatest) {
-  const Drawing* drawing = DrawingOf(handle);
+  const HeldDrawing* drawing = DrawingOf(handle);
   if (drawing == nullptr || least == nullptr || greatest == nullptr) return kHostInvalid;
   return Guarded([&] {
-    hostkit::Point low, high;
-    hostkit::FindExtent(*drawing, hostkit::TextBox::Full, low, high);
+    media::Point low, high;
+    media::FindExtent(*drawing, media::TextBox::Full, low, high);
     // Drawings of whole units stay so where their holder moves them by their extent.
     if (drawing->wholeUnits) {
       low = {std::floor(low.x), std::floor(low.y)};
@@ -117,14 +117,14 @@ int32_t ORB_CALL VectorAddLayer(VectorHandle* handle, const VectorLayer* layer) 
 
 int32_t ORB_CALL VectorSetTranslation(VectorHandle* handle, const VectorTranslation* translation,
                                       const void*, uint32_t) {
-  Drawing* drawing = DrawingOf(handle);
+  HeldDrawing* drawing = DrawingOf(handle);
   if (drawing == nullptr || translation == nullptr) return kHostInvalid;
   drawing->translation = *translation;
   return kHostOk;
 }
 
 int32_t ORB_CALL VectorApplyTranslation(VectorHandle* handle) {
-  Drawing* drawing = DrawingOf(handle);
+  HeldDrawing* drawing = DrawingOf(handle);
   if (drawing == nullptr) return kHostInvalid;
   return Guarded([&] {
     Translate(*drawing, drawing->translation.x, drawing->translation.y);
@@ -134,26 +134,26 @@ int32_t ORB_CALL VectorApplyTranslation(VectorHandle* handle) {
 }
 
 int32_t ORB_CALL VectorResetTranslation(VectorHandle* handle, const void*, uint32_t) {
-  Drawing* drawing = DrawingOf(handle);
+  HeldDrawing* drawing = DrawingOf(handle);
   if (drawing == nullptr) return kHostInvalid;
   drawing->translation = {};
   return kHostOk;
 }
 
 int32_t ORB_CALL VectorSetViewRectangle(VectorHandle* handle, const RECT* rectangle) {
-  Drawing* drawing = DrawingOf(handle);
+  HeldDrawing* drawing = DrawingOf(handle);
   if (drawing == nullptr || rectangle == nullptr) return kHostInvalid;
   return Guarded([&] {
     const double top = rectangle->top, bottom = rectangle->bottom;
     drawing->extent = {{static_cast<double>(rectangle->left), -bottom},
                        {static_cast<double>(rectangle->right), -top}};
     // What is clipped to the old extent is clipped to the new one.
-    for (hostkit::Layer& layer : drawing->layers) {
-      for (hostkit::Object& object : layer.objects) {
+    for (media::Layer& layer : drawing->layers) {
+      for (media::Object& object : layer.objects) {
         if (object.attributes->clipGiven) continue;
-        hostkit::Attributes attributes = *object.attributes;
+        media::Attributes attributes = *object.attributes;
         attributes.clipBox = drawing->extent;
-        object.attributes = std::make_shared<const hostkit::Attributes>(attributes);
+        object.attributes = std::make_shared<const media::Attributes>(attributes);
       }
     }
     return kHostOk;

@@ -21,6 +21,7 @@ int Run(int argc, char** argv) {
     return app.exit(error) == 0 ? tool::kExitOk : tool::kExitUsage;
   }
   HostkitSetMaxPixels(line.maxPixels);
+  media::SetMaxPixels(line.maxPixels);
   try {
     return line.work();
   } catch (const tool::ReadError& error) {

@@ -5,16 +5,16 @@
 #include <fstream>
 #include <string>
 
-#include "hostkit/vector/metafile.h"
+#include "media/drawing/metafile.h"
 #include "tools/orbntf/output/picture.h"
 
 namespace {
 
-using hostkit::Attributes;
-using hostkit::Drawing;
-using hostkit::Object;
-using hostkit::ObjectKind;
-using hostkit::Point;
+using media::Attributes;
+using media::Drawing;
+using media::Object;
+using media::ObjectKind;
+using media::Point;
 
 bool WritePicture(const std::string& path, uint32_t width, uint32_t height,
                   void (*colour)(uint32_t x, uint32_t y, uint8_t* rgb)) {
@@ -85,7 +85,7 @@ Drawing Symbols() {
   Object ring = Make(ObjectKind::Circle, look, {{70, 80}});
   ring.radius = 46;
   Attributes area = look;
-  area.fill.interior = hostkit::Interior::Hatch;
+  area.fill.interior = media::Interior::Hatch;
   area.fill.hatch = 3;
   area.fill.colour = {255, 90, 60};
   area.edgeVisible = true;
@@ -96,7 +96,7 @@ Drawing Symbols() {
   objects.push_back(Make(ObjectKind::Polygon,
                          [&] {
                            Attributes head = look;
-                           head.fill.interior = hostkit::Interior::Solid;
+                           head.fill.interior = media::Interior::Solid;
                            head.fill.colour = look.line.colour;
                            return head;
                          }(),
@@ -120,7 +120,7 @@ int main(int argc, char** argv) {
   const std::string folder = argv[1];
   const bool good = WritePicture(folder + "/demo-terrain.png", 640, 400, &Terrain) &&
                     WritePicture(folder + "/demo-chart.png", 180, 120, &Chart) &&
-                    WriteText(folder + "/demo-symbols.cgm", hostkit::EncodeCgm(Symbols())) &&
+                    WriteText(folder + "/demo-symbols.cgm", media::EncodeCgm(Symbols())) &&
                     WriteText(folder + "/demo-notes.txt", "Made by the demonstration.\r\n");
   return good ? 0 : 1;
 }

@@ -90,26 +90,27 @@ void DescribeCommandLine(CLI::App& app, CommandLine& line) {
 }
 
 namespace {
-thread_local bool hasAccount = false;
-}
 
-WorkAccount::WorkAccount(const std::string& path) : isOutermost_(!hasAccount) {
-  if (!isOutermost_) return;
-  hasAccount = true;
+uint64_t BytesOf(const std::string& path) {
   std::error_code error;
   const uint64_t bytes = std::filesystem::file_size(path, error);
-  HostkitLimitWork(error ? 0 : bytes, 0, 100);
+  return error ? 0 : bytes;
 }
 
-WorkAccount::~WorkAccount() {
-  if (!isOutermost_) return;
-  hasAccount = false;
+}  // namespace
+
+WorkAccount::WorkAccount(const std::string& path) : limit_(BytesOf(path)) {}
+
+HostWork::HostWork() : limited_(media::CurrentWork().limited) {
+  const media::WorkLeft& work = media::CurrentWork();
+  if (limited_) HostkitGiveWork(work.nanoseconds, work.samples);
+}
+
+HostWork::~HostWork() {
+  media::WorkLeft& work = media::CurrentWork();
+  if (limited_) HostkitWorkLeft(&work.nanoseconds, &work.samples);
   HostkitLiftWorkLimit();
 }
-
-void WorkAccount::AllowPixels(uint64_t pixels) { HostkitAllowPixels(pixels); }
-
-bool WorkAccount::Take(uint64_t nanoseconds) { return HostkitSpendWork(nanoseconds) == kHostOk; }
 
 bool IsSameFile(const std::string& a, const std::string& b) {
   struct stat first, second;

@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+#include "media/work.h"
+
 /// The command-line parser; what registers options includes it.
 namespace CLI {
 class App;
@@ -36,21 +38,28 @@ int Refuse(const std::string& command, const std::string& message);
 /// A path as the exports take it: names are bytes, whatever they are.
 std::u16string Widen(const std::string& path);
 
-/// What a command may do with a file: one account for all that it reads, draws and decodes, which begins
-/// with what the file's bytes are worth. Within another account it is a part of that one.
+/// What a command may do with a file: one limit for all that the core reads and decodes and the module
+/// draws, which begins with what the file's bytes are worth. Within another one it is a part of that one.
 class WorkAccount {
  public:
   explicit WorkAccount(const std::string& path);
-  ~WorkAccount();
-  WorkAccount(const WorkAccount&) = delete;
-  WorkAccount& operator=(const WorkAccount&) = delete;
   /// Adds what a picture of so many pixels is worth.
-  static void AllowPixels(uint64_t pixels);
-  /// Takes work, in nanoseconds of an ordinary core; false when there is less left.
-  static bool Take(uint64_t nanoseconds);
+  static void AllowPixels(uint64_t pixels) { media::AllowPixels(pixels); }
 
  private:
-  bool isOutermost_;
+  media::WorkLimit limit_;
+};
+
+/// While there is one, the host works on what is left of this thread's limit.
+class HostWork {
+ public:
+  HostWork();
+  ~HostWork();
+  HostWork(const HostWork&) = delete;
+  HostWork& operator=(const HostWork&) = delete;
+
+ private:
+  bool limited_;
 };
 
 /// Whether two paths name one existing file.

@@ -57,6 +57,7 @@ int RunGraphic(GraphicOptions& options) {
   options.file = TakeInput(options.file);
   if (Inputs({options.file}).Hold(options.output)) return Refuse("graphic", "the output is the input");
   const WorkAccount account(options.file);
+  const HostWork work;
   Document document;
   const int code = OpenEveryVersion("graphic", document, options.file);
   if (options.index >= Orb_NITFGetGraphicHeaderCount(document.get()))

@@ -144,8 +144,8 @@ class JpegBlocks {
     if (keepsAll && 2 * uint64_t{facts.width} * facts.height * facts.components > kMostCoefficientBytes)
       return {ORB_UNSUPPORTED, where + " takes more memory than its blocks are worth"};
     constexpr uint64_t kDecodeCost = 8, kScanCost = 3;  // nanoseconds a sample
-    if (!WorkAccount::Take((kDecodeCost + kScanCost * facts.scans) * facts.width * facts.height *
-                           facts.components))
+    if (!media::Spend((kDecodeCost + kScanCost * facts.scans) * facts.width * facts.height *
+                      facts.components))
       return {kHostOverBudget, MeaningOf(kHostOverBudget)};
     decoded_ = {};
     const bool isWide = facts.precision > 8 || facts.IsLossless();

@@ -6,8 +6,8 @@
 
 #include <openjpeg.h>
 
-#include "hostkit/fileformat/codestream.h"
 #include "hostkit/hostkit.h"
+#include "media/codecs/codestream.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/extract/decoders.h"
 #include "tools/orbntf/tool.h"
@@ -60,9 +60,9 @@ StreamPtr OpenMemory(MemoryStream& memory) {
 // Whether a codestream's claims are worth its bytes and go with its image.
 bool IsWorth(std::string_view bytes, const SampleSource& source) {
   const std::span<const uint8_t> stream(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
-  hostkit::CodestreamSize size;
-  return hostkit::FindCodestreamSize(stream, size) &&
-         hostkit::WeighCodestream(stream, size) == hostkit::CodestreamWorth::Fine &&
+  media::CodestreamSize size;
+  return media::FindCodestreamSize(stream, size) &&
+         media::WeighCodestream(stream, size) == media::CodestreamWorth::Fine &&
          size.width <= 2 * static_cast<uint64_t>(source.part.Number("NCOLS")) &&
          size.height <= 2 * static_cast<uint64_t>(source.part.Number("NROWS"));
 }
@@ -118,7 +118,7 @@ ExtractFault ReadJpeg2000(const SampleSource& source, SampleImage& image) {
   if (ExtractFault fault = CheckSize(image, reduced("NCOLS"), reduced("NROWS")); fault.Met())
     return fault;
   constexpr uint64_t kDecodeCost = 30;  // nanoseconds a sample
-  if (!WorkAccount::Take(kDecodeCost * reduced("NCOLS") * reduced("NROWS") * image.bands))
+  if (!media::Spend(kDecodeCost * reduced("NCOLS") * reduced("NROWS") * image.bands))
     return {kHostOverBudget, MeaningOf(kHostOverBudget)};
   std::string problem;
   const ImagePtr decoded = Decode(std::string_view(data).substr(start), source, problem);

@@ -106,7 +106,7 @@ ExtractFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height
 ExtractFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height) {
   if (ExtractFault fault = CheckSize(image, width, height); fault.Met()) return fault;
   constexpr uint64_t kSampleCost = 6;  // nanoseconds
-  if (!WorkAccount::Take(kSampleCost * width * height * image.bands))
+  if (!media::Spend(kSampleCost * width * height * image.bands))
     return {kHostOverBudget, MeaningOf(kHostOverBudget)};
   image.width = static_cast<uint32_t>(width);
   image.height = static_cast<uint32_t>(height);

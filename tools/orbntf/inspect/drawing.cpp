@@ -14,6 +14,7 @@ int32_t AskFilterSize(const std::string& path, uint32_t flags, HostFileInfo& inf
   record.file = kNoFile;
   record.info = &info;
   record.options = &options;
+  const HostWork work;
   return fltInfo(&record);
 }
 
@@ -33,6 +34,7 @@ int32_t LoadThroughFilter(const std::string& path, uint32_t flags, HostRowCallba
   record.loadMemory = &FileFormatLoadMemory;
   record.setLoadCallback = &FileFormatSetLoadInfoCallback;
   record.required2224 = 1;
+  const HostWork work;
   return fltLoad(&record);
 }
 
@@ -42,6 +44,7 @@ int32_t DrawDocument(const std::string& path, Document& document, OwnedBitmap& c
   const int32_t status = GetActual_Width_Height(document.get(), &width, &height);
   if (status != ORB_SUCCESS) return status;
   WorkAccount::AllowPixels(uint64_t{width} * height);
+  const HostWork work;
   return Orb_NtfRenderBitmap(&canvas.record, document.get());
 }
 

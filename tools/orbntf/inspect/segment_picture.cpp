@@ -1,6 +1,7 @@
 #include "tools/orbntf/inspect/segment_picture.h"
 
 #include "orbntf/orbntf.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 namespace {
@@ -25,6 +26,7 @@ Status Draw(NitfFile& document, uint32_t index, OwnedBitmap& canvas) {
 }  // namespace
 
 int32_t DrawImageAlone(NitfFile& document, uint32_t index, OwnedBitmap& canvas) {
+  const HostWork work;
   return index < document.ImageCount() ? ToCaller(Draw(document, index, canvas)) : ORB_NO_SUCH_RECORD;
 }
 

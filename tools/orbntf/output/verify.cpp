@@ -153,6 +153,7 @@ std::string FindFault(NitfHandle document, const std::string& path) {
     pixels = std::max(pixels, image.FullWidth().Value() * image.FullHeight().Value());
   const WorkAccount account(path);
   WorkAccount::AllowPixels(pixels);
+  const HostWork work;
   return FindSegmentFaults(*document, *written.get(), size);
 }
 

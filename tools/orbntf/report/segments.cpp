@@ -33,7 +33,7 @@ std::string PictureOfImage(const ReportedFile& file, const SurveyedPart& part) {
     fault = ReadSamples(file.survey, part, reduce, image);
     if (!fault.Met() || reduce == 0) break;
   }
-  if (!fault.Met() && !WorkAccount::Take(kSampleCost * image.width * image.height * image.bands))
+  if (!fault.Met() && !media::Spend(kSampleCost * image.width * image.height * image.bands))
     fault = {kHostOverBudget, MeaningOf(kHostOverBudget)};
   if (fault.Met()) return Tag("p", "No picture: " + Escaped(fault.words) + ".");
   return Image(DataUri(PictureOf(image, kSide), kMostPng), part.Title() + " by itself") +

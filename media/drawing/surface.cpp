@@ -1,0 +1,31 @@
+#include "media/drawing/surface.h"
+
+namespace media {
+namespace {
+
+Outcome StatusOf(cairo_status_t status) {
+  if (status == CAIRO_STATUS_SUCCESS) return Outcome::Ok;
+  return status == CAIRO_STATUS_NO_MEMORY ? Outcome::NoMemory : Outcome::BadData;
+}
+
+}  // namespace
+
+SurfacePtr MakeSurface(int width, int height) {
+  return {cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height), &cairo_surface_destroy};
+}
+
+Outcome PaintOnSurface(cairo_surface_t* surface, const DeviceMap& whole, const DeviceArea& area,
+                       std::span<const Object* const> objects, Painting& painting) {
+  if (const Outcome made = StatusOf(cairo_surface_status(surface)); made != Outcome::Ok) return made;
+  const ContextPtr cairo(cairo_create(surface), &cairo_destroy);
+  const Brush brush = {cairo.get(), painting.drawing, whole.Shifted(area.left, area.top),
+                       area.left,   area.top,         area.width,
+                       area.height, painting.limit,   painting};
+  const bool complete = PaintObjects(brush, objects);
+  if (const Outcome painted = StatusOf(cairo_status(cairo.get())); painted != Outcome::Ok) return painted;
+  if (!complete) return Outcome::OverBudget;
+  cairo_surface_flush(surface);
+  return StatusOf(cairo_surface_status(surface));
+}
+
+}  // namespace media
