@@ -14,7 +14,8 @@ esac
 for group in "$@"; do
   case "$group" in
     test)
-      packages+=(libgtest-dev parallel python3 python3-jsonschema chromium)
+      packages+=(libgtest-dev parallel python3 python3-jsonschema chromium libjpeg-turbo-progs
+        libopenjp2-tools)
       command -v node >/dev/null && command -v npm >/dev/null || packages+=(nodejs npm)
       ;;
     check) packages+=(clang clang-tidy clang-format libclang-rt-14-dev llvm-14 python3) ;;

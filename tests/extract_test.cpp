@@ -140,6 +140,17 @@ TEST_F(ExtractTest, JpegBlocksOfEveryMode) {
   EXPECT_LE(std::abs(static_cast<int>(At(image, kSide + 9, 9, 0)) - test::Sample(kSide + 9, 9, 0)), 20);
 }
 
+TEST_F(ExtractTest, ProgressiveStreams) {
+  constexpr int kSide = test::kSide;
+  SampleImage image;
+  const std::string stream =
+      test::EncodeJpeg(test::Samples(0, 0, kSide, kSide, {0, 1, 2}), kSide, kSide, 3, true, true);
+  for (const uint32_t reduce : {0u, 3u}) {
+    ASSERT_EQ(Read(test::BlockForm("C3", 1, 1, 3, "RGB", "P"), stream, image, reduce).words, "");
+    EXPECT_EQ(image.width, static_cast<uint32_t>(kSide) >> reduce);
+  }
+}
+
 TEST_F(ExtractTest, CodestreamsAtTheirDepthAndReduced) {
   constexpr int kSide = test::kSide;
   SampleImage image;
@@ -158,6 +169,12 @@ TEST_F(ExtractTest, CodestreamsAtTheirDepthAndReduced) {
   uint64_t most = 0;
   for (uint32_t x = 0; x < image.width; ++x) most = std::max(most, At(image, x, 7, 0));
   EXPECT_GT(most, 255u) << "12 bits, none of them shown away";
+  for (const bool declared : {false, true}) {
+    const std::string file =
+        test::EncodeJpeg2000(kSide, kSide, {0, 1, 2}, {.jp2 = true, .declared = declared});
+    ASSERT_FALSE(Read(form, file, image).Met()) << "a file around the codestream";
+    EXPECT_LE(Farthest(image), 1);
+  }
   EXPECT_EQ(Read(form, "no codestream", image).status, -9);
   EXPECT_EQ(Read(form, test::EncodeJpeg2000(kSide, kSide, {0}), image).status, -9)
       << "one component of three";

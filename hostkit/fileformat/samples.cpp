@@ -1,15 +1,16 @@
-// Decoded samples of any precision to bitmaps.
+// Rows of decoded samples of any precision to bitmaps.
 #include <algorithm>
 
 #include "hostkit/fileformat/codec.h"
+#include "hostkit/kernel/pixels_shuffle.h"
 
 namespace hostkit {
 namespace {
 
-uint32_t SampleAt(const DecodedSamples& samples, size_t index) {
-  if (samples.precision <= 8) return samples.bytes[index];
+uint32_t SampleAt(const uint8_t* samples, uint32_t sampleBytes, size_t index) {
+  if (sampleBytes == 1) return samples[index];
   uint16_t value;
-  std::memcpy(&value, &samples.bytes[2 * index], 2);
+  std::memcpy(&value, samples + 2 * index, 2);
   return value;
 }
 
@@ -19,10 +20,14 @@ uint32_t Stretch(uint32_t value, uint32_t precision, uint32_t bits) {
   return from == to ? value : static_cast<uint32_t>(uint64_t{std::min(value, from)} * to / from);
 }
 
-void PutGreyRow(const DecodedSamples& samples, size_t first, uint32_t width, uint8_t* row) {
-  const uint32_t bits = samples.precision <= 8 ? 8 : 16;
-  for (uint32_t x = 0; x < width; ++x) {
-    const uint32_t value = Stretch(SampleAt(samples, first + x), samples.precision, bits);
+void PutGreyRow(const media::RowForm& form, const uint8_t* samples, uint8_t* row) {
+  if (form.precision == 8) {
+    std::memcpy(row, samples, form.width);
+    return;
+  }
+  const uint32_t bits = 8 * form.SampleBytes();
+  for (uint32_t x = 0; x < form.width; ++x) {
+    const uint32_t value = Stretch(SampleAt(samples, form.SampleBytes(), x), form.precision, bits);
     if (bits == 8) {
       row[x] = static_cast<uint8_t>(value);
     } else {
@@ -32,14 +37,13 @@ void PutGreyRow(const DecodedSamples& samples, size_t first, uint32_t width, uin
   }
 }
 
-void PutColourRow(const DecodedSamples& samples, size_t first, uint32_t width, const uint32_t (&shown)[3],
+void PutColourRow(const media::RowForm& form, const uint8_t* samples, const uint32_t (&shown)[3],
                   bool isYcc, uint8_t* row) {
-  for (uint32_t x = 0; x < width; ++x, first += samples.components, row += 3) {
-    uint8_t bgr[3];  // the samples may be those of the row
-    for (int c = 0; c < 3; ++c) {
-      bgr[c] = static_cast<uint8_t>(Stretch(SampleAt(samples, first + shown[c]), samples.precision, 8));
-    }
-    std::memcpy(row, bgr, sizeof bgr);
+  size_t first = 0;
+  for (uint32_t x = 0; x < form.width; ++x, first += form.components, row += 3) {
+    for (int c = 0; c < 3; ++c)
+      row[c] = static_cast<uint8_t>(
+          Stretch(SampleAt(samples, form.SampleBytes(), first + shown[c]), form.precision, 8));
     if (isYcc) YccToBgr(row);
   }
 }
@@ -64,28 +68,25 @@ void YccToBgr(uint8_t* bgr) {
   bgr[0] = Clamp(y + 1.772 * cb);
 }
 
-int32_t AllocateForSamples(const DecodedSamples& samples, KernelBitmap& bitmap) {
-  const bool grey = samples.components == 1;
-  const uint32_t depth = !grey ? 24 : samples.precision <= 8 ? 8 : 16;
+int32_t AllocateForSamples(const media::RowForm& form, KernelBitmap& bitmap) {
+  const bool grey = form.components == 1;
+  const uint32_t depth = !grey ? 24 : form.precision <= 8 ? 8 : 16;
   const KernelColourOrder order = !grey ? kOrderBgr : depth == 8 ? kOrderRgb : kOrderGrey;
-  return KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, Wanted(samples.width, bitmap.width),
-                              Wanted(samples.height, bitmap.height), depth, order, nullptr, kViewTopLeft,
-                              nullptr, 0);
+  return KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, form.width, form.height, depth, order,
+                              nullptr, kViewTopLeft, nullptr, 0);
 }
 
-void PutSamples(const DecodedSamples& samples, const HostLoadOptions& options, bool isYcc,
-                KernelBitmap& bitmap) {
-  const uint32_t shown[3] = {ShownComponent(options, 0, samples.components),
-                             ShownComponent(options, 1, samples.components),
-                             ShownComponent(options, 2, samples.components)};
-  for (uint32_t y = 0; y < bitmap.height; ++y) {
-    const size_t first = size_t{y} * samples.width * samples.components;
-    if (samples.components == 1) {
-      PutGreyRow(samples, first, bitmap.width, Row(bitmap, y));
-    } else {
-      PutColourRow(samples, first, bitmap.width, shown, isYcc, Row(bitmap, y));
-    }
-  }
+void PutSamples(const media::RowForm& form, const uint8_t* samples, const HostLoadOptions& options,
+                bool isYcc, KernelBitmap& bitmap, uint32_t y) {
+  uint8_t* row = Row(bitmap, y);
+  if (form.components == 1) return PutGreyRow(form, samples, row);
+  const bool plain =
+      form.components == 3 && form.precision == 8 && !isYcc && (options.flags & kLoadSelectedBands) == 0;
+  if (plain) return SwapEnds(samples, form.width, row);
+  const uint32_t shown[3] = {ShownComponent(options, 0, form.components),
+                             ShownComponent(options, 1, form.components),
+                             ShownComponent(options, 2, form.components)};
+  PutColourRow(form, samples, shown, isYcc, row);
 }
 
 }  // namespace hostkit

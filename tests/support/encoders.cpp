@@ -38,7 +38,8 @@ ImageForm BlockForm(const std::string& compression, int across, int down, int ba
           .mode = mode};
 }
 
-std::string EncodeJpeg(const std::string& samples, int width, int height, int components, bool rgb) {
+std::string EncodeJpeg(const std::string& samples, int width, int height, int components, bool rgb,
+                       bool progressive) {
   jpeg_compress_struct codec{};
   jpeg_error_mgr errors;
   codec.err = jpeg_std_error(&errors);
@@ -61,6 +62,7 @@ std::string EncodeJpeg(const std::string& samples, int width, int height, int co
     codec.scan_info = scans.data();
     codec.num_scans = static_cast<int>(scans.size());
   }
+  if (progressive) jpeg_simple_progression(&codec);
   jpeg_start_compress(&codec, TRUE);
   while (codec.next_scanline < codec.image_height) {
     auto* row = reinterpret_cast<unsigned char*>(const_cast<char*>(

@@ -22,7 +22,7 @@ ImageForm BlockForm(const std::string& compression, int across, int down, int ba
                     const std::string& representation, const std::string& mode = "B");
 
 std::string EncodeJpeg(const std::string& samples, int width, int height, int components,
-                       bool rgb = false);
+                       bool rgb = false, bool progressive = false);
 /// Block `block` of a picture that is `across` blocks wide.
 std::string BlockStream(int block, int across, const std::vector<int>& bands, bool rgb = false);
 

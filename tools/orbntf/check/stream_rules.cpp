@@ -1,7 +1,7 @@
 // JPEG 2000 codestreams, facsimile and vector quantisation against the subheader.
+#include "media/codecs/facsimile.h"
 #include "tools/orbntf/check/blocks.h"
 #include "tools/orbntf/check/rule.h"
-#include "tools/orbntf/extract/facsimile.h"
 
 namespace tool {
 namespace {
@@ -127,9 +127,17 @@ void AskRows(Checking& checking, const SurveyedPart& part) {
   if (!part.complete || part.Text("IC") != "C1" || !blocks.Known() ||
       blocks.width * blocks.height > kMostPixels)
     return;
-  const FacsimileForm form = {static_cast<uint32_t>(blocks.width), static_cast<uint32_t>(blocks.height),
-                              part.Trimmed("COMRAT") != "1D"};
-  const uint32_t rows = CountFacsimileRows(checking.survey.Data(part), form);
+  const media::FacsimileForm form = {static_cast<uint32_t>(blocks.width),
+                                     static_cast<uint32_t>(blocks.height),
+                                     part.Trimmed("COMRAT") != "1D"};
+  const std::string data = checking.survey.Data(part);
+  uint32_t rows = 0;
+  // Rows behind the first that does not decode are not given, which is all that is asked here.
+  (void)media::DecodeFacsimile({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form,
+                               [&](uint32_t, std::span<const uint8_t>) {
+                                 ++rows;
+                                 return media::Outcome::Ok;
+                               });
   if (rows != blocks.height)
     checking.FailAtByte(
         part, part.dataOffset,

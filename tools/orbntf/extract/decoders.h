@@ -3,6 +3,7 @@
 
 #include <map>
 
+#include "media/outcome.h"
 #include "tools/orbntf/check/blocks.h"
 #include "tools/orbntf/extract/samples.h"
 
@@ -46,7 +47,7 @@ struct DecodedStream {
 /// Copies what fits of a decoded block to its place, its components from a band on.
 void PlaceStream(const DecodedStream& stream, uint32_t left, uint32_t top, uint32_t firstBand,
                  SampleImage& image);
-/// 12-bit and lossless JPEG; false where this build does not decode it or it does not decode.
-bool DecodeWideJpeg(std::string_view bytes, uint32_t precision, DecodedStream& stream);
+/// What a decoder's outcome says of the stream that `what` names.
+ExtractFault FaultOf(media::Outcome outcome, const std::string& what);
 
 }  // namespace tool

@@ -1,12 +1,8 @@
 // JPEG streams of blocks.
 #include <algorithm>
-#include <csetjmp>
-#include <cstdio>
 #include <cstring>
 
-#include <jpeglib.h>
-
-#include "hostkit/hostkit.h"
+#include "media/codecs/jpeg.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/check/jpeg_stream.h"
 #include "tools/orbntf/extract/decoders.h"
@@ -15,67 +11,7 @@
 namespace tool {
 namespace {
 
-struct ErrorManager {
-  jpeg_error_mgr base;
-  std::jmp_buf jump;
-};
-void JumpOut(j_common_ptr codec) { std::longjmp(reinterpret_cast<ErrorManager*>(codec->err)->jump, 1); }
-void DropMessage(j_common_ptr, int) {}
-
-// Three components stay as they are, but those that a stream declares to be luminance and colour
-// differences of an image that is RGB.
-void ChooseColours(jpeg_decompress_struct& codec, bool isRgb) {
-  const bool declared = codec.saw_JFIF_marker || codec.saw_Adobe_marker;
-  if (codec.num_components == 3) {
-    const bool converts = isRgb && declared && codec.jpeg_color_space == JCS_YCbCr;
-    if (!converts) codec.jpeg_color_space = JCS_RGB;
-    codec.out_color_space = JCS_RGB;
-  } else if (codec.num_components != 1) {
-    codec.jpeg_color_space = codec.out_color_space = JCS_UNKNOWN;
-  }
-}
-
-// libjpeg's errors jump back here; nothing with a destructor lives in between.
-bool Decode(jpeg_decompress_struct& codec, ErrorManager& errors, std::string_view bytes, bool isRgb,
-            uint32_t reduce, DecodedStream& stream) {
-  if (setjmp(errors.jump) != 0) return false;
-  jpeg_create_decompress(&codec);
-  jpeg_mem_src(&codec, reinterpret_cast<const uint8_t*>(bytes.data()),
-               static_cast<unsigned long>(bytes.size()));
-  if (jpeg_read_header(&codec, TRUE) != JPEG_HEADER_OK) return false;
-  ChooseColours(codec, isRgb);
-  codec.scale_num = 1;
-  codec.scale_denom = 1u << reduce;
-  jpeg_start_decompress(&codec);
-  stream.width = codec.output_width;
-  stream.height = codec.output_height;
-  stream.components = static_cast<uint32_t>(codec.output_components);
-  const size_t rowBytes = size_t{stream.width} * stream.components;
-  stream.bytes.resize(rowBytes * stream.height);
-  while (codec.output_scanline < codec.output_height) {
-    JSAMPROW row = stream.bytes.data() + rowBytes * codec.output_scanline;
-    jpeg_read_scanlines(&codec, &row, 1);
-  }
-  return true;
-}
-
-bool DecodeNarrow(std::string_view bytes, bool isRgb, uint32_t reduce, DecodedStream& stream) {
-  jpeg_decompress_struct codec = {};
-  ErrorManager errors = {};
-  codec.err = jpeg_std_error(&errors.base);
-  errors.base.error_exit = JumpOut;
-  errors.base.emit_message = DropMessage;
-  const bool good = Decode(codec, errors, bytes, isRgb, reduce, stream);
-  jpeg_destroy_decompress(&codec);
-  return good;
-}
-
-// libjpeg scales down to an eighth.
-constexpr uint32_t kMostReduce = 3;
-constexpr uint64_t kMostPixelsPerByte = 4096;
-constexpr uint32_t kMostScans = 200;
-// A decoder keeps all of them where several scans tell of each.
-constexpr uint64_t kMostCoefficientBytes = 96 << 20;
+constexpr uint32_t kMostReduce = 3;  // libjpeg scales down to an eighth
 
 uint64_t Reduced(uint64_t side, uint32_t reduce) {
   return (side + (uint64_t{1} << reduce) - 1) >> reduce;
@@ -131,31 +67,38 @@ class JpegBlocks {
     const Blocks& blocks = source_.blocks;
     const std::string where = "stream " + std::to_string(found.number);
     const JpegStream& facts = found.stream;
-    const std::string_view bytes = std::string_view(data_).substr(
-        found.offset + facts.fill, static_cast<size_t>(facts.size - facts.fill));
-    if (facts.scans > kMostScans)
-      return {ORB_BAD_STRUCTURE, where + " has more scans than pictures have"};
     if (!facts.hasFrame || !facts.hasScan) return {ORB_BAD_STRUCTURE, where + " is no JPEG stream"};
-    if (uint64_t{facts.width} * facts.height > kMostPixelsPerByte * bytes.size() ||
-        facts.width > 2 * blocks.width || facts.height > 2 * blocks.height)
+    if (facts.width > 2 * blocks.width || facts.height > 2 * blocks.height)
       return {ORB_BAD_STRUCTURE, where + " has " + std::to_string(facts.width) + " x " +
                                      std::to_string(facts.height) + " pixels"};
-    const bool keepsAll = facts.scans > 1 || facts.IsProgressive();
-    if (keepsAll && 2 * uint64_t{facts.width} * facts.height * facts.components > kMostCoefficientBytes)
-      return {ORB_UNSUPPORTED, where + " takes more memory than its blocks are worth"};
-    constexpr uint64_t kDecodeCost = 8, kScanCost = 3;  // nanoseconds a sample
-    if (!media::Spend((kDecodeCost + kScanCost * facts.scans) * facts.width * facts.height *
-                      facts.components))
-      return {kHostOverBudget, MeaningOf(kHostOverBudget)};
     decoded_ = {};
-    const bool isWide = facts.precision > 8 || facts.IsLossless();
-    if (isWide && source_.reduce != 0) return {ORB_UNSUPPORTED, where + " has no smaller picture in it"};
-    const bool good = isWide
-                          ? DecodeWideJpeg(bytes, facts.precision, decoded_)
-                          : DecodeNarrow(bytes, image_.representation == "RGB", source_.reduce, decoded_);
-    if (!good) return {isWide ? ORB_UNSUPPORTED : ORB_BAD_STRUCTURE, where + " does not decode"};
-    decodedAt_ = found.offset;
-    return {};
+    const media::Outcome outcome = DecodeBytes(found);
+    if (outcome == media::Outcome::Ok) {
+      decodedAt_ = found.offset;
+      return {};
+    }
+    if (outcome == media::Outcome::Unsupported && source_.reduce != 0)
+      return {ORB_UNSUPPORTED, where + " has no smaller picture in it"};
+    return FaultOf(outcome, where);
+  }
+
+  media::Outcome DecodeBytes(const FoundJpeg& found) {
+    const media::Bytes bytes(reinterpret_cast<const uint8_t*>(data_.data()) + found.offset,
+                             static_cast<size_t>(found.stream.size));
+    media::JpegRequest request;
+    request.reduce = source_.reduce;
+    // What is not red, green and blue stays as it is, whatever the stream declares.
+    if (image_.representation == "RGB") request.colours = media::JpegColours::RgbUnlessDeclared;
+    return media::DecodeJpeg(
+        bytes, request, [&](const media::RowForm& form, uint32_t y, const uint8_t* row) {
+          const size_t rowBytes = size_t{form.width} * form.components * form.SampleBytes();
+          if (y == 0) {
+            decoded_ = {form.width, form.height, form.components, form.SampleBytes(), {}};
+            decoded_.bytes.resize(rowBytes * form.height);
+          }
+          std::memcpy(&decoded_.bytes[rowBytes * y], row, rowBytes);
+          return media::Outcome::Ok;
+        });
   }
 
   const SampleSource& source_;

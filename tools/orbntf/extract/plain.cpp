@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <iterator>
 
+#include "media/codecs/facsimile.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/extract/decoders.h"
-#include "tools/orbntf/extract/facsimile.h"
 
 namespace tool {
 namespace {
@@ -93,16 +93,14 @@ class BlockReader {
   uint32_t left_ = 0, columns_ = 0;
 };
 
-// Puts the rows of a decoded block to their place.
-void PutRows(const std::vector<std::string>& rows, const FacsimileForm& form, uint64_t block,
-             int64_t across, SampleImage& image) {
+// Puts a row of a decoded block to its place.
+void PutRow(std::span<const uint8_t> row, const media::FacsimileForm& form, uint64_t block, uint32_t y,
+            int64_t across, SampleImage& image) {
   const auto inRow = static_cast<uint64_t>(across);
   const auto left = static_cast<uint32_t>(block % inRow * form.width),
              top = static_cast<uint32_t>(block / inRow * form.height);
-  for (uint32_t y = 0; y < rows.size() && top + y < image.height; ++y) {
-    for (uint32_t x = 0; x < form.width && left + x < image.width; ++x)
-      PutSample(image, left + x, top + y, 0, BitsAt(rows[y], x, 1));
-  }
+  for (uint32_t x = 0; top + y < image.height && x < form.width && left + x < image.width; ++x)
+    PutSample(image, left + x, top + y, 0, row[x / 8] >> (7 - x % 8) & 1u);
 }
 
 }  // namespace
@@ -140,8 +138,9 @@ ExtractFault ReadFacsimile(const SampleSource& source, SampleImage& image) {
                                        static_cast<uint64_t>(source.part.Number("NROWS")));
       fault.Met())
     return fault;
-  const FacsimileForm form = {static_cast<uint32_t>(blocks.width), static_cast<uint32_t>(blocks.height),
-                              source.part.Trimmed("COMRAT") != "1D"};
+  const media::FacsimileForm form = {static_cast<uint32_t>(blocks.width),
+                                     static_cast<uint32_t>(blocks.height),
+                                     source.part.Trimmed("COMRAT") != "1D"};
   const auto count = static_cast<uint64_t>(blocks.Count());
   if (count > 1 && source.part.mask.blocks.empty())
     return {ORB_UNSUPPORTED, "a facsimile of several blocks without their records"};
@@ -149,10 +148,17 @@ ExtractFault ReadFacsimile(const SampleSource& source, SampleImage& image) {
   for (auto place = places.begin(); place != places.end(); ++place) {
     const auto next = std::next(place);
     const uint64_t end = next != places.end() ? next->first : source.part.dataLength;
-    const auto rows = DecodeFacsimile(
-        source.survey.file.At(source.part.dataOffset + place->first, end - place->first), form);
-    if (rows.empty()) return {ORB_BAD_STRUCTURE, "no row decodes"};
-    for (const uint64_t block : place->second) PutRows(rows, form, block, blocks.across, image);
+    const std::string data =
+        source.survey.file.At(source.part.dataOffset + place->first, end - place->first);
+    const media::Outcome outcome =
+        media::DecodeFacsimile({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form,
+                               [&](uint32_t y, std::span<const uint8_t> row) {
+                                 for (const uint64_t block : place->second)
+                                   PutRow(row, form, block, y, blocks.across, image);
+                                 return media::Outcome::Ok;
+                               });
+    if (outcome == media::Outcome::BadData) return {ORB_BAD_STRUCTURE, "no row decodes"};
+    if (outcome != media::Outcome::Ok) return FaultOf(outcome, "the facsimile");
   }
   return {};
 }

@@ -162,6 +162,21 @@ void PlaceStream(const DecodedStream& stream, uint32_t left, uint32_t top, uint3
   }
 }
 
+ExtractFault FaultOf(media::Outcome outcome, const std::string& what) {
+  switch (outcome) {
+    case media::Outcome::Ok:
+      return {};
+    case media::Outcome::OverBudget:
+      return {kHostOverBudget, MeaningOf(kHostOverBudget)};
+    case media::Outcome::NoMemory:
+      return {ORB_OUT_OF_MEMORY, what + " has more samples than there is room for"};
+    case media::Outcome::Unsupported:
+      return {ORB_UNSUPPORTED, what + " does not decode"};
+    default:
+      return {ORB_BAD_STRUCTURE, what + " does not decode"};
+  }
+}
+
 ExtractFault ReadSamples(const Survey& survey, const SurveyedPart& part, uint32_t reduce,
                          SampleImage& image) {
   constexpr uint32_t kMostReduce = 16;

@@ -3,8 +3,8 @@
 #include <cstring>
 
 #include "hostkit/hostkit.h"
+#include "media/codecs/tiff_memory.h"
 #include "tools/orbntf/inspect/load.h"
-#include "tools/orbntf/inspect/tiff_memory.h"
 
 namespace tool {
 namespace {
@@ -94,8 +94,8 @@ int32_t LoadTiff(const std::string& bytes, Picture& picture) {
   using namespace std::string_view_literals;
   if (mark != "II*\0"sv && mark != "MM\0*"sv && mark != "II+\0"sv && mark != "MM\0+"sv)
     return kHostNotRecognised;
-  TiffSource source{bytes};
-  const TiffPtr tiff = OpenTiff(source);
+  media::TiffSource source{bytes};
+  const media::TiffPtr tiff = media::OpenTiff(source);
   if (tiff == nullptr) return kHostBadData;
   uint16_t bits = 1, samples = 1, photometric = PHOTOMETRIC_MINISBLACK, planar = PLANARCONFIG_CONTIG;
   uint16_t format = SAMPLEFORMAT_UINT;

@@ -7,7 +7,7 @@
 
 #include <tiffio.h>
 
-namespace tool {
+namespace media {
 
 struct TiffSource {
   const std::string& bytes;
@@ -18,4 +18,4 @@ using TiffPtr = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
 /// Opens bytes that stay where they are; null for no TIFF. Messages are dropped.
 TiffPtr OpenTiff(TiffSource& source);
 
-}  // namespace tool
+}  // namespace media

@@ -1,8 +1,11 @@
-#include "tools/orbntf/extract/facsimile.h"
+// Facsimile through libtiff: a TIFF file is made around the data in memory.
+#include "media/codecs/facsimile.h"
 
-#include "tools/orbntf/inspect/tiff_memory.h"
+#include <string>
 
-namespace tool {
+#include "media/codecs/tiff_memory.h"
+
+namespace media {
 namespace {
 
 void PutLittle(std::string& bytes, uint32_t value, size_t count) {
@@ -10,7 +13,7 @@ void PutLittle(std::string& bytes, uint32_t value, size_t count) {
 }
 
 // A TIFF file of one strip: 8 bytes, the directory, the data.
-std::string Wrap(const std::string& data, const FacsimileForm& form) {
+std::string Wrap(Bytes data, const FacsimileForm& form) {
   constexpr uint32_t kHead = 8, kEntryBytes = 12;
   struct Entry {
     uint16_t tag, type;
@@ -22,12 +25,16 @@ std::string Wrap(const std::string& data, const FacsimileForm& form) {
                      {TIFFTAG_BITSPERSAMPLE, TIFF_SHORT, 1},
                      {TIFFTAG_COMPRESSION, TIFF_SHORT, COMPRESSION_CCITTFAX3},
                      {TIFFTAG_PHOTOMETRIC, TIFF_SHORT, PHOTOMETRIC_MINISWHITE},
+                     {TIFFTAG_FILLORDER, TIFF_SHORT, FILLORDER_MSB2LSB},
                      {TIFFTAG_STRIPOFFSETS, TIFF_LONG, 0},
                      {TIFFTAG_SAMPLESPERPIXEL, TIFF_SHORT, 1},
                      {TIFFTAG_ROWSPERSTRIP, TIFF_LONG, form.height},
                      {TIFFTAG_STRIPBYTECOUNTS, TIFF_LONG, static_cast<uint32_t>(data.size())},
                      {TIFFTAG_GROUP3OPTIONS, TIFF_LONG, options}};
-  entries[5].value = kHead + 2 + static_cast<uint32_t>(std::size(entries)) * kEntryBytes + 4;
+  for (Entry& entry : entries) {
+    if (entry.tag == TIFFTAG_STRIPOFFSETS)
+      entry.value = kHead + 2 + static_cast<uint32_t>(std::size(entries)) * kEntryBytes + 4;
+  }
   std::string bytes = "II*";
   PutLittle(bytes, 0, 1);
   PutLittle(bytes, kHead, 4);
@@ -39,39 +46,28 @@ std::string Wrap(const std::string& data, const FacsimileForm& form) {
     PutLittle(bytes, entry.value, 4);
   }
   PutLittle(bytes, 0, 4);
-  return bytes + data;
-}
-
-// Gives each row that decodes to `take`.
-template <class Take>
-void ForRows(const std::string& data, const FacsimileForm& form, Take take) {
-  if (data.empty() || data.size() > INT32_MAX || form.width == 0 || form.height == 0) return;
-  const std::string bytes = Wrap(data, form);
-  TiffSource source{bytes};
-  const TiffPtr tiff = OpenTiff(source);
-  if (tiff == nullptr) return;
-  std::string row(static_cast<size_t>(TIFFScanlineSize(tiff.get())), '\0');
-  for (uint32_t y = 0; y < form.height; ++y) {
-    if (TIFFReadScanline(tiff.get(), row.data(), y, 0) != 1) return;
-    take(row);
-  }
+  return bytes.append(reinterpret_cast<const char*>(data.data()), data.size());
 }
 
 }  // namespace
 
-std::vector<std::string> DecodeFacsimile(const std::string& data, const FacsimileForm& form) {
-  std::vector<std::string> rows;
-  ForRows(data, form, [&](std::string row) {
-    for (char& byte : row) byte = static_cast<char>(~byte);
-    rows.push_back(std::move(row));
-  });
-  return rows;
+Outcome DecodeFacsimile(Bytes data, const FacsimileForm& form,
+                        const std::function<Outcome(uint32_t, std::span<const uint8_t>)>& take) {
+  constexpr uint32_t kMaxWidth = 1 << 20;  // the decoder keeps tables of a row's runs
+  if (form.width == 0 || form.height == 0 || form.width > kMaxWidth || data.size() > INT32_MAX)
+    return Outcome::Unsupported;
+  const std::string bytes = Wrap(data, form);
+  TiffSource source{bytes};
+  const TiffPtr tiff = OpenTiff(source);
+  if (tiff == nullptr) return Outcome::BadData;
+  std::vector<uint8_t> row(static_cast<size_t>(TIFFScanlineSize(tiff.get())));
+  for (uint32_t y = 0; y < form.height; ++y) {
+    if (TIFFReadScanline(tiff.get(), row.data(), y, 0) != 1)
+      return y != 0 ? Outcome::Ok : Outcome::BadData;
+    for (uint8_t& eight : row) eight = static_cast<uint8_t>(~eight);
+    if (const Outcome taken = take(y, row); taken != Outcome::Ok) return taken;
+  }
+  return Outcome::Ok;
 }
 
-uint32_t CountFacsimileRows(const std::string& data, const FacsimileForm& form) {
-  uint32_t rows = 0;
-  ForRows(data, form, [&](const std::string&) { ++rows; });
-  return rows;
-}
-
-}  // namespace tool
+}  // namespace media

@@ -11,9 +11,10 @@
 #include <dcmtk/dcmjpeg/djdijg8.h>
 #include <dcmtk/oflog/oflog.h>
 
-#include "hostkit/fileformat/codec.h"
+#include "media/codecs/jpeg.h"
+#include "media/work.h"
 
-namespace hostkit {
+namespace media {
 namespace {
 
 constexpr uint64_t kMaxKeptBytes = 96 << 20;
@@ -43,35 +44,30 @@ std::unique_ptr<DJDecoder> MakeDecoder(uint32_t precision, const DJCodecParamete
 
 }  // namespace
 
-int32_t LoadWideJpeg(Bytes bytes, const JpegFrame& frame, const HostLoadOptions& options,
-                     KernelBitmap& bitmap) {
-  if (frame.precision < 2 || frame.precision > 16 || frame.components > 10) return kHostUnsupported;
+bool HasWideJpeg() { return true; }
+
+Outcome DecodeWideJpeg(Bytes bytes, const JpegFrame& frame, const TakeRow& take) {
+  if (frame.precision < 2 || frame.precision > 16 || frame.components > 10) return Outcome::Unsupported;
   SilenceOnce();
   const DJCodecParameter parameters(ECC_lossyYCbCr, EDC_never, EUC_default, EPC_default);
   const std::unique_ptr<DJDecoder> decoder = MakeDecoder(frame.precision, parameters);
-  const uint64_t sampleBytes = frame.precision <= 8 ? 1 : 2;
-  const uint64_t size = uint64_t{frame.width} * frame.height * frame.components * sampleBytes;
-  if (size > INT32_MAX) return kHostNoMemory;
+  const RowForm form = {frame.width, frame.height, frame.components, frame.precision};
+  const uint64_t rowBytes = uint64_t{frame.width} * frame.components * form.SampleBytes();
+  const uint64_t size = rowBytes * frame.height;
+  if (size > INT32_MAX || !AllowsPixels(uint64_t{frame.width} * frame.height)) return Outcome::NoMemory;
   if ((frame.IsProgressive() || HasSeveralScans(bytes, frame)) && size > kMaxKeptBytes)
-    return kHostOverBudget;
-  DecodedSamples samples = {frame.width, frame.height, frame.components, frame.precision, {}};
-  if (const int32_t status = AllocateForSamples(samples, bitmap); status != kHostOk) return status;
-  // Samples that take as much as their pixels are decoded where they are shown.
-  const bool direct = (frame.components == 1 || (frame.components == 3 && sampleBytes == 1)) &&
-                      bitmap.height == frame.height &&
-                      bitmap.bytesPerLine == frame.width * frame.components * sampleBytes;
-  std::vector<uint8_t> aside(direct ? 0 : static_cast<size_t>(size));
-  uint8_t* decoded = direct ? Pixels(bitmap) : aside.data();
-  samples.bytes = {decoded, static_cast<size_t>(size)};
-  if (decoder->init().bad()) return kHostBadData;
+    return Outcome::OverBudget;
+  std::vector<uint8_t> samples(static_cast<size_t>(size));
+  if (decoder->init().bad()) return Outcome::BadData;
   const OFCondition result =
-      decoder->decode(const_cast<Uint8*>(bytes.data()), static_cast<Uint32>(bytes.size()), decoded,
+      decoder->decode(const_cast<Uint8*>(bytes.data()), static_cast<Uint32>(bytes.size()), samples.data(),
                       static_cast<Uint32>(size), OFFalse);
-  if (result.bad()) return kHostBadData;
-  const bool isYcc = frame.components == 3 && !frame.IsLossless() &&
-                     (options.flags & (kLoadComponentsAreRgb | kLoadSelectedBands)) == 0;
-  PutSamples(samples, options, isYcc, bitmap);
-  return kHostOk;
+  if (result.bad()) return Outcome::BadData;
+  for (uint32_t y = 0; y < frame.height; ++y) {
+    const Outcome taken = take(form, y, &samples[static_cast<size_t>(rowBytes) * y]);
+    if (taken != Outcome::Ok) return taken;
+  }
+  return Outcome::Ok;
 }
 
-}  // namespace hostkit
+}  // namespace media

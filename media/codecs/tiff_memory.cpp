@@ -1,9 +1,9 @@
-#include "tools/orbntf/inspect/tiff_memory.h"
+#include "media/codecs/tiff_memory.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace tool {
+namespace media {
 namespace {
 
 tmsize_t ReadTiff(thandle_t handle, void* to, tmsize_t count) {
@@ -50,4 +50,4 @@ TiffPtr OpenTiff(TiffSource& source) {
   return {tiff, &TIFFClose};
 }
 
-}  // namespace tool
+}  // namespace media

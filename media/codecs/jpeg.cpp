@@ -1,0 +1,162 @@
+// 8-bit decoding through libjpeg, and which decoder a stream takes.
+#include "media/codecs/jpeg.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "media/codecs/jpeg_codec.h"
+#include "media/work.h"
+
+namespace media {
+namespace {
+
+constexpr uint64_t kMaxPixelsPerByte = 4096;  // no JPEG stream packs more pixels into a byte
+constexpr uint64_t kMaxCoefficientBytes = 96 << 20;
+constexpr uint64_t kWorkPerSample = 5, kWorkPerScanSample = 4;  // nanoseconds
+constexpr uint32_t kMostReduce = 3;                             // libjpeg scales down to an eighth
+
+// Three components stay as they are, or are converted where they are luminance and colour differences.
+void ChooseColourSpace(jpeg_decompress_struct& codec, const JpegFrame& frame, JpegColours colours) {
+  if (codec.num_components == 1) {
+    codec.jpeg_color_space = codec.out_color_space = JCS_GRAYSCALE;
+  } else if (codec.num_components != 3 || colours == JpegColours::AsStored) {
+    codec.jpeg_color_space = codec.out_color_space = JCS_UNKNOWN;
+  } else {
+    if (!frame.declaresColour)
+      codec.jpeg_color_space = colours == JpegColours::RgbUnlessDeclared ? JCS_RGB : JCS_YCbCr;
+    codec.out_color_space = JCS_RGB;
+  }
+}
+
+// Limits a decoder's work: a stream of countless empty scans costs a pass over the picture each.
+struct ScanLimit {
+  jpeg_progress_mgr manager;
+  int scan;
+  uint64_t samples;
+  bool exceeded;
+};
+void LimitScans(j_common_ptr codec) {
+  constexpr int kMaxScans = 200;
+  if (!codec->is_decompressor) return;
+  auto& limit = *reinterpret_cast<ScanLimit*>(codec->progress);
+  const int scan = reinterpret_cast<j_decompress_ptr>(codec)->input_scan_number;
+  if (scan == limit.scan) return;
+  limit.scan = scan;
+  limit.exceeded = !media::Spend(kWorkPerScanSample * limit.samples);
+  if (scan > kMaxScans || limit.exceeded) ReturnJpegError(codec);
+}
+
+// Whether the decoder, which then keeps all coefficients, would take too much memory.
+bool NeedsTooMuch(jpeg_decompress_struct& codec) {
+  if (!jpeg_has_multiple_scans(&codec)) return false;
+  uint64_t bytes = 0;
+  for (int c = 0; c < codec.num_components; ++c) {
+    const jpeg_component_info& component = codec.comp_info[c];
+    bytes += uint64_t{component.width_in_blocks} * component.height_in_blocks * sizeof(JBLOCK);
+  }
+  return bytes > kMaxCoefficientBytes;
+}
+
+// A decoder that is freed whatever a receiver of its rows throws.
+struct DecoderOwner {
+  DecoderOwner() = default;
+  ~DecoderOwner() { jpeg_destroy_decompress(&codec); }
+  DecoderOwner(const DecoderOwner&) = delete;
+  DecoderOwner& operator=(const DecoderOwner&) = delete;
+  jpeg_decompress_struct codec{};
+};
+
+// Where the rows of a decoder go.
+struct Rows {
+  const JpegRequest& request;
+  const TakeRow& take;
+  uint8_t* buffer;
+  Outcome outcome;
+};
+
+// Whether the stream is the one that was found by its frame header.
+bool IsOf(const jpeg_decompress_struct& codec, const JpegFrame& frame) {
+  return codec.image_width == frame.width && codec.image_height == frame.height &&
+         codec.num_components == static_cast<int>(frame.components) &&
+         codec.data_precision == frame.precision;
+}
+
+// Gives the rows that are wanted; nothing with a destructor lives here but in the receiver's own calls.
+void GiveRows(jpeg_decompress_struct& codec, Rows& rows) {
+  const JpegRequest& request = rows.request;
+  const uint32_t end = request.height == 0
+                           ? codec.output_height
+                           : static_cast<uint32_t>(std::min<uint64_t>(
+                                 codec.output_height, uint64_t{request.top} + request.height));
+  const RowForm form = {
+      request.width == 0 ? codec.output_width : std::min(codec.output_width, request.width),
+      end - std::min(end, request.top), static_cast<uint32_t>(codec.output_components), 8};
+  if (request.top != 0 && request.top < end) (void)jpeg_skip_scanlines(&codec, request.top);
+  JSAMPROW row = rows.buffer;
+  while (codec.output_scanline < end && rows.outcome == Outcome::Ok) {
+    jpeg_read_scanlines(&codec, &row, 1);
+    rows.outcome = rows.take(form, codec.output_scanline - 1 - request.top, row);
+  }
+  if (request.readsEnd && codec.output_scanline == codec.output_height) jpeg_finish_decompress(&codec);
+}
+
+Outcome RunDecoder(jpeg_decompress_struct& codec, JpegErrors& errors, Bytes bytes, const JpegFrame& frame,
+                   Rows& rows, ScanLimit& limit) {
+  if (setjmp(errors.jump) != 0) return limit.exceeded ? Outcome::OverBudget : Outcome::BadData;
+  jpeg_create_decompress(&codec);
+  jpeg_mem_src(&codec, bytes.data(), static_cast<unsigned long>(bytes.size()));
+  jpeg_read_header(&codec, TRUE);
+  if (!IsOf(codec, frame)) return Outcome::BadData;
+  if (NeedsTooMuch(codec)) return Outcome::OverBudget;
+  codec.progress = &limit.manager;
+  ChooseColourSpace(codec, frame, rows.request.colours);
+  codec.scale_num = 1;
+  codec.scale_denom = 1u << rows.request.reduce;
+  jpeg_start_decompress(&codec);
+  GiveRows(codec, rows);
+  return rows.outcome;
+}
+
+Outcome DecodeNarrow(Bytes bytes, const JpegFrame& frame, const JpegRequest& request,
+                     const TakeRow& take) {
+  std::vector<uint8_t> buffer(size_t{frame.width} * frame.components);
+  DecoderOwner owner;
+  jpeg_decompress_struct& codec = owner.codec;
+  JpegErrors errors;
+  codec.err = Silent(errors);
+  ScanLimit limit = {
+      {&LimitScans, 0, 0, 0, 0}, 0, uint64_t{frame.width} * frame.height * frame.components, false};
+  Rows rows = {request, take, buffer.data(), Outcome::Ok};
+  return RunDecoder(codec, errors, bytes, frame, rows, limit);
+}
+
+// The wanted rows and columns of a stream that is decoded whole.
+Outcome DecodeWhole(Bytes bytes, const JpegFrame& frame, const JpegRequest& request,
+                    const TakeRow& take) {
+  return DecodeWideJpeg(bytes, frame, [&](const RowForm& form, uint32_t y, const uint8_t* row) {
+    if (y < request.top || (request.height != 0 && y - request.top >= request.height)) return Outcome::Ok;
+    RowForm wanted = form;
+    if (request.width != 0) wanted.width = std::min(form.width, request.width);
+    wanted.height = form.height - std::min(form.height, request.top);
+    if (request.height != 0) wanted.height = std::min(wanted.height, request.height);
+    return take(wanted, y - request.top, row);
+  });
+}
+
+}  // namespace
+
+Outcome DecodeJpeg(Bytes stream, const JpegRequest& request, const TakeRow& take) {
+  const Bytes bytes = WithoutFill(stream);
+  JpegFrame frame;
+  if (!FindJpegFrame(bytes, frame)) return Outcome::NotRecognised;
+  const uint64_t pixels = uint64_t{frame.width} * frame.height;
+  if (pixels / kMaxPixelsPerByte > bytes.size()) return Outcome::BadData;
+  if (!Spend(kWorkPerSample * pixels * frame.components)) return Outcome::OverBudget;
+  if (request.reduce > kMostReduce) return Outcome::Unsupported;
+  // libjpeg finds no more than four components in its scans.
+  if (frame.precision == 8 && !frame.IsLossless() && frame.components <= 4)
+    return DecodeNarrow(bytes, frame, request, take);
+  return request.reduce != 0 ? Outcome::Unsupported : DecodeWhole(bytes, frame, request, take);
+}
+
+}  // namespace media

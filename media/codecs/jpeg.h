@@ -1,0 +1,63 @@
+// JPEG (ISO/IEC 10918-1): frames, decoding and encoding.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "media/codecs/stream.h"
+
+namespace media {
+
+/// The frame header of a JPEG stream.
+struct JpegFrame {
+  uint8_t marker;  ///< SOF0 (0xC0) to SOF15
+  uint8_t precision;
+  uint32_t width, height, components;
+  bool declaresColour;  ///< JFIF or Adobe segment
+  size_t end;           ///< where the segment behind the frame header begins
+  bool IsLossless() const { return marker == 0xC3 || marker == 0xC7 || marker == 0xCB; }
+  bool IsProgressive() const { return marker == 0xC2 || marker == 0xC6 || marker == 0xCA; }
+};
+bool FindJpegFrame(Bytes bytes, JpegFrame& frame);
+
+/// Fill bytes may stand in front of any marker (ISO/IEC 10918-1, B.1.1.2), which decoders do not expect
+/// in front of the first.
+Bytes WithoutFill(Bytes bytes);
+
+enum class JpegColours {
+  AsStored,           ///< components as they are coded
+  RgbUnlessDeclared,  ///< three components are red, green and blue unless the stream itself says
+                      ///< otherwise
+  YccUnlessDeclared,  ///< … luminance and colour differences, which are converted
+};
+struct JpegRequest {
+  JpegColours colours = JpegColours::AsStored;
+  uint32_t reduce = 0;  ///< 8-bit streams: 0 to 3
+  uint32_t width = 0;   ///< of the (reduced) picture that are wanted at the most, 0 for all
+  uint32_t height = 0;
+  uint32_t top = 0;       ///< rows in front of it are passed over
+  bool readsEnd = false;  ///< what follows the last row must be sound as well
+};
+
+/// Decodes a stream of any precision that this build can, weighed before memory is taken. Three
+/// components that are converted come as red, green, blue. OverBudget; NoMemory; Unsupported; BadData.
+/// Throws std::bad_alloc.
+Outcome DecodeJpeg(Bytes bytes, const JpegRequest& request, const TakeRow& take);
+
+/// Whether 12-bit and lossless streams, and those of more than four components, decode in this build.
+bool HasWideJpeg();
+
+/// What DecodeJpeg does with the streams that libjpeg does not decode. `take` gets all rows.
+Outcome DecodeWideJpeg(Bytes bytes, const JpegFrame& frame, const TakeRow& take);
+
+struct JpegPlan {
+  uint32_t width, height;
+  bool isGrey;
+  bool storesRgb;  ///< colour as red, green, blue components instead of luminance and differences
+  int quality;     ///< 1 to 100
+};
+/// Encodes rows of grey, or of blue, green and red. Throws std::bad_alloc.
+Outcome EncodeJpeg(const JpegPlan& plan, const std::function<const uint8_t*(uint32_t y)>& row,
+                   std::string& bytes);
+
+}  // namespace media
