@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Common/ImCodes.h"
+#include "Common/ImSubHdr.h"
 #include "host/display.h"
 
 namespace {

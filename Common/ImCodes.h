@@ -1,7 +1,12 @@
 // Code tables of the image subheader.
 #pragma once
 
-#include "Common/ImSubHdr.h"
+#include <array>
+
+#include "Common/Fields.h"
+
+/// What reads a compression's data.
+enum class ReaderFamily : uint8_t { None, Uncompressed, Facsimile, Jpeg, VectorQuantised };
 
 inline constexpr CodeRow kPixelTypeRows[] = {{"I", 0, "INT"}, {"B", 1, "B"}};
 inline constexpr CodeRow kRepresentationRows[] = {

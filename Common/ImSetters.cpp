@@ -1,5 +1,6 @@
 // Setters of the image subheader whose effect goes beyond their field.
 #include "Common/ImCodes.h"
+#include "Common/ImSubHdr.h"
 #include "Common/NtfHdr.h"
 
 namespace {

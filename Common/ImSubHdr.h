@@ -30,8 +30,7 @@ enum class Compression : uint32_t {
   M8,
   Unknown,  ///< no code of the table; no reader accepts it
 };
-/// What reads a compression's data.
-enum class ReaderFamily : uint8_t { None, Uncompressed, Facsimile, Jpeg, VectorQuantised };
+enum class ReaderFamily : uint8_t;
 enum class Representation : uint32_t {
   Mono,
   Rgb,

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Common/ImCodes.h"
+#include "Common/ImSubHdr.h"
 #include "Common/ImgVq.h"
 
 namespace {

@@ -1,6 +1,6 @@
-# compile_texts(SOURCE VARIABLE HEADER FILE...): makes a source file that defines a list of the files' names and
+# compile_texts(SOURCE NAMESPACE VARIABLE HEADER FILE...): makes a source file that defines a list of the files' names and
 # texts, which are compiled into a program.
-function(compile_texts source variable header)
+function(compile_texts source namespace variable header)
   set(rows "")
   foreach(file ${ARGN})
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
@@ -17,6 +17,6 @@ function(compile_texts source variable header)
     endwhile()
     string(APPEND rows "  {\"${name}\",${literals}},\n")
   endforeach()
-  set(CONTENT "#include \"${header}\"\n\nnamespace tool {\nnamespace {\n\nconstexpr CompiledText kTexts[] = {\n${rows}};\n\n}  // namespace\n\nconst std::span<const CompiledText> ${variable}(kTexts);\n\n}  // namespace tool\n")
+  set(CONTENT "#include \"${header}\"\n\nnamespace ${namespace} {\nnamespace {\n\nconstexpr core::CompiledText kTexts[] = {\n${rows}};\n\n}  // namespace\n\nconst std::span<const core::CompiledText> ${variable}(kTexts);\n\n}  // namespace ${namespace}\n")
   file(CONFIGURE OUTPUT ${source} CONTENT "@CONTENT@" @ONLY)
 endfunction()

@@ -1,24 +1,24 @@
 // What the tool tells of a file: its structure, findings, records, samples and page.
 #include "Common/NitfFile.h"
+#include "core/samples/samples.h"
 #include "fuzz/support.h"
-#include "tools/orbntf/extract/samples.h"
 #include "tools/orbntf/report/report.h"
 
 int fuzz::Insight(const uint8_t* data, size_t size) {
   static MemoryFile file;
-  static const tool::RecordDefinitions definitions;
+  static const core::RecordDefinitions definitions;
   Begin(size);
   const uint32_t reduce = Choices(data, size).Byte() % 4;
   file.Fill(data, size);
   tool::ReportedFile reported(file.Path(), "f1", definitions);
   Require(!reported.survey.parts.empty(), "a file has a header");
-  reported.findings = tool::FindFaults(reported.survey, definitions);
-  for (const tool::Finding& finding : reported.findings)
+  reported.findings = core::FindFaults(reported.survey, definitions);
+  for (const core::Finding& finding : reported.findings)
     Require(!finding.words.empty(), "a finding has words");
-  for (const tool::SurveyedPart& part : reported.survey.parts) {
-    if (part.kind != tool::PartKind::Image) continue;
-    tool::SampleImage image;
-    const tool::ExtractFault fault = tool::ReadSamples(reported.survey, part, reduce, image);
+  for (const core::SurveyedPart& part : reported.survey.parts) {
+    if (part.kind != core::PartKind::Image) continue;
+    core::SampleImage image;
+    const core::SampleFault fault = core::ReadSamples(reported.survey, part, reduce, image);
     if (fault.Met()) continue;
     Require(image.samples.size() == image.PixelBytes() * image.width * image.height,
             "every pixel has its samples");

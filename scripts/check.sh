@@ -8,9 +8,8 @@ refuse() {
   sed 's/^/  /' >&2
   exit 1
 }
-# Module and stand-in know each other only through host/; what a host answers has a name in Common/.
-found=$(grep -n '#include "hostkit/' -r Common || true; grep -n '#include "Common/' -r hostkit || true)
-[ -z "$found" ] || refuse "includes between the module and the stand-in" <<<"$found"
+scripts/includes.py
+# What a host answers has a name in Common/.
 found=$(grep -nE '\b(Kernel|Vector|FileFormat|ImageEffects|Display)[A-Za-z]*\(.*\)+ [!=<>]=? -?[1-9]|\breturn -[0-9]' \
   -r Common || true)
 [ -z "$found" ] || refuse "numbers that stand for a host's answer" <<<"$found"
@@ -38,9 +37,9 @@ grep -oE '\b[A-Z][A-Za-z]+\.[A-Z][A-Za-z0-9]+\b' docs/behaviour.md | sort -u | w
   grep -qE "TEST(_[FP])?\($suite, $name\)" tests/*.cpp || { echo "docs/behaviour.md: no test $suite.$name"; exit 1; }
 done
 # Every rule is broken by a file of the tests.
-grep -ohE '^ *\{"[a-z0-9]+\.[a-z.]+"' tools/orbntf/check/*_rules.cpp | tr -d ' {"' | while read -r rule; do
+grep -ohE '^ *\{"[a-z0-9]+\.[a-z.]+"' core/check/*_rules.cpp | tr -d ' {"' | while read -r rule; do
   grep -qF "\"$rule\"" tests/check*_test.cpp || { echo "no test breaks the rule $rule"; exit 1; }
 done
 cmake --preset dev >/dev/null
-git ls-files 'Common/*.cpp' 'hostkit/*.cpp' 'tools/*.cpp' ':!*_windows.cpp' |
+git ls-files 'media/*.cpp' 'core/*.cpp' 'Common/*.cpp' 'hostkit/*.cpp' 'tools/*.cpp' ':!*_windows.cpp' |
   xargs -P "$(nproc)" -n 4 clang-tidy -p build/dev --extra-arg=-Wno-unknown-warning-option --quiet --warnings-as-errors='*' 2>/dev/null

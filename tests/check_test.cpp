@@ -1,8 +1,8 @@
 // The rules: every one is broken by a file that breaks no other.
+#include "core/check/rule.h"
 #include "tests/support/metafile.h"
 #include "tests/support/sound.h"
 #include "tests/support/support.h"
-#include "tools/orbntf/check/rule.h"
 
 namespace {
 
@@ -242,7 +242,7 @@ TEST_F(CheckTest, LevelsAndPlaces) {
 // Rules that no file breaks would never be seen to fail.
 TEST_F(CheckTest, RulesAreToldApart) {
   std::set<std::string> ids;
-  for (const tool::Rule* rule : tool::AllRules()) {
+  for (const core::Rule* rule : core::AllRules()) {
     EXPECT_TRUE(ids.insert(rule->id).second) << rule->id << " stands for two rules";
     EXPECT_EQ(std::string(rule->sentence).back(), '.') << rule->id;
   }

@@ -6,14 +6,14 @@
 #include "hostkit/hostkit.h"
 #include "tests/support/extract.h"
 #include "tests/support/samples.h"
-#include "tools/orbntf/extract/writers.h"
 #include "tools/orbntf/inspect/load.h"
+#include "tools/orbntf/output/sample_writers.h"
 
 namespace {
 
+using core::SampleImage;
 using test::ExtractTest;
 using test::ImageForm;
-using tool::SampleImage;
 using namespace std::string_literals;
 
 // A file of samples, read back by libtiff.
@@ -119,7 +119,7 @@ TEST_F(ExtractTest, PngAndRawHoldWhatTheyCan) {
   image.bands = 2;
   EXPECT_NE(tool::WhyNotAs("png", image), "");
   image.bands = 1;
-  image.kind = tool::SampleKind::Real;
+  image.kind = core::SampleKind::Real;
   EXPECT_NE(tool::WhyNotAs("png", image), "");
 }
 
@@ -145,9 +145,9 @@ TEST_F(ExtractTest, SignsAndPartsOfNumbersAreKept) {
   std::fclose(file);
   EXPECT_EQ(out.Contents(), numbers);
   form.bits = 8;
-  EXPECT_EQ(Read(form, "ab", image).status, -16) << "no complex numbers of 8 bits";
+  EXPECT_EQ(Read(form, "ab", image).Code(), -16) << "no complex numbers of 8 bits";
   form.pixelType = "R";
-  EXPECT_EQ(Read(form, "ab", image).status, -16);
+  EXPECT_EQ(Read(form, "ab", image).Code(), -16);
 }
 
 // A TIFF of one or more pages of 4 x 2 samples.

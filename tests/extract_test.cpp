@@ -11,10 +11,10 @@
 
 namespace {
 
+using core::SampleImage;
 using test::ExtractTest;
 using test::ImageForm;
 using test::NitfBuilder;
-using tool::SampleImage;
 using namespace std::string_literals;
 
 TEST_F(ExtractTest, EveryModeAndDepth) {
@@ -34,7 +34,7 @@ TEST_F(ExtractTest, EveryModeAndDepth) {
             .subheader.Set("NCOLS", 8)
             .Set("NROWS", 5);
         SampleImage image;
-        const tool::ExtractFault fault = Read(file, image);
+        const core::SampleFault fault = Read(file, image);
         ASSERT_FALSE(fault.Met()) << mode << bits << bands << fault.words;
         ASSERT_EQ(image.width, 8u);
         ASSERT_EQ(image.height, 5u);
@@ -49,7 +49,7 @@ TEST_F(ExtractTest, EveryModeAndDepth) {
           }
         }
         file.images[0].data.pop_back();
-        EXPECT_EQ(Read(file, image).status, -7);
+        EXPECT_EQ(Read(file, image).Code(), -7);
       }
     }
   }
@@ -71,7 +71,7 @@ TEST_F(ExtractTest, MasksLeaveTheirValue) {
   EXPECT_EQ(image.noData, 0x1234u);
   EXPECT_EQ(At(image, 1, 1, 1), 0x1234u) << "not stored";
   EXPECT_EQ(At(image, 2, 0, 0), 0x7878u);
-  ASSERT_EQ(Read(form, table + std::string(15, 'x'), image).status, -7);
+  ASSERT_EQ(Read(form, table + std::string(15, 'x'), image).Code(), -7);
   // Of band-sequential images every block of every band has a record.
   form.mode = "S";
   const std::string sequential = test::MaskBytes({{8, 0xFFFFFFFF, 0, 16}, {}, -1});
@@ -130,8 +130,8 @@ TEST_F(ExtractTest, JpegBlocksOfEveryMode) {
   ASSERT_FALSE(Read(test::BlockForm("C3", 2, 2, 3, "RGB", "P"), colour, image, 3).Met());
   EXPECT_EQ(image.width, 2u * kSide / 8);
   EXPECT_LE(Farthest(image, 8), 20) << "an eighth of the picture";
-  EXPECT_EQ(Read(test::BlockForm("C3", 2, 2, 1, "MONO"), grey, image, 4).status, -16);
-  EXPECT_EQ(Read(test::BlockForm("C3", 2, 2, 1, "MONO"), "no stream", image).status, -9);
+  EXPECT_EQ(Read(test::BlockForm("C3", 2, 2, 1, "MONO"), grey, image, 4).Code(), -16);
+  EXPECT_EQ(Read(test::BlockForm("C3", 2, 2, 1, "MONO"), "no stream", image).Code(), -9);
   // One of the masked blocks is not there.
   ImageForm masked = test::BlockForm("M3", 2, 1, 1, "MONO");
   const std::string one = test::BlockStream(1, 2, {0});
@@ -175,8 +175,8 @@ TEST_F(ExtractTest, CodestreamsAtTheirDepthAndReduced) {
     ASSERT_FALSE(Read(form, file, image).Met()) << "a file around the codestream";
     EXPECT_LE(Farthest(image), 1);
   }
-  EXPECT_EQ(Read(form, "no codestream", image).status, -9);
-  EXPECT_EQ(Read(form, test::EncodeJpeg2000(kSide, kSide, {0}), image).status, -9)
+  EXPECT_EQ(Read(form, "no codestream", image).Code(), -9);
+  EXPECT_EQ(Read(form, test::EncodeJpeg2000(kSide, kSide, {0}), image).Code(), -9)
       << "one component of three";
 }
 
@@ -193,8 +193,8 @@ TEST_F(ExtractTest, FacsimileAndVectorQuantisation) {
       for (uint32_t x = 0; x < image.width; ++x)
         ASSERT_EQ(At(image, x, y, 0), test::IsBlack(static_cast<int>(x), static_cast<int>(y)) ? 0u : 1u);
     }
-    EXPECT_EQ(Read(fax, std::string(40, '\0'), image).status, -9);
-    EXPECT_EQ(Read(fax, test::EncodeFacsimile(kSide, kSide, twoDimensional), image, 1).status, -16);
+    EXPECT_EQ(Read(fax, std::string(40, '\0'), image).Code(), -9);
+    EXPECT_EQ(Read(fax, test::EncodeFacsimile(kSide, kSide, twoDimensional), image, 1).Code(), -16);
   }
   for (const test::VqForm& form :
        {test::VqForm{.stored = {true, true}}, test::VqForm{.bits = 16, .stored = {true, true}},
@@ -216,7 +216,7 @@ TEST_F(ExtractTest, FacsimileAndVectorQuantisation) {
         }
       }
     }
-    EXPECT_EQ(Read(test::VqImage(form, "C4", 2, 1), data.substr(0, data.size() - 3), image).status, -7);
+    EXPECT_EQ(Read(test::VqImage(form, "C4", 2, 1), data.substr(0, data.size() - 3), image).Code(), -7);
   }
 }
 
@@ -253,7 +253,7 @@ TEST_F(ExtractTest, HostileBlocksEndAtOnce) {
   fax.width = fax.height = 1;
   fax.bits = 1;
   fax.pixelType = "B";
-  EXPECT_EQ(Read(fax, std::string(1 << 20, '\xAA'), image).status, -16);
+  EXPECT_EQ(Read(fax, std::string(1 << 20, '\xAA'), image).Code(), -16);
   // Many blocks, all of one stream, of a small image.
   ImageForm jpeg = test::BlockForm("M3", 100, 100, 1, "MONO");
   NitfBuilder masked;
@@ -262,11 +262,11 @@ TEST_F(ExtractTest, HostileBlocksEndAtOnce) {
       .images[0]
       .subheader.Set("NROWS", 64)
       .Set("NCOLS", 64);
-  EXPECT_EQ(Read(masked, image).status, -9);
+  EXPECT_EQ(Read(masked, image).Code(), -9);
   // A stream list without an end.
   std::string many;
   for (int i = 0; i < 100000; ++i) many += "\xFF\xD8\xFF\xD9";
-  EXPECT_EQ(Read(test::BlockForm("C3", 1, 1, 1, "MONO"), many, image).status, -9);
+  EXPECT_EQ(Read(test::BlockForm("C3", 1, 1, 1, "MONO"), many, image).Code(), -9);
   // Fill bytes in front of a stream are legal.
   EXPECT_FALSE(
       Read(test::BlockForm("C3", 1, 1, 1, "MONO"), "\xFF\xFF" + test::BlockStream(0, 1, {0}), image)
@@ -277,17 +277,17 @@ TEST_F(ExtractTest, HostileBlocksEndAtOnce) {
 TEST_F(ExtractTest, ClaimsAreHeldAgainstTheBytes) {
   SampleImage image;
   ImageForm huge{.width = 8192, .height = 8192, .blocksAcross = 9999, .blocksDown = 9999};
-  EXPECT_EQ(Read(huge, "few", image).status, -7);
+  EXPECT_EQ(Read(huge, "few", image).Code(), -7);
   huge.compression = "NM";
-  EXPECT_EQ(Read(huge, test::MaskBytes({{}, {}, -1}) + "few", image).status, -7);
+  EXPECT_EQ(Read(huge, test::MaskBytes({{}, {}, -1}) + "few", image).Code(), -7);
   huge.blocksAcross = huge.blocksDown = 9;
   const std::vector<uint32_t> none(81, 0xFFFFFFFF);
-  EXPECT_EQ(Read(huge, test::MaskBytes({none, {}, -1}) + "few", image).status, -1);
+  EXPECT_EQ(Read(huge, test::MaskBytes({none, {}, -1}) + "few", image).Code(), -1);
   NitfBuilder cut;
   cut.Image({}, std::string(64, 'p'));
   const test::TempFile file(cut.Bytes().substr(0, 500));
-  const tool::Survey survey(file.Path());
-  EXPECT_EQ(tool::ReadSamples(survey, survey.parts.at(1), 0, image).status, -7);
+  const core::Survey survey(file.Path());
+  EXPECT_EQ(core::ReadSamples(survey, survey.parts.at(1), 0, image).Code(), -7);
 }
 
 }  // namespace

@@ -14,7 +14,7 @@ class ReportTest : public test::ModuleTest {
  protected:
   static std::string Page(const std::string& bytes) {
     const test::TempFile file(bytes);
-    const tool::RecordDefinitions definitions;
+    const core::RecordDefinitions definitions;
     tool::ReportedFile reported(file.Path(), "f1", definitions);
     const std::string report = tool::ReportOf(reported);
     return tool::PageOf("A title", {report}, {"a name"});
@@ -117,7 +117,7 @@ TEST_F(ReportTest, APageOfVeryMuchIsShortened) {
   file.Image(form, std::string(70000, 'x'));
   file.texts[0].data = std::string(90000, '<');
   const test::TempFile onDisk(file.Bytes());
-  const tool::RecordDefinitions definitions;
+  const core::RecordDefinitions definitions;
   size_t before = SIZE_MAX;
   for (const size_t most :
        {tool::kMostPageBytes, size_t{300000}, size_t{60000}, size_t{12000}, size_t{6000}}) {
@@ -131,18 +131,18 @@ TEST_F(ReportTest, APageOfVeryMuchIsShortened) {
 }
 
 TEST_F(ReportTest, PicturesOfSamplesSpanTheirValues) {
-  tool::SampleImage image;
+  core::SampleImage image;
   image.width = 2;
   image.height = 1;
   image.bits = image.significantBits = 12;
   image.sampleBytes = 2;
   image.samples = {0, 0, 0xFF, 0x0F};
   EXPECT_EQ(tool::PictureOf(image, 8).rgb, (std::vector<uint8_t>{0, 0, 0, 255, 255, 255}));
-  image.kind = tool::SampleKind::Signed;
+  image.kind = core::SampleKind::Signed;
   image.bits = image.significantBits = 16;
   image.samples = {0x00, 0x80, 0x00, 0x40};  // -32768 and 16384
   EXPECT_EQ(tool::PictureOf(image, 8).rgb, (std::vector<uint8_t>{0, 0, 0, 255, 255, 255}));
-  image.kind = tool::SampleKind::Unsigned;
+  image.kind = core::SampleKind::Unsigned;
   image.bits = image.significantBits = 8;
   image.sampleBytes = 1;
   image.samples = {1, 9};

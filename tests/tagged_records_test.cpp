@@ -2,24 +2,26 @@
 #include <filesystem>
 #include <fstream>
 
+#include "core/format/records.h"
+#include "core/format/words.h"
+#include "core/place/footprint.h"
 #include "tests/support/support.h"
-#include "tools/orbntf/check/footprint.h"
-#include "tools/orbntf/records/records.h"
+#include "tools/orbntf/inspect/show_records.h"
 
 namespace {
 
-using tool::DecodedField;
-using tool::RecordField;
-using tool::TaggedRecord;
+using core::DecodedField;
+using core::RecordField;
+using core::TaggedRecord;
 using namespace std::string_literals;
 
 class TaggedRecordsTest : public test::ModuleTest {
  protected:
-  const tool::RecordDefinitions definitions;
+  const core::RecordDefinitions definitions;
 
   // The records of an area of these bytes.
   std::vector<TaggedRecord> Records(const std::string& bytes, uint64_t offset = 0) const {
-    return tool::RecordsOf({"UDHD", offset, bytes, bytes.size(), 0}, definitions);
+    return core::RecordsOf({"UDHD", offset, bytes, bytes.size(), 0}, definitions);
   }
 };
 
@@ -48,9 +50,9 @@ class Example {
 
  private:
   std::string One(const RecordField& field) {
-    std::string text = field.kind == tool::ValueKind::Text ? std::string(field.width, 'A')
+    std::string text = field.kind == core::ValueKind::Text ? std::string(field.width, 'A')
                                                            : test::Digits(1, field.width);
-    if (field.kind == tool::ValueKind::Date) text = "20261125120000"s.substr(0, field.width);
+    if (field.kind == core::ValueKind::Date) text = "20261125120000"s.substr(0, field.width);
     if (counted_.count(field.name) != 0) text = test::Digits(count_, field.width);
     return texts_[field.name] = text;
   }
@@ -76,7 +78,7 @@ TEST_F(TaggedRecordsTest, DefinitionsTakeTheRegisteredLengths) {
       {"PRJPSB", 9, 248},  {"REGPTB", 1, 81},  {"REGPTB", 9, 697}, {"J2KLRA", 6, 93},  {"HISTOA", 0, 41}};
   std::set<std::string> told;
   for (const Length& length : lengths) {
-    const tool::RecordDefinition* definition = definitions.Find(length.tag);
+    const core::RecordDefinition* definition = definitions.Find(length.tag);
     ASSERT_NE(definition, nullptr) << length.tag;
     const std::string data = Example(length.turns).Of(definition->fields);
     EXPECT_EQ(data.size(), length.bytes) << length.tag;
@@ -102,11 +104,11 @@ TEST_F(TaggedRecordsTest, ConditionsAndRepeatsFollowTheFieldsInFront) {
   const auto plain = Records(Tagged("J2KLRA", original)),
              parsed = Records(Tagged("J2KLRA", "1" + original.substr(1) + "0300001001"));
   ASSERT_EQ(plain[0].problem + parsed[0].problem, "");
-  EXPECT_EQ(tool::FindField(plain[0].fields, "NLEVELS_I"), nullptr);
-  EXPECT_EQ(tool::FindField(parsed[0].fields, "NLEVELS_I")->text, "03");
-  const DecodedField& layers = *tool::FindField(plain[0].fields, "LAYERS");
+  EXPECT_EQ(core::FindField(plain[0].fields, "NLEVELS_I"), nullptr);
+  EXPECT_EQ(core::FindField(parsed[0].fields, "NLEVELS_I")->text, "03");
+  const DecodedField& layers = *core::FindField(plain[0].fields, "LAYERS");
   ASSERT_EQ(layers.turns.size(), 2u);
-  EXPECT_EQ(tool::ValueOf(layers.turns[1][1]), 0.988281);
+  EXPECT_EQ(core::ValueOf(layers.turns[1][1]), 0.988281);
 }
 
 // Events with and without what their flags ask for.
@@ -122,11 +124,11 @@ TEST_F(TaggedRecordsTest, FlagsAskForFields) {
                                                     "02" +
                                                     bare + full));
   ASSERT_EQ(history[0].problem, "");
-  const auto& events = tool::FindField(history[0].fields, "EVENTS")->turns;
+  const auto& events = core::FindField(history[0].fields, "EVENTS")->turns;
   ASSERT_EQ(events.size(), 2u);
-  EXPECT_EQ(tool::FindField(events[0], "DRA_SUB"), nullptr);
-  EXPECT_EQ(tool::ValueOf(*tool::FindField(events[1], "DRA_SUB")), -5);
-  EXPECT_EQ(tool::FindField(events[1], "OUTBWC")->text, std::string(10, 'o'));
+  EXPECT_EQ(core::FindField(events[0], "DRA_SUB"), nullptr);
+  EXPECT_EQ(core::ValueOf(*core::FindField(events[1], "DRA_SUB")), -5);
+  EXPECT_EQ(core::FindField(events[1], "OUTBWC")->text, std::string(10, 'o'));
 }
 
 TEST_F(TaggedRecordsTest, WhatDoesNotDecodeIsKeptAsItIs) {
@@ -136,7 +138,7 @@ TEST_F(TaggedRecordsTest, WhatDoesNotDecodeIsKeptAsItIs) {
   ASSERT_EQ(records.size(), 4u);
   EXPECT_EQ(records[0].tag, "NOSUCH");
   EXPECT_EQ(records[0].offset, 100u);
-  EXPECT_EQ(tool::HexOf(records[0].bytes), "01027a");
+  EXPECT_EQ(core::HexOf(records[0].bytes), "01027a");
   EXPECT_EQ(records[1].problem, "does not fit its definition");
   EXPECT_EQ(records[1].offset, 114u);
   EXPECT_EQ(records[2].problem, "") << "an error of one is none of the next";
@@ -158,17 +160,17 @@ TEST_F(TaggedRecordsTest, BlanksAndDashesAreAbsent) {
   EXPECT_NE(json.Text().find(R"("PAT_NO":null,"LAST_PAT_FLAG":null,"LNSTRT":"12A4567","LNSTOP":1111111)"),
             std::string::npos)
       << json.Text();
-  EXPECT_EQ(tool::ValueOf(records[0].fields[0]), std::nullopt);
+  EXPECT_EQ(core::ValueOf(records[0].fields[0]), std::nullopt);
 }
 
 TEST_F(TaggedRecordsTest, AFoldersDefinitionsJoinTheKnownOnes) {
   const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "definitions";
   std::filesystem::create_directories(folder);
   const auto put = [&](const std::string& text) { std::ofstream(folder / "one.json") << text; };
-  tool::RecordDefinitions own;
+  core::RecordDefinitions own;
   put(R"({"tag": "TAGONE", "fields": [{"name": "A", "width": 2, "kind": "number", "repeat": 2}]})");
   EXPECT_EQ(own.AddFolder(folder.string()), "");
-  const auto records = tool::RecordsOf({"XHD", 0, "TAGONE000040102", 15, 0}, own);
+  const auto records = core::RecordsOf({"XHD", 0, "TAGONE000040102", 15, 0}, own);
   EXPECT_EQ(tool::DescribeRecord(records[0], ""),
             "TAGONE in XHD, 4 bytes at 0: \n  A[1]: 01\n  A[2]: 02\n");
   for (
@@ -189,18 +191,18 @@ TEST_F(TaggedRecordsTest, AFoldersDefinitionsJoinTheKnownOnes) {
 // A definition whose turns take nothing goes on for no longer than one that does.
 TEST_F(TaggedRecordsTest, EmptyTurnsEnd) {
   std::string problem;
-  const auto definition = tool::ParseDefinition(
+  const auto definition = core::ParseDefinition(
       R"({"tag": "A", "fields": [{"name": "N", "width": 9, "kind": "number"},
           {"name": "G", "repeat": "N", "fields": [{"name": "B", "width": 1, "kind": "text", "when": {"field": "N", "in": []}}]}]})",
       problem);
   ASSERT_TRUE(definition) << problem;
   std::vector<DecodedField> fields;
-  EXPECT_FALSE(tool::Decode(*definition, "999999999", fields));
+  EXPECT_FALSE(core::Decode(*definition, "999999999", fields));
 }
 
 TEST_F(TaggedRecordsTest, FootprintsComeFromCornersAndModels) {
   const auto block = [this](const std::string& corners) {
-    return tool::FootprintsOf(Records(Tagged("BLOCKA", std::string(34, '0') + corners + "010.0")));
+    return core::FootprintsOf(Records(Tagged("BLOCKA", std::string(34, '0') + corners + "010.0")));
   };
   const std::string decimal =
       "+52.000000+011.000000"
@@ -226,14 +228,14 @@ TEST_F(TaggedRecordsTest, FootprintsComeFromCornersAndModels) {
       .replace(34, 9, "-179.5000")
       .replace(59, 8, "+01.0000")
       .replace(67, 9, "+001.0000");
-  const auto box = tool::FootprintsOf(Records(Tagged("RPC00B", model)));
+  const auto box = core::FootprintsOf(Records(Tagged("RPC00B", model)));
   ASSERT_EQ(box.size(), 1u);
   EXPECT_EQ(box[0].corners[0].latitude, 41);
   EXPECT_EQ(box[0].corners[0].longitude, -180.5);
-  const tool::GeographicCorners across = {{{41, 179.5}, {41, -178.5}, {39, -178.5}, {39, 179.5}}};
-  EXPECT_TRUE(tool::AreNear(across, box[0].corners)) << "180 degrees are no border";
-  EXPECT_FALSE(tool::AreCrossed(across));
-  EXPECT_FALSE(tool::AreNear(across, found[0].corners));
+  const core::GeographicCorners across = {{{41, 179.5}, {41, -178.5}, {39, -178.5}, {39, 179.5}}};
+  EXPECT_TRUE(core::AreNear(across, box[0].corners)) << "180 degrees are no border";
+  EXPECT_FALSE(core::AreCrossed(across));
+  EXPECT_FALSE(core::AreNear(across, found[0].corners));
 }
 
 TEST_F(TaggedRecordsTest, RealsAreWrittenByTheShortestTextThatReadsBack) {

@@ -2,7 +2,6 @@
 // skipped, so a damaged element costs only itself.
 #pragma once
 
-#include "hostkit/hostkit.h"
 #include "media/drawing/cgm_parameters.h"
 #include "media/outcome.h"
 

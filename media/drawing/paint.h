@@ -5,7 +5,6 @@
 
 #include <map>
 #include <memory>
-#include <span>
 
 #include "media/drawing/drawing.h"
 
@@ -88,8 +87,5 @@ struct Brush {
 
 /// Keeps a device coordinate within what can be painted on.
 double Bounded(double value);
-
-/// Draws objects, one after the other; false when the limit was met, and what was drawn is not all.
-bool PaintObjects(const Brush& brush, std::span<const Object* const> objects);
 
 }  // namespace media

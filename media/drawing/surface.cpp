@@ -1,4 +1,5 @@
 #include "media/drawing/surface.h"
+#include "media/drawing/paint_objects.h"
 
 namespace media {
 namespace {

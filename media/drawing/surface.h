@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <span>
 
 #include "media/drawing/paint.h"
 #include "media/outcome.h"

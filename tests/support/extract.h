@@ -3,22 +3,23 @@
 
 #include <gtest/gtest.h>
 
+#include "core/samples/samples.h"
 #include "tests/support/support.h"
-#include "tools/orbntf/extract/samples.h"
+#include "tools/orbntf/tool.h"
 
 namespace test {
 
-using tool::SampleImage;
+using core::SampleImage;
 
 class ExtractTest : public test::ModuleTest {
  protected:
-  static tool::ExtractFault Read(const NitfBuilder& file, SampleImage& image, uint32_t reduce = 0) {
+  static core::SampleFault Read(const NitfBuilder& file, SampleImage& image, uint32_t reduce = 0) {
     const test::TempFile nitf(file.Bytes());
-    const tool::Survey survey(nitf.Path());
-    return tool::ReadSamples(survey, *survey.Find(tool::PartKind::Image, 0), reduce, image);
+    const core::Survey survey(nitf.Path());
+    return core::ReadSamples(survey, *survey.Find(core::PartKind::Image, 0), reduce, image);
   }
-  static tool::ExtractFault Read(const ImageForm& form, const std::string& data, SampleImage& image,
-                                 uint32_t reduce = 0) {
+  static core::SampleFault Read(const ImageForm& form, const std::string& data, SampleImage& image,
+                                uint32_t reduce = 0) {
     return Read(NitfBuilder().Image(form, data), image, reduce);
   }
   static uint64_t At(const SampleImage& image, uint32_t x, uint32_t y, uint32_t band) {

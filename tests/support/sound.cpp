@@ -4,7 +4,7 @@
 
 #include "tests/support/metafile.h"
 #include "tests/support/support.h"
-#include "tools/orbntf/check/check_file.h"
+#include "tools/orbntf/inspect/verdict.h"
 
 namespace test {
 
@@ -36,12 +36,12 @@ Broken Other(const std::string& rule, const ImageForm& form, const std::function
 
 std::set<std::string> RulesBroken(const std::string& bytes) {
   const TempFile file(bytes);
-  const tool::Survey survey(file.Path());
-  const tool::RecordDefinitions definitions;
+  const core::Survey survey(file.Path());
+  const core::RecordDefinitions definitions;
   std::set<std::string> rules;
-  for (const tool::Finding& finding : tool::FindFaults(survey, definitions)) {
+  for (const core::Finding& finding : core::FindFaults(survey, definitions)) {
     rules.insert(finding.rule->id);
-    EXPECT_LE(finding.offset, bytes.size()) << tool::Describe(finding);
+    EXPECT_LE(finding.offset, bytes.size()) << core::Describe(finding);
     EXPECT_FALSE(finding.words.empty());
   }
   return rules;

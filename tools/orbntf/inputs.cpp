@@ -17,21 +17,6 @@ namespace {
 
 constexpr size_t kPiece = 256 << 10;
 
-// A descriptor that is closed with its owner.
-class Descriptor {
- public:
-  explicit Descriptor(int fd) : fd_(fd) {}
-  ~Descriptor() {
-    if (fd_ >= 0) close(fd_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int Get() const { return fd_; }
-
- private:
-  int fd_;
-};
-
 // Standard input as a file; it can be read once.
 std::unique_ptr<TemporaryFile>& StandardInput() {
   static std::unique_ptr<TemporaryFile> file;
@@ -72,32 +57,6 @@ std::string TakeInput(const std::string& name) {
 std::string InputName(const std::string& path) {
   const auto& held = StandardInput();
   return held != nullptr && held->Path() == path ? "standard input" : path;
-}
-
-size_t ReadFrom(int descriptor, void* to, size_t count, uint64_t offset, const std::string& path) {
-  size_t taken = 0;
-  while (taken < count) {
-    const ssize_t got = Restarted([&] {
-      return pread(descriptor, static_cast<char*>(to) + taken, count - taken,
-                   static_cast<off_t>(offset + taken));
-    });
-    if (got < 0) throw ReadError(path, "cannot be read: " + WordsOfErrno(errno));
-    if (got == 0) break;
-    taken += static_cast<size_t>(got);
-  }
-  return taken;
-}
-
-std::string ReadWhole(const std::string& path) {
-  struct stat status;
-  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  if (file.Get() < 0 || fstat(file.Get(), &status) != 0) throw ReadError(path, WordsOfErrno(errno));
-  if (S_ISDIR(status.st_mode)) throw ReadError(path, "is a folder");
-  if (!S_ISREG(status.st_mode)) throw ReadError(path, "is no regular file");
-  std::string bytes(static_cast<size_t>(status.st_size), '\0');
-  if (ReadFrom(file.Get(), bytes.data(), bytes.size(), 0, path) != bytes.size())
-    throw ReadError(path, "became shorter while it was read");
-  return bytes;
 }
 
 void RequireHostReads(const std::string& path) {

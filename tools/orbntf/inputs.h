@@ -1,21 +1,13 @@
 // What a command reads: regular files, or standard input by way of one.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "core/format/bytes.h"
+#include "tools/orbntf/core_names.h"
+
 namespace tool {
-
-/// An input cannot be read: the command fails, or in a batch the work on its file.
-class ReadError : public std::runtime_error {
- public:
-  ReadError(const std::string& path, const std::string& words) : std::runtime_error(words), path_(path) {}
-  const std::string& Path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 /// The path to read of an input that a command line names: "-" is standard input, which is read into a
 /// temporary file first. ReadError for what is there but no regular file, folders aside.
@@ -23,10 +15,6 @@ std::string TakeInput(const std::string& name);
 /// An input's name as messages have it.
 std::string InputName(const std::string& path);
 
-/// All bytes of a file. ReadError when it cannot be read to its end.
-std::string ReadWhole(const std::string& path);
-/// Up to `count` bytes from an offset on, fewer only at the end of the file. ReadError.
-size_t ReadFrom(int descriptor, void* to, size_t count, uint64_t offset, const std::string& path);
 /// ReadError when the host could not read some of what it was asked for since the last call.
 void RequireHostReads(const std::string& path);
 

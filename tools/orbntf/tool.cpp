@@ -9,10 +9,10 @@
 #include <filesystem>
 #include <vector>
 
+#include "core/format/words.h"
 #include "hostkit/hostkit.h"
 #include "orbntf/orbntf.hpp"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/words.h"
 
 namespace tool {
 

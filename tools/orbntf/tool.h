@@ -6,15 +6,18 @@
 #include <string>
 
 #include "media/work.h"
+#include "tools/orbntf/core_names.h"
 
 /// The command-line parser; what registers options includes it.
 namespace CLI {
 class App;
 }
 
-namespace tool {
-
+namespace core {
 class ReadError;
+}
+
+namespace tool {
 
 inline constexpr int kExitOk = 0;
 inline constexpr int kExitStatus = 1;

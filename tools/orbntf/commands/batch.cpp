@@ -16,9 +16,9 @@
 #include <memory>
 #include <new>
 
+#include "core/format/words.h"
 #include "hostkit/hostkit.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/output.h"
 
 namespace tool {
@@ -28,14 +28,10 @@ namespace fs = std::filesystem;
 
 // Whether a file begins as one of the format; throws what reading it throws.
 bool IsNitf(const std::string& path) {
-  char mark[4] = {};
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (fd < 0) throw ReadError(path, WordsOfErrno(errno));
-  const std::unique_ptr<const int, void (*)(const int*)> closes(&fd,
-                                                                [](const int* open) { close(*open); });
-  const size_t count = ReadFrom(fd, mark, sizeof mark, 0, path);
-  const std::string_view text(mark, count);
-  return text == "NITF" || text == "NSIF";
+  const FileBytes file(path);
+  if (!file.IsOpen()) throw ReadError(path, WordsOfErrno(errno));
+  const std::string mark = file.At(0, 4);
+  return mark == "NITF" || mark == "NSIF";
 }
 
 bool HasNitfEnding(const fs::path& path) {

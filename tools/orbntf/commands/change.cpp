@@ -6,8 +6,9 @@
 #include <cstring>
 
 #include "Common/Exchange.h"
-#include "tools/orbntf/inspect/field_rules.h"
+#include "core/format/allowed.h"
 #include "tools/orbntf/output/verify.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 namespace {
@@ -189,6 +190,12 @@ bool ParseTarget(const std::string& text, Target& target) {
   return known && number;
 }
 
+// ICORDS of the image that is changed; blank for other segments.
+char FormOfCorners(const NitfFile& document, const Target& target) {
+  const ImageSubheader* image = document.images.At(target.index);
+  return image != nullptr ? image->ICORDS.text[0] : ' ';
+}
+
 int ApplyChange(const ChangeContext& context, Document& document, const Target& target,
                 const std::string& assignment) {
   const std::string& command = context.command;
@@ -198,7 +205,8 @@ int ApplyChange(const ChangeContext& context, Document& document, const Target& 
   const std::string name = assignment.substr(0, equals);
   const std::string value = assignment.substr(equals + 1);
   if (DescribesPixels(name)) return Refuse(command, name + ": describes the pixels that are stored");
-  if (const std::string problem = context.force ? "" : ProblemOf(*document.get(), target, name, value);
+  if (const std::string problem =
+          context.force ? "" : ProblemOf(name, value, FormOfCorners(*document.get(), target));
       !problem.empty()) {
     return Refuse(command, name + ": " + problem + " (--force takes it all the same)");
   }

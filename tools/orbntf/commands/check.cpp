@@ -3,11 +3,12 @@
 
 #include <algorithm>
 
+#include "core/format/words.h"
 #include "orbntf/orbntf.h"
-#include "tools/orbntf/check/check_file.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/words.h"
+#include "tools/orbntf/inspect/json_text.h"
+#include "tools/orbntf/inspect/verdict.h"
 
 namespace tool {
 namespace {

@@ -3,9 +3,9 @@
 
 #include "tools/orbntf/commands/compose.h"
 
+#include "core/format/words.h"
 #include "tools/orbntf/commands/change.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/words.h"
 
 namespace tool {
 namespace {

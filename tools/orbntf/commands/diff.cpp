@@ -1,11 +1,14 @@
 // orbntf diff: what differs between two files.
 #include <CLI/CLI.hpp>
 
-#include "tools/orbntf/check/rule.h"
+#include "core/check/rule.h"
+#include "core/compare/compare.h"
+#include "core/format/words.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/compare.h"
-#include "tools/orbntf/inspect/words.h"
+#include "tools/orbntf/inspect/compare_pixels.h"
+#include "tools/orbntf/inspect/json_text.h"
+#include "tools/orbntf/inspect/show_records.h"
 
 namespace tool {
 namespace {
@@ -44,7 +47,7 @@ void PrintPixels(const PixelDifference& pixels) {
   }
 }
 
-void Print(const Comparison& comparison) {
+void Print(const Comparison& comparison, const PixelDifference& pixels) {
   PrintTexts(comparison.fields, "");
   PrintTexts(comparison.records, "record of ");
   for (const DataDifference& difference : comparison.segments) {
@@ -54,7 +57,7 @@ void Print(const Comparison& comparison) {
     std::printf("%s: %s | %s%s\n", difference.part.c_str(), Shown(difference.a).c_str(),
                 Shown(difference.b).c_str(), from.c_str());
   }
-  PrintPixels(comparison.pixels);
+  PrintPixels(pixels);
 }
 
 // ---------------------------------------------------------------- JSON
@@ -125,7 +128,7 @@ void WritePixels(JsonText& json, const PixelDifference& pixels) {
   json.EndObject();
 }
 
-void PrintJson(const DiffOptions& options, const Comparison& comparison) {
+void PrintJson(const DiffOptions& options, const Comparison& comparison, const PixelDifference& pixels) {
   JsonText json(true);
   json.BeginObject();
   json.Key("a");
@@ -146,7 +149,7 @@ void PrintJson(const DiffOptions& options, const Comparison& comparison) {
     json.EndObject();
   }
   json.EndArray();
-  WritePixels(json, comparison.pixels);
+  WritePixels(json, pixels);
   json.EndObject();
   std::printf("%s\n", json.Text().c_str());
 }
@@ -160,11 +163,12 @@ int RunDiff(DiffOptions& options, const std::string& folder) {
     if (!survey->file.IsOpen()) return ReportFile("diff", survey->path, ORB_SHORT_READ);
   }
   const Comparison comparison = Compare(a, b, *options.definitions);
+  const PixelDifference pixels = ComparePixels(a.path, b.path);
   if (options.json)
-    PrintJson(options, comparison);
+    PrintJson(options, comparison, pixels);
   else
-    Print(comparison);
-  return comparison.Differs() ? kExitStatus : kExitOk;
+    Print(comparison, pixels);
+  return comparison.Differs() || pixels.Differs() ? kExitStatus : kExitOk;
 }
 
 }  // namespace

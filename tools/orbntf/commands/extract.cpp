@@ -6,15 +6,15 @@
 #include <filesystem>
 
 #include "Common/Bounds.h"
+#include "core/check/rule.h"
+#include "core/format/records.h"
+#include "core/format/words.h"
 #include "hostkit/hostkit.h"
 #include "orbntf/orbntf.h"
-#include "tools/orbntf/check/rule.h"
 #include "tools/orbntf/document.h"
-#include "tools/orbntf/extract/writers.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/output.h"
-#include "tools/orbntf/records/records.h"
+#include "tools/orbntf/output/sample_writers.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {
@@ -47,8 +47,8 @@ bool Write(std::FILE* stream, const std::string& form, const SampleImage& image)
 int RunJob(const ExtractOptions& options, const Survey& survey, const Job& job) {
   SampleImage image;
   if (job.image != nullptr) {
-    const ExtractFault fault = ReadSamples(survey, *job.image, options.reduce, image);
-    if (fault.Met()) return Fail(options, fault.status, job.image->Title() + ": " + fault.words);
+    const SampleFault fault = ReadSamples(survey, *job.image, options.reduce, image);
+    if (fault.Met()) return Fail(options, fault.Code(), job.image->Title() + ": " + fault.words);
     const std::string problem = WhyNotAs(job.form, image);
     if (!problem.empty()) return Refuse("extract", job.image->Title() + ": " + problem + "; write .tif");
   }

@@ -1,12 +1,13 @@
 // orbntf info: what files hold, for people or as JSON.
 #include <CLI/CLI.hpp>
 
+#include "core/format/words.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/document_json.h"
 #include "tools/orbntf/inspect/explain.h"
-#include "tools/orbntf/inspect/words.h"
+#include "tools/orbntf/inspect/show_records.h"
 
 namespace tool {
 namespace {

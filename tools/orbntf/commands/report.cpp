@@ -4,11 +4,11 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "core/format/words.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/report/html.h"
 #include "tools/orbntf/report/report.h"

@@ -3,9 +3,9 @@
 
 #include <unistd.h>
 
+#include "core/format/words.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 

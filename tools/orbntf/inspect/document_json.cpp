@@ -1,7 +1,7 @@
 #include "tools/orbntf/inspect/document_json.h"
 
+#include "core/format/geography.h"
 #include "orbntf/orbntf.h"
-#include "tools/orbntf/inspect/geography.h"
 #include "tools/orbntf/inspect/values.h"
 #include "tools/orbntf/tool.h"
 

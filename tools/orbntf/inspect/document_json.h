@@ -4,8 +4,9 @@
 #include <string>
 
 #include "Common/NitfFile.h"
+#include "core/format/records.h"
 #include "tools/orbntf/inspect/json_text.h"
-#include "tools/orbntf/records/records.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 

@@ -6,10 +6,13 @@
 
 #include <cerrno>
 
+#include "Common/ImCodes.h"
 #include "Common/ImgModes.h"
+#include "core/format/bytes.h"
+#include "core/format/words.h"
 #include "orbntf/orbntf.h"
-#include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/output.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 namespace {

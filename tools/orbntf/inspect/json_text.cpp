@@ -4,7 +4,8 @@
 #include <cmath>
 #include <cstdio>
 
-#include "tools/orbntf/inspect/words.h"
+#include "core/format/words.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 

@@ -1,5 +1,6 @@
 // The tagged records of a document's headers.
 #include "tools/orbntf/inspect/document_json.h"
+#include "tools/orbntf/inspect/show_records.h"
 
 namespace tool {
 namespace {

@@ -3,12 +3,11 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "core/format/numbers.h"
+#include "tools/orbntf/tool.h"
+
 namespace tool {
 namespace {
-
-bool IsDigits(std::string_view text) {
-  return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
-}
 
 std::string_view Trimmed(std::string_view text) {
   const size_t first = text.find_first_not_of(' ');
@@ -63,38 +62,6 @@ bool IsDate(const FieldTraits& traits) {
 
 }  // namespace
 
-std::optional<int64_t> NumberOf(std::string_view text) {
-  const std::string_view digits = Trimmed(text);
-  const bool isSigned = !digits.empty() && (digits[0] == '-' || digits[0] == '+');
-  if (!IsDigits(digits.substr(isSigned ? 1 : 0)) || digits.size() > 18) return std::nullopt;
-  int64_t value = 0;
-  for (const char c : digits.substr(isSigned ? 1 : 0)) value = value * 10 + (c - '0');
-  return digits[0] == '-' ? -value : value;
-}
-
-std::string IsoDate(std::string_view text) {
-  struct Part {
-    size_t at, width;
-    int least, most;
-    const char* front;
-  };
-  constexpr Part kParts[] = {{0, 4, 0, 9999, ""}, {4, 2, 1, 12, "-"},  {6, 2, 1, 31, "-"},
-                             {8, 2, 0, 23, "T"},  {10, 2, 0, 59, ":"}, {12, 2, 0, 60, ":"}};
-  std::string iso;
-  for (const Part& part : kParts) {
-    if (text.size() < part.at + part.width) break;
-    const std::string_view digits = text.substr(part.at, part.width);
-    if (digits.find_first_not_of("- ") == std::string_view::npos) break;
-    const int value = IsDigits(digits) ? static_cast<int>(*NumberOf(digits)) : -1;
-    if (value < part.least || value > part.most) return "";
-    iso += part.front + std::string(digits);
-  }
-  // A time of an hour alone has no form of its own.
-  if (iso.size() == sizeof "CCYY-MM-DDThh" - 1) iso += ":00";
-  if (iso.size() > sizeof "CCYY-MM-DD" - 1) iso += 'Z';
-  return iso;
-}
-
 bool HasValue(const FieldTraits& traits) {
   const std::string_view name(traits.name);
   return name == "FBKGC" || name == "IMAG" || IsDate(traits) || traits.setAs == SetAs::Location ||
@@ -108,6 +75,44 @@ void WriteValue(JsonText& json, const FieldTraits& traits, std::string_view text
   if (IsDate(traits)) return WriteDate(json, text);
   if (traits.setAs == SetAs::Location) return WritePlace(json, text);
   WriteNumber(json, text);
+}
+
+void WritePolygon(JsonText& json, const GeographicCorners& corners) {
+  json.BeginObject();
+  json.Key("type");
+  json.String("Polygon");
+  json.Key("coordinates");
+  json.BeginArray();
+  json.BeginArray();
+  for (const size_t i : {0, 3, 2, 1, 0}) {
+    json.BeginArray();
+    json.Real(corners[i].longitude);
+    json.Real(corners[i].latitude);
+    json.EndArray();
+  }
+  json.EndArray();
+  json.EndArray();
+  json.EndObject();
+}
+
+void WriteGeography(JsonText& json, char icords, std::string_view igeolo) {
+  const auto corners = CornersOf(icords, igeolo);
+  if (!corners) return json.Null();
+  json.BeginObject();
+  json.Key("corners");
+  json.BeginArray();
+  for (const GeographicPoint& corner : *corners) {
+    json.BeginObject();
+    json.Key("latitude");
+    json.Real(corner.latitude);
+    json.Key("longitude");
+    json.Real(corner.longitude);
+    json.EndObject();
+  }
+  json.EndArray();
+  json.Key("geojson");
+  WritePolygon(json, *corners);
+  json.EndObject();
 }
 
 }  // namespace tool

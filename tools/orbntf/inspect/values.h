@@ -1,25 +1,25 @@
-// What field texts mean.
+// What field texts mean, as JSON.
 #pragma once
 
-#include <optional>
-#include <string>
 #include <string_view>
 
 #include "Common/FieldRows.h"
+#include "core/format/geography.h"
 #include "tools/orbntf/inspect/json_text.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 
-/// A decimal number, spaces around it and a sign in front of it allowed; none for another text.
-std::optional<int64_t> NumberOf(std::string_view text);
 /// Whether a field means more than a text: a number, a date, a place or a colour.
 bool HasValue(const FieldTraits& traits);
 /// Writes its value: a number, a date as ISO 8601 as far as it is known, [row, column], "#RRGGBB"; null
 /// for a text that is no value of the field.
 void WriteValue(JsonText& json, const FieldTraits& traits, std::string_view text);
 
-/// "20261124120000" as "2026-11-24T12:00:00Z"; parts of dashes or spaces end it. Empty when it is no
-/// date.
-std::string IsoDate(std::string_view text);
+/// Writes corners as a GeoJSON polygon, counterclockwise and closed.
+void WritePolygon(JsonText& json, const GeographicCorners& corners);
+/// Writes the corners in decimal degrees and, counterclockwise and closed, as a GeoJSON polygon; null
+/// where there are none.
+void WriteGeography(JsonText& json, char icords, std::string_view igeolo);
 
 }  // namespace tool

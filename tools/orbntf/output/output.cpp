@@ -11,7 +11,9 @@
 #include <filesystem>
 #include <vector>
 
+#include "core/format/bytes.h"
 #include "hostkit/hostkit.h"
+#include "tools/orbntf/core_names.h"
 
 namespace tool {
 namespace {
@@ -86,27 +88,6 @@ bool SyncTogether::Finish() {
   close(fd);
   errno = error;
   return synced;
-}
-
-std::string WordsOfErrno(int error) {
-  switch (error) {
-    case ENOENT:
-      return "no such file or folder";
-    case EISDIR:
-      return "is a folder";
-    case ENOTDIR:
-      return "a part of the name is no folder";
-    case EACCES:
-    case EPERM:
-      return "permission denied";
-    case ENOSPC:
-    case EDQUOT:
-      return "no space left";
-    case EFBIG:
-      return "too large for the file system or the limit set";
-    default:
-      return std::strerror(error);
-  }
 }
 
 Output::Output(const std::string& path, Way way) : way_(way), target_(path) {

@@ -54,14 +54,6 @@ class Output {
   std::FILE* stream_ = nullptr;
 };
 
-/// Repeats a call of the system that a signal broke off.
-template <class Call>
-auto Restarted(Call call) {
-  for (;;) {
-    const auto result = call();
-    if (result >= 0 || errno != EINTR) return result;
-  }
-}
 /// Writes all of some bytes; false with errno set.
 bool WriteAll(int descriptor, const void* bytes, size_t count);
 
@@ -81,8 +73,6 @@ class SyncTogether {
   std::string folder_;
 };
 
-/// What errno means, in the words of the tool.
-std::string WordsOfErrno(int error);
 /// Closes standard output; false when something that was written to it is not there.
 bool CloseStandardOutput();
 /// Gives the three standard descriptors that the caller closed something to stand for, so that no file

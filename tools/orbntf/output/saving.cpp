@@ -1,10 +1,10 @@
 // Saving a document so that what appears under the output's name is a file that opens with everything in
 // it.
+#include "core/format/words.h"
 #include "hostkit/hostkit.h"
-#include "tools/orbntf/check/check_file.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/words.h"
+#include "tools/orbntf/inspect/verdict.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/output/verify.h"
 #include "tools/orbntf/tool.h"

@@ -1,6 +1,7 @@
 // Where the data of a document's segments comes from.
 #pragma once
 
+#include "Common/ImCodes.h"
 #include "Common/NitfFile.h"
 
 namespace tool {

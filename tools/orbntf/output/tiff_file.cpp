@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "core/format/bytes.h"
+#include "tools/orbntf/core_names.h"
 #include "tools/orbntf/output/output.h"
 
 namespace tool {

@@ -3,10 +3,10 @@
 
 #include "Common/DisplayList.h"
 #include "Common/HandlGfx.h"
+#include "core/format/words.h"
 #include "hostkit/hostkit.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/drawing.h"
-#include "tools/orbntf/inspect/words.h"
 #include "tools/orbntf/output/picture.h"
 #include "tools/orbntf/report/pictures.h"
 

@@ -1,9 +1,11 @@
 // Header fields with their meanings, tagged records and texts.
 #include <algorithm>
 
-#include "tools/orbntf/inspect/words.h"
+#include "core/format/words.h"
+#include "tools/orbntf/inspect/show_records.h"
 #include "tools/orbntf/report/html.h"
 #include "tools/orbntf/report/report.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 namespace {

@@ -2,8 +2,9 @@
 
 #include <cstdio>
 
-#include "tools/orbntf/inspect/survey.h"
-#include "tools/orbntf/inspect/words.h"
+#include "core/format/survey.h"
+#include "core/format/words.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 

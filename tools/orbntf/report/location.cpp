@@ -2,9 +2,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "tools/orbntf/check/footprint.h"
+#include "core/place/footprint.h"
+#include "tools/orbntf/inspect/json_text.h"
+#include "tools/orbntf/inspect/values.h"
 #include "tools/orbntf/report/html.h"
 #include "tools/orbntf/report/report.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 namespace {

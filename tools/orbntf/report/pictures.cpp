@@ -6,9 +6,9 @@
 #include <cstring>
 #include <filesystem>
 
+#include "core/check/rule.h"
 #include "hostkit/hostkit.h"
 #include "orbntf/orbntf.h"
-#include "tools/orbntf/check/rule.h"
 #include "tools/orbntf/inspect/load.h"
 #include "tools/orbntf/output/picture.h"
 #include "tools/orbntf/output/signals.h"

@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/orbntf/check/places.h"
-#include "tools/orbntf/extract/samples.h"
+#include "core/format/places.h"
+#include "core/samples/samples.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 

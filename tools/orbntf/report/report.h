@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/orbntf/check/check_file.h"
+#include "tools/orbntf/inspect/verdict.h"
 #include "tools/orbntf/report/pictures.h"
 
 namespace tool {

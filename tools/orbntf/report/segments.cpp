@@ -26,7 +26,7 @@ std::string PictureOfImage(const ReportedFile& file, const SurveyedPart& part) {
   constexpr uint32_t kSide = 320;
   constexpr uint64_t kSampleCost = 20;  // nanoseconds, to scale it and to count it
   SampleImage image;
-  ExtractFault fault;
+  SampleFault fault;
   // As small as its codec makes it.
   for (uint32_t reduce = ReduceFor(part, kSide);; --reduce) {
     image = {};
@@ -34,7 +34,7 @@ std::string PictureOfImage(const ReportedFile& file, const SurveyedPart& part) {
     if (!fault.Met() || reduce == 0) break;
   }
   if (!fault.Met() && !media::Spend(kSampleCost * image.width * image.height * image.bands))
-    fault = {kHostOverBudget, MeaningOf(kHostOverBudget)};
+    fault = {media::Outcome::OverBudget, MeaningOf(kHostOverBudget)};
   if (fault.Met()) return Tag("p", "No picture: " + Escaped(fault.words) + ".");
   return Image(DataUri(PictureOf(image, kSide), kMostPng), part.Title() + " by itself") +
          Histograms(image);

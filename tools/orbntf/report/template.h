@@ -3,7 +3,8 @@
 
 #include <span>
 
-#include "tools/orbntf/records/definitions.h"
+#include "core/format/definitions.h"
+#include "tools/orbntf/tool.h"
 
 namespace tool {
 

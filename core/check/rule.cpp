@@ -1,0 +1,82 @@
+#include "core/check/rule.h"
+
+#include "core/format/words.h"
+
+namespace core {
+namespace {
+
+bool IsAbout(On on, PartKind kind) {
+  switch (on) {
+    case On::File:
+      return kind == PartKind::File;
+    case On::Image:
+      return kind == PartKind::Image;
+    case On::Graphic:
+      return kind == PartKind::Graphic;
+    case On::Text:
+      return kind == PartKind::Text;
+    case On::Extension:
+      return kind == PartKind::DataExtension;
+    case On::Header:
+      return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+const char* NameOf(Severity severity) {
+  constexpr const char* kNames[] = {"note", "warning", "error"};
+  return kNames[static_cast<size_t>(severity)];
+}
+
+std::vector<const Rule*> AllRules() {
+  std::vector<const Rule*> all;
+  for (const Rules rules : {kFileRules, kLengthRules, kLevelRules, kSecurityRules, kRecordRules,
+                            kImageRules, kPixelRules, kBlockRules, kPlaceRules, kMaskRules, kJpegRules,
+                            kStreamRules, kGraphicRules, kTextRules, kExtensionRules}) {
+    for (const Rule& rule : rules) all.push_back(&rule);
+  }
+  return all;
+}
+
+void Checking::Ask(const Rule& rule, const SurveyedPart& part) {
+  asked_ = &rule;
+  rule.ask(*this, part);
+}
+
+const std::vector<FoundJpeg>& Checking::JpegStreams(const SurveyedPart& part) const {
+  const auto found = streams_.find(&part);
+  if (found != streams_.end()) return found->second;
+  return streams_[&part] = FindJpegStreams(part, survey.Data(part));
+}
+
+const std::vector<TaggedRecord>& Checking::Records(const SurveyedPart& part) const {
+  const auto found = records_.find(&part);
+  if (found != records_.end()) return found->second;
+  return records_[&part] = RecordsOf(part, definitions);
+}
+
+void Checking::Run() {
+  const std::vector<const Rule*> rules = AllRules();
+  for (const SurveyedPart& part : survey.parts) {
+    for (const Rule* rule : rules) {
+      if (IsAbout(rule->on, part.kind)) Ask(*rule, part);
+    }
+  }
+}
+
+void Checking::Fail(const SurveyedPart& part, const std::string& field, const std::string& words) {
+  const std::optional<SurveyedField> found = part.Find(field);
+  findings.push_back({asked_, part.Title(), field, found ? found->offset : part.offset, words});
+}
+
+void Checking::FailAt(const SurveyedPart& part, const std::string& field) {
+  Fail(part, field, field + " is " + Quoted(part.Text(field)));
+}
+
+void Checking::FailAtByte(const SurveyedPart& part, uint64_t offset, const std::string& words) {
+  findings.push_back({asked_, part.Title(), asked_->field, offset, words});
+}
+
+}  // namespace core

@@ -1,0 +1,80 @@
+// What a sound file is, rule by rule.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "core/format/jpeg_stream.h"
+#include "core/format/places.h"
+#include "core/format/records.h"
+#include "core/format/survey.h"
+#include "core/format/words.h"
+
+namespace core {
+
+enum class Severity { Note, Warning, Error };
+const char* NameOf(Severity severity);
+
+/// What a rule is asked of.
+enum class On { File, Image, Graphic, Text, Extension, Header };  // Header: every header
+
+struct Rule;
+
+struct Finding {
+  const Rule* rule;
+  std::string part;   ///< "file header", "image 0"
+  std::string field;  ///< mnemonic, or the rule's where the file has no such field
+  uint64_t offset;    ///< in the file
+  std::string words;  ///< what was found
+};
+
+/// The file under examination, and what was found in it.
+class Checking {
+ public:
+  Checking(const Survey& surveyed, const RecordDefinitions& known)
+      : survey(surveyed), definitions(known), places(surveyed) {}
+
+  const Survey& survey;
+  const RecordDefinitions& definitions;
+  const Places places;
+  std::vector<Finding> findings;
+
+  /// The tagged records of a part, decoded once.
+  const std::vector<TaggedRecord>& Records(const SurveyedPart& part) const;
+  /// The JPEG streams of an image, walked once.
+  const std::vector<FoundJpeg>& JpegStreams(const SurveyedPart& part) const;
+  /// Asks every rule of every part that it is about.
+  void Run();
+  /// Notes that the rule that is being asked does not hold at a field of a part.
+  void Fail(const SurveyedPart& part, const std::string& field, const std::string& words);
+  /// The same at the rule's own field, told with its text: `FIELD is "TEXT"`.
+  void FailAt(const SurveyedPart& part, const std::string& field);
+  /// The same at a byte of the file.
+  void FailAtByte(const SurveyedPart& part, uint64_t offset, const std::string& words);
+
+ private:
+  void Ask(const Rule& rule, const SurveyedPart& part);
+  const Rule* asked_ = nullptr;
+  mutable std::map<const SurveyedPart*, std::vector<FoundJpeg>> streams_;
+  mutable std::map<const SurveyedPart*, std::vector<TaggedRecord>> records_;
+};
+
+struct Rule {
+  const char* id;
+  Severity severity;
+  On on;
+  const char* field;
+  const char* standard;  ///< where the public standard says so
+  const char* sentence;  ///< what has to hold, for people
+  void (*ask)(Checking& checking, const SurveyedPart& part);
+};
+
+using Rules = std::span<const Rule>;
+extern const Rules kFileRules, kLevelRules, kLengthRules, kSecurityRules, kRecordRules, kImageRules,
+    kPixelRules, kBlockRules, kPlaceRules, kMaskRules, kJpegRules, kStreamRules, kGraphicRules,
+    kTextRules, kExtensionRules;
+/// Every rule, in the order in which they are asked.
+std::vector<const Rule*> AllRules();
+
+}  // namespace core

@@ -1,0 +1,225 @@
+// JPEG 2000 codestreams, facsimile and vector quantisation against the subheader.
+#include "core/check/rule.h"
+#include "core/format/blocks.h"
+#include "media/codecs/facsimile.h"
+
+namespace core {
+namespace {
+
+// Bytes that are not there count as none.
+uint64_t Big(std::string_view bytes, size_t at, size_t count) {
+  return at < bytes.size() ? BigNumber(bytes.substr(at, count)) : 0;
+}
+
+// ---------------------------------------------------------------- JPEG 2000
+
+// What the SIZ segment says (ISO/IEC 15444-1, A.5.1).
+struct Codestream {
+  bool begins = false, ends = false;
+  uint64_t width = 0, height = 0, tileWidth = 0, tileHeight = 0, components = 0;
+  uint64_t least = 0, most = 0;  ///< depth of the components
+};
+
+bool IsCodestream(const SurveyedPart& part) { return part.complete && IsOneOf(part.Text("IC"), "C8|M8"); }
+
+Codestream CodestreamOf(const Checking& checking, const SurveyedPart& part) {
+  constexpr uint64_t kHead = 1 << 16;
+  constexpr size_t kSizBody = 45, kFirstDepth = 42;
+  Codestream stream;
+  const uint64_t start = part.IsMasked() ? part.mask.dataOffset : 0;
+  if (start >= part.dataLength) return stream;
+  const uint64_t length = part.dataLength - start;
+  const std::string head = checking.survey.file.At(part.dataOffset + start, std::min(length, kHead));
+  stream.begins = Big(head, 0, 4) == 0xFF4FFF51 && head.size() > kSizBody;
+  if (!stream.begins) return stream;
+  // Sizes are those of the reference grid, of which the first component has every n-th point.
+  const uint64_t across = std::max<uint64_t>(1, Big(head, 43, 1)),
+                 down = std::max<uint64_t>(1, Big(head, 44, 1));
+  const auto points = [](uint64_t end, uint64_t origin, uint64_t step) {
+    return (end + step - 1) / step - (origin + step - 1) / step;
+  };
+  stream.width = points(Big(head, 8, 4), Big(head, 16, 4), across);
+  stream.height = points(Big(head, 12, 4), Big(head, 20, 4), down);
+  stream.tileWidth = Big(head, 24, 4) / across;
+  stream.tileHeight = Big(head, 28, 4) / down;
+  stream.components = Big(head, 40, 2);
+  for (size_t i = 0; i < stream.components && kFirstDepth + 3 * i < head.size(); ++i) {
+    const uint64_t depth = (Big(head, kFirstDepth + 3 * i, 1) & 0x7F) + 1;
+    stream.least = i == 0 ? depth : std::min(stream.least, depth);
+    stream.most = std::max(stream.most, depth);
+  }
+  // Fill may stand behind it.
+  constexpr uint64_t kTail = 1024;
+  const uint64_t tail = std::min(part.dataLength, kTail);
+  const std::string end = checking.survey.file.At(part.dataOffset + part.dataLength - tail, tail);
+  const size_t marker = end.rfind("\xFF\xD9");
+  stream.ends = marker != std::string::npos &&
+                end.find_first_not_of(std::string_view("\xFF\0", 2), marker + 2) == std::string::npos;
+  return stream;
+}
+
+void AskBegin(Checking& checking, const SurveyedPart& part) {
+  if (!IsCodestream(part)) return;
+  const Codestream stream = CodestreamOf(checking, part);
+  if (!stream.begins) checking.FailAtByte(part, part.dataOffset, "the data is no JPEG 2000 codestream");
+}
+
+void AskEnd(Checking& checking, const SurveyedPart& part) {
+  const Codestream stream = IsCodestream(part) ? CodestreamOf(checking, part) : Codestream();
+  if (stream.begins && !stream.ends)
+    checking.FailAtByte(part, part.dataOffset, "the codestream does not end with its marker");
+}
+
+void AskSize(Checking& checking, const SurveyedPart& part) {
+  const Codestream stream = IsCodestream(part) ? CodestreamOf(checking, part) : Codestream();
+  if (!stream.begins) return;
+  if (static_cast<int64_t>(stream.width) != part.Number("NCOLS") ||
+      static_cast<int64_t>(stream.height) != part.Number("NROWS"))
+    checking.FailAtByte(part, part.dataOffset,
+                        "the codestream has " + std::to_string(stream.width) + " x " +
+                            std::to_string(stream.height) + " pixels");
+}
+
+// One block may be a codestream of any tiles.
+void AskTiles(Checking& checking, const SurveyedPart& part) {
+  const Blocks blocks(part);
+  const Codestream stream = IsCodestream(part) ? CodestreamOf(checking, part) : Codestream();
+  if (!stream.begins || !blocks.Known() || blocks.Count() == 1) return;
+  if (static_cast<int64_t>(stream.tileWidth) != blocks.width ||
+      static_cast<int64_t>(stream.tileHeight) != blocks.height)
+    checking.FailAtByte(part, part.dataOffset,
+                        "tiles of " + std::to_string(stream.tileWidth) + " x " +
+                            std::to_string(stream.tileHeight) + ", blocks of " +
+                            std::to_string(blocks.width) + " x " + std::to_string(blocks.height));
+}
+
+void AskComponents(Checking& checking, const SurveyedPart& part) {
+  const Codestream stream = IsCodestream(part) ? CodestreamOf(checking, part) : Codestream();
+  if (stream.begins && static_cast<int64_t>(stream.components) != part.Bands())
+    checking.FailAtByte(
+        part, part.dataOffset,
+        std::to_string(stream.components) + " components for " + std::to_string(part.Bands()) + " bands");
+}
+
+void AskDepth(Checking& checking, const SurveyedPart& part) {
+  const Codestream stream = IsCodestream(part) ? CodestreamOf(checking, part) : Codestream();
+  if (!stream.begins || stream.most == 0) return;
+  const auto significant = static_cast<uint64_t>(std::max<int64_t>(0, part.Number("ABPP")));
+  if (stream.most != significant)
+    checking.FailAtByte(
+        part, part.dataOffset,
+        std::to_string(stream.most) + " bits where ABPP is " + std::to_string(significant));
+}
+
+void AskLayers(Checking& checking, const SurveyedPart& part) {
+  if (!IsCodestream(part)) return;
+  for (const TaggedRecord& record : checking.Records(part)) {
+    if (record.tag == "J2KLRA") return;
+  }
+  checking.Fail(part, "IC", "no J2KLRA record tells the layers of the codestream");
+}
+
+// ---------------------------------------------------------------- facsimile
+
+void AskRows(Checking& checking, const SurveyedPart& part) {
+  const Blocks blocks(part);
+  constexpr int64_t kMostPixels = 1 << 28;  // far more than the standard has
+  if (!part.complete || part.Text("IC") != "C1" || !blocks.Known() ||
+      blocks.width * blocks.height > kMostPixels)
+    return;
+  const media::FacsimileForm form = {static_cast<uint32_t>(blocks.width),
+                                     static_cast<uint32_t>(blocks.height),
+                                     part.Trimmed("COMRAT") != "1D"};
+  const std::string data = checking.survey.Data(part);
+  uint32_t rows = 0;
+  // Rows behind the first that does not decode are not given, which is all that is asked here.
+  (void)media::DecodeFacsimile({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form,
+                               [&](uint32_t, std::span<const uint8_t>) {
+                                 ++rows;
+                                 return media::Outcome::Ok;
+                               });
+  if (rows != blocks.height)
+    checking.FailAtByte(
+        part, part.dataOffset,
+        std::to_string(rows) + " rows decode, the block has " + std::to_string(blocks.height));
+}
+
+// ---------------------------------------------------------------- vector quantisation
+
+struct VqFacts {
+  uint64_t codeRows, codesPerRow, codeBits, tables;
+};
+
+bool IsQuantised(const SurveyedPart& part) { return part.complete && IsOneOf(part.Text("IC"), "C4|M4"); }
+
+// The header of the data and of its lookup tables.
+bool VqFactsOf(const Checking& checking, const SurveyedPart& part, VqFacts& facts) {
+  constexpr size_t kHeader = 21;
+  const uint64_t start = part.IsMasked() ? part.mask.bytes : 0;
+  if (start > part.dataLength) return false;
+  const std::string head = checking.survey.file.At(part.dataOffset + start,
+                                                   std::min<uint64_t>(part.dataLength - start, kHeader));
+  if (head.size() < kHeader) return false;
+  facts = {Big(head, 0, 4), Big(head, 4, 4), Big(head, 8, 1), Big(head, 11, 2)};
+  return true;
+}
+
+void AskCodes(Checking& checking, const SurveyedPart& part) {
+  const Blocks blocks(part);
+  VqFacts facts = {};
+  if (!IsQuantised(part) || !blocks.Known()) return;
+  if (!VqFactsOf(checking, part, facts))
+    return checking.FailAtByte(part, part.dataOffset, "the data does not hold its header");
+  const auto rows = static_cast<uint64_t>(blocks.height), columns = static_cast<uint64_t>(blocks.width);
+  const bool fits = facts.codeRows != 0 && facts.codesPerRow != 0 && rows % facts.codeRows == 0 &&
+                    columns % facts.codesPerRow == 0;
+  if (!fits)
+    checking.FailAtByte(part, part.dataOffset,
+                        std::to_string(facts.codesPerRow) + " x " + std::to_string(facts.codeRows) +
+                            " codes for blocks of " + std::to_string(columns) + " x " +
+                            std::to_string(rows));
+}
+
+void AskVqTables(Checking& checking, const SurveyedPart& part) {
+  const Blocks blocks(part);
+  VqFacts facts = {};
+  if (!IsQuantised(part) || !blocks.Known() || !VqFactsOf(checking, part, facts)) return;
+  const auto rows = static_cast<uint64_t>(blocks.height), columns = static_cast<uint64_t>(blocks.width);
+  const bool bits = facts.codeBits >= 1 && facts.codeBits <= 32;
+  const bool fits = facts.codeRows == 0 || facts.codesPerRow == 0 ||
+                    facts.tables == rows / facts.codeRows || facts.tables == columns / facts.codesPerRow;
+  if (!bits || !fits)
+    checking.FailAtByte(part, part.dataOffset,
+                        std::to_string(facts.tables) + " lookup tables, codes of " +
+                            std::to_string(facts.codeBits) + " bits");
+}
+
+constexpr const char kJ2k[] = "ISO/IEC 15444-1; BPJ2K01.10";
+constexpr Rule kRules[] = {
+    {"j2k.begin", Severity::Error, On::Image, "IC", kJ2k, "The data is a JPEG 2000 codestream.",
+     AskBegin},
+    {"j2k.end", Severity::Error, On::Image, "IC", kJ2k, "A codestream ends with its marker.", AskEnd},
+    {"j2k.size", Severity::Error, On::Image, "NCOLS", kJ2k, "The codestream has the size of the image.",
+     AskSize},
+    {"j2k.tiles", Severity::Error, On::Image, "NPPBH", kJ2k, "The codestream's tiles are the blocks.",
+     AskTiles},
+    {"j2k.components", Severity::Error, On::Image, "NBANDS", kJ2k,
+     "The codestream has a component for each band.", AskComponents},
+    {"j2k.depth", Severity::Error, On::Image, "ABPP", kJ2k,
+     "The codestream has the depth of the samples.", AskDepth},
+    {"j2k.layers", Severity::Note, On::Image, "IXSHD", "BPJ2K01.10, J2KLRA",
+     "A record tells the layers of a codestream.", AskLayers},
+    {"fax.rows", Severity::Error, On::Image, "NROWS", "ITU-T T.4; MIL-STD-188-196",
+     "A facsimile decodes to the rows of its block.", AskRows},
+    {"vq.codes", Severity::Error, On::Image, "NPPBH", "MIL-STD-188-199, 5.2",
+     "Blocks divide into the vectors that the codes stand for.", AskCodes},
+    {"vq.tables", Severity::Error, On::Image, "IC", "MIL-STD-188-199, 5.2",
+     "There is a lookup table for each row or column of a vector, and codes have 1 to 32 bits.",
+     AskVqTables},
+};
+
+}  // namespace
+
+const Rules kStreamRules = kRules;
+
+}  // namespace core

@@ -1,0 +1,98 @@
+#include "core/format/allowed.h"
+
+#include <algorithm>
+
+#include "core/format/geography.h"
+#include "core/format/numbers.h"
+
+namespace core {
+namespace {
+
+bool EndsWith(std::string_view text, std::string_view end) {
+  return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
+}
+
+std::string_view Trimmed(std::string_view text) { return text.substr(0, text.find_last_not_of(' ') + 1); }
+
+std::string ProblemOfTime(std::string_view value) {
+  return IsTime(value) ? "" : "not a date and time, CCYYMMDDhhmmss";
+}
+
+std::string ProblemOfDay(std::string_view value) {
+  return Trimmed(value).empty() || IsDay(value) ? "" : "not a date, CCYYMMDD";
+}
+
+// Fields whose texts are in a list; prefixes of the security fields are left off.
+struct Listed {
+  std::string_view name;
+  const char* values;  // separated by spaces; a blank value is allowed where the list begins with one
+  bool isSecurity;
+};
+constexpr Listed kLists[] = {{"CLAS", "T S C R U", true},
+                             {"DCTP", " DD DE GD GE O X", true},
+                             {"DG", " S C R", true},
+                             {"CATP", " O D M", true},
+                             {"CRSN", " A B C D E F G", true},
+                             {"ICORDS", " U G N S D", false},
+                             {"TXTFMT", "STA MTF UT1 U8S", false},
+                             {"SFMT", "C", false},
+                             {"SCOLOR", "C M", false},
+                             {"STYPE", "BF01", false},
+                             {"ENCRYP", "0", false}};
+
+bool IsListed(const Listed& list, std::string_view value) {
+  std::string_view left = list.values;
+  if (value.empty()) return left[0] == ' ';
+  while (!left.empty()) {
+    const size_t end = std::min(left.find(' '), left.size());
+    if (left.substr(0, end) == value) return true;
+    left.remove_prefix(std::min(end + 1, left.size()));
+  }
+  return false;
+}
+
+std::string ProblemOfListed(std::string_view name, std::string_view value) {
+  for (const Listed& list : kLists) {
+    // FS, IS, SS and TS are the headers' prefixes.
+    const bool isIt = list.isSecurity ? name.size() == list.name.size() + 2 && name[1] == 'S' &&
+                                            EndsWith(name, list.name)
+                                      : name == list.name;
+    if (isIt && !IsListed(list, Trimmed(value)))
+      return "not one of " + std::string(Trimmed(list.values)) +
+             (list.values[0] == ' ' ? " or blank" : "");
+  }
+  return "";
+}
+
+std::string ProblemOfLevel(std::string_view value, int least, int most) {
+  const int64_t level = NumberOf(value).value_or(-1);
+  return level >= least && level <= most
+             ? ""
+             : "not a number from " + std::to_string(least) + " to " + std::to_string(most);
+}
+
+std::string ProblemOfPlace(char icords, std::string_view value) {
+  if (CornersOf(icords, value)) return "";
+  return std::string("not four corners of ICORDS \"") + icords + '"';
+}
+
+}  // namespace
+
+bool DescribesPixels(const std::string& name) {
+  constexpr std::string_view kNames[] = {"NROWS", "NCOLS", "PVTYPE", "ABPP",  "PJUST", "IC",  "COMRAT",
+                                         "IMODE", "NBPR",  "NBPC",   "NPPBH", "NPPBV", "NBPP"};
+  return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
+}
+
+std::string ProblemOf(std::string_view name, std::string_view value, char icords) {
+  if (name == "FDT" || name == "IDATIM" || name == "TXTDT") return ProblemOfTime(value);
+  if (EndsWith(name, "DCDT") || EndsWith(name, "DGDT") || EndsWith(name, "SRDT"))
+    return ProblemOfDay(value);
+  if (name == "IGEOLO") return ProblemOfPlace(icords, value);
+  if (name == "IDLVL" || name == "SDLVL") return ProblemOfLevel(value, 1, 999);
+  if (name == "IALVL" || name == "SALVL" || name == "TXTALVL") return ProblemOfLevel(value, 0, 998);
+  if (name == "OSTAID" && Trimmed(value).empty()) return "the station is not blank";
+  return ProblemOfListed(name, value);
+}
+
+}  // namespace core

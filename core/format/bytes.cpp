@@ -1,0 +1,100 @@
+#include "core/format/bytes.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace core {
+namespace {
+
+constexpr uint64_t kMostAtOnce = 1 << 30;
+
+// Up to `count` bytes from an offset on, fewer only at the end of the file.
+size_t ReadFrom(int descriptor, char* to, size_t count, uint64_t offset, const std::string& path) {
+  size_t taken = 0;
+  while (taken < count) {
+    const ssize_t got = Restarted(
+        [&] { return pread(descriptor, to + taken, count - taken, static_cast<off_t>(offset + taken)); });
+    if (got < 0) throw ReadError(path, "cannot be read: " + WordsOfErrno(errno));
+    if (got == 0) break;
+    taken += static_cast<size_t>(got);
+  }
+  return taken;
+}
+
+}  // namespace
+
+std::string WordsOfErrno(int error) {
+  switch (error) {
+    case ENOENT:
+      return "no such file or folder";
+    case EISDIR:
+      return "is a folder";
+    case ENOTDIR:
+      return "a part of the name is no folder";
+    case EACCES:
+    case EPERM:
+      return "permission denied";
+    case ENOSPC:
+    case EDQUOT:
+      return "no space left";
+    case EFBIG:
+      return "too large for the file system or the limit set";
+    default:
+      return std::strerror(error);
+  }
+}
+
+Descriptor::~Descriptor() { Close(); }
+
+void Descriptor::Close() {
+  if (const int fd = std::exchange(fd_, -1); fd >= 0) close(fd);
+}
+
+std::string ReadWhole(const std::string& path) {
+  struct stat status;
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.Get() < 0 || fstat(file.Get(), &status) != 0) throw ReadError(path, WordsOfErrno(errno));
+  if (S_ISDIR(status.st_mode)) throw ReadError(path, "is a folder");
+  if (!S_ISREG(status.st_mode)) throw ReadError(path, "is no regular file");
+  std::string bytes(static_cast<size_t>(status.st_size), '\0');
+  if (ReadFrom(file.Get(), bytes.data(), bytes.size(), 0, path) != bytes.size())
+    throw ReadError(path, "became shorter while it was read");
+  return bytes;
+}
+
+FileBytes::FileBytes(const std::string& path)
+    : path_(path), descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
+  struct stat status;
+  if (descriptor_.Get() < 0) return;
+  if (fstat(descriptor_.Get(), &status) == 0 && S_ISREG(status.st_mode)) {
+    size_ = static_cast<uint64_t>(status.st_size);
+  } else {
+    descriptor_.Close();
+  }
+}
+
+FileBytes::FileBytes(std::string_view memory) : memory_(memory), descriptor_(-1), size_(memory.size()) {}
+
+std::string FileBytes::At(uint64_t offset, uint64_t count) const {
+  if (offset >= size_) return "";
+  count = std::min(count, size_ - offset);
+  if (count > kMostAtOnce)
+    throw ReadError(path_, "more than 1 GiB of it would have to be held in memory at once");
+  std::string bytes;
+  if (memory_.data() != nullptr) {
+    bytes = memory_.substr(static_cast<size_t>(offset), static_cast<size_t>(count));
+  } else {
+    bytes.resize(static_cast<size_t>(count));
+    if (ReadFrom(descriptor_.Get(), bytes.data(), bytes.size(), offset, path_) != bytes.size())
+      throw ReadError(path_, "became shorter while it was read");
+  }
+  if (offset < front_.size()) front_.copy(bytes.data(), bytes.size(), static_cast<size_t>(offset));
+  return bytes;
+}
+
+}  // namespace core

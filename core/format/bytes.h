@@ -1,0 +1,77 @@
+// A file's bytes, read as they are asked for.
+#pragma once
+
+#include <cerrno>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace core {
+
+/// A file cannot be read.
+class ReadError : public std::runtime_error {
+ public:
+  ReadError(const std::string& path, const std::string& words) : std::runtime_error(words), path_(path) {}
+  const std::string& Path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+/// What errno means, in words.
+std::string WordsOfErrno(int error);
+
+/// Repeats a call of the system that a signal broke off.
+template <class Call>
+auto Restarted(Call call) {
+  for (;;) {
+    const auto result = call();
+    if (result >= 0 || errno != EINTR) return result;
+  }
+}
+
+/// A descriptor that is closed with its owner.
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor();
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int Get() const { return fd_; }
+  void Close();
+
+ private:
+  int fd_;
+};
+
+/// All bytes of a file. ReadError when it cannot be read to its end.
+std::string ReadWhole(const std::string& path);
+
+/// The bytes of a regular file, or bytes in memory.
+class FileBytes {
+ public:
+  /// A file; one that cannot be opened or is not regular is not open.
+  explicit FileBytes(const std::string& path);
+  /// Bytes that the caller keeps where they are.
+  explicit FileBytes(std::string_view memory);
+  FileBytes(const FileBytes&) = delete;
+  FileBytes& operator=(const FileBytes&) = delete;
+
+  bool IsOpen() const { return memory_.data() != nullptr || descriptor_.Get() >= 0; }
+  uint64_t Size() const { return size_; }
+  /// The bytes from an offset on, as many as there are of `count`. ReadError, also for more than memory
+  /// is taken for at once.
+  std::string At(uint64_t offset, uint64_t count) const;
+  /// Shows other bytes in place of the first ones.
+  void Replace(std::string front) { front_ = std::move(front); }
+
+ private:
+  std::string path_;
+  std::string_view memory_;
+  Descriptor descriptor_;
+  uint64_t size_ = 0;
+  std::string front_;
+};
+
+}  // namespace core

@@ -1,0 +1,128 @@
+#include "core/format/survey.h"
+
+#include <algorithm>
+
+#include "core/format/survey_fields.h"
+
+namespace core {
+namespace {
+
+// The file header's list of segments, as parts without their fields.
+void TakeLists(FieldTaker& taker, SurveyedPart& header, std::vector<SurveyedPart>& segments) {
+  constexpr PartKind kKinds[] = {PartKind::Image, PartKind::Graphic, PartKind::Text,
+                                 PartKind::DataExtension, PartKind::Reserved};
+  for (size_t kind = 0; kind < kListLayouts.size(); ++kind) {
+    const ListLayout& list = kListLayouts[kind];
+    if (kKinds[kind] == PartKind::Text) taker.Take(kReservedCountLayout);
+    taker.Take(list.count);
+    const int64_t count = header.Number(list.count.name);
+    for (int64_t i = 0; i < count && !taker.Ended(); ++i) {
+      const std::string number = std::to_string(i + 1);
+      taker.Take(list.subheader, "", number);
+      taker.Take(list.data, "", number);
+      if (taker.Ended()) break;
+      SurveyedPart part;
+      part.kind = kKinds[kind];
+      part.index = static_cast<uint32_t>(i);
+      part.headerLength =
+          static_cast<uint64_t>(std::max<int64_t>(0, header.Number(list.subheader.name + number)));
+      part.dataLength =
+          static_cast<uint64_t>(std::max<int64_t>(0, header.Number(list.data.name + number)));
+      segments.push_back(std::move(part));
+    }
+  }
+}
+
+void SurveyHeader(const FileBytes& file, std::vector<SurveyedPart>& parts) {
+  constexpr uint64_t kLongest = 999999 + 999 * 60;
+  std::vector<SurveyedPart> segments;
+  SurveyedPart& header = parts.emplace_back();
+  FieldTaker taker(file.At(0, kLongest), header);
+  taker.Take(kFileFrontLayout);
+  taker.Take(kSecurityLayout, "FS");
+  taker.Take(kFileMiddleLayout);
+  TakeLists(taker, header, segments);
+  taker.TakeArea(kFileUserArea);
+  taker.TakeArea(kFileArea);
+  taker.Finish();
+  // Segments stand where HL says that they begin, which may be behind the last field.
+  header.headerLength = static_cast<uint64_t>(std::max<int64_t>(0, header.Number("HL")));
+  parts.insert(parts.end(), std::make_move_iterator(segments.begin()),
+               std::make_move_iterator(segments.end()));
+}
+
+// The replacement data at the end of a streamed file; empty when there is none.
+std::string FindReplacement(const FileBytes& file) {
+  constexpr uint64_t kMargin = 11, kMark = 4, kLength = 7;
+  const std::string_view kFirst = "\x0A\x6E\x1D\x97", kSecond = "\x0E\xCA\x14\xBF";
+  if (file.Size() < 2 * kMargin) return "";
+  const std::string tail = file.At(file.Size() - kMargin, kMargin);
+  const int64_t length = DigitsOf(tail.substr(kMark));
+  if (tail.compare(0, kMark, kSecond) != 0 || length < 0) return "";
+  const auto bytes = static_cast<uint64_t>(length);
+  if (bytes > file.Size() - 2 * kMargin) return "";
+  const std::string all = file.At(file.Size() - 2 * kMargin - bytes, kMargin + bytes);
+  if (all.compare(kLength, kMark, kFirst) != 0) return "";
+  return all.substr(kMargin);
+}
+
+}  // namespace
+
+bool WaitsForLengths(const FileBytes& file, const std::vector<SurveyedPart>& parts) {
+  const SurveyedPart& header = parts.front();
+  if (IsPlaceholder(header.Text("FL")) || IsPlaceholder(header.Text("HL"))) return true;
+  // A length may really be all nines.
+  uint64_t end = header.headerLength;
+  for (size_t i = 1; i < parts.size(); ++i) end += parts[i].headerLength + parts[i].dataLength;
+  bool any = false;
+  header.ForEachField([&](const SurveyedField& field) {
+    any = any || (field.name[0] == 'L' && IsPlaceholder(field.text));
+  });
+  return any && end > file.Size();
+}
+
+Survey::Survey(const std::string& from) : path(from), file(from) { Take(); }
+Survey::Survey(std::string_view memory) : file(memory) { Take(); }
+
+void Survey::Take() {
+  if (!file.IsOpen()) {
+    parts.emplace_back();
+    return;
+  }
+  SurveyHeader(file, parts);
+  if (WaitsForLengths(file, parts)) {
+    if (std::string front = FindReplacement(file); !front.empty()) {
+      file.Replace(std::move(front));
+      streamed = true;
+      parts.clear();
+      SurveyHeader(file, parts);
+    }
+  }
+  waits = WaitsForLengths(file, parts);
+  segmentsEnd = parts[0].headerLength;
+  for (size_t i = 1; i < parts.size(); ++i) {
+    SurveyedPart& part = parts[i];
+    part.offset = segmentsEnd;
+    part.dataOffset = part.offset + part.headerLength;
+    segmentsEnd = part.dataOffset + part.dataLength;
+    SurveySegment(file, part);
+  }
+}
+
+const SurveyedPart* Survey::Find(PartKind kind, uint32_t index) const {
+  const auto found = std::find_if(parts.begin(), parts.end(), [&](const SurveyedPart& part) {
+    return part.kind == kind && part.index == index;
+  });
+  return found != parts.end() ? &*found : nullptr;
+}
+
+uint32_t Survey::Count(PartKind kind) const {
+  return static_cast<uint32_t>(std::count_if(
+      parts.begin(), parts.end(), [&](const SurveyedPart& part) { return part.kind == kind; }));
+}
+
+std::string Survey::Data(const SurveyedPart& part, uint64_t limit) const {
+  return file.At(part.dataOffset, std::min(part.dataLength, limit));
+}
+
+}  // namespace core

@@ -1,0 +1,36 @@
+// A file's structure, field by field, as far as its lengths lead.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "core/format/bytes.h"
+#include "core/format/part.h"
+
+namespace core {
+
+class Survey {
+ public:
+  explicit Survey(const std::string& path);
+  /// Of bytes that the caller keeps where they are.
+  explicit Survey(std::string_view memory);
+
+  const std::string path;
+  FileBytes file;
+  bool streamed = false;            ///< the front is that of a streaming file header's replacement data
+  bool waits = false;               ///< lengths of its header are placeholders
+  std::vector<SurveyedPart> parts;  ///< the file header and the segments in file order
+  uint64_t segmentsEnd = 0;         ///< where the lengths say that the last one ends
+
+  const SurveyedPart& Header() const { return parts.front(); }
+  const SurveyedPart* Find(PartKind kind, uint32_t index) const;
+  uint32_t Count(PartKind kind) const;
+  /// What there is of a segment's data; at most `limit` bytes.
+  std::string Data(const SurveyedPart& part, uint64_t limit = UINT64_MAX) const;
+
+ private:
+  void Take();
+};
+
+}  // namespace core

@@ -1,0 +1,98 @@
+#include "core/samples/image.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#include "media/work.h"
+
+namespace core {
+namespace {
+
+constexpr const char* kNotWorth = "more work or memory than the bytes of the file are worth";
+
+}  // namespace
+
+SampleFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height) {
+  const bool isSane = width >= 1 && height >= 1 && width <= INT32_MAX && height <= INT32_MAX &&
+                      width * height <= INT32_MAX / std::max<uint64_t>(1, image.PixelBytes());
+  if (isSane && media::AllowsPixels(width * height)) return {};
+  return {media::Outcome::NoMemory,
+          "too many samples: " + std::to_string(width) + " x " + std::to_string(height)};
+}
+
+SampleFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height) {
+  if (SampleFault fault = CheckSize(image, width, height); fault.Met()) return fault;
+  constexpr uint64_t kSampleCost = 6;  // nanoseconds
+  if (!media::Spend(kSampleCost * width * height * image.bands))
+    return {media::Outcome::OverBudget, kNotWorth};
+  image.width = static_cast<uint32_t>(width);
+  image.height = static_cast<uint32_t>(height);
+  image.samples.assign(image.PixelBytes() * image.width * image.height, 0);
+  if (image.noData.value_or(0) == 0) return {};
+  for (uint32_t y = 0; y < image.height; ++y) {
+    for (uint32_t x = 0; x < image.width; ++x) {
+      for (uint32_t band = 0; band < image.bands; ++band) PutSample(image, x, y, band, *image.noData);
+    }
+  }
+  return {};
+}
+
+void PutSample(SampleImage& image, uint32_t x, uint32_t y, uint32_t band, uint64_t value) {
+  uint8_t* to = image.Pixel(x, y) + size_t{band} * image.sampleBytes;
+  const auto byte = static_cast<uint8_t>(value);
+  const auto word = static_cast<uint16_t>(value);
+  const auto longWord = static_cast<uint32_t>(value);
+  switch (image.sampleBytes) {
+    case 1:
+      *to = byte;
+      break;
+    case 2:
+      std::memcpy(to, &word, sizeof word);
+      break;
+    case 4:
+      std::memcpy(to, &longWord, sizeof longWord);
+      break;
+    default: {
+      // The real part of a complex number stands in front of the other one.
+      const bool swaps = image.kind == SampleKind::Complex && std::endian::native == std::endian::little;
+      const uint64_t parts = swaps ? value << 32 | value >> 32 : value;
+      std::memcpy(to, &parts, sizeof parts);
+    }
+  }
+}
+
+void PlaceStream(const DecodedStream& stream, uint32_t left, uint32_t top, uint32_t firstBand,
+                 SampleImage& image) {
+  if (left >= image.width || top >= image.height || firstBand >= image.bands) return;
+  const uint32_t columns = std::min(stream.width, image.width - left);
+  const uint32_t rows = std::min(stream.height, image.height - top);
+  const uint32_t bands = std::min(stream.components, image.bands - firstBand);
+  for (uint32_t y = 0; y < rows; ++y) {
+    const uint8_t* in = &stream.bytes[size_t{y} * stream.width * stream.components * stream.sampleBytes];
+    for (uint32_t x = 0; x < columns; ++x, in += size_t{stream.components} * stream.sampleBytes) {
+      for (uint32_t band = 0; band < bands; ++band) {
+        uint16_t value = in[size_t{band} * stream.sampleBytes];
+        if (stream.sampleBytes == 2) std::memcpy(&value, in + size_t{band} * 2, sizeof value);
+        PutSample(image, left + x, top + y, firstBand + band, value);
+      }
+    }
+  }
+}
+
+SampleFault FaultOf(media::Outcome outcome, const std::string& what) {
+  switch (outcome) {
+    case media::Outcome::Ok:
+      return {};
+    case media::Outcome::OverBudget:
+      return {media::Outcome::OverBudget, kNotWorth};
+    case media::Outcome::NoMemory:
+      return {media::Outcome::NoMemory, what + " has more samples than there is room for"};
+    case media::Outcome::Unsupported:
+      return {media::Outcome::Unsupported, what + " does not decode"};
+    default:
+      return {media::Outcome::BadData, what + " does not decode"};
+  }
+}
+
+}  // namespace core

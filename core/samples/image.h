@@ -1,0 +1,62 @@
+// Samples at their own depth.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "media/outcome.h"
+
+namespace core {
+
+enum class SampleKind { Unsigned, Signed, Real, Complex };
+
+struct SampleImage {
+  uint32_t width = 0, height = 0, bands = 1;
+  uint32_t bits = 8;         ///< of a sample: 1, 8, 12, 16, 32 or 64
+  uint32_t sampleBytes = 1;  ///< that a sample takes here, in host order: 1, 2, 4 or 8
+  uint32_t significantBits = 8;
+  SampleKind kind = SampleKind::Unsigned;
+  std::string representation;      ///< IREP
+  std::vector<uint8_t> samples;    ///< side by side in pixels, rows from the top
+  std::optional<uint64_t> noData;  ///< what stands where a mask has no pixels
+  std::vector<uint8_t> palette;    ///< red, green, blue of each entry of the lookup tables
+
+  size_t PixelBytes() const { return size_t{bands} * sampleBytes; }
+  uint8_t* Pixel(uint32_t x, uint32_t y) {
+    return samples.data() + (size_t{y} * width + x) * PixelBytes();
+  }
+  const uint8_t* Pixel(uint32_t x, uint32_t y) const {
+    return const_cast<SampleImage*>(this)->Pixel(x, y);
+  }
+};
+
+/// Why samples could not be had.
+struct SampleFault {
+  media::Outcome outcome = media::Outcome::Ok;
+  std::string words;
+  /// As a number: 1, -1, -7, -9, -16, -31.
+  int32_t Code() const { return static_cast<int32_t>(outcome); }
+  bool Met() const { return outcome != media::Outcome::Ok; }
+};
+
+/// -1 for an image of more samples than the host takes.
+SampleFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height);
+/// Makes the samples, all of them the image's fill. -1 for more than the host takes.
+SampleFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height);
+/// Puts a sample's value.
+void PutSample(SampleImage& image, uint32_t x, uint32_t y, uint32_t band, uint64_t value);
+
+/// Samples of a decoded stream, side by side in pixels, in host order.
+struct DecodedStream {
+  uint32_t width = 0, height = 0, components = 0, sampleBytes = 1;
+  std::vector<uint8_t> bytes;
+};
+/// Copies what fits of a decoded block to its place, its components from a band on.
+void PlaceStream(const DecodedStream& stream, uint32_t left, uint32_t top, uint32_t firstBand,
+                 SampleImage& image);
+/// What a decoder's outcome says of the stream that `what` names.
+SampleFault FaultOf(media::Outcome outcome, const std::string& what);
+
+}  // namespace core

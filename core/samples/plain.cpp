@@ -1,0 +1,166 @@
+// Uncompressed samples of any depth and mode, and facsimile.
+#include <algorithm>
+#include <iterator>
+
+#include "core/samples/decoders.h"
+#include "media/codecs/facsimile.h"
+
+namespace core {
+namespace {
+
+uint64_t BitsAt(std::string_view bytes, uint64_t bit, uint32_t count) {
+  uint64_t value = 0;
+  if (count % 8 == 0 && bit % 8 == 0) {
+    for (uint32_t i = 0; i < count / 8; ++i)
+      value = value << 8 | static_cast<uint8_t>(bytes[static_cast<size_t>(bit / 8) + i]);
+    return value;
+  }
+  for (uint32_t i = 0; i < count; ++i, ++bit)
+    value = value << 1 | (static_cast<uint8_t>(bytes[static_cast<size_t>(bit / 8)]) >> (7 - bit % 8) & 1);
+  return value;
+}
+
+// A row of samples of a block: where it begins, in samples, and how many it has for each pixel.
+struct RowPlace {
+  uint64_t first;
+  uint32_t perPixel;
+};
+RowPlace PlaceOfRow(const SampleSource& source, uint64_t y, uint64_t band) {
+  const auto width = static_cast<uint64_t>(source.blocks.width),
+             height = static_cast<uint64_t>(source.blocks.height),
+             bands = static_cast<uint64_t>(source.blocks.bands);
+  const std::string_view mode = source.part.Text("IMODE");
+  if (mode == "P") return {y * width * bands, static_cast<uint32_t>(bands)};
+  if (mode == "R") return {(y * bands + band) * width, 1};
+  if (mode == "S") return {y * width, 1};
+  return {(band * height + y) * width, 1};
+}
+
+// One block: of all bands, or of IMODE S of one. The rows are read one by one: blocks may be large.
+class BlockReader {
+ public:
+  BlockReader(const SampleSource& source, SampleImage& image) : source_(source), image_(image) {}
+
+  SampleFault Read(uint64_t block, uint64_t offset, uint32_t firstBand) {
+    const Blocks& blocks = source_.blocks;
+    const auto across = static_cast<uint64_t>(blocks.across);
+    const uint64_t left = block % across * static_cast<uint64_t>(blocks.width);
+    const uint64_t top = block / across * static_cast<uint64_t>(blocks.height);
+    if (left >= image_.width || top >= image_.height) return {};
+    left_ = static_cast<uint32_t>(left);
+    columns_ = static_cast<uint32_t>(
+        std::min<uint64_t>(static_cast<uint64_t>(blocks.width), image_.width - left));
+    const auto rows = static_cast<uint32_t>(
+        std::min<uint64_t>(static_cast<uint64_t>(blocks.height), image_.height - top));
+    const bool byPixel = source_.part.Text("IMODE") == "P";
+    const uint32_t planes = byPixel || blocks.sequential ? 1 : image_.bands;
+    for (uint32_t y = 0; y < rows; ++y) {
+      for (uint32_t plane = 0; plane < planes; ++plane) {
+        const RowPlace place = PlaceOfRow(source_, y, plane);
+        if (!ReadRow(offset, place, static_cast<uint32_t>(top) + y, firstBand + plane))
+          return {media::Outcome::ShortData, "the data ends in block " + std::to_string(block)};
+      }
+    }
+    return {};
+  }
+
+ private:
+  bool ReadRow(uint64_t offset, const RowPlace& place, uint32_t y, uint32_t firstBand) {
+    const uint64_t firstBit = place.first * image_.bits;
+    const uint64_t bits = uint64_t{columns_} * place.perPixel * image_.bits;
+    const uint64_t at = offset + firstBit / 8, bytes = (firstBit % 8 + bits + 7) / 8;
+    const uint64_t length = source_.part.dataLength;
+    if (at > length || bytes > length - at) return false;
+    const std::string row = source_.survey.file.At(source_.part.dataOffset + at, bytes);
+    if (row.size() < bytes) return false;
+    uint64_t bit = firstBit % 8;
+    for (uint32_t x = 0; x < columns_; ++x) {
+      for (uint32_t band = 0; band < place.perPixel; ++band, bit += image_.bits)
+        PutSample(image_, left_ + x, y, firstBand + band, Sample(BitsAt(row, bit, image_.bits)));
+    }
+    return true;
+  }
+
+  // Signed samples keep their sign where they take more bits than they have.
+  uint64_t Sample(uint64_t bits) const {
+    const bool negative = image_.kind == SampleKind::Signed && (bits >> (image_.bits - 1) & 1) != 0;
+    return negative && image_.bits < 64 ? bits | ~uint64_t{0} << image_.bits : bits;
+  }
+
+  const SampleSource& source_;
+  SampleImage& image_;
+  uint32_t left_ = 0, columns_ = 0;
+};
+
+// Puts a row of a decoded block to its place.
+void PutRow(std::span<const uint8_t> row, const media::FacsimileForm& form, uint64_t block, uint32_t y,
+            int64_t across, SampleImage& image) {
+  const auto inRow = static_cast<uint64_t>(across);
+  const auto left = static_cast<uint32_t>(block % inRow * form.width),
+             top = static_cast<uint32_t>(block / inRow * form.height);
+  for (uint32_t x = 0; top + y < image.height && x < form.width && left + x < image.width; ++x)
+    PutSample(image, left + x, top + y, 0, row[x / 8] >> (7 - x % 8) & 1u);
+}
+
+}  // namespace
+
+SampleFault ReadPlain(const SampleSource& source, SampleImage& image) {
+  const Blocks& blocks = source.blocks;
+  const auto count = static_cast<uint64_t>(blocks.Count());
+  // What an unmasked image has to have is told before memory is taken for it.
+  if (source.part.mask.blocks.empty() && blocks.Bytes() > source.part.dataLength)
+    return {media::Outcome::ShortData, "the pixels take " + std::to_string(blocks.Bytes()) +
+                                           " bytes, the data has " +
+                                           std::to_string(source.part.dataLength)};
+  if (SampleFault fault = MakeSamples(image, static_cast<uint64_t>(source.part.Number("NCOLS")),
+                                      static_cast<uint64_t>(source.part.Number("NROWS")));
+      fault.Met())
+    return fault;
+  const uint32_t planes = blocks.sequential ? image.bands : 1;
+  BlockReader reader(source, image);
+  for (uint32_t plane = 0; plane < planes; ++plane) {
+    for (uint64_t block = 0; block < count; ++block) {
+      const auto offset = source.OffsetOf(plane * count + block, blocks.BlockBytes());
+      if (!offset) continue;
+      if (SampleFault fault = reader.Read(block, *offset, plane); fault.Met()) return fault;
+    }
+  }
+  return {};
+}
+
+SampleFault ReadFacsimile(const SampleSource& source, SampleImage& image) {
+  constexpr int64_t kMostSide = 1 << 20;
+  const Blocks& blocks = source.blocks;
+  if (image.bits != 1 || image.bands != 1 || blocks.width > kMostSide || blocks.height > kMostSide)
+    return {media::Outcome::Unsupported, "a facsimile of " + std::to_string(blocks.width) + " x " +
+                                             std::to_string(blocks.height) + " samples"};
+  if (SampleFault fault = MakeSamples(image, static_cast<uint64_t>(source.part.Number("NCOLS")),
+                                      static_cast<uint64_t>(source.part.Number("NROWS")));
+      fault.Met())
+    return fault;
+  const media::FacsimileForm form = {static_cast<uint32_t>(blocks.width),
+                                     static_cast<uint32_t>(blocks.height),
+                                     source.part.Trimmed("COMRAT") != "1D"};
+  const auto count = static_cast<uint64_t>(blocks.Count());
+  if (count > 1 && source.part.mask.blocks.empty())
+    return {media::Outcome::Unsupported, "a facsimile of several blocks without their records"};
+  const SharedBlocks places = source.BlocksByOffset();
+  for (auto place = places.begin(); place != places.end(); ++place) {
+    const auto next = std::next(place);
+    const uint64_t end = next != places.end() ? next->first : source.part.dataLength;
+    const std::string data =
+        source.survey.file.At(source.part.dataOffset + place->first, end - place->first);
+    const media::Outcome outcome =
+        media::DecodeFacsimile({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form,
+                               [&](uint32_t y, std::span<const uint8_t> row) {
+                                 for (const uint64_t block : place->second)
+                                   PutRow(row, form, block, y, blocks.across, image);
+                                 return media::Outcome::Ok;
+                               });
+    if (outcome == media::Outcome::BadData) return {media::Outcome::BadData, "no row decodes"};
+    if (outcome != media::Outcome::Ok) return FaultOf(outcome, "the facsimile");
+  }
+  return {};
+}
+
+}  // namespace core

@@ -1,0 +1,7 @@
+// The tool speaks of files in the words of the core.
+#pragma once
+
+namespace core {}
+namespace tool {
+using namespace core;
+}

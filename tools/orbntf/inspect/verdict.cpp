@@ -1,0 +1,83 @@
+#include "tools/orbntf/inspect/verdict.h"
+
+#include <algorithm>
+
+#include "core/format/words.h"
+#include "tools/orbntf/inputs.h"
+#include "tools/orbntf/inspect/drawing.h"
+#include "tools/orbntf/inspect/explain.h"
+#include "tools/orbntf/output/verify.h"
+
+namespace tool {
+namespace {
+
+int32_t ORB_CALL DropRow(void*, KernelBitmap*, uint8_t*, uint32_t, int32_t, int32_t, void*) {
+  return ORB_SUCCESS;
+}
+
+std::string WhyRefused(const std::string& path, int32_t status) {
+  if (std::string why = WhyUnreadable(path); !why.empty()) return why;
+  NitfFile document;
+  (void)document.ReadDocument(Widen(path).c_str());
+  const std::string why = Explain(path, document, status);
+  return (why.empty() ? MeaningOf(status) : why) + PlaceOf(document.fault);
+}
+
+std::string DrawnWords(const Verdict& verdict) {
+  return "drawn, " + std::to_string(verdict.width) + " x " + std::to_string(verdict.height);
+}
+
+std::string RefusedWords(int32_t status, const std::string& why) {
+  return "refused, status " + std::to_string(status) + ": " + (why.empty() ? MeaningOf(status) : why);
+}
+
+}  // namespace
+
+Verdict AskModule(const std::string& path) {
+  Verdict verdict;
+  HostFileInfo info = {};
+  const WorkAccount account(path);
+  verdict.status = AskFilterSize(path, 0, info);
+  verdict.width = info.width;
+  verdict.height = info.height;
+  if (verdict.status == ORB_SUCCESS) {
+    WorkAccount::AllowPixels(uint64_t{verdict.width} * verdict.height);
+    verdict.status = LoadThroughFilter(path, 0, &DropRow, nullptr);
+  }
+  RequireHostReads(path);
+  verdict.words = verdict.status == ORB_SUCCESS
+                      ? DrawnWords(verdict)
+                      : RefusedWords(verdict.status, WhyRefused(path, verdict.status));
+  return verdict;
+}
+
+Verdict AskStandard(const std::string& path) {
+  Verdict verdict;
+  Document document;
+  OwnedBitmap canvas;
+  const WorkAccount account(path);
+  verdict.status = document.OpenByStandard(path);
+  if (verdict.status == ORB_SUCCESS)
+    verdict.status = DrawDocument(path, document, canvas, verdict.width, verdict.height);
+  RequireHostReads(path);
+  const NitfFile& read = *document.get();
+  verdict.words =
+      verdict.status == ORB_SUCCESS
+          ? DrawnWords(verdict)
+          : RefusedWords(verdict.status, Explain(path, read, verdict.status)) + PlaceOf(read.fault);
+  return verdict;
+}
+
+void WarnOfFaults(const std::string& command, const std::string& path, const std::string& name) {
+  const Survey survey(path);
+  const RecordDefinitions definitions;
+  if (!survey.file.IsOpen()) return;
+  for (const Finding& finding : FindFaults(survey, definitions)) {
+    if (finding.rule->severity != Severity::Error) continue;
+    std::fprintf(stderr, "orbntf: %s: %s: warning: %s: %s, %s\n", command.c_str(),
+                 Printable(name).c_str(), finding.rule->id, finding.part.c_str(),
+                 Printable(finding.words).c_str());
+  }
+}
+
+}  // namespace tool
