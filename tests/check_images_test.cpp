@@ -1,4 +1,8 @@
 // The rules of images: subheaders, blocks, mask tables and streams.
+#include <filesystem>
+#include <fstream>
+
+#include "core/check/check_file.h"
 #include "tests/support/encoders.h"
 #include "tests/support/sound.h"
 #include "tests/support/support.h"
@@ -206,6 +210,38 @@ TEST_F(CheckImagesTest, JpegStreams) {
   EXPECT_EQ(test::RulesBroken(jpeg("", sound + "\xFF\0\0"s).file()), std::set<std::string>())
       << "fill behind it";
   EXPECT_EQ(test::RulesBroken(jpeg("", Jpeg(3), 3).file()), std::set<std::string>());
+}
+
+// The data is longer than what is held of a file at once; the middle of it is a hole.
+TEST_F(CheckImagesTest, AStreamOfMoreThanAGibibyteIsWalkedToItsEnd) {
+  constexpr uint64_t kHole = (uint64_t{1} << 30) + (64 << 20);
+  const std::string sound = Jpeg();
+  const test::TempFile file(NitfBuilder().Image(Form("C3", "00.0"), sound).Bytes());
+  std::string bytes = file.Contents();
+  {
+    const core::Survey survey(file.Path());
+    for (const auto& [name, grown] :
+         {std::pair("LI1", sound.size() + kHole), {"FL", bytes.size() + kHole}}) {
+      const auto field = survey.Header().Find(name);
+      ASSERT_TRUE(field.has_value()) << name;
+      std::string digits = std::to_string(grown);
+      digits.insert(0, field->text.size() - digits.size(), '0');
+      bytes.replace(field->offset, digits.size(), digits);
+    }
+  }
+  std::filesystem::resize_file(file.Path(), bytes.size() - 2);
+  std::fstream out(file.Path(), std::ios::in | std::ios::out | std::ios::binary);
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size() - 2));
+  out.seekp(static_cast<std::streamoff>(bytes.size() - 2 + kHole));
+  out.write("\xFF\xD9", 2);
+  out.close();
+  ASSERT_TRUE(out.good());
+  const core::Survey survey(file.Path());
+  std::set<std::string> rules;
+  for (const core::Finding& finding : core::FindFaults(survey, core::RecordDefinitions()))
+    rules.insert(finding.rule->id);
+  // Such a length takes the highest level.
+  EXPECT_EQ(rules, std::set<std::string>{"level.size"});
 }
 
 // A codestream beside the record that tells its layers.

@@ -1,8 +1,5 @@
 // Graphic segments and their metafiles.
-#include <algorithm>
-
 #include "core/check/rule.h"
-#include "core/format/metafile.h"
 
 namespace core {
 namespace {
@@ -32,27 +29,22 @@ bool Is(const MetafileElement& element, uint32_t elementClass, uint32_t id) {
 }
 
 void AskBegin(Checking& checking, const SurveyedPart& part) {
-  const std::string data = IsMetafile(part) ? checking.survey.Data(part) : "";
-  bool whole = false;
-  const std::vector<MetafileElement> elements = WalkMetafile(data, whole);
+  const std::vector<MetafileElement>& elements = checking.MetafileOf(part).elements;
   if (IsMetafile(part) && (elements.empty() || !Is(elements.front(), 0, 1)))
     checking.FailAtByte(part, part.dataOffset, "the data does not begin with BEGIN METAFILE");
 }
 
 void AskEnd(Checking& checking, const SurveyedPart& part) {
-  const std::string data = IsMetafile(part) ? checking.survey.Data(part) : "";
-  bool whole = false;
-  const std::vector<MetafileElement> elements = WalkMetafile(data, whole);
+  const auto& [elements, whole] = checking.MetafileOf(part);
   if (elements.empty() || !Is(elements.front(), 0, 1) || Is(elements.back(), 0, 2)) return;
   checking.FailAtByte(part, part.dataOffset + elements.back().offset,
                       whole ? "the metafile has no END METAFILE" : "an element is longer than the data");
 }
 
 void AskPicture(Checking& checking, const SurveyedPart& part) {
-  const std::string data = IsMetafile(part) ? checking.survey.Data(part) : "";
-  bool whole = false, open = false, body = false;
+  bool open = false, body = false;
   size_t pictures = 0;
-  for (const MetafileElement& element : WalkMetafile(data, whole)) {
+  for (const MetafileElement& element : checking.MetafileOf(part).elements) {
     if (element.elementClass != 0 && element.elementClass != 4) continue;
     const bool begins = Is(element, 0, 3), bodyBegins = Is(element, 0, 4), ends = Is(element, 0, 5);
     const bool inOrder = begins ? !open : bodyBegins ? open && !body : ends ? open && body : true;
@@ -70,15 +62,11 @@ void AskPicture(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskVersion(Checking& checking, const SurveyedPart& part) {
-  const std::string data = IsMetafile(part) ? checking.survey.Data(part) : "";
-  bool whole = false;
-  for (const MetafileElement& element : WalkMetafile(data, whole)) {
-    if (!Is(element, 1, 1) || element.parameters.size() < 2) continue;
-    const int version =
-        static_cast<uint8_t>(element.parameters[0]) << 8 | static_cast<uint8_t>(element.parameters[1]);
-    if (version != 1)
+  for (const MetafileElement& element : checking.MetafileOf(part).elements) {
+    if (!Is(element, 1, 1) || element.word < 0) continue;
+    if (element.word != 1)
       return checking.FailAtByte(part, part.dataOffset + element.offset,
-                                 "the metafile is of version " + std::to_string(version));
+                                 "the metafile is of version " + std::to_string(element.word));
   }
 }
 
@@ -101,9 +89,7 @@ constexpr uint64_t kProfile[] = {
 };
 
 void AskProfile(Checking& checking, const SurveyedPart& part) {
-  const std::string data = IsMetafile(part) ? checking.survey.Data(part) : "";
-  bool whole = false;
-  for (const MetafileElement& element : WalkMetafile(data, whole)) {
+  for (const MetafileElement& element : checking.MetafileOf(part).elements) {
     const bool known = element.elementClass < std::size(kProfile) && element.id < 64 &&
                        (kProfile[element.elementClass] >> element.id & 1) != 0;
     if (!known)

@@ -48,7 +48,22 @@ void Checking::Ask(const Rule& rule, const SurveyedPart& part) {
 const std::vector<FoundJpeg>& Checking::JpegStreams(const SurveyedPart& part) const {
   const auto found = streams_.find(&part);
   if (found != streams_.end()) return found->second;
-  return streams_[&part] = FindJpegStreams(part, survey.Data(part));
+  return streams_[&part] = FindJpegStreams(survey.file, part);
+}
+
+const Metafile& Checking::MetafileOf(const SurveyedPart& part) const {
+  const auto [found, isNew] = metafiles_.try_emplace(&part);
+  Metafile& metafile = found->second;
+  if (isNew && part.complete && part.Text("SFMT") == "C")
+    metafile.elements =
+        WalkMetafile(PartBytes(survey.file, part.dataOffset, part.dataLength), metafile.whole);
+  return metafile;
+}
+
+const Codestream& Checking::CodestreamOf(const SurveyedPart& part) const {
+  const auto [found, isNew] = codestreams_.try_emplace(&part);
+  if (isNew) found->second = ReadCodestream(survey.file, part);
+  return found->second;
 }
 
 const std::vector<TaggedRecord>& Checking::Records(const SurveyedPart& part) const {

@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "core/format/codestream.h"
 #include "core/format/jpeg_stream.h"
+#include "core/format/metafile.h"
 #include "core/format/places.h"
 #include "core/format/records.h"
 #include "core/format/survey.h"
@@ -20,6 +22,11 @@ const char* NameOf(Severity severity);
 enum class On { File, Image, Graphic, Text, Extension, Header };  // Header: every header
 
 struct Rule;
+
+struct Metafile {
+  std::vector<MetafileElement> elements;
+  bool whole = false;  ///< no element is longer than the data
+};
 
 struct Finding {
   const Rule* rule;
@@ -44,6 +51,10 @@ class Checking {
   const std::vector<TaggedRecord>& Records(const SurveyedPart& part) const;
   /// The JPEG streams of an image, walked once.
   const std::vector<FoundJpeg>& JpegStreams(const SurveyedPart& part) const;
+  /// The elements of a graphic's metafile, walked once; none for other graphics.
+  const Metafile& MetafileOf(const SurveyedPart& part) const;
+  /// What an image's JPEG 2000 codestream says of itself, read once.
+  const Codestream& CodestreamOf(const SurveyedPart& part) const;
   /// Asks every rule of every part that it is about.
   void Run();
   /// Notes that the rule that is being asked does not hold at a field of a part.
@@ -57,6 +68,8 @@ class Checking {
   void Ask(const Rule& rule, const SurveyedPart& part);
   const Rule* asked_ = nullptr;
   mutable std::map<const SurveyedPart*, std::vector<FoundJpeg>> streams_;
+  mutable std::map<const SurveyedPart*, Metafile> metafiles_;
+  mutable std::map<const SurveyedPart*, Codestream> codestreams_;
   mutable std::map<const SurveyedPart*, std::vector<TaggedRecord>> records_;
 };
 

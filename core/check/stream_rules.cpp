@@ -6,72 +6,22 @@
 namespace core {
 namespace {
 
-// Bytes that are not there count as none.
-uint64_t Big(std::string_view bytes, size_t at, size_t count) {
-  return at < bytes.size() ? BigNumber(bytes.substr(at, count)) : 0;
-}
-
 // ---------------------------------------------------------------- JPEG 2000
 
-// What the SIZ segment says (ISO/IEC 15444-1, A.5.1).
-struct Codestream {
-  bool begins = false, ends = false;
-  uint64_t width = 0, height = 0, tileWidth = 0, tileHeight = 0, components = 0;
-  uint64_t least = 0, most = 0;  ///< depth of the components
-};
-
-bool IsCodestream(const SurveyedPart& part) { return part.complete && IsOneOf(part.Text("IC"), "C8|M8"); }
-
-Codestream CodestreamOf(const Checking& checking, const SurveyedPart& part) {
-  constexpr uint64_t kHead = 1 << 16;
-  constexpr size_t kSizBody = 45, kFirstDepth = 42;
-  Codestream stream;
-  const uint64_t start = part.IsMasked() ? part.mask.dataOffset : 0;
-  if (start >= part.dataLength) return stream;
-  const uint64_t length = part.dataLength - start;
-  const std::string head = checking.survey.file.At(part.dataOffset + start, std::min(length, kHead));
-  stream.begins = Big(head, 0, 4) == 0xFF4FFF51 && head.size() > kSizBody;
-  if (!stream.begins) return stream;
-  // Sizes are those of the reference grid, of which the first component has every n-th point.
-  const uint64_t across = std::max<uint64_t>(1, Big(head, 43, 1)),
-                 down = std::max<uint64_t>(1, Big(head, 44, 1));
-  const auto points = [](uint64_t end, uint64_t origin, uint64_t step) {
-    return (end + step - 1) / step - (origin + step - 1) / step;
-  };
-  stream.width = points(Big(head, 8, 4), Big(head, 16, 4), across);
-  stream.height = points(Big(head, 12, 4), Big(head, 20, 4), down);
-  stream.tileWidth = Big(head, 24, 4) / across;
-  stream.tileHeight = Big(head, 28, 4) / down;
-  stream.components = Big(head, 40, 2);
-  for (size_t i = 0; i < stream.components && kFirstDepth + 3 * i < head.size(); ++i) {
-    const uint64_t depth = (Big(head, kFirstDepth + 3 * i, 1) & 0x7F) + 1;
-    stream.least = i == 0 ? depth : std::min(stream.least, depth);
-    stream.most = std::max(stream.most, depth);
-  }
-  // Fill may stand behind it.
-  constexpr uint64_t kTail = 1024;
-  const uint64_t tail = std::min(part.dataLength, kTail);
-  const std::string end = checking.survey.file.At(part.dataOffset + part.dataLength - tail, tail);
-  const size_t marker = end.rfind("\xFF\xD9");
-  stream.ends = marker != std::string::npos &&
-                end.find_first_not_of(std::string_view("\xFF\0", 2), marker + 2) == std::string::npos;
-  return stream;
-}
-
 void AskBegin(Checking& checking, const SurveyedPart& part) {
-  if (!IsCodestream(part)) return;
-  const Codestream stream = CodestreamOf(checking, part);
-  if (!stream.begins) checking.FailAtByte(part, part.dataOffset, "the data is no JPEG 2000 codestream");
+  if (!HasCodestream(part)) return;
+  if (!checking.CodestreamOf(part).begins)
+    checking.FailAtByte(part, part.dataOffset, "the data is no JPEG 2000 codestream");
 }
 
 void AskEnd(Checking& checking, const SurveyedPart& part) {
-  const Codestream stream = IsCodestream(part) ? CodestreamOf(checking, part) : Codestream();
+  const Codestream& stream = checking.CodestreamOf(part);
   if (stream.begins && !stream.ends)
     checking.FailAtByte(part, part.dataOffset, "the codestream does not end with its marker");
 }
 
 void AskSize(Checking& checking, const SurveyedPart& part) {
-  const Codestream stream = IsCodestream(part) ? CodestreamOf(checking, part) : Codestream();
+  const Codestream& stream = checking.CodestreamOf(part);
   if (!stream.begins) return;
   if (static_cast<int64_t>(stream.width) != part.Number("NCOLS") ||
       static_cast<int64_t>(stream.height) != part.Number("NROWS"))
@@ -83,7 +33,7 @@ void AskSize(Checking& checking, const SurveyedPart& part) {
 // One block may be a codestream of any tiles.
 void AskTiles(Checking& checking, const SurveyedPart& part) {
   const Blocks blocks(part);
-  const Codestream stream = IsCodestream(part) ? CodestreamOf(checking, part) : Codestream();
+  const Codestream& stream = checking.CodestreamOf(part);
   if (!stream.begins || !blocks.Known() || blocks.Count() == 1) return;
   if (static_cast<int64_t>(stream.tileWidth) != blocks.width ||
       static_cast<int64_t>(stream.tileHeight) != blocks.height)
@@ -94,7 +44,7 @@ void AskTiles(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskComponents(Checking& checking, const SurveyedPart& part) {
-  const Codestream stream = IsCodestream(part) ? CodestreamOf(checking, part) : Codestream();
+  const Codestream& stream = checking.CodestreamOf(part);
   if (stream.begins && static_cast<int64_t>(stream.components) != part.Bands())
     checking.FailAtByte(
         part, part.dataOffset,
@@ -102,7 +52,7 @@ void AskComponents(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskDepth(Checking& checking, const SurveyedPart& part) {
-  const Codestream stream = IsCodestream(part) ? CodestreamOf(checking, part) : Codestream();
+  const Codestream& stream = checking.CodestreamOf(part);
   if (!stream.begins || stream.most == 0) return;
   const auto significant = static_cast<uint64_t>(std::max<int64_t>(0, part.Number("ABPP")));
   if (stream.most != significant)
@@ -112,7 +62,7 @@ void AskDepth(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskLayers(Checking& checking, const SurveyedPart& part) {
-  if (!IsCodestream(part)) return;
+  if (!HasCodestream(part)) return;
   for (const TaggedRecord& record : checking.Records(part)) {
     if (record.tag == "J2KLRA") return;
   }
@@ -130,7 +80,8 @@ void AskRows(Checking& checking, const SurveyedPart& part) {
   const media::FacsimileForm form = {static_cast<uint32_t>(blocks.width),
                                      static_cast<uint32_t>(blocks.height),
                                      part.Trimmed("COMRAT") != "1D"};
-  const std::string data = checking.survey.Data(part);
+  constexpr uint64_t kMostBytes = 1 << 28;  // of fill for the greater part
+  const std::string data = checking.survey.Data(part, kMostBytes);
   uint32_t rows = 0;
   // Rows behind the first that does not decode are not given, which is all that is asked here.
   (void)media::DecodeFacsimile({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form,
@@ -160,7 +111,7 @@ bool VqFactsOf(const Checking& checking, const SurveyedPart& part, VqFacts& fact
   const std::string head = checking.survey.file.At(part.dataOffset + start,
                                                    std::min<uint64_t>(part.dataLength - start, kHeader));
   if (head.size() < kHeader) return false;
-  facts = {Big(head, 0, 4), Big(head, 4, 4), Big(head, 8, 1), Big(head, 11, 2)};
+  facts = {BigNumber(head, 0, 4), BigNumber(head, 4, 4), BigNumber(head, 8, 1), BigNumber(head, 11, 2)};
   return true;
 }
 

@@ -97,4 +97,44 @@ std::string FileBytes::At(uint64_t offset, uint64_t count) const {
   return bytes;
 }
 
+PartBytes::PartBytes(const FileBytes& file, uint64_t offset, uint64_t length)
+    : file_(file),
+      offset_(offset),
+      size_(std::min(length, file.Size() - std::min(file.Size(), offset))) {}
+
+void PartBytes::Hold(uint64_t at) const {
+  constexpr uint64_t kWindow = 64 << 10;
+  if (at >= first_ && at - first_ < window_.size()) return;
+  window_ = file_.At(offset_ + at, std::min(kWindow, size_ - at));
+  first_ = at;
+}
+
+uint8_t PartBytes::At(uint64_t at) const {
+  Hold(at);
+  return static_cast<uint8_t>(window_[static_cast<size_t>(at - first_)]);
+}
+
+uint64_t PartBytes::Find(uint8_t value, uint64_t from) const {
+  for (uint64_t at = from; at < size_; at = first_ + window_.size()) {
+    Hold(at);
+    const size_t found = window_.find(static_cast<char>(value), static_cast<size_t>(at - first_));
+    if (found != std::string::npos) return first_ + found;
+  }
+  return size_;
+}
+
+uint64_t PartBytes::SkipFill(uint64_t from) const {
+  for (uint64_t at = from; at < size_; at = first_ + window_.size()) {
+    Hold(at);
+    const size_t found =
+        window_.find_first_not_of(std::string_view("\xFF\0", 2), static_cast<size_t>(at - first_));
+    if (found != std::string::npos) return first_ + found;
+  }
+  return size_;
+}
+
+std::string PartBytes::Piece(uint64_t at, uint64_t count) const {
+  return at < size_ ? file_.At(offset_ + at, std::min(count, size_ - at)) : "";
+}
+
 }  // namespace core

@@ -74,4 +74,28 @@ class FileBytes {
   std::string front_;
 };
 
+/// A part of a file, of which a window is held. ReadError where it cannot be read.
+class PartBytes {
+ public:
+  /// As much of the part as the file has.
+  PartBytes(const FileBytes& file, uint64_t offset, uint64_t length);
+  uint64_t Size() const { return size_; }
+  /// The byte at a place below Size().
+  uint8_t At(uint64_t at) const;
+  /// The first place of a value from a place on; Size() for none.
+  uint64_t Find(uint8_t value, uint64_t from) const;
+  /// The first place from a place on whose byte is neither 0 nor 0xFF; Size() for none.
+  uint64_t SkipFill(uint64_t from) const;
+  std::string Piece(uint64_t at, uint64_t count) const;
+
+ private:
+  // Makes a place the first of the window where it is not in it.
+  void Hold(uint64_t at) const;
+
+  const FileBytes& file_;
+  uint64_t offset_, size_;
+  mutable uint64_t first_ = 0;
+  mutable std::string window_;
+};
+
 }  // namespace core

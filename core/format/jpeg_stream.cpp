@@ -14,11 +14,12 @@ constexpr uint8_t kSoi = 0xD8, kEoi = 0xD9, kSos = 0xDA, kDqt = 0xDB, kDri = 0xD
 
 class Walker {
  public:
-  explicit Walker(std::string_view bytes) : bytes_(bytes) {}
+  // The stream that begins at `start` of the bytes and ends before `end`.
+  Walker(const PartBytes& bytes, uint64_t start, uint64_t end)
+      : bytes_(bytes), start_(start), size_(end - start) {}
 
   JpegStream Walk() {
-    while (at_ < bytes_.size() && Byte(at_) == 0xFF && at_ + 1 < bytes_.size() && Byte(at_ + 1) == 0xFF)
-      ++at_;
+    while (at_ < size_ && Byte(at_) == 0xFF && at_ + 1 < size_ && Byte(at_ + 1) == 0xFF) ++at_;
     stream_.fill = at_;
     stream_.begins = NextMarker() == kSoi;
     if (!stream_.begins) return stream_;
@@ -34,23 +35,24 @@ class Walker {
   }
 
  private:
-  uint8_t Byte(size_t at) const { return static_cast<uint8_t>(bytes_[at]); }
-  uint32_t Word(size_t at) const { return static_cast<uint32_t>(Byte(at) << 8 | Byte(at + 1)); }
+  uint8_t Byte(uint64_t at) const { return bytes_.At(start_ + at); }
+  uint32_t Word(uint64_t at) const { return static_cast<uint32_t>(Byte(at) << 8 | Byte(at + 1)); }
 
   // The code of the marker here, behind any fill; 0 when there is none.
   uint8_t NextMarker() {
-    if (at_ + 1 >= bytes_.size() || Byte(at_) != 0xFF) return 0;
-    while (at_ + 1 < bytes_.size() && Byte(at_ + 1) == 0xFF) ++at_;
-    if (at_ + 1 >= bytes_.size()) return 0;
+    if (at_ + 1 >= size_ || Byte(at_) != 0xFF) return 0;
+    while (at_ + 1 < size_ && Byte(at_ + 1) == 0xFF) ++at_;
+    if (at_ + 1 >= size_) return 0;
     at_ += 2;
     return Byte(at_ - 1);
   }
 
   bool TakeSegment(uint8_t marker) {
-    if (at_ + 2 > bytes_.size()) return false;
+    if (at_ + 2 > size_) return false;
     const uint32_t length = Word(at_);
-    if (length < 2 || length > bytes_.size() - at_) return false;
-    const std::string_view body = bytes_.substr(at_ + 2, length - 2);
+    if (length < 2 || length > size_ - at_) return false;
+    const std::string segment = bytes_.Piece(start_ + at_ + 2, length - 2);
+    const std::string_view body = segment;
     const bool isFrame =
         marker >= 0xC0 && marker <= 0xCF && marker != kDht && marker != kJpg && marker != kDac;
     if (isFrame) TakeFrame(marker, body);
@@ -68,7 +70,7 @@ class Walker {
 
   void TakeFrame(uint8_t marker, std::string_view body) {
     if (body.size() < 6 || stream_.hasFrame) return;
-    const size_t at = at_ + 2;
+    const uint64_t at = at_ + 2;
     stream_.hasFrame = true;
     stream_.frame = marker;
     stream_.precision = Byte(at);
@@ -122,10 +124,10 @@ class Walker {
   void TakeScan() {
     stream_.hasScan = true;
     ++stream_.scans;
-    while (at_ + 1 < bytes_.size()) {
-      const size_t found = bytes_.find('\xFF', at_);
-      if (found == std::string_view::npos || found + 1 >= bytes_.size()) {
-        at_ = bytes_.size();
+    while (at_ + 1 < size_) {
+      const uint64_t found = bytes_.Find(0xFF, start_ + at_) - start_;
+      if (found + 1 >= size_) {
+        at_ = size_;
         return;
       }
       const uint8_t code = Byte(found + 1);
@@ -139,8 +141,9 @@ class Walker {
     }
   }
 
-  std::string_view bytes_;
-  size_t at_ = 0;
+  const PartBytes& bytes_;
+  uint64_t start_, size_;
+  uint64_t at_ = 0;
   JpegStream stream_;
   bool quantised_[4] = {};
   bool codes_[2][4] = {};
@@ -156,22 +159,24 @@ uint64_t JpegStream::Units() const {
   return uint64_t{(width + across - 1) / across} * ((height + down - 1) / down);
 }
 
-JpegStream WalkJpeg(std::string_view bytes) { return Walker(bytes).Walk(); }
-
 namespace {
+
+JpegStream WalkJpeg(const PartBytes& data, uint64_t start, uint64_t end) {
+  return Walker(data, start, end).Walk();
+}
 
 // A stream for every record. Each place is walked once, up to the next one: records may be many, and may
 // all say the same.
-std::vector<FoundJpeg> FindRecorded(const std::vector<uint32_t>& records, std::string_view data,
-                                    size_t start) {
+std::vector<FoundJpeg> FindRecorded(const std::vector<uint32_t>& records, const PartBytes& data,
+                                    uint64_t start) {
   std::map<uint32_t, JpegStream> places;
   for (const uint32_t record : records) {
-    if (record != kNoRecord && record < data.size() - start) places.emplace(record, JpegStream());
+    if (record != kNoRecord && record < data.Size() - start) places.emplace(record, JpegStream());
   }
   for (auto place = places.begin(); place != places.end(); ++place) {
     const auto next = std::next(place);
-    const size_t end = next != places.end() ? start + next->first : data.size();
-    place->second = WalkJpeg(data.substr(start + place->first, end - start - place->first));
+    const uint64_t end = next != places.end() ? start + next->first : data.Size();
+    place->second = WalkJpeg(data, start + place->first, end);
   }
   std::vector<FoundJpeg> streams;
   for (size_t n = 0; n < records.size(); ++n) {
@@ -183,21 +188,22 @@ std::vector<FoundJpeg> FindRecorded(const std::vector<uint32_t>& records, std::s
 
 }  // namespace
 
-std::vector<FoundJpeg> FindJpegStreams(const SurveyedPart& part, std::string_view data) {
-  const size_t start = std::min<size_t>(part.IsMasked() ? part.mask.dataOffset : 0, data.size());
+std::vector<FoundJpeg> FindJpegStreams(const FileBytes& file, const SurveyedPart& part) {
+  const PartBytes data(file, part.dataOffset, part.dataLength);
+  const uint64_t start = std::min<uint64_t>(part.IsMasked() ? part.mask.dataOffset : 0, data.Size());
   if (!part.mask.blocks.empty()) return FindRecorded(part.mask.blocks, data, start);
   const Blocks blocks(part);
   const uint64_t wanted =
       blocks.Known() ? static_cast<uint64_t>(blocks.Count() * (blocks.sequential ? blocks.bands : 1)) : 1;
   std::vector<FoundJpeg> streams;
   // One more tells that there are too many.
-  for (size_t at = start; at < data.size() && streams.size() <= wanted;) {
-    const JpegStream stream = WalkJpeg(data.substr(at));
+  for (uint64_t at = start; at < data.Size() && streams.size() <= wanted;) {
+    const JpegStream stream = WalkJpeg(data, at, data.Size());
     streams.push_back({streams.size(), at, stream});
     if (stream.size == 0 || !stream.ends) break;
     at += stream.size;
     // Fill behind the last one is no stream.
-    if (data.find_first_not_of(std::string_view("\xFF\0", 2), at) == std::string_view::npos) break;
+    if (data.SkipFill(at) == data.Size()) break;
   }
   return streams;
 }

@@ -2,15 +2,15 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
-#include "core/format/survey.h"
+#include "core/format/bytes.h"
+#include "core/format/part.h"
 
 namespace core {
 
 struct JpegStream {
-  size_t fill = 0;      ///< bytes FF in front of its marker
+  uint64_t fill = 0;    ///< bytes FF in front of its marker
   bool begins = false;  ///< with SOI, fill bytes in front of it allowed
   bool ends = false;    ///< with EOI
   bool hasFrame = false, hasScan = false;
@@ -28,16 +28,14 @@ struct JpegStream {
   /// MCUs of a scan of all components.
   uint64_t Units() const;
 };
-/// Walks a stream's segments and the codes between them.
-JpegStream WalkJpeg(std::string_view bytes);
-
 /// A stream of an image.
 struct FoundJpeg {
   uint64_t number;  ///< of its block, of IMODE S among those of all bands
-  size_t offset;    ///< in the image's data
+  uint64_t offset;  ///< in the image's data
   JpegStream stream;
 };
-/// The streams of an image's data: where its mask table says, or one behind the other.
-std::vector<FoundJpeg> FindJpegStreams(const SurveyedPart& part, std::string_view data);
+/// The streams of an image's data, walked segment by segment with the codes between them: where its mask
+/// table says, or one behind the other.
+std::vector<FoundJpeg> FindJpegStreams(const FileBytes& file, const SurveyedPart& part);
 
 }  // namespace core

@@ -2,17 +2,18 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 #include <vector>
+
+#include "core/format/bytes.h"
 
 namespace core {
 
 struct MetafileElement {
   uint32_t elementClass, id;
-  uint64_t offset;              ///< of its head
-  std::string_view parameters;  ///< of its first part, where it has several
+  uint64_t offset;    ///< of its head
+  int32_t word = -1;  ///< the first two bytes of its parameters; -1 where there are fewer
 };
 /// The elements up to the end of the bytes, or to one that does not fit: `whole` is false then.
-std::vector<MetafileElement> WalkMetafile(std::string_view bytes, bool& whole);
+std::vector<MetafileElement> WalkMetafile(const PartBytes& bytes, bool& whole);
 
 }  // namespace core

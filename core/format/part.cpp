@@ -48,6 +48,10 @@ uint64_t BigNumber(std::string_view bytes) {
   return value;
 }
 
+uint64_t BigNumber(std::string_view bytes, size_t at, size_t count) {
+  return at < bytes.size() ? BigNumber(bytes.substr(at, count)) : 0;
+}
+
 bool PlaceOfText(std::string_view text, int64_t& row, int64_t& column) {
   if (text.size() != 10) return false;
   int64_t* const parts[] = {&row, &column};

@@ -105,6 +105,8 @@ int64_t DigitsOf(std::string_view text);
 bool IsPlaceholder(std::string_view text);
 /// Big-endian bytes, of which the last eight count.
 uint64_t BigNumber(std::string_view bytes);
+/// So many of them from a place on; those that are not there are left out.
+uint64_t BigNumber(std::string_view bytes, size_t at, size_t count);
 /// A row and a column of five characters each; false for another text.
 bool PlaceOfText(std::string_view text, int64_t& row, int64_t& column);
 

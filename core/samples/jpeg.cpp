@@ -17,11 +17,10 @@ uint64_t Reduced(uint64_t side, uint32_t reduce) {
 
 class JpegBlocks {
  public:
-  JpegBlocks(const SampleSource& source, SampleImage& image)
-      : source_(source), image_(image), data_(source.survey.Data(source.part)) {}
+  JpegBlocks(const SampleSource& source, SampleImage& image) : source_(source), image_(image) {}
 
   SampleFault Read() {
-    std::vector<FoundJpeg> streams = FindJpegStreams(source_.part, data_);
+    std::vector<FoundJpeg> streams = FindJpegStreams(source_.survey.file, source_.part);
     if (streams.empty()) return {media::Outcome::BadData, "no stream was found"};
     if (source_.reduce > kMostReduce)
       return {media::Outcome::Unsupported, "JPEG has pictures of 1/2, 1/4 and 1/8"};
@@ -82,8 +81,9 @@ class JpegBlocks {
   }
 
   media::Outcome DecodeBytes(const FoundJpeg& found) {
-    const media::Bytes bytes(reinterpret_cast<const uint8_t*>(data_.data()) + found.offset,
-                             static_cast<size_t>(found.stream.size));
+    const std::string data =
+        source_.survey.file.At(source_.part.dataOffset + found.offset, found.stream.size);
+    const media::Bytes bytes(reinterpret_cast<const uint8_t*>(data.data()), data.size());
     media::JpegRequest request;
     request.reduce = source_.reduce;
     // What is not red, green and blue stays as it is, whatever the stream declares.
@@ -102,9 +102,8 @@ class JpegBlocks {
 
   const SampleSource& source_;
   SampleImage& image_;
-  std::string data_;
   DecodedStream decoded_;
-  std::optional<size_t> decodedAt_;
+  std::optional<uint64_t> decodedAt_;
 };
 
 }  // namespace

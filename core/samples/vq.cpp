@@ -8,11 +8,6 @@ namespace {
 
 constexpr size_t kHeader = 21, kRecord = 14;
 
-// Bytes that are not there count as none.
-uint64_t Big(std::string_view bytes, size_t at, size_t count) {
-  return at < bytes.size() ? BigNumber(bytes.substr(at, count)) : 0;
-}
-
 class VqBlocks {
  public:
   VqBlocks(const SampleSource& source, SampleImage& image)
@@ -41,10 +36,10 @@ class VqBlocks {
     const auto width = static_cast<uint64_t>(source_.blocks.width),
                height = static_cast<uint64_t>(source_.blocks.height);
     if (left_.size() < kHeader) return false;
-    codeRows_ = Big(left_, 0, 4);
-    codesAcross_ = Big(left_, 4, 4);
-    codeBits_ = static_cast<uint32_t>(Big(left_, 8, 1));
-    tables_ = Big(left_, 11, 2);
+    codeRows_ = BigNumber(left_, 0, 4);
+    codesAcross_ = BigNumber(left_, 4, 4);
+    codeBits_ = static_cast<uint32_t>(BigNumber(left_, 8, 1));
+    tables_ = BigNumber(left_, 11, 2);
     left_.remove_prefix(kHeader);
     if (codeRows_ == 0 || codesAcross_ == 0 || codeRows_ > height || codesAcross_ > width ||
         codeBits_ < 1 || codeBits_ > 32)
@@ -58,7 +53,7 @@ class VqBlocks {
   // The entries of a table stand one after the other; those of the next one beside them.
   bool TakeTables() {
     if (left_.size() < kRecord * tables_) return false;
-    entries_ = Big(left_, 2, 4);
+    entries_ = BigNumber(left_, 2, 4);
     left_.remove_prefix(static_cast<size_t>(kRecord * tables_));
     const uint64_t part = vectorHeight_ * valueBytes_;
     if (part == 0 || part > left_.size() || tables_ > left_.size() / part) return false;
@@ -111,7 +106,7 @@ class VqBlocks {
           const uint64_t at = in + band * image_.sampleBytes;
           const uint64_t value =
               at + image_.sampleBytes <= entryBytes_
-                  ? Big(book_, static_cast<size_t>(code * entryBytes_ + at), image_.sampleBytes)
+                  ? BigNumber(book_, static_cast<size_t>(code * entryBytes_ + at), image_.sampleBytes)
                   : 0;
           PutSample(image_, static_cast<uint32_t>(left + x), static_cast<uint32_t>(top + y), band, value);
         }
