@@ -81,12 +81,17 @@ expect 0 '' "$tool" extract kept.ntf record:NOSUCH -o -
 # extract
 expect 0 '' "$tool" extract good.ntf image:0 -o image.raw
 tail -c 36 tiny.ppm | cmp - image.raw
+expect 0 '' "$tool" extract good.ntf image:0 --region 1,2,1,2 --bands 2,0 -o piece.raw
+[ "$(wc -c <piece.raw)" -eq 4 ] || fail "a piece has its samples"
+expect 1 'lies outside' "$tool" extract good.ntf image:0 --region 9000,0,1,1 -o x.raw
+expect 2 'are for samples' "$tool" extract good.ntf text:0 --bands 1 -o x.txt
 expect 0 '' "$tool" extract good.ntf text:0 -o - && cmp out.txt words.txt
 expect 0 '' "$tool" extract tagged.ntf --all -O all
 [ "$(ls all | tr '\n' ' ')" = 'image-0.tif record-1-OWNTAG.bin record-2-NOSUCH.bin text-0.txt ' ] || fail "$(ls all)"
 expect 1 'status 87: no image:7' "$tool" extract good.ntf image:7 -o x.tif
 expect 1 'status 87: no record NONE' "$tool" extract good.ntf record:NONE -o x.bin
-expect 1 'has no smaller picture in it' "$tool" extract good.ntf image:0 --reduce 1 -o x.tif
+expect 0 '' "$tool" extract good.ntf image:0 --reduce 1 -o half.raw
+expect 1 'no picture is as small as that' "$tool" extract good.ntf image:0 --reduce 20 -o x.tif
 expect 1 'status -7' "$tool" extract missing.ntf image:0 -o x.tif
 expect 2 'ends in .tif' "$tool" extract good.ntf image:0 -o x.bmp
 expect 2 'a part is' "$tool" extract good.ntf picture -o x.tif

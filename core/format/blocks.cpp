@@ -9,7 +9,8 @@ Blocks::Blocks(const SurveyedPart& image)
       height(image.Number("NPPBV")),
       bands(image.Bands()),
       bits(image.Number("NBPP")),
-      sequential(image.Text("IMODE") == "S") {
+      sequential(image.Text("IMODE") == "S"),
+      byBand(image.Text("IMODE") == "B") {
   if (width == 0) width = image.Number("NCOLS");
   if (height == 0) height = image.Number("NROWS");
 }
@@ -31,9 +32,14 @@ bool Blocks::Cover(const SurveyedPart& image) const {
   return covers(image.Number("NCOLS"), across, width) && covers(image.Number("NROWS"), down, height);
 }
 
+uint64_t Blocks::PlaneSamples() const {
+  const auto samples = static_cast<uint64_t>(width * height);
+  return bits == 1 && byBand ? (samples + 7) / 8 * 8 : samples;
+}
+
 uint64_t Blocks::BlockBytes() const {
-  const int64_t samples = width * height * (sequential ? 1 : bands);
-  return (static_cast<uint64_t>(samples) * static_cast<uint64_t>(bits) + 7) / 8;
+  const uint64_t samples = PlaneSamples() * static_cast<uint64_t>(sequential ? 1 : bands);
+  return (samples * static_cast<uint64_t>(bits) + 7) / 8;
 }
 
 }  // namespace core

@@ -1,11 +1,11 @@
-// What reads the samples of each compression. The image has its size, depth and fill already.
+// What reads the samples of each compression. The image has its depth and fill already.
 #pragma once
 
 #include <map>
 
 #include "core/format/blocks.h"
 #include "core/format/survey.h"
-#include "core/samples/image.h"
+#include "core/samples/target.h"
 
 namespace core {
 
@@ -16,7 +16,6 @@ struct SampleSource {
   const Survey& survey;
   const SurveyedPart& part;
   Blocks blocks;
-  uint32_t reduce = 0;
 
   /// Offset of a block of the data; none where it is not stored. `number` counts blocks, of IMODE S those
   /// of all bands.
@@ -26,10 +25,10 @@ struct SampleSource {
   SharedBlocks BlocksByOffset() const;
 };
 
-SampleFault ReadPlain(const SampleSource& source, SampleImage& image);
-SampleFault ReadFacsimile(const SampleSource& source, SampleImage& image);
-SampleFault ReadJpeg(const SampleSource& source, SampleImage& image);
-SampleFault ReadJpeg2000(const SampleSource& source, SampleImage& image);
-SampleFault ReadVectorQuantised(const SampleSource& source, SampleImage& image);
+SampleFault ReadPlain(const SampleSource& source, SampleTarget& target);
+SampleFault ReadFacsimile(const SampleSource& source, SampleTarget& target);
+SampleFault ReadJpeg(const SampleSource& source, SampleTarget& target);
+SampleFault ReadJpeg2000(const SampleSource& source, SampleTarget& target);
+SampleFault ReadVectorQuantised(const SampleSource& source, SampleTarget& target);
 
 }  // namespace core

@@ -11,8 +11,6 @@ namespace {
 
 constexpr const char* kNotWorth = "more work or memory than the bytes of the file are worth";
 
-}  // namespace
-
 SampleFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height) {
   const bool isSane = width >= 1 && height >= 1 && width <= INT32_MAX && height <= INT32_MAX &&
                       width * height <= INT32_MAX / std::max<uint64_t>(1, image.PixelBytes());
@@ -20,6 +18,8 @@ SampleFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height)
   return {media::Outcome::NoMemory,
           "too many samples: " + std::to_string(width) + " x " + std::to_string(height)};
 }
+
+}  // namespace
 
 SampleFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height) {
   if (SampleFault fault = CheckSize(image, width, height); fault.Met()) return fault;
@@ -58,24 +58,6 @@ void PutSample(SampleImage& image, uint32_t x, uint32_t y, uint32_t band, uint64
       const bool swaps = image.kind == SampleKind::Complex && std::endian::native == std::endian::little;
       const uint64_t parts = swaps ? value << 32 | value >> 32 : value;
       std::memcpy(to, &parts, sizeof parts);
-    }
-  }
-}
-
-void PlaceStream(const DecodedStream& stream, uint32_t left, uint32_t top, uint32_t firstBand,
-                 SampleImage& image) {
-  if (left >= image.width || top >= image.height || firstBand >= image.bands) return;
-  const uint32_t columns = std::min(stream.width, image.width - left);
-  const uint32_t rows = std::min(stream.height, image.height - top);
-  const uint32_t bands = std::min(stream.components, image.bands - firstBand);
-  for (uint32_t y = 0; y < rows; ++y) {
-    const uint8_t* in = &stream.bytes[size_t{y} * stream.width * stream.components * stream.sampleBytes];
-    for (uint32_t x = 0; x < columns; ++x, in += size_t{stream.components} * stream.sampleBytes) {
-      for (uint32_t band = 0; band < bands; ++band) {
-        uint16_t value = in[size_t{band} * stream.sampleBytes];
-        if (stream.sampleBytes == 2) std::memcpy(&value, in + size_t{band} * 2, sizeof value);
-        PutSample(image, left + x, top + y, firstBand + band, value);
-      }
     }
   }
 }

@@ -14,7 +14,7 @@ enum class SampleKind { Unsigned, Signed, Real, Complex };
 
 struct SampleImage {
   uint32_t width = 0, height = 0, bands = 1;
-  uint32_t bits = 8;         ///< of a sample: 1, 8, 12, 16, 32 or 64
+  uint32_t bits = 8;         ///< of a sample: 1 to 64
   uint32_t sampleBytes = 1;  ///< that a sample takes here, in host order: 1, 2, 4 or 8
   uint32_t significantBits = 8;
   SampleKind kind = SampleKind::Unsigned;
@@ -36,14 +36,12 @@ struct SampleImage {
 struct SampleFault {
   media::Outcome outcome = media::Outcome::Ok;
   std::string words;
-  /// As a number: 1, -1, -7, -9, -16, -31.
+  /// As a number: 1, -1, -7, -9, -13, -16, -31.
   int32_t Code() const { return static_cast<int32_t>(outcome); }
   bool Met() const { return outcome != media::Outcome::Ok; }
 };
 
-/// -1 for an image of more samples than the host takes.
-SampleFault CheckSize(const SampleImage& image, uint64_t width, uint64_t height);
-/// Makes the samples, all of them the image's fill. -1 for more than the host takes.
+/// Makes the samples, all of them the image's fill. NoMemory for more than may be.
 SampleFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height);
 /// Puts a sample's value.
 void PutSample(SampleImage& image, uint32_t x, uint32_t y, uint32_t band, uint64_t value);
@@ -53,9 +51,6 @@ struct DecodedStream {
   uint32_t width = 0, height = 0, components = 0, sampleBytes = 1;
   std::vector<uint8_t> bytes;
 };
-/// Copies what fits of a decoded block to its place, its components from a band on.
-void PlaceStream(const DecodedStream& stream, uint32_t left, uint32_t top, uint32_t firstBand,
-                 SampleImage& image);
 /// What a decoder's outcome says of the stream that `what` names.
 SampleFault FaultOf(media::Outcome outcome, const std::string& what);
 

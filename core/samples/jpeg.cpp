@@ -17,12 +17,12 @@ uint64_t Reduced(uint64_t side, uint32_t reduce) {
 
 class JpegBlocks {
  public:
-  JpegBlocks(const SampleSource& source, SampleImage& image) : source_(source), image_(image) {}
+  JpegBlocks(const SampleSource& source, SampleTarget& target) : source_(source), target_(target) {}
 
   SampleFault Read() {
     std::vector<FoundJpeg> streams = FindJpegStreams(source_.survey.file, source_.part);
     if (streams.empty()) return {media::Outcome::BadData, "no stream was found"};
-    if (source_.reduce > kMostReduce)
+    if (target_.Reduce() > kMostReduce)
       return {media::Outcome::Unsupported, "JPEG has pictures of 1/2, 1/4 and 1/8"};
     uint64_t width = static_cast<uint64_t>(source_.part.Number("NCOLS")),
              height = static_cast<uint64_t>(source_.part.Number("NROWS"));
@@ -31,10 +31,7 @@ class JpegBlocks {
       width = std::min<uint64_t>(width, streams[0].stream.width);
       height = std::min<uint64_t>(height, streams[0].stream.height);
     }
-    if (SampleFault fault =
-            MakeSamples(image_, Reduced(width, source_.reduce), Reduced(height, source_.reduce));
-        fault.Met())
-      return fault;
+    if (SampleFault fault = target_.Make(width, height, true); fault.Met()) return fault;
     // Blocks of one stream follow one another: it is decoded once for all of them.
     std::stable_sort(streams.begin(), streams.end(),
                      [](const FoundJpeg& a, const FoundJpeg& b) { return a.offset < b.offset; });
@@ -50,14 +47,18 @@ class JpegBlocks {
     const auto count = static_cast<uint64_t>(blocks.Count()),
                across = static_cast<uint64_t>(blocks.across);
     const uint64_t block = found.number % count, band = blocks.sequential ? found.number / count : 0;
-    if (found.number >= count * (blocks.sequential ? image_.bands : 1)) return {};
+    if (found.number >= count * (blocks.sequential ? target_.Bands() : 1)) return {};
+    const uint64_t width = Reduced(static_cast<uint64_t>(blocks.width), target_.Reduce()),
+                   height = Reduced(static_cast<uint64_t>(blocks.height), target_.Reduce());
+    const uint64_t left = width * (block % across), top = height * (block / across);
+    const bool isWanted = target_.Wants(left, top, width, height) &&
+                          (!blocks.sequential || target_.WantsBand(static_cast<uint32_t>(band)));
+    if (!isWanted) return {};
     if (decodedAt_ != found.offset) {
       if (SampleFault fault = Decode(found); fault.Met()) return fault;
     }
-    const auto left = Reduced(static_cast<uint64_t>(blocks.width), source_.reduce) * (block % across);
-    const auto top = Reduced(static_cast<uint64_t>(blocks.height), source_.reduce) * (block / across);
-    PlaceStream(decoded_, static_cast<uint32_t>(left), static_cast<uint32_t>(top),
-                static_cast<uint32_t>(band), image_);
+    target_.PutStream(decoded_, static_cast<uint32_t>(left), static_cast<uint32_t>(top),
+                      static_cast<uint32_t>(band));
     return {};
   }
 
@@ -75,7 +76,7 @@ class JpegBlocks {
       decodedAt_ = found.offset;
       return {};
     }
-    if (outcome == media::Outcome::Unsupported && source_.reduce != 0)
+    if (outcome == media::Outcome::Unsupported && target_.Reduce() != 0)
       return {media::Outcome::Unsupported, where + " has no smaller picture in it"};
     return FaultOf(outcome, where);
   }
@@ -85,9 +86,9 @@ class JpegBlocks {
         source_.survey.file.At(source_.part.dataOffset + found.offset, found.stream.size);
     const media::Bytes bytes(reinterpret_cast<const uint8_t*>(data.data()), data.size());
     media::JpegRequest request;
-    request.reduce = source_.reduce;
+    request.reduce = target_.Reduce();
     // What is not red, green and blue stays as it is, whatever the stream declares.
-    if (image_.representation == "RGB") request.colours = media::JpegColours::RgbUnlessDeclared;
+    if (target_.Image().representation == "RGB") request.colours = media::JpegColours::RgbUnlessDeclared;
     return media::DecodeJpeg(
         bytes, request, [&](const media::RowForm& form, uint32_t y, const uint8_t* row) {
           const size_t rowBytes = size_t{form.width} * form.components * form.SampleBytes();
@@ -101,15 +102,15 @@ class JpegBlocks {
   }
 
   const SampleSource& source_;
-  SampleImage& image_;
+  SampleTarget& target_;
   DecodedStream decoded_;
   std::optional<uint64_t> decodedAt_;
 };
 
 }  // namespace
 
-SampleFault ReadJpeg(const SampleSource& source, SampleImage& image) {
-  return JpegBlocks(source, image).Read();
+SampleFault ReadJpeg(const SampleSource& source, SampleTarget& target) {
+  return JpegBlocks(source, target).Read();
 }
 
 }  // namespace core

@@ -8,24 +8,25 @@
 namespace core {
 namespace {
 
-// Puts a decoded part to its place. A component of fewer samples than the image has each of them for
-// several pixels.
-void PutPart(const media::CodestreamPart& part, SampleImage& image) {
+// Puts a decoded part of the window to its place. A component of fewer samples than the image has each of
+// them for several pixels.
+void PutPart(const media::CodestreamPart& part, SampleTarget& target) {
   const media::Window& place = part.place;
-  for (uint32_t band = 0; band < image.bands; ++band) {
+  for (uint32_t band = 0; band < target.Bands(); ++band) {
+    if (!target.WantsBand(band)) continue;
     const media::Plane& plane = part.planes[band];
     for (uint32_t y = 0; y < place.height; ++y) {
       const int32_t* line = plane.Line(y);
       for (uint32_t x = 0; x < place.width; ++x)
-        PutSample(image, place.left + x, place.top + y, band,
-                  static_cast<uint64_t>(int64_t{plane.At(line, x)}));
+        target.Put(target.Left() + place.left + x, target.Top() + place.top + y, band,
+                   static_cast<uint64_t>(int64_t{plane.At(line, x)}));
     }
   }
 }
 
 }  // namespace
 
-SampleFault ReadJpeg2000(const SampleSource& source, SampleImage& image) {
+SampleFault ReadJpeg2000(const SampleSource& source, SampleTarget& target) {
   const std::string data = source.survey.Data(source.part);
   const size_t start =
       std::min<size_t>(source.part.IsMasked() ? source.part.mask.dataOffset : 0, data.size());
@@ -37,22 +38,23 @@ SampleFault ReadJpeg2000(const SampleSource& source, SampleImage& image) {
       size.height > 2 * static_cast<uint64_t>(source.part.Number("NROWS")))
     return {media::Outcome::BadData, "the codestream has " + std::to_string(size.width) + " x " +
                                          std::to_string(size.height) + " pixels"};
-  if (size.components < image.bands)
+  if (size.components < target.Bands())
     return {media::Outcome::BadData,
             "the codestream has " + std::to_string(size.components) + " components"};
-  if (SampleFault fault = MakeSamples(image, media::Reduced(size.width, source.reduce),
-                                      media::Reduced(size.height, source.reduce));
-      fault.Met())
-    return fault;
+  if (SampleFault fault = target.Make(size.width, size.height, true); fault.Met()) return fault;
   media::Jpeg2000Request request;
-  request.reduce = source.reduce;
+  const uint32_t reduce = target.Reduce();
+  request.reduce = reduce;
+  request.window = {target.Left() << reduce, target.Top() << reduce,
+                    (target.Right() - target.Left()) << reduce,
+                    (target.Bottom() - target.Top()) << reduce};
   request.asStored = true;
   const media::Outcome outcome =
       media::DecodeJpeg2000(bytes, request, [&](const media::CodestreamPart& part) {
-        PutPart(part, image);
+        PutPart(part, target);
         return media::Outcome::Ok;
       });
-  if (outcome == media::Outcome::BadData && source.reduce != 0)
+  if (outcome == media::Outcome::BadData && reduce != 0)
     return {media::Outcome::BadData,
             "the codestream does not decode, or has no picture as small as that"};
   return FaultOf(outcome, "the codestream");

@@ -1,26 +1,22 @@
 #include "core/samples/samples.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstring>
 
 #include "core/format/words.h"
 #include "core/samples/decoders.h"
-#include "media/work.h"
 
 namespace core {
 namespace {
 
 struct Reader {
   std::string_view compressions;
-  bool reduces;
-  SampleFault (*read)(const SampleSource& source, SampleImage& image);
+  SampleFault (*read)(const SampleSource& source, SampleTarget& target);
 };
-constexpr Reader kReaders[] = {{"NC|NM", false, ReadPlain},
-                               {"C1|M1", false, ReadFacsimile},
-                               {"C3|M3|C5|M5|I1", true, ReadJpeg},
-                               {"C8|M8", true, ReadJpeg2000},
-                               {"C4|M4", false, ReadVectorQuantised}};
+constexpr Reader kReaders[] = {{"NC|NM", ReadPlain},
+                               {"C1|M1", ReadFacsimile},
+                               {"C3|M3|C5|M5|I1", ReadJpeg},
+                               {"C8|M8", ReadJpeg2000},
+                               {"C4|M4", ReadVectorQuantised}};
 
 // What stands where nothing is stored: the pad pixel code, or zero.
 void TakeNoData(const SurveyedPart& part, SampleImage& image) {
@@ -49,14 +45,14 @@ void TakePalette(const SurveyedPart& part, SampleImage& image) {
 SampleFault Describe(const SurveyedPart& part, SampleImage& image) {
   const int64_t bits = part.Number("NBPP"), significant = part.Number("ABPP");
   const std::string_view type = part.Trimmed("PVTYPE");
-  if (!IsOneOf(part.Text("NBPP"), "01|08|12|16|32|64"))
+  if (bits < 1 || bits > 64)
     return {media::Outcome::Unsupported, "samples of " + Quoted(part.Text("NBPP")) + " bits"};
-  if ((type == "R" && bits < 32) || (type == "C" && bits != 64))
+  if ((type == "R" && bits != 32 && bits != 64) || (type == "C" && bits != 64))
     return {media::Outcome::Unsupported,
             "samples " + Quoted(type) + " of " + std::to_string(bits) + " bits"};
   image.bits = static_cast<uint32_t>(bits);
   image.significantBits = static_cast<uint32_t>(std::clamp<int64_t>(significant, 1, bits));
-  image.sampleBytes = bits <= 8 ? 1 : bits <= 16 ? 2 : static_cast<uint32_t>(bits / 8);
+  image.sampleBytes = bits <= 8 ? 1 : bits <= 16 ? 2 : bits <= 32 ? 4 : 8;
   image.bands = static_cast<uint32_t>(part.Bands());
   image.kind = type == "SI"  ? SampleKind::Signed
                : type == "R" ? SampleKind::Real
@@ -89,23 +85,23 @@ SharedBlocks SampleSource::BlocksByOffset() const {
   return places;
 }
 
-SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, uint32_t reduce,
+SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const SampleRequest& request,
                         SampleImage& image) {
   constexpr uint32_t kMostReduce = 16;
-  const SampleSource source = {survey, part, Blocks(part), reduce};
+  const SampleSource source = {survey, part, Blocks(part)};
   if (!part.complete) return {media::Outcome::ShortData, "the subheader is not whole"};
   if (!source.blocks.Known()) return {media::Outcome::BadData, "the size of the image is not known"};
   if (!source.blocks.Cover(part))
     return {media::Outcome::BadData, "the blocks are not those of the image"};
   if (part.IsMasked() && !part.mask.complete)
     return {media::Outcome::ShortData, "the mask table is not whole"};
+  if (request.reduce > kMostReduce)
+    return {media::Outcome::Unsupported, "no picture is as small as that"};
+  image = {};
   if (SampleFault fault = Describe(part, image); fault.Met()) return fault;
+  SampleTarget target(request, image);
   for (const Reader& reader : kReaders) {
-    if (!IsOneOf(part.Text("IC"), reader.compressions)) continue;
-    if (reduce > kMostReduce || (reduce != 0 && !reader.reduces))
-      return {media::Outcome::Unsupported,
-              "IC " + Quoted(part.Text("IC")) + " has no smaller picture in it"};
-    return reader.read(source, image);
+    if (IsOneOf(part.Text("IC"), reader.compressions)) return reader.read(source, target);
   }
   return {media::Outcome::Unsupported, "IC is " + Quoted(part.Text("IC"))};
 }

@@ -2,12 +2,20 @@
 #pragma once
 
 #include "core/format/survey.h"
-#include "core/samples/image.h"
+#include "core/samples/target.h"
 
 namespace core {
 
-/// Reads an image segment; JPEG and JPEG 2000 at 1/2^reduce of their size.
-SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, uint32_t reduce,
+/// Reads what is asked for of an image segment, of any compression and mode, in memory for that and a
+/// block.
+SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const SampleRequest& request,
                         SampleImage& image);
+/// All of it, at 1/2^reduce of its size.
+inline SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, uint32_t reduce,
+                               SampleImage& image) {
+  SampleRequest request;
+  request.reduce = reduce;
+  return ReadSamples(survey, part, request, image);
+}
 
 }  // namespace core

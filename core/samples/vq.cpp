@@ -10,16 +10,16 @@ constexpr size_t kHeader = 21, kRecord = 14;
 
 class VqBlocks {
  public:
-  VqBlocks(const SampleSource& source, SampleImage& image)
-      : source_(source), image_(image), data_(source.survey.Data(source.part)) {
+  VqBlocks(const SampleSource& source, SampleTarget& target)
+      : source_(source), target_(target), image_(target.Image()), data_(source.survey.Data(source.part)) {
     left_ = std::string_view(data_).substr(std::min<size_t>(source.part.mask.bytes, data_.size()));
   }
 
   SampleFault Read() {
     if (!TakeHeader()) return {media::Outcome::BadData, "the codes do not go with the blocks"};
     if (!TakeTables()) return {media::Outcome::ShortData, "the data ends in its lookup tables"};
-    if (SampleFault fault = MakeSamples(image_, static_cast<uint64_t>(source_.part.Number("NCOLS")),
-                                        static_cast<uint64_t>(source_.part.Number("NROWS")));
+    if (SampleFault fault = target_.Make(static_cast<uint64_t>(source_.part.Number("NCOLS")),
+                                         static_cast<uint64_t>(source_.part.Number("NROWS")), false);
         fault.Met())
       return fault;
     const auto count = static_cast<uint64_t>(source_.blocks.Count());
@@ -46,8 +46,8 @@ class VqBlocks {
       return false;
     vectorHeight_ = height / codeRows_;
     vectorWidth_ = width / codesAcross_;
-    valueBytes_ = image_.bands * image_.sampleBytes;
-    return tables_ != 0 && tables_ <= vectorWidth_ && (image_.bands == 1 || image_.sampleBytes == 1);
+    valueBytes_ = target_.Bands() * image_.sampleBytes;
+    return tables_ != 0 && tables_ <= vectorWidth_ && (target_.Bands() == 1 || image_.sampleBytes == 1);
   }
 
   // The entries of a table stand one after the other; those of the next one beside them.
@@ -99,23 +99,25 @@ class VqBlocks {
   }
 
   void PutVector(uint64_t code, uint64_t left, uint64_t top) {
-    for (uint64_t y = 0; y < vectorHeight_ && top + y < image_.height; ++y) {
-      for (uint64_t x = 0; x < vectorWidth_ && left + x < image_.width; ++x) {
+    if (!target_.Wants(left, top, vectorWidth_, vectorHeight_)) return;
+    for (uint64_t y = 0; y < vectorHeight_; ++y) {
+      for (uint64_t x = 0; x < vectorWidth_; ++x) {
         const uint64_t in = (y * vectorWidth_ + x) * valueBytes_;
-        for (uint32_t band = 0; band < image_.bands; ++band) {
+        for (uint32_t band = 0; band < target_.Bands(); ++band) {
           const uint64_t at = in + band * image_.sampleBytes;
           const uint64_t value =
               at + image_.sampleBytes <= entryBytes_
                   ? BigNumber(book_, static_cast<size_t>(code * entryBytes_ + at), image_.sampleBytes)
                   : 0;
-          PutSample(image_, static_cast<uint32_t>(left + x), static_cast<uint32_t>(top + y), band, value);
+          target_.Put(static_cast<uint32_t>(left + x), static_cast<uint32_t>(top + y), band, value);
         }
       }
     }
   }
 
   const SampleSource& source_;
-  SampleImage& image_;
+  SampleTarget& target_;
+  const SampleImage& image_;
   std::string data_, book_;
   std::string_view left_;
   uint64_t codeRows_ = 0, codesAcross_ = 0, tables_ = 0, entries_ = 0, entryBytes_ = 0;
@@ -125,9 +127,10 @@ class VqBlocks {
 
 }  // namespace
 
-SampleFault ReadVectorQuantised(const SampleSource& source, SampleImage& image) {
-  if (image.bits < 8 || image.bits > 16) return {media::Outcome::Unsupported, "codes of such samples"};
-  return VqBlocks(source, image).Read();
+SampleFault ReadVectorQuantised(const SampleSource& source, SampleTarget& target) {
+  if (target.Image().bits < 8 || target.Image().bits > 16)
+    return {media::Outcome::Unsupported, "codes of such samples"};
+  return VqBlocks(source, target).Read();
 }
 
 }  // namespace core

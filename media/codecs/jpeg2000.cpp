@@ -196,9 +196,9 @@ Plan PlanOf(const CodestreamSize& size, const Jpeg2000Request& request) {
   if (size.tileWidth % (size.mostStepX << request.reduce) == 0 &&
       size.left % (size.mostStepX << request.reduce) == 0 && wanted.left % tileWidth == 0)
     plan.columnsAtOnce = PartOf(wanted.width, tileWidth, pixels / std::min(tileHeight, wanted.height));
-  if (wanted.top % tileHeight == 0 && tileHeight % (size.mostStepY << request.reduce) == 0)
-    plan.rowsAtOnce = PartOf(wanted.height, tileHeight, pixels / plan.columnsAtOnce);
-  else if (request.reduce == 0)
+  const bool startsOnGrid =
+      wanted.top % tileHeight == 0 && tileHeight % (size.mostStepY << request.reduce) == 0;
+  if (startsOnGrid || request.reduce == 0)
     plan.rowsAtOnce = PartOf(wanted.height, tileHeight, pixels / plan.columnsAtOnce);
   return plan;
 }

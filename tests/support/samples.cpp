@@ -58,6 +58,8 @@ std::string PackSamples(const ImageForm& form, int significant) {
             put(inner, middle, outer);
         }
       }
+      // Bands of single bits begin on a byte.
+      if (form.bits == 1 && form.mode == "B") packer.EndBlock();
     }
     packer.EndBlock();
   };

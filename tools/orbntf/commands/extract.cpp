@@ -23,6 +23,8 @@ namespace {
 struct ExtractOptions {
   std::string file, part, output, folder, format;
   uint32_t reduce = 0;
+  std::vector<uint64_t> region;
+  std::vector<uint32_t> bands;
   bool all = false;
 };
 
@@ -44,10 +46,21 @@ bool Write(std::FILE* stream, const std::string& form, const SampleImage& image)
   return form == "raw" ? WriteRaw(stream, image) : WriteTiff(stream, image);
 }
 
+SampleRequest RequestOf(const ExtractOptions& options) {
+  SampleRequest request;
+  request.reduce = options.reduce;
+  request.bands = options.bands;
+  if (!options.region.empty()) {
+    request.row = options.region[0], request.column = options.region[1];
+    request.rows = options.region[2], request.columns = options.region[3];
+  }
+  return request;
+}
+
 int RunJob(const ExtractOptions& options, const Survey& survey, const Job& job) {
   SampleImage image;
   if (job.image != nullptr) {
-    const SampleFault fault = ReadSamples(survey, *job.image, options.reduce, image);
+    const SampleFault fault = ReadSamples(survey, *job.image, RequestOf(options), image);
     if (fault.Met()) return Fail(options, fault.Code(), job.image->Title() + ": " + fault.words);
     const std::string problem = WhyNotAs(job.form, image);
     if (!problem.empty()) return Refuse("extract", job.image->Title() + ": " + problem + "; write .tif");
@@ -242,6 +255,11 @@ int RunExtract(ExtractOptions& options) {
   const bool one =
       !options.all && !options.part.empty() && !options.output.empty() && options.folder.empty();
   if (!whole && !one) return Refuse("extract", "give a PART and -o, or --all and -O");
+  const bool isPiece = !options.region.empty() || !options.bands.empty();
+  if (isPiece && (whole || options.part.rfind("image:", 0) != 0))
+    return Refuse("extract", "--region and --bands are for samples of image:N");
+  if (!options.region.empty() && (options.region[2] == 0 || options.region[3] == 0))
+    return Refuse("extract", "--region: a height and a width are not 0");
   options.file = TakeInput(options.file);
   const WorkAccount account(options.file);
   const Survey survey(options.file);
@@ -265,7 +283,11 @@ void AddExtract(CLI::App& app, Work& work) {
   command->add_option("-O,--output-folder", options->folder, "where to");
   command->add_option("--format", options->format, "tif, png or raw, whatever the output's name")
       ->check(CLI::IsMember({"tif", "png", "raw"}));
-  command->add_option("--reduce", options->reduce, "N: decode JPEG and JPEG 2000 at 1/2^N of their size");
+  command->add_option("--reduce", options->reduce, "N: samples at 1/2^N of the image's size");
+  command->add_option("--region", options->region, "ROW,COLUMN,HEIGHT,WIDTH of the image that is wanted")
+      ->delimiter(',')
+      ->expected(4);
+  command->add_option("--bands", options->bands, "bands that are wanted, from 0: 2,1,0")->delimiter(',');
   command->callback([&work, options] { work = [options] { return RunExtract(*options); }; });
 }
 
