@@ -1,4 +1,4 @@
-# cmake --install, and cpack's Debian packages: orbntf, liborbntf and liborbntf-dev.
+# cmake --install, and cpack's Debian packages: orbntf, liborbntf, liborbntf-core and liborbntf-dev.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -6,13 +6,15 @@ include(CMakePackageConfigHelpers)
 # is changed when it is installed is padded in the build tree with empty elements, which stand for wherever the
 # program is started.
 file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-set_target_properties(orbntf hostkit PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(orbntf orbntf_core hostkit PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(orbntf_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries};$ORIGIN")
 if(PROJECT_IS_TOP_LEVEL)
-  set_target_properties(orbntf hostkit orbntf_tool PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+  set_target_properties(orbntf orbntf_core hostkit orbntf_tool PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
 endif()
-target_include_directories(orbntf INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+foreach(library orbntf orbntf_core)
+  target_include_directories(${library} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+endforeach()
 target_link_libraries(orbntf INTERFACE hostkit)
 
 if(NOT ORBNTF_INSTALL)
@@ -27,6 +29,7 @@ endif()
 
 install(TARGETS orbntf hostkit EXPORT orbntf
   LIBRARY COMPONENT library NAMELINK_COMPONENT development)
+install(TARGETS orbntf_core EXPORT orbntf LIBRARY COMPONENT core NAMELINK_COMPONENT development)
 install(EXPORT orbntf NAMESPACE orbntf:: FILE orbntf-targets.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbntf COMPONENT development)
 configure_package_config_file(cmake/orbntf-config.cmake.in orbntf-config.cmake
@@ -35,10 +38,11 @@ write_basic_package_version_file(orbntf-config-version.cmake COMPATIBILITY SameM
 # The file finds its prefix from its own place, so that the installed tree can be moved.
 file(RELATIVE_PATH prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/orbntf.pc.in orbntf.pc @ONLY)
+configure_file(cmake/orbntf-core.pc.in orbntf-core.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/orbntf-config.cmake ${PROJECT_BINARY_DIR}/orbntf-config-version.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbntf COMPONENT development)
-install(FILES ${PROJECT_BINARY_DIR}/orbntf.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
-install(FILES include/orbntf/orbntf.h include/orbntf/orbntf.hpp include/orbntf/host.h include/orbntf/platform.h
+install(FILES ${PROJECT_BINARY_DIR}/orbntf.pc ${PROJECT_BINARY_DIR}/orbntf-core.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+install(FILES include/orbntf/core.hpp include/orbntf/orbntf.h include/orbntf/orbntf.hpp include/orbntf/host.h include/orbntf/platform.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orbntf COMPONENT development)
 
 # What the tool says of itself, and the header, as manual pages; completions.
@@ -60,9 +64,10 @@ install(FILES ${made}/orbntf.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-comp
   COMPONENT tool)
 install(FILES ${made}/_orbntf DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT tool)
 install(FILES ${made}/orbntf.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tool)
-foreach(part tool library development)
+foreach(part tool library core development)
   set(package_tool orbntf)
   set(package_library liborbntf${PROJECT_VERSION_MAJOR})
+  set(package_core liborbntf-core${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   set(package_development liborbntf-dev)
   install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_${part}} RENAME copyright COMPONENT ${part})
 endforeach()
@@ -72,7 +77,7 @@ set(CPACK_PACKAGE_CONTACT "the orbntf authors <orbntf@localhost>")
 set(CPACK_PACKAGE_VENDOR "the orbntf authors")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "NITF 2.1 and NSIF files: show, draw, change, extend and save")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_COMPONENTS_ALL tool library development)
+set(CPACK_COMPONENTS_ALL tool library core development)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
@@ -84,9 +89,11 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME liborbntf${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "fonts-liberation2")
+set(CPACK_DEBIAN_CORE_PACKAGE_NAME liborbntf-core${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+set(CPACK_DEBIAN_CORE_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liborbntf-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_TOOL_DEPENDS library)
-set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS library)
+set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS library core)
 set(CPACK_STRIP_FILES ON)
 include(CPack)

@@ -27,6 +27,10 @@ int Input(const uint8_t* data, size_t size);
 /// kept for `filter` as well.
 int Insight(const uint8_t* data, size_t size);
 
+/// The core as programs use it; the last bytes choose a window. It replays what is kept for `filter` as
+/// well.
+int Core(const uint8_t* data, size_t size);
+
 struct NamedTarget {
   const char* name;
   Target run;
@@ -34,7 +38,7 @@ struct NamedTarget {
 inline constexpr NamedTarget kTargets[] = {
     {"filter", &Filter},       {"api", &Api},       {"jpeg", &Jpeg},       {"jpeg2000", &Jpeg2000},
     {"facsimile", &Facsimile}, {"vector", &Vector}, {"drawing", &Drawing}, {"input", &Input},
-    {"insight", &Insight},
+    {"insight", &Insight},     {"core", &Core},
 };
 
 }  // namespace fuzz

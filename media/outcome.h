@@ -15,6 +15,7 @@ enum class [[nodiscard]] Outcome : int32_t{
     Invalid = -13,        ///< an argument that makes no sense
     Unsupported = -16,    ///< a form that is not handled
     NotRecognised = -20,  ///< no known form
+    Stopped = -30,        ///< a receiver did not want more
     OverBudget = -31,     ///< more work or memory than the bytes are worth
 };
 

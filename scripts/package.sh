@@ -14,6 +14,9 @@ mkdir build/package
 build/release/bin/orbntf --version | grep -qE 'Cairo [0-9]' || { echo "package.sh: no version of Cairo" >&2; exit 1; }
 readelf -d build/release/bin/orbntf build/release/bin/lib*.so | grep -E 'RUNPATH|RPATH' |
   grep -E '\[:|::|:\]' && { echo "package.sh: a search path has an empty element" >&2; exit 1; }
+nm -DC --defined-only build/release/bin/liborbntf-core.so | cut -d' ' -f3- |
+  grep -vE '^(orbntf::core::|(typeinfo|typeinfo name|vtable) for orbntf::core::Error$)' &&
+  { echo "package.sh: liborbntf-core exports more than its header declares" >&2; exit 1; }
 cmake --install build/release --prefix "$PWD/build/package/moved" >/dev/null
 tests/consumer_test.sh "$PWD" "$PWD/build/package/moved" build/package
 tests/subproject_test.sh "$PWD" build/package
@@ -42,7 +45,7 @@ inside man orbntf | grep -q 'Draw the composite display'
 for section in EXAMPLES FIELDS; do inside man orbntf | grep -q "^$section"; done
 inside bash -c 'source /usr/share/bash-completion/bash_completion; _completion_loader orbntf || true; complete -p orbntf' |
   grep -q _orbntf
-inside bash -c 'cd /orbntf && apt-get install -y -qq --no-install-recommends ./liborbntf-dev_*.deb g++ cmake make pkg-config' >>build/package/root.log 2>&1
+inside bash -c 'cd /orbntf && apt-get install -y -qq --no-install-recommends ./liborbntf-core*.deb ./liborbntf-dev_*.deb g++ cmake make pkg-config' >>build/package/root.log 2>&1
 inside man orbntf.h | grep -q Orb_NITFCreate
 inside bash /orbntf/tests/consumer_test.sh /orbntf / /tmp
-echo "package: 3 packages work in a bare root"
+echo "package: 4 packages work in a bare root"

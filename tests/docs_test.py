@@ -79,7 +79,7 @@ def check_program(page, language, block, folder, environment):
     compiler = ["cc", "-std=c99"] if language == "c" else ["c++", "-std=c++17"]
     flags = os.environ.get("DOCS_FLAGS", "").split()
     built = subprocess.run([*compiler, *flags, "-pedantic", "-Wall", "-Wextra", "-Werror", f"-I{include}", source, "-o",
-                            program, f"-L{libraries}", f"-Wl,-rpath,{libraries}", "-lorbntf", "-lhostkit"],
+                            program, f"-L{libraries}", f"-Wl,-rpath,{libraries}", "-lorbntf", "-lhostkit", "-lorbntf-core"],
                            text=True, capture_output=True)
     if built.returncode != 0:
         fail(page, built.stderr)

@@ -232,7 +232,7 @@ TEST_F(ExtractTest, CodestreamsAtTheirDepthAndReduced) {
       << "one component of three";
 }
 
-TEST_F(ExtractTest, FacsimileAndVectorQuantisation) {
+TEST_F(ExtractTest, FacsimileRows) {
   constexpr int kSide = test::kSide;
   SampleImage image;
   for (const bool twoDimensional : {false, true}) {
@@ -250,6 +250,10 @@ TEST_F(ExtractTest, FacsimileAndVectorQuantisation) {
     EXPECT_EQ(image.width, kSide / 4u);
     EXPECT_EQ(At(image, 3, 5, 0), test::IsBlack(12, 20) ? 0u : 1u) << "every fourth sample";
   }
+}
+
+TEST_F(ExtractTest, VectorQuantisedBlocks) {
+  SampleImage image;
   for (const test::VqForm& form :
        {test::VqForm{.stored = {true, true}}, test::VqForm{.bits = 16, .stored = {true, true}},
         test::VqForm{.bands = 3, .stored = {true, true}}}) {

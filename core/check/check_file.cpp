@@ -7,11 +7,19 @@
 namespace core {
 
 std::vector<Finding> FindFaults(const Survey& survey, const RecordDefinitions& definitions) {
+  std::vector<Finding> findings;
+  (void)FindFaults(survey, definitions, {}, findings);
+  return findings;
+}
+
+bool FindFaults(const Survey& survey, const RecordDefinitions& definitions,
+                const std::function<bool(double)>& progress, std::vector<Finding>& findings) {
   Checking checking(survey, definitions);
-  checking.Run();
-  std::stable_sort(checking.findings.begin(), checking.findings.end(),
+  if (!checking.Run(progress)) return false;
+  findings = std::move(checking.findings);
+  std::stable_sort(findings.begin(), findings.end(),
                    [](const Finding& a, const Finding& b) { return a.offset < b.offset; });
-  return std::move(checking.findings);
+  return true;
 }
 
 std::string Describe(const Finding& finding) {

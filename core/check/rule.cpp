@@ -72,13 +72,20 @@ const std::vector<TaggedRecord>& Checking::Records(const SurveyedPart& part) con
   return records_[&part] = RecordsOf(part, definitions);
 }
 
-void Checking::Run() {
+bool Checking::Run(const std::function<bool(double)>& progress) {
   const std::vector<const Rule*> rules = AllRules();
-  for (const SurveyedPart& part : survey.parts) {
-    for (const Rule* rule : rules) {
-      if (IsAbout(rule->on, part.kind)) Ask(*rule, part);
+  const double all = static_cast<double>(survey.parts.size());
+  for (size_t i = 0; i < survey.parts.size(); ++i) {
+    const SurveyedPart& part = survey.parts[i];
+    for (size_t n = 0; n < rules.size(); ++n) {
+      if (!IsAbout(rules[n]->on, part.kind)) continue;
+      const double done =
+          static_cast<double>(i) + static_cast<double>(n) / static_cast<double>(rules.size());
+      if (progress && !progress(done / all)) return false;
+      Ask(*rules[n], part);
     }
   }
+  return true;
 }
 
 void Checking::Fail(const SurveyedPart& part, const std::string& field, const std::string& words) {

@@ -1,6 +1,7 @@
 // What a sound file is, rule by rule.
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -55,8 +56,9 @@ class Checking {
   const Metafile& MetafileOf(const SurveyedPart& part) const;
   /// What an image's JPEG 2000 codestream says of itself, read once.
   const Codestream& CodestreamOf(const SurveyedPart& part) const;
-  /// Asks every rule of every part that it is about.
-  void Run();
+  /// Asks every rule of every part that it is about; false when `progress`, asked with how much is done,
+  /// from 0 to 1, did not want more.
+  bool Run(const std::function<bool(double)>& progress = {});
   /// Notes that the rule that is being asked does not hold at a field of a part.
   void Fail(const SurveyedPart& part, const std::string& field, const std::string& words);
   /// The same at the rule's own field, told with its text: `FIELD is "TEXT"`.

@@ -66,6 +66,8 @@ SampleFault FaultOf(media::Outcome outcome, const std::string& what) {
   switch (outcome) {
     case media::Outcome::Ok:
       return {};
+    case media::Outcome::Stopped:
+      return Stopped();
     case media::Outcome::OverBudget:
       return {media::Outcome::OverBudget, kNotWorth};
     case media::Outcome::NoMemory:

@@ -41,6 +41,9 @@ struct SampleFault {
   bool Met() const { return outcome != media::Outcome::Ok; }
 };
 
+/// A receiver did not want more.
+inline SampleFault Stopped() { return {media::Outcome::Stopped, "stopped"}; }
+
 /// Makes the samples, all of them the image's fill. NoMemory for more than may be.
 SampleFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height);
 /// Puts a sample's value.

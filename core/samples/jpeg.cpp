@@ -36,6 +36,7 @@ class JpegBlocks {
     std::stable_sort(streams.begin(), streams.end(),
                      [](const FoundJpeg& a, const FoundJpeg& b) { return a.offset < b.offset; });
     for (const FoundJpeg& found : streams) {
+      if (!target_.GoesOn(found.offset, source_.part.dataLength)) return Stopped();
       if (SampleFault fault = ReadStream(found); fault.Met()) return fault;
     }
     return {};

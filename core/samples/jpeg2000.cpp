@@ -51,6 +51,8 @@ SampleFault ReadJpeg2000(const SampleSource& source, SampleTarget& target) {
   request.asStored = true;
   const media::Outcome outcome =
       media::DecodeJpeg2000(bytes, request, [&](const media::CodestreamPart& part) {
+        if (!target.GoesOn(part.place.top, target.Bottom() - target.Top()))
+          return media::Outcome::Stopped;
         PutPart(part, target);
         return media::Outcome::Ok;
       });

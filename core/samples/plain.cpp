@@ -56,6 +56,7 @@ class BlockReader {
     const uint32_t planes = byPixel || blocks.sequential ? 1 : target_.Bands();
     for (uint32_t y = std::max(static_cast<uint32_t>(top), target_.Top()); y < bottom; ++y) {
       if (!target_.WantsRow(y)) continue;
+      if (!target_.GoesOn(y - target_.Top(), target_.Bottom() - target_.Top())) return Stopped();
       for (uint32_t plane = 0; plane < planes; ++plane) {
         if (!byPixel && !target_.WantsBand(firstBand + plane)) continue;
         if (!ReadRow(offset, PlaceOfRow(source_, y - top, plane), y, firstBand + plane))
@@ -160,6 +161,7 @@ SampleFault ReadFacsimile(const SampleSource& source, SampleTarget& target) {
   const SharedBlocks places = source.BlocksByOffset();
   for (auto place = places.begin(); place != places.end(); ++place) {
     const auto next = std::next(place);
+    if (!target.GoesOn(place->first, source.part.dataLength)) return Stopped();
     if (!IsWanted(place->second, form, blocks.across, target)) continue;
     const uint64_t end = next != places.end() ? next->first : source.part.dataLength;
     const std::string data =

@@ -106,4 +106,20 @@ SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const Sa
   return {media::Outcome::Unsupported, "IC is " + Quoted(part.Text("IC"))};
 }
 
+uint64_t SamplesAskedFor(const SurveyedPart& part, const SampleRequest& request) {
+  constexpr uint64_t kMost = uint64_t{1} << 40;
+  constexpr int64_t kMostBands = 16;
+  const auto side = [&](const char* field, uint64_t begin, uint64_t count) {
+    const auto all = static_cast<uint64_t>(std::clamp<int64_t>(part.Number(field), 0, INT32_MAX));
+    const uint64_t left = all - std::min(all, begin);
+    return count == 0 ? left : std::min(left, count);
+  };
+  const bool inWindows = IsOneOf(part.Text("IC"), "NC|NM|C8|M8");
+  const uint64_t rows = inWindows ? side("NROWS", request.row, request.rows) : side("NROWS", 0, 0);
+  const uint64_t columns =
+      inWindows ? side("NCOLS", request.column, request.columns) : side("NCOLS", 0, 0);
+  const auto bands = static_cast<uint64_t>(std::clamp<int64_t>(part.Bands(), 1, kMostBands));
+  return std::min(rows * columns, kMost) * bands;
+}
+
 }  // namespace core

@@ -10,6 +10,9 @@ namespace core {
 /// block.
 SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const SampleRequest& request,
                         SampleImage& image);
+/// How many samples a request asks for, of bands up to 16, for the account of a command: the whole image
+/// where a codec decodes it whole.
+uint64_t SamplesAskedFor(const SurveyedPart& part, const SampleRequest& request);
 /// All of it, at 1/2^reduce of its size.
 inline SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, uint32_t reduce,
                                SampleImage& image) {

@@ -1,6 +1,8 @@
 // Where samples that are asked for go.
 #pragma once
 
+#include <functional>
+
 #include "core/samples/image.h"
 
 namespace core {
@@ -11,6 +13,8 @@ struct SampleRequest {
   /// A window in rows and columns of the full image; without rows or columns as far as it goes. Of data
   /// that its codec reduces it begins where the smaller picture has a sample.
   uint64_t row = 0, column = 0, rows = 0, columns = 0;
+  /// Asked now and then with how much is done, from 0 to 1; false ends the work as Stopped.
+  std::function<bool(double)> progress;
   std::vector<uint32_t> bands;  ///< from 0, in the order that is wanted; empty for all
 };
 
@@ -41,6 +45,12 @@ class SampleTarget {
   }
   bool WantsRow(uint32_t y) const { return y >= top_ && y < bottom_ && (y - top_) % step_ == 0; }
   bool WantsBand(uint32_t band) const { return band < slots_.size() && slots_[band] != kNone; }
+
+  /// Whether the work goes on where `done` of `all` steps are done.
+  bool GoesOn(uint64_t done, uint64_t all) const {
+    return !request_.progress ||
+           request_.progress(static_cast<double>(done) / static_cast<double>(all == 0 ? 1 : all));
+  }
 
   /// Puts the value of a sample; one that is not asked for is left out.
   void Put(uint32_t x, uint32_t y, uint32_t band, uint64_t value) {

@@ -25,6 +25,7 @@ class VqBlocks {
     const auto count = static_cast<uint64_t>(source_.blocks.Count());
     for (uint64_t block = 0; block < count; ++block) {
       if (!source_.OffsetOf(block, 0)) continue;
+      if (!target_.GoesOn(block, count)) return Stopped();
       if (!ReadBlock(block))
         return {media::Outcome::ShortData, "the codes end in block " + std::to_string(block)};
     }

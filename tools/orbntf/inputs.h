@@ -1,7 +1,9 @@
 // What a command reads: regular files, or standard input by way of one.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/format/bytes.h"
@@ -28,10 +30,7 @@ class Inputs {
   bool Hold(const std::string& output) const;
 
  private:
-  struct Identity {
-    uint64_t device, file;
-    auto operator<=>(const Identity&) const = default;
-  };
+  using Identity = std::pair<uint64_t, uint64_t>;  // device and file
   static bool Identify(const std::string& path, Identity& identity);
   std::vector<Identity> identities_;
 };

@@ -240,11 +240,7 @@ void AllowImages(const ExtractOptions& options, const Survey& survey) {
     if (part.kind != PartKind::Image ||
         (!options.all && options.part != "image:" + std::to_string(part.index)))
       continue;
-    const auto side = [&](const char* field) {
-      return static_cast<uint64_t>(std::clamp<int64_t>(part.Number(field), 0, INT32_MAX));
-    };
-    const auto bands = static_cast<uint64_t>(std::clamp<int64_t>(part.Bands(), 1, 16));
-    pixels = std::max(pixels, std::min(side("NROWS") * side("NCOLS"), uint64_t{1} << 40) * bands);
+    pixels = std::max(pixels, SamplesAskedFor(part, RequestOf(options)));
   }
   WorkAccount::AllowPixels(pixels);
 }

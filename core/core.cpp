@@ -1,0 +1,253 @@
+// The library's own surface over the folders of the core.
+#include "orbntf/core.hpp"
+
+#include <algorithm>
+#include <new>
+
+#include "core/check/check_file.h"
+#include "core/format/survey.h"
+#include "core/samples/samples.h"
+#include "media/work.h"
+
+namespace orbntf::core {
+namespace {
+
+using ::core::SurveyedPart;
+
+ErrorKind KindOf(media::Outcome outcome) {
+  switch (outcome) {
+    case media::Outcome::ShortData:
+      return ErrorKind::Truncated;
+    case media::Outcome::Unsupported:
+      return ErrorKind::Unsupported;
+    case media::Outcome::Invalid:
+      return ErrorKind::Invalid;
+    case media::Outcome::Stopped:
+      return ErrorKind::Stopped;
+    case media::Outcome::NoMemory:
+    case media::Outcome::OverBudget:
+      return ErrorKind::TooMuch;
+    default:
+      return ErrorKind::Damaged;
+  }
+}
+
+// Runs what may throw what the library does not.
+template <class Work>
+auto Guarded(Work work) {
+  try {
+    return work();
+  } catch (const Error&) {
+    throw;
+  } catch (const ::core::ReadError& error) {
+    throw Error(ErrorKind::Unreadable, error.what());
+  } catch (const std::bad_alloc&) {
+    throw Error(ErrorKind::TooMuch, "there is not enough memory");
+  } catch (const std::exception& error) {
+    throw Error(ErrorKind::Damaged, error.what());
+  }
+}
+
+// A caller's function that throws stops the work as one that answers false.
+std::function<bool(double)> Calm(const std::function<bool(double)>& progress) {
+  if (!progress) return {};
+  return [&progress](double done) {
+    try {
+      return progress(done);
+    } catch (...) {
+      return false;
+    }
+  };
+}
+
+SegmentInfo InfoOf(const SurveyedPart& part) {
+  SegmentInfo info;
+  info.kind = static_cast<SegmentKind>(part.kind);
+  info.index = part.index;
+  info.offset = part.offset;
+  info.headerLength = part.headerLength;
+  info.dataOffset = part.dataOffset;
+  info.dataLength = part.dataLength;
+  info.complete = part.complete;
+  info.title = part.Title();
+  return info;
+}
+
+FieldText TextOf(const ::core::SurveyedField& field) {
+  return {field.name, std::string(field.text), field.meaning != nullptr ? field.meaning : "",
+          field.offset};
+}
+
+std::vector<RecordFieldText> FieldsOf(const std::vector<::core::DecodedField>& fields) {
+  std::vector<RecordFieldText> texts;
+  for (const ::core::DecodedField& field : fields) {
+    RecordFieldText& text = texts.emplace_back();
+    text.name = field.field->name;
+    text.unit = field.field->unit;
+    text.text = field.text;
+    for (const auto& turn : field.turns) text.turns.push_back(FieldsOf(turn));
+  }
+  return texts;
+}
+
+Finding FindingOf(const ::core::Finding& finding) {
+  const ::core::Rule& rule = *finding.rule;
+  return {static_cast<Severity>(rule.severity),
+          rule.id,
+          finding.part,
+          finding.field,
+          finding.offset,
+          finding.words,
+          rule.sentence,
+          rule.standard};
+}
+
+Samples SamplesOf(::core::SampleImage&& image) {
+  Samples samples;
+  samples.width = image.width;
+  samples.height = image.height;
+  samples.bands = image.bands;
+  samples.bits = image.bits;
+  samples.significantBits = image.significantBits;
+  samples.sampleBytes = image.sampleBytes;
+  samples.kind = static_cast<SampleKind>(image.kind);
+  samples.data = std::move(image.samples);
+  samples.noData = image.noData;
+  samples.palette = std::move(image.palette);
+  return samples;
+}
+
+}  // namespace
+
+Error::Error(ErrorKind kind, const std::string& words, std::string segment, std::optional<uint64_t> byte)
+    : std::runtime_error(words), kind_(kind), segment_(std::move(segment)), byte_(byte) {}
+Error::~Error() = default;
+
+struct File::State {
+  template <class Source>
+  explicit State(const Source& source) : survey(source) {
+    for (const SurveyedPart& part : survey.parts) segments.push_back(InfoOf(part));
+  }
+  const SurveyedPart& Part(const SegmentInfo& segment) const {
+    const SurveyedPart* part = survey.Find(static_cast<::core::PartKind>(segment.kind), segment.index);
+    if (part == nullptr) throw Error(ErrorKind::Invalid, "there is no such segment", segment.title);
+    return *part;
+  }
+
+  ::core::Survey survey;
+  ::core::RecordDefinitions definitions;
+  std::vector<SegmentInfo> segments;
+};
+
+File::File(std::unique_ptr<State> state) : state_(std::move(state)) {
+  const SurveyedPart& header = state_->survey.Header();
+  const std::string version = std::string(header.Text("FHDR")) + std::string(header.Text("FVER"));
+  if (version != "NITF02.10" && version != "NSIF01.00")
+    throw Error(ErrorKind::NotNitf, "it is no NITF 2.1 or NSIF 1.0 file");
+}
+File::File(File&&) noexcept = default;
+File& File::operator=(File&&) noexcept = default;
+File::~File() = default;
+
+File File::Open(const std::string& path) {
+  return Guarded([&] {
+    errno = 0;
+    auto state = std::make_unique<State>(path);
+    if (!state->survey.file.IsOpen())
+      throw Error(ErrorKind::Unreadable, errno != 0 ? ::core::WordsOfErrno(errno) : "is no regular file");
+    return File(std::move(state));
+  });
+}
+
+File File::FromMemory(const void* bytes, size_t count) {
+  return Guarded([&] {
+    const std::string_view memory(bytes != nullptr ? static_cast<const char*>(bytes) : "",
+                                  bytes != nullptr ? count : 0);
+    return File(std::make_unique<State>(memory));
+  });
+}
+
+uint64_t File::Size() const { return state_->survey.file.Size(); }
+const std::vector<SegmentInfo>& File::Segments() const { return state_->segments; }
+
+const SegmentInfo& File::Segment(SegmentKind kind, uint32_t index) const {
+  for (const SegmentInfo& segment : state_->segments) {
+    if (segment.kind == kind && segment.index == index) return segment;
+  }
+  throw Error(ErrorKind::Invalid, "there is no such segment");
+}
+
+std::vector<FieldText> File::Fields(const SegmentInfo& segment) const {
+  return Guarded([&] {
+    std::vector<FieldText> fields;
+    state_->Part(segment).ForEachField(
+        [&](const ::core::SurveyedField& field) { fields.push_back(TextOf(field)); });
+    return fields;
+  });
+}
+
+std::optional<FieldText> File::Field(const SegmentInfo& segment, const std::string& name) const {
+  return Guarded([&]() -> std::optional<FieldText> {
+    const auto field = state_->Part(segment).Find(name);
+    if (!field) return std::nullopt;
+    return TextOf(*field);
+  });
+}
+
+std::vector<Record> File::Records(const SegmentInfo& segment) const {
+  return Guarded([&] {
+    std::vector<Record> records;
+    for (const ::core::TaggedRecord& record :
+         ::core::RecordsOf(state_->Part(segment), state_->definitions))
+      records.push_back({record.tag, record.area, record.offset, record.bytes, record.problem,
+                         FieldsOf(record.fields)});
+    return records;
+  });
+}
+
+std::string File::Data(const SegmentInfo& segment, uint64_t offset, uint64_t count) const {
+  return Guarded([&] {
+    constexpr uint64_t kMostAtOnce = 1 << 30;
+    const SurveyedPart& part = state_->Part(segment);
+    const uint64_t there = offset < part.dataLength ? std::min(count, part.dataLength - offset) : 0;
+    if (std::min(there, Size()) > kMostAtOnce)
+      throw Error(ErrorKind::TooMuch, "more than 1 GiB at once", segment.title, part.dataOffset);
+    return state_->survey.file.At(part.dataOffset + offset, there);
+  });
+}
+
+std::vector<Finding> File::Check(const std::function<bool(double)>& progress) const {
+  return Guarded([&] {
+    const media::WorkLimit limit(Size());
+    std::vector<::core::Finding> found;
+    if (!::core::FindFaults(state_->survey, state_->definitions, Calm(progress), found))
+      throw Error(ErrorKind::Stopped, "stopped");
+    std::vector<Finding> findings;
+    for (const ::core::Finding& finding : found) findings.push_back(FindingOf(finding));
+    return findings;
+  });
+}
+
+Samples File::ReadSamples(const SegmentInfo& image, const SampleRequest& request) const {
+  return Guarded([&] {
+    const SurveyedPart& part = state_->Part(image);
+    if (part.kind != ::core::PartKind::Image)
+      throw Error(ErrorKind::Invalid, "the segment is no image", image.title);
+    const media::WorkLimit limit(Size());
+    ::core::SampleRequest wanted;
+    wanted.row = request.row, wanted.column = request.column;
+    wanted.rows = request.rows, wanted.columns = request.columns;
+    wanted.bands = request.bands;
+    wanted.reduce = request.reduce;
+    wanted.progress = Calm(request.progress);
+    media::AllowPixels(::core::SamplesAskedFor(part, wanted));
+    ::core::SampleImage samples;
+    const ::core::SampleFault fault = ::core::ReadSamples(state_->survey, part, wanted, samples);
+    if (fault.Met()) throw Error(KindOf(fault.outcome), fault.words, image.title, part.dataOffset);
+    return SamplesOf(std::move(samples));
+  });
+}
+
+const char* Version() { return ORBNTF_VERSION; }
+
+}  // namespace orbntf::core

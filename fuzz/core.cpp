@@ -1,0 +1,52 @@
+// The core as programs use it: header, records, findings, windows of samples.
+#include "orbntf/core.hpp"
+
+#include "fuzz/support.h"
+#include "fuzz/targets.h"
+
+namespace {
+
+using orbntf::core::File;
+
+orbntf::core::SampleRequest TakeRequest(fuzz::Choices choices) {
+  orbntf::core::SampleRequest request;
+  request.reduce = choices.Byte() % 4u;
+  request.row = choices.Byte();
+  request.column = choices.Byte();
+  request.rows = request.columns = choices.Byte();
+  if (choices.Byte() % 2 == 0) request.bands = {0};
+  return request;
+}
+
+void ReadImage(const File& file, const orbntf::core::SegmentInfo& image,
+               const orbntf::core::SampleRequest& request) {
+  try {
+    const orbntf::core::Samples samples = file.ReadSamples(image, request);
+    fuzz::Require(samples.data.size() ==
+                      size_t{samples.width} * samples.height * samples.bands * samples.sampleBytes,
+                  "samples fill their rows");
+  } catch (const orbntf::core::Error&) {
+  }
+}
+
+}  // namespace
+
+int fuzz::Core(const uint8_t* data, size_t size) {
+  Begin(size);
+  const orbntf::core::SampleRequest request = TakeRequest(Choices(data, size));
+  try {
+    const File file = File::FromMemory(data, size);
+    for (const orbntf::core::SegmentInfo& segment : file.Segments()) {
+      for (const orbntf::core::FieldText& field : file.Fields(segment))
+        Require(file.Field(segment, field.name).has_value(), "a field is found by its name");
+      for (const orbntf::core::Record& record : file.Records(segment))
+        Require(!record.tag.empty() || !record.problem.empty(), "bytes without a tag have a problem");
+      (void)file.Data(segment, 0, 100);
+      if (segment.kind == orbntf::core::SegmentKind::Image) ReadImage(file, segment, request);
+    }
+    for (const orbntf::core::Finding& finding : file.Check())
+      Require(!finding.words.empty(), "a finding has words");
+  } catch (const orbntf::core::Error&) {
+  }
+  return 0;
+}

@@ -1,0 +1,181 @@
+// orbntf core for C++17: NITF 2.1 and NSIF 1.0 files by the published standard (MIL-STD-2500C, JBP).
+// Structure, fields and their meaning, tagged records, findings, and samples of image segments in
+// windows.
+//
+// Any number of files may be used in any threads; one file in one thread at a time. What a function gives
+// belongs to the caller. The only exception that leaves is orbntf::core::Error. Work and memory of a call
+// are bounded by what the file's bytes and the asked window are worth.
+#ifndef ORBNTF_CORE_HPP
+#define ORBNTF_CORE_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#if defined(__GNUC__)
+#define ORBNTF_CORE_API __attribute__((visibility("default")))
+#else
+#define ORBNTF_CORE_API
+#endif
+
+namespace orbntf::core {
+
+/// Why something could not be done.
+enum class ErrorKind {
+  Unreadable,   ///< the file cannot be opened or read, or is no regular file
+  NotNitf,      ///< it is no NITF 2.1 or NSIF 1.0 file
+  Truncated,    ///< data ends too early
+  Damaged,      ///< data is not what its headers say, or does not decode
+  Unsupported,  ///< a form that is not handled
+  Invalid,      ///< an argument that makes no sense: a segment, window or band that is not there
+  TooMuch,      ///< more memory or work than there is, or than the file's bytes are worth
+  Stopped,      ///< the caller's progress function answered false
+};
+
+/// What every function throws, and nothing else.
+class ORBNTF_CORE_API Error : public std::runtime_error {
+ public:
+  Error(ErrorKind kind, const std::string& words, std::string segment = {},
+        std::optional<uint64_t> byte = {});
+  ~Error() override;
+  ErrorKind Kind() const noexcept { return kind_; }
+  /// The segment that it is about, "image 0"; empty where it is about none.
+  const std::string& Segment() const noexcept { return segment_; }
+  /// Where that segment's data begins in the file, where that is known.
+  std::optional<uint64_t> Byte() const noexcept { return byte_; }
+
+ private:
+  ErrorKind kind_;
+  std::string segment_;
+  std::optional<uint64_t> byte_;
+};
+
+/// Parts of a file, in the order of MIL-STD-2500C, table A-1.
+enum class SegmentKind { FileHeader, Image, Graphic, Text, DataExtension, ReservedExtension };
+
+/// The file header or a segment as the file header's lengths place it.
+struct SegmentInfo {
+  SegmentKind kind = SegmentKind::FileHeader;
+  uint32_t index = 0;         ///< within its kind, from 0
+  uint64_t offset = 0;        ///< of its header, in the file
+  uint64_t headerLength = 0;  ///< in bytes, as declared
+  uint64_t dataOffset = 0;    ///< of its data; the file header has none
+  uint64_t dataLength = 0;    ///< in bytes, as declared: the file may have fewer
+  bool complete = false;      ///< every field of its header is there
+  std::string title;          ///< "file header", "image 0"
+};
+
+/// A field of a header, as it is stored.
+struct FieldText {
+  std::string name;     ///< the mnemonic; of repeated ones with a number from 1: "LISH1", "IREPBAND2"
+  std::string text;     ///< its bytes
+  std::string meaning;  ///< in words
+  uint64_t offset = 0;  ///< in the file
+};
+
+/// A field of a tagged record (STDI-0002).
+struct RecordFieldText {
+  std::string name, unit;
+  std::string text;                                 ///< its bytes; empty where it repeats
+  std::vector<std::vector<RecordFieldText>> turns;  ///< of one that repeats, a list for each time
+};
+
+/// A tagged record.
+struct Record {
+  std::string tag;      ///< six characters; empty for bytes behind the last whole record
+  std::string area;     ///< the field that holds it: UDHD, XHD, UDID, IXSHD, SXSHD, TXSHD, DESDATA
+  uint64_t offset = 0;  ///< of its tag, in the file
+  std::string bytes;    ///< behind tag and length
+  std::string problem;  ///< why it is not decoded; empty where it is
+  std::vector<RecordFieldText> fields;
+};
+
+enum class Severity { Note, Warning, Error };
+
+/// What does not hold in a file.
+struct Finding {
+  Severity severity = Severity::Note;
+  std::string rule;      ///< "block.colour"
+  std::string segment;   ///< "image 0"
+  std::string field;     ///< mnemonic
+  uint64_t offset = 0;   ///< in the file
+  std::string words;     ///< what was found
+  std::string sentence;  ///< what has to hold
+  std::string standard;  ///< where the published standard says so
+};
+
+/// PVTYPE (MIL-STD-2500C, table A-3). A complex number is two reals of half its bits, the real part
+/// first.
+enum class SampleKind { Unsigned, Signed, Real, Complex };
+
+/// What is wanted of an image segment.
+struct SampleRequest {
+  /// Of the full image, from its upper left corner; rows or columns of 0 go as far as the image does.
+  uint64_t row = 0, column = 0, rows = 0, columns = 0;
+  std::vector<uint32_t> bands;  ///< from 0, in the order that is wanted; empty for all
+  uint32_t reduce = 0;          ///< sides of 1/2^reduce, rounded up; up to 16, of JPEG 3
+  /// Called now and then with how much is done, from 0 to 1; false ends the work with Stopped.
+  std::function<bool(double)> progress;
+};
+
+/// Samples at their own depth.
+struct Samples {
+  uint32_t width = 0, height = 0, bands = 0;
+  uint32_t bits = 0;             ///< NBPP
+  uint32_t significantBits = 0;  ///< ABPP
+  uint32_t sampleBytes = 0;      ///< that each takes here: 1, 2, 4 or 8
+  SampleKind kind = SampleKind::Unsigned;
+  /// Rows from the top, bands side by side in pixels, numbers in host byte order.
+  std::vector<uint8_t> data;
+  std::optional<uint64_t> noData;  ///< what stands where a mask says that there are no pixels
+  std::vector<uint8_t> palette;    ///< red, green, blue of each entry of the lookup tables
+};
+
+/// An open file. It is read as it is asked for, and never changed.
+class ORBNTF_CORE_API File {
+ public:
+  /// Opens a file by its path, bytes of any kind. Unreadable; NotNitf.
+  static File Open(const std::string& path);
+  /// Opens bytes that stay where they are while the file is used. NotNitf.
+  static File FromMemory(const void* bytes, size_t count);
+  File(File&&) noexcept;
+  File& operator=(File&&) noexcept;
+  ~File();
+
+  /// Bytes of the file.
+  uint64_t Size() const;
+  /// The file header and every segment that it counts, in file order.
+  const std::vector<SegmentInfo>& Segments() const;
+  /// One of them; Invalid where it is not there.
+  const SegmentInfo& Segment(SegmentKind kind, uint32_t index = 0) const;
+  /// The fields of a header in file order, as far as they are there.
+  std::vector<FieldText> Fields(const SegmentInfo& segment) const;
+  /// One field; none where the header does not have it.
+  std::optional<FieldText> Field(const SegmentInfo& segment, const std::string& name) const;
+  /// The tagged records of a header, decoded where their definition is known.
+  std::vector<Record> Records(const SegmentInfo& segment) const;
+  /// Bytes of a segment's data from an offset on: fewer than `count` only where the file or the segment
+  /// ends. TooMuch for more than 1 GiB at once.
+  std::string Data(const SegmentInfo& segment, uint64_t offset, uint64_t count) const;
+  /// What does not hold, in the order of its bytes. `progress` as in SampleRequest.
+  std::vector<Finding> Check(const std::function<bool(double)>& progress = {}) const;
+  /// Samples of an image segment. Truncated; Damaged; Unsupported; Invalid; TooMuch; Stopped.
+  Samples ReadSamples(const SegmentInfo& image, const SampleRequest& request = {}) const;
+
+ private:
+  struct State;
+  explicit File(std::unique_ptr<State> state);
+  std::unique_ptr<State> state_;
+};
+
+/// The version of the library, "0.1.0".
+ORBNTF_CORE_API const char* Version();
+
+}  // namespace orbntf::core
+
+#endif

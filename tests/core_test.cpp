@@ -1,0 +1,181 @@
+// The core as programs use it.
+#include "orbntf/core.hpp"
+
+#include <sys/stat.h>
+
+#include <cstring>
+#include <thread>
+
+#include "tests/support/encoders.h"
+#include "tests/support/sound.h"
+#include "tests/support/support.h"
+
+namespace test {
+namespace {
+
+using orbntf::core::Error;
+using orbntf::core::ErrorKind;
+using orbntf::core::File;
+using orbntf::core::SampleRequest;
+using orbntf::core::Samples;
+using orbntf::core::SegmentKind;
+
+// The kind of the error that some work ends with; none where it ends well.
+std::optional<ErrorKind> KindOf(const std::function<void()>& work) {
+  try {
+    work();
+  } catch (const Error& error) {
+    EXPECT_STRNE(error.what(), "");
+    return error.Kind();
+  }
+  return std::nullopt;
+}
+
+std::string Ramp() {
+  std::string data;
+  for (int i = 0; i < 64; ++i) data += static_cast<char>(i);
+  return data;
+}
+
+TEST(Core, AFileFromItsPathAndFromMemory) {
+  const TempFile file(SoundWith({}, Ramp()).Bytes());
+  const std::string bytes = file.Contents();
+  File files[] = {File::Open(file.Path()), File::FromMemory(bytes.data(), bytes.size())};
+  std::swap(files[0], files[1]);
+  for (const File& open : files) {
+    EXPECT_EQ(open.Size(), bytes.size());
+    ASSERT_EQ(open.Segments().size(), 4u);
+    const auto& image = open.Segment(SegmentKind::Image);
+    EXPECT_EQ(image.title, "image 0");
+    EXPECT_EQ(open.Data(image, 60, 100), Ramp().substr(60));
+    EXPECT_EQ(open.Data(image, 64, 1), "");
+    const auto rows = open.Field(image, "NROWS");
+    ASSERT_TRUE(rows.has_value());
+    EXPECT_EQ(rows->text, bytes.substr(rows->offset, 8));
+    EXPECT_NE(rows->meaning, "");
+    EXPECT_FALSE(open.Field(image, "NONESUCH").has_value());
+    EXPECT_EQ(open.Fields(open.Segments()[0])[0].text, "NITF");
+    EXPECT_TRUE(open.Check().empty());
+  }
+}
+
+TEST(Core, WindowsOfSamples) {
+  const std::string bytes = SoundWith({}, Ramp()).Bytes();
+  const File file = File::FromMemory(bytes.data(), bytes.size());
+  const auto& image = file.Segment(SegmentKind::Image);
+  SampleRequest request;
+  request.row = 2, request.column = 3, request.rows = 4, request.columns = 100;
+  Samples samples = file.ReadSamples(image, request);
+  EXPECT_EQ(samples.width, 5u);
+  EXPECT_EQ(samples.height, 4u);
+  EXPECT_EQ(samples.sampleBytes, 1u);
+  for (uint32_t y = 0; y < 4; ++y) {
+    for (uint32_t x = 0; x < 5; ++x) EXPECT_EQ(samples.data[y * 5 + x], (y + 2) * 8 + x + 3);
+  }
+  request.reduce = 1;
+  samples = file.ReadSamples(image, request);
+  EXPECT_EQ(samples.data, (std::vector<uint8_t>{19, 21, 23, 35, 37, 39}));
+}
+
+TEST(Core, FindingsAndRecordsSayWhereTheyAre) {
+  NitfBuilder builder = SoundFile();
+  builder.images[0].subheader.Set("IXSHDL", 3 + 13).InsertAfter("IXSHDL", "IXS", "000TAGONE00002xy");
+  builder.images[0].subheader.Set("ISYNC", "1");
+  const std::string bytes = builder.Bytes();
+  const File file = File::FromMemory(bytes.data(), bytes.size());
+  const auto records = file.Records(file.Segment(SegmentKind::Image));
+  ASSERT_EQ(records.size(), 1u);
+  EXPECT_EQ(records[0].tag, "TAGONE");
+  EXPECT_EQ(records[0].bytes, "xy");
+  EXPECT_EQ(bytes.substr(records[0].offset, 6), "TAGONE");
+  EXPECT_NE(records[0].problem, "");
+  bool found = false;
+  for (const auto& finding : file.Check()) {
+    if (finding.rule != "image.isync") continue;
+    found = true;
+    EXPECT_EQ(finding.segment, "image 0");
+    EXPECT_EQ(finding.field, "ISYNC");
+    EXPECT_EQ(bytes[finding.offset], '1');
+    EXPECT_NE(finding.sentence, "");
+    EXPECT_NE(finding.standard, "");
+  }
+  EXPECT_TRUE(found);
+}
+
+TEST(Core, ErrorsHaveTheirKind) {
+  EXPECT_EQ(KindOf([] { (void)File::Open("/nonesuch/a.ntf"); }), ErrorKind::Unreadable);
+  EXPECT_EQ(KindOf([] { (void)File::Open("/"); }), ErrorKind::Unreadable);
+  EXPECT_EQ(KindOf([] { (void)File::FromMemory(nullptr, 0); }), ErrorKind::NotNitf);
+  EXPECT_EQ(KindOf([] { (void)File::FromMemory("NITF02.00", 9); }), ErrorKind::NotNitf);
+  std::string bytes = SoundWith({}, Ramp()).Bytes();
+  const File file = File::FromMemory(bytes.data(), bytes.size());
+  const auto& image = file.Segment(SegmentKind::Image);
+  EXPECT_EQ(KindOf([&] { (void)file.Segment(SegmentKind::Image, 1); }), ErrorKind::Invalid);
+  EXPECT_EQ(KindOf([&] { (void)file.ReadSamples(file.Segments()[0]); }), ErrorKind::Invalid);
+  SampleRequest request;
+  request.row = 8;
+  EXPECT_EQ(KindOf([&] { (void)file.ReadSamples(image, request); }), ErrorKind::Invalid);
+  request.row = 0;
+  request.bands = {1};
+  EXPECT_EQ(KindOf([&] { (void)file.ReadSamples(image, request); }), ErrorKind::Invalid);
+  const File cut = File::FromMemory(bytes.data(), image.dataOffset + 20);
+  EXPECT_EQ(KindOf([&] { (void)cut.ReadSamples(image); }), ErrorKind::Truncated);
+  const std::string damaged = SoundWith(BlockForm("C8", 1, 1, 1, "MONO"), "no codestream").Bytes();
+  const File other = File::FromMemory(damaged.data(), damaged.size());
+  try {
+    (void)other.ReadSamples(image);
+    FAIL();
+  } catch (const Error& error) {
+    EXPECT_EQ(error.Kind(), ErrorKind::Damaged);
+    EXPECT_EQ(error.Segment(), "image 0");
+    EXPECT_EQ(damaged.substr(error.Byte().value(), 13), "no codestream");
+  }
+}
+
+TEST(Core, WorkStopsWhenItIsNotWantedAnyMore) {
+  const std::string bytes = SoundWith({}, Ramp()).Bytes();
+  const File file = File::FromMemory(bytes.data(), bytes.size());
+  const auto& image = file.Segment(SegmentKind::Image);
+  SampleRequest request;
+  double reached = 0;
+  request.progress = [&](double done) { return (reached = done) < 0.5; };
+  EXPECT_EQ(KindOf([&] { (void)file.ReadSamples(image, request); }), ErrorKind::Stopped);
+  EXPECT_NEAR(reached, 0.5, 0.1);
+  request.progress = [](double) -> bool { throw 1; };
+  EXPECT_EQ(KindOf([&] { (void)file.ReadSamples(image, request); }), ErrorKind::Stopped);
+  EXPECT_EQ(KindOf([&] { (void)file.Check([](double done) { return done < 0.3; }); }),
+            ErrorKind::Stopped);
+}
+
+// A small file that says that its image is vast.
+TEST(Core, WhatIsNotWorthItsBytesIsRefused) {
+  NitfBuilder builder = SoundFile();
+  test::Record& image = builder.images[0].subheader;
+  image.Set("NROWS", 99999999).Set("NCOLS", 99999999).Set("NPPBH", "0000").Set("NPPBV", "0000");
+  image.Set("IC", "NM");
+  builder.images[0].data = MaskBytes({{0xFFFFFFFF}, {}, -1});
+  const std::string bytes = builder.Bytes();
+  const File file = File::FromMemory(bytes.data(), bytes.size());
+  EXPECT_EQ(KindOf([&] { (void)file.ReadSamples(file.Segment(SegmentKind::Image)); }),
+            ErrorKind::TooMuch);
+}
+
+TEST(Core, FilesMayBeUsedInThreads) {
+  const std::string bytes =
+      SoundWith(BlockForm("C8", 1, 1, 3, "RGB"), EncodeJpeg2000(kSide, kSide, {0, 1, 2})).Bytes();
+  std::vector<std::thread> threads;
+  std::vector<std::vector<uint8_t>> results(4);
+  for (auto& result : results) {
+    threads.emplace_back([&] {
+      const File file = File::FromMemory(bytes.data(), bytes.size());
+      (void)file.Check();
+      result = file.ReadSamples(file.Segment(SegmentKind::Image)).data;
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (const auto& result : results) EXPECT_EQ(result, results[0]);
+  EXPECT_EQ(results[0].size(), size_t{3} * kSide * kSide);
+}
+
+}  // namespace
+}  // namespace test
