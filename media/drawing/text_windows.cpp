@@ -1,4 +1,7 @@
 // Texts measured with the fonts of Windows.
+#define NOMINMAX
+#include <windows.h>
+
 #include <algorithm>
 
 #include "media/drawing/text.h"
