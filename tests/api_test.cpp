@@ -185,12 +185,7 @@ void ExpectUnchanged(NitfHandle handle, SegmentList<R> NitfFile::*list,
 
 TEST_F(ApiTest, GetThenSetChangesNothing) {
   std::vector<std::string> files = {test::FullFile().Bytes()};
-  const std::filesystem::path samples = std::filesystem::path(PROJECT_SOURCE_DIR) / "../shared/samples";
-  if (std::filesystem::exists(samples)) {
-    for (const auto& entry : std::filesystem::directory_iterator(samples)) {
-      if (entry.path().extension() == ".ntf") files.push_back(test::ReadFile(entry.path()));
-    }
-  }
+  for (const auto& path : test::SamplePaths()) files.push_back(test::ReadFile(path));
   for (const std::string& bytes : files) {
     const NitfHandle handle = Open(bytes);
     ExpectUnchanged(handle, &NitfFile::images, &Orb_NITFGetImageHeader, &Orb_NITFSetImageHeader,

@@ -153,6 +153,19 @@ TEST_F(CheckTest, ComplexityLevels) {
   });
 }
 
+TEST_F(CheckTest, CountsOfComplexityLevels) {
+  const auto manyGraphics = [](NitfBuilder& file) {
+    for (int i = 0; i < 100; ++i) {
+      file.Graphic(file.graphics[0].subheader, file.graphics[0].data);
+      file.graphics.back().subheader.Set("SDLVL", 3 + i);
+    }
+  };
+  const auto texts = [](NitfBuilder& file) {
+    for (int i = 0; i < 32; ++i) file.Text("A line\r\n");
+  };
+  test::ExpectBroken({Change("level.graphics.count", manyGraphics), Change("level.texts", texts)});
+}
+
 TEST_F(CheckTest, Classification) {
   test::ExpectBroken({
       Header("security.class", "FSCLAS", "X"),

@@ -1,4 +1,4 @@
-// Where the display may follow the published standard: each switch by itself, against the module's word.
+// Where the display may follow the published standard: each switch by itself, against the module's own display.
 #include "Common/NitfFile.h"
 #include "tests/support/encoders.h"
 #include "tests/support/metafile.h"

@@ -2,7 +2,8 @@
 # The example on files that the tool made and on the samples. Arguments: the tool, the example, a scratch
 # folder.
 set -euo pipefail
-samples=$(cd "$(dirname "$0")/../.." && pwd)/shared/samples
+samples=${ORBNTF_SAMPLES-}
+[ -n "$samples" ] || echo "ORBNTF_SAMPLES names no folder of real files: they are skipped"
 scratch=$(mktemp -d "$3/example-XXXXXX")
 trap 'rm -rf "$scratch"' EXIT
 cd "$scratch"
@@ -34,7 +35,7 @@ same() { # FILE: whether the example's output differs in the title only
 same extended.ntf "$2" "$1"
 "$1" info --json titled.ntf | grep -q TAGTWO00003abc || fail "the extended data"
 for file in "$samples"/*.ntf; do
-  [ -e "$file" ] || continue
+  [ -n "$samples" ] && [ -e "$file" ] || continue
   # A plain copy writes some fields in forms of their own.
   "$1" copy "$file" -o copied.ntf
   same copied.ntf "$2" "$1"

@@ -9,7 +9,7 @@ cd "$scratch"
 printf 'some text' >words.txt
 "$tool" new -o made.ntf --text words.txt
 cp -r "$project/fuzz/corpus/filter" corpus
-[ ! -d "$project/../shared/samples" ] || cp -r "$project/../shared/samples" samples
+if [ -n "${ORBNTF_SAMPLES-}" ]; then cp -r "$ORBNTF_SAMPLES" samples; else echo "ORBNTF_SAMPLES: skipped"; fi
 find . -type f >list.txt
 xargs -d '\n' "$tool" info --json-lines <list.txt >lines.json 2>/dev/null || true
 [ "$(wc -l <lines.json)" -eq "$(wc -l <list.txt)" ]

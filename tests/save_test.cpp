@@ -18,13 +18,8 @@ using CompressedSaveTest = test::CodecTest;
 TEST_F(SaveTest, CopiesAreTheSameBytes) {
   std::vector<std::pair<std::string, std::string>> files = {{"full", test::FullFile().Bytes()},
                                                             {"empty", NitfBuilder().Bytes()}};
-  const std::filesystem::path samples = std::filesystem::path(PROJECT_SOURCE_DIR) / "../shared/samples";
-  if (std::filesystem::exists(samples)) {
-    for (const auto& entry : std::filesystem::directory_iterator(samples)) {
-      if (entry.path().extension() == ".ntf")
-        files.emplace_back(entry.path().stem().string(), test::ReadFile(entry.path()));
-    }
-  }
+  for (const auto& path : test::SamplePaths())
+    files.emplace_back(path.stem().string(), test::ReadFile(path));
   for (const auto& [name, bytes] : files) {
     SCOPED_TRACE(name);
     const test::TempFile original(bytes);

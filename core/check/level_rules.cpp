@@ -8,12 +8,12 @@ namespace core {
 namespace {
 
 struct Level {
-  int64_t number, side, bytes, bands, images, extensions, graphicBytes;
+  int64_t number, side, bytes, bands, images, extensions, graphicBytes, graphics, texts;
 };
-constexpr Level kLevels[] = {{3, 2048, (50 << 20) - 1, 9, 20, 10, 1 << 20},
-                             {5, 8192, (1 << 30) - 1, 255, 20, 50, 2 << 20},
-                             {6, 65536, (int64_t{1} << 31) - 1, 999, 100, 100, 2 << 20},
-                             {7, 99999999, (int64_t{10} << 30) - 1, 999, 100, 100, 2 << 20}};
+constexpr Level kLevels[] = {{3, 2048, (50 << 20) - 1, 9, 20, 10, 1 << 20, 100, 32},
+                             {5, 8192, (1 << 30) - 1, 255, 20, 50, 2 << 20, 100, 32},
+                             {6, 65536, (int64_t{1} << 31) - 1, 999, 100, 100, 2 << 20, 100, 32},
+                             {7, 99999999, (int64_t{10} << 30) - 1, 999, 100, 100, 2 << 20, 100, 32}};
 
 // What the file asks for, in the members of a level.
 Level NeedsOf(const Checking& checking) {
@@ -23,6 +23,8 @@ Level NeedsOf(const Checking& checking) {
   needs.bytes = static_cast<int64_t>(survey.file.Size());
   needs.images = survey.Count(PartKind::Image);
   needs.extensions = survey.Count(PartKind::DataExtension);
+  needs.graphics = survey.Count(PartKind::Graphic);
+  needs.texts = survey.Count(PartKind::Text);
   for (const SurveyedPart& part : survey.parts) {
     if (part.kind == PartKind::Image) needs.bands = std::max(needs.bands, part.Bands());
     if (part.kind == PartKind::Graphic) needs.graphicBytes += static_cast<int64_t>(part.dataLength);
@@ -72,10 +74,18 @@ void AskGraphics(Checking& checking, const SurveyedPart& part) {
   AskLimit(checking, part, &Level::graphicBytes, " bytes of graphics");
 }
 
+void AskGraphicCount(Checking& checking, const SurveyedPart& part) {
+  AskLimit(checking, part, &Level::graphics, " graphics");
+}
+void AskTexts(Checking& checking, const SurveyedPart& part) {
+  AskLimit(checking, part, &Level::texts, " texts");
+}
+
 bool Holds(const Level& level, const Level& needs) {
   return needs.side <= level.side && needs.bytes <= level.bytes && needs.bands <= level.bands &&
          needs.images <= level.images && needs.extensions <= level.extensions &&
-         needs.graphicBytes <= level.graphicBytes;
+         needs.graphicBytes <= level.graphicBytes && needs.graphics <= level.graphics &&
+         needs.texts <= level.texts;
 }
 
 void AskLowest(Checking& checking, const SurveyedPart& part) {
@@ -106,6 +116,10 @@ constexpr Rule kRules[] = {
      "The file has no more data extensions than the level allows.", AskExtensions},
     {"level.graphics", Severity::Error, On::File, "CLEVEL", kTableA10,
      "The graphics together take no more bytes than the level allows.", AskGraphics},
+    {"level.graphics.count", Severity::Error, On::File, "CLEVEL", kTableA10,
+     "The file has no more graphics than the level allows.", AskGraphicCount},
+    {"level.texts", Severity::Error, On::File, "CLEVEL", kTableA10,
+     "The file has no more texts than the level allows.", AskTexts},
     {"level.lowest", Severity::Note, On::File, "CLEVEL", kTableA10,
      "The level is the lowest that the file fits.", AskLowest},
 };

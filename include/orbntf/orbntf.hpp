@@ -123,7 +123,7 @@ using TextRecord = Record<TextHeader, &Orb_NITFFreeTextHeader>;
 class SetOnlyFields {
  public:
   /// Takes them from a file, of a streamed one from the replacement data at its end. False when the file
-  /// cannot be read so far.
+  /// cannot be read.
   bool Read(const std::string& path) {
     std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
     if (file == nullptr) return false;

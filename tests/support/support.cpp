@@ -102,6 +102,19 @@ std::u16string Widen(const std::string& path) {
   return wide.Convert(path.c_str()) != 0 ? wide.Value() : u"";
 }
 
+std::vector<std::filesystem::path> SamplePaths() {
+  std::vector<std::filesystem::path> paths;
+  const char* folder = std::getenv("ORBNTF_SAMPLES");
+  if (folder == nullptr || *folder == 0) {
+    std::printf("ORBNTF_SAMPLES names no folder of real files: they are skipped\n");
+    return paths;
+  }
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.path().extension() == ".ntf") paths.push_back(entry.path());
+  }
+  return paths;
+}
+
 std::string ReadFile(const std::filesystem::path& path) {
   std::ostringstream bytes;
   bytes << std::ifstream(path, std::ios::binary).rdbuf();

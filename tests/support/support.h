@@ -32,6 +32,8 @@ class TempFile {
 };
 std::u16string Widen(const std::string& path);
 std::string ReadFile(const std::filesystem::path& path);
+/// The NITF files of the folder that ORBNTF_SAMPLES names; none where it names none, which is said.
+std::vector<std::filesystem::path> SamplePaths();
 
 struct Rgb {
   uint8_t red = 0, green = 0, blue = 0;

@@ -139,17 +139,7 @@ int RunCompose(const std::string& name, const CLI::App& command, ComposeOptions&
   if (const int code = labels.ApplyToFile(isNew); code != kExitOk) return code;
   if (const int code = AddItems(name, items, document); code != kExitOk) return code;
   if (const int code = labels.ApplyToSegments(); code != kExitOk) return code;
-  const int code = SaveAs(name, document, options.file, options.output);
-  // A drawing that was added has its place in the saved file only.
-  Document saved;
-  const bool opens =
-      code == kExitOk && options.output != "-" && saved.Open(options.output) == ORB_SUCCESS;
-  const std::string why =
-      code == kExitOk ? WhyHigherLevel(opens ? saved.get() : document.get()) : std::string();
-  if (!why.empty())
-    std::fprintf(stderr, "orbntf: %s: %s: %s than complexity level 03 allows\n", name.c_str(),
-                 Printable(options.output).c_str(), why.c_str());
-  return code;
+  return SaveAs(name, document, options.file, options.output);
 }
 
 void AddCompose(CLI::App& app, Work& work, const std::string& name, const std::string& description) {

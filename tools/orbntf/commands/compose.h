@@ -24,10 +24,6 @@ int32_t AppendItem(Document& document, const Item& item, std::string& words, std
 /// status of the module.
 int32_t AppendUncompressed(NitfHandle document, const Picture& picture);
 
-/// Why a document asks for a higher complexity level than 03, which is what the module reads and writes
-/// (MIL-STD-2500C, table A-10); empty when it does not.
-std::string WhyHigherLevel(NitfHandle document);
-
 /// Now in UTC, or SOURCE_DATE_EPOCH, as CCYYMMDDhhmmss.
 std::string DateNow();
 

@@ -102,22 +102,6 @@ int32_t AppendItem(Document& document, const Item& item, std::string& words, std
   return status;
 }
 
-std::string WhyHigherLevel(NitfHandle document) {
-  constexpr uint32_t kSide = 2048, kImages = 20, kGraphics = 100, kTexts = 32;
-  constexpr uint64_t kBytes = 50 << 20;
-  const auto more = [](const char* what, uint64_t there, uint64_t most) {
-    return there > most ? std::to_string(there) + " " + what + ", more" : std::string();
-  };
-  uint32_t width = 0, height = 0;
-  std::string why;
-  if (GetActual_Width_Height(document, &width, &height) == ORB_SUCCESS)
-    why = more("pixels a side of the canvas", std::max(width, height), kSide);
-  if (why.empty()) why = more("images", document->ImageCount(), kImages);
-  if (why.empty()) why = more("graphics", document->GraphicCount(), kGraphics);
-  if (why.empty()) why = more("texts", document->TextCount(), kTexts);
-  return why.empty() ? more("bytes", document->header.fileLength, kBytes) : why;
-}
-
 std::string DateNow() {
   std::time_t now = std::time(nullptr);
   if (const char* epoch = std::getenv("SOURCE_DATE_EPOCH"); epoch != nullptr && *epoch != 0)
