@@ -1,4 +1,5 @@
-// Where the display may follow the published standard: each switch by itself, against the module's own display.
+// Where the display may follow the published standard: each switch by itself, against the module's own
+// display.
 #include "Common/NitfFile.h"
 #include "tests/support/encoders.h"
 #include "tests/support/metafile.h"
