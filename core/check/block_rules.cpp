@@ -7,9 +7,7 @@
 namespace core {
 namespace {
 
-void AskMode(Checking& checking, const SurveyedPart& part) {
-  if (part.Has("IMODE") && !IsOneOf(part.Text("IMODE"), "B|P|R|S")) checking.FailAt(part, "IMODE");
-}
+void AskMode(Checking& checking, const SurveyedPart& part) { checking.FailUnlessAllowed(part, "IMODE"); }
 
 void AskSequential(Checking& checking, const SurveyedPart& part) {
   const Blocks blocks(part);

@@ -14,9 +14,7 @@ void AskMark(Checking& checking, const SurveyedPart& part) {
     checking.Fail(part, "FHDR", "the file begins with " + Quoted(mark));
 }
 
-void AskType(Checking& checking, const SurveyedPart& part) {
-  if (part.Has("STYPE") && part.Text("STYPE") != "BF01") checking.FailAt(part, "STYPE");
-}
+void AskType(Checking& checking, const SurveyedPart& part) { checking.FailUnlessAllowed(part, "STYPE"); }
 
 void AskStation(Checking& checking, const SurveyedPart& part) {
   if (part.Has("OSTAID") && part.Trimmed("OSTAID").empty())
@@ -58,7 +56,7 @@ void AskCopies(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskEncryption(Checking& checking, const SurveyedPart& part) {
-  if (part.Has("ENCRYP") && part.Text("ENCRYP") != "0") checking.FailAt(part, "ENCRYP");
+  checking.FailUnlessAllowed(part, "ENCRYP");
 }
 
 void AskReserved(Checking& checking, const SurveyedPart& part) {

@@ -4,12 +4,10 @@
 namespace core {
 namespace {
 
-void AskForm(Checking& checking, const SurveyedPart& part) {
-  if (part.Has("SFMT") && part.Text("SFMT") != "C") checking.FailAt(part, "SFMT");
-}
+void AskForm(Checking& checking, const SurveyedPart& part) { checking.FailUnlessAllowed(part, "SFMT"); }
 
 void AskColour(Checking& checking, const SurveyedPart& part) {
-  if (part.Has("SCOLOR") && !IsOneOf(part.Text("SCOLOR"), "C|M")) checking.FailAt(part, "SCOLOR");
+  checking.FailUnlessAllowed(part, "SCOLOR");
 }
 
 void AskBounds(Checking& checking, const SurveyedPart& part) {

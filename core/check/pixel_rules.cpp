@@ -6,10 +6,7 @@
 namespace core {
 namespace {
 
-void AskType(Checking& checking, const SurveyedPart& part) {
-  if (part.Has("PVTYPE") && !IsOneOf(part.Trimmed("PVTYPE"), "INT|B|SI|R|C"))
-    checking.FailAt(part, "PVTYPE");
-}
+void AskType(Checking& checking, const SurveyedPart& part) { checking.FailUnlessAllowed(part, "PVTYPE"); }
 
 void AskDepth(Checking& checking, const SurveyedPart& part) {
   struct Depths {
@@ -34,7 +31,7 @@ void AskSignificant(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskJustification(Checking& checking, const SurveyedPart& part) {
-  if (part.Has("PJUST") && !IsOneOf(part.Text("PJUST"), "L|R")) checking.FailAt(part, "PJUST");
+  checking.FailUnlessAllowed(part, "PJUST");
 }
 
 // Representations, and what goes with each.

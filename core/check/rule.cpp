@@ -1,5 +1,6 @@
 #include "core/check/rule.h"
 
+#include "core/format/allowed.h"
 #include "core/format/words.h"
 
 namespace core {
@@ -91,6 +92,10 @@ bool Checking::Run(const std::function<bool(double)>& progress) {
 void Checking::Fail(const SurveyedPart& part, const std::string& field, const std::string& words) {
   const std::optional<SurveyedField> found = part.Find(field);
   findings.push_back({asked_, part.Title(), field, found ? found->offset : part.offset, words});
+}
+
+void Checking::FailUnlessAllowed(const SurveyedPart& part, const std::string& field) {
+  if (part.Has(field) && !IsAllowed(field, part.Text(field))) FailAt(part, field);
 }
 
 void Checking::FailAt(const SurveyedPart& part, const std::string& field) {

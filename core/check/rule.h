@@ -65,6 +65,8 @@ class Checking {
   void FailAt(const SurveyedPart& part, const std::string& field);
   /// The same at a byte of the file.
   void FailAtByte(const SurveyedPart& part, uint64_t offset, const std::string& words);
+  /// The same at a field that is there with a text that it may not have.
+  void FailUnlessAllowed(const SurveyedPart& part, const std::string& field);
 
  private:
   void Ask(const Rule& rule, const SurveyedPart& part);

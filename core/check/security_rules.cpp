@@ -25,7 +25,7 @@ bool IsBlank(const SurveyedPart& part, const char* field) {
 
 void AskClass(Checking& checking, const SurveyedPart& part) {
   const std::string name = ClassName(part);
-  if (part.Has(name) && !IsOneOf(part.Text(name), "T|S|C|R|U")) checking.FailAt(part, name);
+  if (part.Has(name) && !IsAllowed("CLAS", part.Text(name))) checking.FailAt(part, name);
 }
 
 void AskOrder(Checking& checking, const SurveyedPart& part) {
@@ -51,21 +51,14 @@ void AskSystem(Checking& checking, const SurveyedPart& part) {
                       Quoted(part.Trimmed(NameIn(part, *filled))));
 }
 
-void AskList(Checking& checking, const SurveyedPart& part, const char* field, std::string_view list) {
+void AskList(Checking& checking, const SurveyedPart& part, const char* field) {
   const std::string name = NameIn(part, field);
-  if (part.Has(name) && !part.Trimmed(name).empty() && !IsOneOf(part.Trimmed(name), list))
-    checking.FailAt(part, name);
+  if (part.Has(name) && !IsAllowed(field, part.Text(name))) checking.FailAt(part, name);
 }
 
-void AskType(Checking& checking, const SurveyedPart& part) {
-  AskList(checking, part, "DCTP", "DD|DE|GD|GE|O|X");
-}
-void AskAuthority(Checking& checking, const SurveyedPart& part) {
-  AskList(checking, part, "CATP", "O|D|M");
-}
-void AskReason(Checking& checking, const SurveyedPart& part) {
-  AskList(checking, part, "CRSN", "A|B|C|D|E|F|G");
-}
+void AskType(Checking& checking, const SurveyedPart& part) { AskList(checking, part, "DCTP"); }
+void AskAuthority(Checking& checking, const SurveyedPart& part) { AskList(checking, part, "CATP"); }
+void AskReason(Checking& checking, const SurveyedPart& part) { AskList(checking, part, "CRSN"); }
 
 // A field that is there exactly where the declassification type asks for it.
 void AskBelonging(Checking& checking, const SurveyedPart& part, const char* field,
@@ -86,7 +79,7 @@ void AskExemption(Checking& checking, const SurveyedPart& part) {
 }
 void AskDowngrade(Checking& checking, const SurveyedPart& part) {
   AskBelonging(checking, part, "DG", "GD|GE");
-  AskList(checking, part, "DG", "S|C|R");
+  AskList(checking, part, "DG");
 }
 void AskDowngradeDate(Checking& checking, const SurveyedPart& part) {
   AskBelonging(checking, part, "DGDT", "GD");

@@ -8,8 +8,7 @@ namespace {
 constexpr uint64_t kLongest = 99999;
 
 void AskFormat(Checking& checking, const SurveyedPart& part) {
-  if (part.Has("TXTFMT") && !IsOneOf(part.Text("TXTFMT"), "STA|MTF|UT1|U8S"))
-    checking.FailAt(part, "TXTFMT");
+  checking.FailUnlessAllowed(part, "TXTFMT");
 }
 
 void AskLength(Checking& checking, const SurveyedPart& part) {

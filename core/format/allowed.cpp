@@ -4,6 +4,7 @@
 
 #include "core/format/geography.h"
 #include "core/format/numbers.h"
+#include "core/format/words.h"
 
 namespace core {
 namespace {
@@ -25,30 +26,41 @@ std::string ProblemOfDay(std::string_view value) {
 // Fields whose texts are in a list; prefixes of the security fields are left off.
 struct Listed {
   std::string_view name;
-  const char* values;  // separated by spaces; a blank value is allowed where the list begins with one
+  std::string_view texts;  // a blank is allowed where the list begins with one
   bool isSecurity;
 };
-constexpr Listed kLists[] = {{"CLAS", "T S C R U", true},
-                             {"DCTP", " DD DE GD GE O X", true},
-                             {"DG", " S C R", true},
-                             {"CATP", " O D M", true},
-                             {"CRSN", " A B C D E F G", true},
-                             {"ICORDS", " U G N S D", false},
-                             {"TXTFMT", "STA MTF UT1 U8S", false},
+constexpr Listed kLists[] = {{"CLAS", "T|S|C|R|U", true},
+                             {"DCTP", "|DD|DE|GD|GE|O|X", true},
+                             {"DG", "|S|C|R", true},
+                             {"CATP", "|O|D|M", true},
+                             {"CRSN", "|A|B|C|D|E|F|G", true},
+                             {"PVTYPE", "INT|B|SI|R|C", false},
+                             {"PJUST", "L|R", false},
+                             {"IMODE", "B|P|R|S", false},
+                             {"IC", "NC|NM|C0|C1|C3|C4|C5|C6|C7|C8|I1|M0|M1|M3|M4|M5|M6|M7|M8", false},
+                             {"ICAT",
+                              "VIS|SL|TI|FL|RD|EO|OP|HR|HS|CP|BP|SAR|SARIQ|IR|MAP|MS|FP|MRI|XRAY|CAT|VD|"
+                              "PAT|LEG|DTEM|MATR|LOCG|BARO|CURRENT|DEPTH|WIND",
+                              false},
+                             {"ICORDS", "|U|G|N|S|D", false},
+                             {"TXTFMT", "STA|MTF|UT1|U8S", false},
                              {"SFMT", "C", false},
-                             {"SCOLOR", "C M", false},
+                             {"SCOLOR", "C|M", false},
                              {"STYPE", "BF01", false},
                              {"ENCRYP", "0", false}};
 
-bool IsListed(const Listed& list, std::string_view value) {
-  std::string_view left = list.values;
-  if (value.empty()) return left[0] == ' ';
-  while (!left.empty()) {
-    const size_t end = std::min(left.find(' '), left.size());
-    if (left.substr(0, end) == value) return true;
-    left.remove_prefix(std::min(end + 1, left.size()));
-  }
-  return false;
+const Listed* ListOf(std::string_view field) {
+  const auto* found = std::find_if(std::begin(kLists), std::end(kLists),
+                                   [&](const Listed& list) { return list.name == field; });
+  return found != std::end(kLists) ? found : nullptr;
+}
+
+// "T S C R U", "S C R or blank".
+std::string WordsOf(std::string_view texts) {
+  const bool blank = texts[0] == '|';
+  std::string words(texts.substr(blank ? 1 : 0));
+  std::replace(words.begin(), words.end(), '|', ' ');
+  return words + (blank ? " or blank" : "");
 }
 
 std::string ProblemOfListed(std::string_view name, std::string_view value) {
@@ -57,9 +69,7 @@ std::string ProblemOfListed(std::string_view name, std::string_view value) {
     const bool isIt = list.isSecurity ? name.size() == list.name.size() + 2 && name[1] == 'S' &&
                                             EndsWith(name, list.name)
                                       : name == list.name;
-    if (isIt && !IsListed(list, Trimmed(value)))
-      return "not one of " + std::string(Trimmed(list.values)) +
-             (list.values[0] == ' ' ? " or blank" : "");
+    if (isIt && !IsOneOf(Trimmed(value), list.texts)) return "not one of " + WordsOf(list.texts);
   }
   return "";
 }
@@ -77,6 +87,11 @@ std::string ProblemOfPlace(char icords, std::string_view value) {
 }
 
 }  // namespace
+
+bool IsAllowed(std::string_view field, std::string_view text) {
+  const Listed* list = ListOf(field);
+  return list == nullptr || IsOneOf(Trimmed(text), list->texts);
+}
 
 bool DescribesPixels(const std::string& name) {
   constexpr std::string_view kNames[] = {"NROWS", "NCOLS", "PVTYPE", "ABPP",  "PJUST", "IC",  "COMRAT",
