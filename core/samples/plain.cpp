@@ -1,5 +1,7 @@
 // Uncompressed samples of any depth and mode, and facsimile.
 #include <algorithm>
+#include <bit>
+#include <cstring>
 #include <iterator>
 
 #include "core/samples/decoders.h"
@@ -75,12 +77,37 @@ class BlockReader {
     if (at > length || bytes > length - at) return false;
     const std::string row = source_.survey.file.At(source_.part.dataOffset + at, bytes);
     if (row.size() < bytes) return false;
-    uint64_t bit = firstBit % 8;
-    for (uint32_t x = first_; x < end_; ++x) {
-      for (uint32_t band = 0; band < place.perPixel; ++band, bit += bits_)
+    for (uint32_t band = 0; band < place.perPixel; ++band) {
+      if (!target_.WantsBand(firstBand + band)) continue;
+      uint8_t* to = IsWholeBytes() ? target_.Run(first_, y, firstBand + band) : nullptr;
+      if (to != nullptr) {
+        CopyRun(row.data() + size_t{band} * bits_ / 8, size_t{place.perPixel} * bits_ / 8, to);
+        continue;
+      }
+      uint64_t bit = firstBit % 8 + uint64_t{band} * bits_;
+      for (uint32_t x = first_; x < end_; ++x, bit += uint64_t{place.perPixel} * bits_)
         target_.Put(x, y, firstBand + band, Sample(BitsAt(row, bit, bits_)));
     }
     return true;
+  }
+
+  // Whether samples take as many bytes as they are kept in.
+  bool IsWholeBytes() const { return bits_ == 8 * target_.Image().sampleBytes; }
+
+  // Big-endian numbers in host order. A complex number is two.
+  void CopyRun(const char* from, size_t step, uint8_t* to) const {
+    const SampleImage& image = target_.Image();
+    const uint32_t numbers = image.kind == SampleKind::Complex ? 2 : 1;
+    const uint32_t bytes = image.sampleBytes / numbers;
+    constexpr bool kTurns = std::endian::native == std::endian::little;
+    for (uint32_t x = first_; x < end_; ++x, from += step, to += image.PixelBytes()) {
+      if (image.sampleBytes == 1) {
+        *to = static_cast<uint8_t>(*from);
+        continue;
+      }
+      std::memcpy(to, from, image.sampleBytes);
+      for (uint32_t n = 0; kTurns && n < numbers; ++n) std::reverse(to + n * bytes, to + (n + 1) * bytes);
+    }
   }
 
   // Signed samples keep their sign where they take more bits than they have.

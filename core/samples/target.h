@@ -57,6 +57,12 @@ class SampleTarget {
     if (!WantsRow(y) || x < left_ || x >= right_ || (x - left_) % step_ != 0 || !WantsBand(band)) return;
     PutSample(image_, (x - left_) / step_, (y - top_) / step_, slots_[band], value);
   }
+  /// Where the samples of a wanted band of a wanted row lie from a wanted column on, a pixel's bytes
+  /// apart; null where not every column is wanted.
+  uint8_t* Run(uint32_t x, uint32_t y, uint32_t band) {
+    if (step_ != 1) return nullptr;
+    return image_.Pixel(x - left_, y - top_) + size_t{slots_[band]} * image_.sampleBytes;
+  }
   /// Puts what is wanted of a decoded block, its components from a band on.
   void PutStream(const DecodedStream& stream, uint32_t left, uint32_t top, uint32_t firstBand);
 
