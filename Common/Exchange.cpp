@@ -62,11 +62,10 @@ Status SetField(const FieldTraits& traits, FieldView field, const uint8_t* bytes
       return SetNumber(traits, field, LoadFrom<int32_t>(bytes));
     case SetAs::Code:
       return SetCode(traits, field, LoadFrom<const char*>(bytes));
-    case SetAs::Location: {
-      const bool leadingSign = std::string_view(traits.name).substr(1) == "LOC";
+    case SetAs::Location:
+    case SetAs::SignedLocation:
       return SetLocation(*field.location, LoadFrom<int32_t>(bytes), LoadFrom<int32_t>(bytes + 4),
-                         leadingSign);
-    }
+                         traits.setAs == SetAs::SignedLocation);
     case SetAs::Date: {
       const char* pieces[7];
       const size_t count = traits.width / 2;

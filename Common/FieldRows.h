@@ -92,8 +92,8 @@ enum class WriteFrom : uint8_t {
   Code,       ///< the code table's text
   Custom,     ///< FieldRow::custom formats it
 };
-/// How callers set a field.
-enum class SetAs : uint8_t { Text, Number, Date, Location, Code, Bytes };
+/// How callers set a field. The minus of a signed location stands first in its half.
+enum class SetAs : uint8_t { Text, Number, Date, Location, SignedLocation, Code, Bytes };
 
 /// What is known of a field whatever its record.
 struct FieldTraits {

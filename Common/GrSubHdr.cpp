@@ -28,7 +28,7 @@ constexpr auto kTable = MakeTable<H>(
         Field<&H::SSTRUCT>("SSTRUCT").SetNumber(),
         Field<&H::SDLVL>("SDLVL").SetNumber(true).Write(WriteFrom::Value),
         Field<&H::SALVL>("SALVL").SetNumber(true).Write(WriteFrom::Value),
-        Field<&H::SLOC>("SLOC").Set(SetAs::Location),
+        Field<&H::SLOC>("SLOC").Set(SetAs::SignedLocation),
         Field<&H::SBND1>("SBND1").Set(SetAs::Location),
         Field<&H::SCOLOR>("SCOLOR").Blank().WriteWith(&FormatColour),
         Field<&H::SBND2>("SBND2").Set(SetAs::Location),

@@ -241,10 +241,13 @@ constexpr auto kTable = MakeTable<H>(
         Field<&H::NBPP>("NBPP").SetNumber().Write(WriteFrom::TextValue).Accept(&AcceptSampleDepth),
         Field<&H::IDLVL>("IDLVL").SetNumber().Write(WriteFrom::TextValue),
         Field<&H::IALVL>("IALVL").SetNumber().Write(WriteFrom::TextValue),
-        Field<&H::ILOC>("ILOC").Fill('0').Set(SetAs::Location),
+        Field<&H::ILOC>("ILOC").Fill('0').Set(SetAs::SignedLocation),
         Field<&H::IMAG>("IMAG")
             .Blank()
-            .Accept([](H& header) { return header.TakeMagnification(), Status::Success; })
+            .Accept([](H& header) {
+              header.TakeMagnification();
+              return Status::Success;
+            })
             .WriteWith(&FormatMagnification),
     },
     ExtendedRows<H, &H::userDefined>("UDIDL", "UDOFL"),

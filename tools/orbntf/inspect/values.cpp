@@ -60,11 +60,15 @@ bool IsDate(const FieldTraits& traits) {
   return traits.setAs == SetAs::Date || name == "DCDT" || name == "DGDT" || name == "SRDT";
 }
 
+bool IsPlace(const FieldTraits& traits) {
+  return traits.setAs == SetAs::Location || traits.setAs == SetAs::SignedLocation;
+}
+
 }  // namespace
 
 bool HasValue(const FieldTraits& traits) {
   const std::string_view name(traits.name);
-  return name == "FBKGC" || name == "IMAG" || IsDate(traits) || traits.setAs == SetAs::Location ||
+  return name == "FBKGC" || name == "IMAG" || IsDate(traits) || IsPlace(traits) ||
          traits.setAs == SetAs::Number;
 }
 
@@ -73,7 +77,7 @@ void WriteValue(JsonText& json, const FieldTraits& traits, std::string_view text
   if (name == "FBKGC") return WriteColour(json, text);
   if (name == "IMAG") return WriteMagnification(json, text);
   if (IsDate(traits)) return WriteDate(json, text);
-  if (traits.setAs == SetAs::Location) return WritePlace(json, text);
+  if (IsPlace(traits)) return WritePlace(json, text);
   WriteNumber(json, text);
 }
 
