@@ -223,6 +223,7 @@ std::vector<Finding> File::Check(const std::function<bool(double)>& progress) co
     if (!::core::FindFaults(state_->survey, state_->definitions, Calm(progress), found))
       throw Error(ErrorKind::Stopped, "stopped");
     std::vector<Finding> findings;
+    findings.reserve(found.size());
     for (const ::core::Finding& finding : found) findings.push_back(FindingOf(finding));
     return findings;
   });
