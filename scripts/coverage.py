@@ -1,4 +1,4 @@
-"""Sums the coverage of Common/ and hostkit/ and holds it against the least that is wanted:
+"""Sums the coverage of Common/, and of hostkit/ and media/ together, and holds it against the least that is wanted:
 coverage.py LCOV JSON.
 
 Constant expressions that only the compiler runs (the field tables and what builds them) are left out."""
@@ -8,7 +8,9 @@ import pathlib
 import re
 import sys
 
-LEAST = {"Common": (98, 92), "hostkit": (95, 85)}  # per cent of lines and branches
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+# Per cent of lines and branches. The stand-in and what does its work below are one sum.
+LEAST = {"Common": (98, 92), "hostkit+media": (95, 85)}
 
 
 def constant_lines(path):
@@ -41,7 +43,8 @@ for entry in json.load(open(sys.argv[2]))["data"][0]["files"]:
 
 rows, sums = [], {room: [[0, 0], [0, 0]] for room in LEAST}
 for name, counts_of in lines_of.items():
-    room = next((r for r in LEAST if f"/{r}/" in name), None)
+    own = pathlib.Path(name).relative_to(ROOT) if pathlib.Path(name).is_relative_to(ROOT) else pathlib.Path("other")
+    room = next((r for r in LEAST if own.parts[0] in r.split("+")), None)
     if room is None:
         continue
     constant = constant_lines(name)
@@ -53,7 +56,7 @@ for name, counts_of in lines_of.items():
         total[0] += covered
         total[1] += len(counts)
         missed.append(len(counts) - covered)
-    rows.append((missed[0], missed[1], name[name.index(f"/{room}/") + 1:]))
+    rows.append((missed[0], missed[1], str(own)))
 for lines, branches, name in sorted(rows, reverse=True):
     if lines or branches:
         print(f"{lines:6} lines {branches:6} branches missed  {name}")

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Lines and branches of Common/ and hostkit/ that the tests execute; fails below the least that is wanted.
+# Lines and branches of Common/, hostkit/ and media/ that the tests execute; fails below the least that is wanted.
 # `scripts/coverage.sh FILE` shows a file's lines instead, with their counts.
 set -euo pipefail
 cd "$(dirname "$0")/.."
