@@ -10,9 +10,10 @@ int fuzz::Input(const uint8_t* data, size_t size) {
   Require(Orb_NITFCreate(&document, nullptr) == ORB_SUCCESS, "an empty document");
   int32_t added = 0;
   if (choice % 2 == 0) {
-    tool::Picture picture;
+    core::Picture picture;
     tool::Bitmap bitmap;
-    if (picture.Load(file.Path()) == kHostOk && picture.bits == 8 && bitmap.Take(picture) == kHostOk)
+    if (tool::LoadInput(file.Path(), picture) == kHostOk && picture.bits == 8 &&
+        bitmap.Take(picture) == kHostOk)
       added =
           Orb_NITFAppendImageSegment(document, &bitmap.record, kFormatJpegRgb, picture.channels * 8, 30);
   } else {

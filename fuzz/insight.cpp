@@ -1,8 +1,8 @@
 // What the tool tells of a file: its structure, findings, records, samples and page.
 #include "Common/NitfFile.h"
+#include "core/report/report.h"
 #include "core/samples/samples.h"
 #include "fuzz/support.h"
-#include "tools/orbntf/report/report.h"
 
 int fuzz::Insight(const uint8_t* data, size_t size) {
   static MemoryFile file;
@@ -10,7 +10,7 @@ int fuzz::Insight(const uint8_t* data, size_t size) {
   Begin(size);
   const uint32_t reduce = Choices(data, size).Byte() % 4;
   file.Fill(data, size);
-  tool::ReportedFile reported(file.Path(), "f1", definitions);
+  core::ReportedFile reported(file.Path(), "f1", definitions);
   Require(!reported.survey.parts.empty(), "a file has a header");
   reported.findings = core::FindFaults(reported.survey, definitions);
   for (const core::Finding& finding : reported.findings)
@@ -22,15 +22,15 @@ int fuzz::Insight(const uint8_t* data, size_t size) {
     if (fault.Met()) continue;
     Require(image.samples.size() == image.PixelBytes() * image.width * image.height,
             "every pixel has its samples");
-    const tool::Pixels pixels = tool::PictureOf(image, 64);
+    const core::Pixels pixels = core::PictureOf(image, 64);
     Require(pixels.rgb.size() == size_t{3} * pixels.width * pixels.height, "a picture is whole");
-    (void)tool::Histograms(image);
+    (void)core::Histograms(image);
   }
-  constexpr tool::PageDetail kDetail = {2000, 20000, 500, 0, 2000, 1 << 20, 0};
-  const std::string page = tool::FindingsSection(reported, kDetail) + tool::LocationSection(reported) +
-                           tool::FieldsSection(reported, kDetail) +
-                           tool::RecordsSection(reported, kDetail) +
-                           tool::TextsSection(reported, kDetail) + tool::LayoutSection(reported, kDetail);
+  constexpr core::PageDetail kDetail = {2000, 20000, 500, 0, 2000, 1 << 20, 0};
+  const std::string page = core::FindingsSection(reported, kDetail) + core::LocationSection(reported) +
+                           core::FieldsSection(reported, kDetail) +
+                           core::RecordsSection(reported, kDetail) +
+                           core::TextsSection(reported, kDetail) + core::LayoutSection(reported, kDetail);
   Require(page.find('\x1B') == std::string::npos, "no control characters on a page");
   Begin(size);
   NitfFile document;

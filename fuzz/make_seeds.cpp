@@ -7,8 +7,8 @@
 #include <iterator>
 
 #include "Common/NitfFile.h"
+#include "core/pictures/picture.h"
 #include "hostkit/hostkit.h"
-#include "tools/orbntf/output/picture.h"
 
 namespace {
 
@@ -59,7 +59,7 @@ void WritePicture() {
   std::FILE* file = std::fopen(path.c_str(), "wb");
   if (file == nullptr) return;
   {
-    const auto writer = tool::PictureWriter::Start(tool::PictureForm::Png, file, 9, 4);
+    const auto writer = core::PictureWriter::Start(core::PictureForm::Png, file, 9, 4);
     const std::string row(27, '\x5A');
     for (int y = 0; y < 4; ++y) writer->PutRow(reinterpret_cast<const uint8_t*>(row.data()));
     writer->Finish();

@@ -79,21 +79,3 @@ ORB_HOST_API void ORB_CALL HostkitArmFault(int32_t kind, uint64_t n);
 ORB_HOST_API int32_t ORB_CALL HostkitShouldFail(int32_t kind);
 /// Calls of a kind since it was last armed.
 ORB_HOST_API uint64_t ORB_CALL HostkitFaultCalls(int32_t kind);
-
-// ---------------------------------------------------------------- drawings as pictures
-
-struct VectorHandle;
-/// Receives the rows of a picture, the top one first: red, green, blue and alpha, not multiplied by it. 1
-/// to go on; any other status ends the painting and is its result.
-using HostkitDrawingRow = int32_t(ORB_CALL*)(const uint8_t* rgba, uint32_t width, uint32_t height,
-                                             void* userData);
-/// Paints all of a drawing, with what its lines, markers and texts take beyond their points, and gives
-/// the rows: strips of it are held, never the whole. Its objects take `longerSide` pixels; 0 for their
-/// own units, or, where that makes no picture, 64 to 4096 pixels. 1; -1; kHostOverBudget for more
-/// painting than the drawing's bytes are worth.
-ORB_HOST_API int32_t ORB_CALL HostkitPaintDrawing(const VectorHandle* handle, int32_t longerSide,
-                                                  HostkitDrawingRow take, void* userData);
-/// Writes the same picture as SVG into a file (narrow path), whose objects are kept until it is written:
-/// of too many kHostOverBudget. -5 when the file does not take it.
-ORB_HOST_API int32_t ORB_CALL HostkitSaveDrawing(const VectorHandle* handle, const char* path,
-                                                 int32_t longerSide);

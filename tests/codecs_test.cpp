@@ -60,7 +60,8 @@ Outcome Decode(const std::string& stream, const media::Jpeg2000Request& request,
   std::vector<Part> parts;
   const Outcome outcome =
       media::DecodeJpeg2000(BytesOf(stream), request, [&](const media::CodestreamPart& part) {
-        Part& kept = parts.emplace_back(part.place, std::string());
+        parts.push_back({part.place, {}});
+        Part& kept = parts.back();
         decoded.components = static_cast<uint32_t>(part.planes.size());
         decoded.width = std::max(decoded.width, static_cast<uint32_t>(part.place.Right()));
         decoded.height = std::max(decoded.height, static_cast<uint32_t>(part.place.Bottom()));

@@ -3,13 +3,16 @@
 
 #include <tiffio.h>
 
+#include "core/format/bytes.h"
+#include "core/pictures/load.h"
+#include "core/pictures/sample_files.h"
 #include "hostkit/hostkit.h"
 #include "tests/support/extract.h"
 #include "tests/support/samples.h"
-#include "tools/orbntf/inspect/load.h"
-#include "tools/orbntf/output/sample_writers.h"
 
 namespace {
+
+using media::Outcome;
 
 using core::SampleImage;
 using test::ExtractTest;
@@ -25,7 +28,7 @@ struct TiffFacts {
 TiffFacts ReadBack(const SampleImage& image) {
   const test::TempFile out("", ".tif");
   std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
-  EXPECT_TRUE(tool::WriteTiff(file, image));
+  EXPECT_TRUE(core::WriteTiff(file, image));
   std::fclose(file);
   TiffFacts facts;
   TIFF* tiff = TIFFOpen(out.Path().c_str(), "r");
@@ -90,11 +93,11 @@ TEST_F(ExtractTest, TablesArePalettes) {
   EXPECT_EQ(ReadBack(image).photometric, PHOTOMETRIC_PALETTE);
   const test::TempFile out("", ".png");
   std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
-  ASSERT_EQ(tool::WhyNotAs("png", image), "");
-  EXPECT_TRUE(tool::WritePng(file, image));
+  ASSERT_EQ(core::WhyNotAs("png", image), "");
+  EXPECT_TRUE(core::WritePng(file, image));
   std::fclose(file);
-  tool::Picture picture;
-  ASSERT_EQ(picture.Load(out.Path()), 1);
+  core::Picture picture;
+  ASSERT_EQ(core::LoadPicture(core::ReadWhole(out.Path()), picture), Outcome::Ok);
   EXPECT_EQ(std::string(picture.samples.begin(), picture.samples.end()),
             "\x0A\x1A\x2A\x0B\x1B\x2B\x0C\x1C\x2C\x0B\x1B\x2B");
 }
@@ -106,21 +109,21 @@ TEST_F(ExtractTest, PngAndRawHoldWhatTheyCan) {
   ASSERT_FALSE(Read(form, data, image).Met());
   const test::TempFile out("", ".png");
   std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
-  EXPECT_TRUE(tool::WritePng(file, image));
+  EXPECT_TRUE(core::WritePng(file, image));
   std::fclose(file);
-  tool::Picture picture;
-  ASSERT_EQ(picture.Load(out.Path()), 1);
+  core::Picture picture;
+  ASSERT_EQ(core::LoadPicture(core::ReadWhole(out.Path()), picture), Outcome::Ok);
   EXPECT_EQ(picture.bits, 16u);
   EXPECT_EQ(std::string(picture.samples.begin(), picture.samples.end()), data);
   file = std::fopen(out.Path().c_str(), "w+b");
-  EXPECT_TRUE(tool::WriteRaw(file, image));
+  EXPECT_TRUE(core::WriteRaw(file, image));
   std::fclose(file);
   EXPECT_EQ(out.Contents(), data) << "as pixel-interleaved data stands in the file";
   image.bands = 2;
-  EXPECT_NE(tool::WhyNotAs("png", image), "");
+  EXPECT_NE(core::WhyNotAs("png", image), "");
   image.bands = 1;
   image.kind = core::SampleKind::Real;
-  EXPECT_NE(tool::WhyNotAs("png", image), "");
+  EXPECT_NE(core::WhyNotAs("png", image), "");
 }
 
 TEST_F(ExtractTest, SignsAndPartsOfNumbersAreKept) {
@@ -141,7 +144,7 @@ TEST_F(ExtractTest, SignsAndPartsOfNumbersAreKept) {
   EXPECT_EQ(ReadBack(image).rows, std::string(image.samples.begin(), image.samples.end()));
   const test::TempFile out("", ".raw");
   std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
-  EXPECT_TRUE(tool::WriteRaw(file, image));
+  EXPECT_TRUE(core::WriteRaw(file, image));
   std::fclose(file);
   EXPECT_EQ(out.Contents(), numbers);
   form.bits = 8;
@@ -187,11 +190,12 @@ std::string MakeTiff(const TiffPlan& plan) {
 
 TEST_F(ExtractTest, TiffsThatWouldLoseSomethingAreTold) {
   const auto why = [](const TiffPlan& plan) {
-    tool::Picture picture;
+    core::Picture picture;
     // What libtiff cannot show is not taken at all.
-    const int32_t status = picture.LoadBytes(MakeTiff(plan));
-    EXPECT_TRUE(status == kHostOk || !picture.whyNotLossless.empty())
-        << plan.bits << " bits, " << plan.bands << " bands, tiled " << plan.tiled << ": " << status;
+    const Outcome outcome = core::LoadPicture(MakeTiff(plan), picture);
+    EXPECT_TRUE(outcome == Outcome::Ok || !picture.whyNotLossless.empty())
+        << plan.bits << " bits, " << plan.bands << " bands, tiled " << plan.tiled << ": "
+        << static_cast<int>(outcome);
     return picture.whyNotLossless;
   };
   EXPECT_EQ(why({}), "");
@@ -206,8 +210,8 @@ TEST_F(ExtractTest, TiffsThatWouldLoseSomethingAreTold) {
   EXPECT_NE(why({.pages = 2}), "");
   for (const TiffPlan& plan : {TiffPlan{.bits = 32}, TiffPlan{.bits = 32, .format = SAMPLEFORMAT_IEEEFP},
                                TiffPlan{.bits = 64, .format = SAMPLEFORMAT_COMPLEXIEEEFP}}) {
-    tool::Picture picture;
-    EXPECT_EQ(picture.LoadBytes(MakeTiff(plan)), kHostUnsupported);
+    core::Picture picture;
+    EXPECT_EQ(core::LoadPicture(MakeTiff(plan), picture), Outcome::Unsupported);
     EXPECT_NE(picture.refusal.find(std::to_string(plan.bits) + " bits"), std::string::npos);
   }
 }
@@ -219,10 +223,10 @@ TEST_F(ExtractTest, PngShowsColourDifferencesAsColours) {
   ASSERT_FALSE(Read(form, "\x80\x80\x80\x4C\x55\xFF\x1D\xFF\x6B"s, image).Met());
   const test::TempFile out("", ".png");
   std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
-  EXPECT_TRUE(tool::WritePng(file, image));
+  EXPECT_TRUE(core::WritePng(file, image));
   std::fclose(file);
-  tool::Picture picture;
-  ASSERT_EQ(picture.Load(out.Path()), kHostOk);
+  core::Picture picture;
+  ASSERT_EQ(core::LoadPicture(core::ReadWhole(out.Path()), picture), Outcome::Ok);
   const std::vector<int> wanted = {128, 128, 128, 254, 0, 0, 0, 0, 254};
   ASSERT_EQ(picture.samples.size(), wanted.size());
   for (size_t i = 0; i < wanted.size(); ++i) EXPECT_NEAR(picture.samples[i], wanted[i], 1) << i;

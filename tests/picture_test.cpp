@@ -1,6 +1,8 @@
 // Drawings saved as pictures of their own.
 #include <array>
 
+#include "core/pictures/load.h"
+#include "media/drawing/picture.h"
 #include "tests/support/metafile.h"
 #include "tests/support/objects.h"
 
@@ -17,34 +19,37 @@ struct Picture {
   std::vector<uint8_t> rgba;
 };
 
+media::Drawing DrawingOf(const std::string& metafile) {
+  media::Drawing drawing;
+  EXPECT_EQ(core::LoadDrawing(metafile, drawing), media::Outcome::Ok);
+  return drawing;
+}
+
 // What is painted of a drawing; its border has to be empty.
-Picture PaintedPicture(const test::Drawing& drawing, int32_t longerSide) {
+Picture PaintedPicture(const std::string& metafile, int32_t longerSide) {
   Picture picture;
-  const auto take = [](const uint8_t* rgba, uint32_t width, uint32_t height, void* userData)
-                        ORB_CALL -> int32_t {
-    auto& taken = *static_cast<Picture*>(userData);
-    taken.width = static_cast<int>(width);
-    taken.height = static_cast<int>(height);
-    for (int x = 0; x < taken.width; ++x) {
+  const auto take = [&](const uint8_t* rgba, uint32_t width, uint32_t height) {
+    picture.width = static_cast<int>(width);
+    picture.height = static_cast<int>(height);
+    for (int x = 0; x < picture.width; ++x) {
       const bool marked = rgba[4 * x + 3] != 0;
-      taken.painted += marked;
-      EXPECT_FALSE(marked &&
-                   (x == 0 || x == taken.width - 1 || taken.rows == 0 || taken.rows == taken.height - 1))
+      picture.painted += marked;
+      EXPECT_FALSE(marked && (x == 0 || x == picture.width - 1 || picture.rows == 0 ||
+                              picture.rows == picture.height - 1))
           << "cut off";
     }
-    taken.rgba.insert(taken.rgba.end(), rgba, rgba + 4 * width);
-    ++taken.rows;
-    return 1;
+    picture.rgba.insert(picture.rgba.end(), rgba, rgba + 4 * width);
+    ++picture.rows;
+    return media::Outcome::Ok;
   };
-  EXPECT_EQ(HostkitPaintDrawing(&drawing.handle, longerSide, take, &picture), 1);
+  EXPECT_EQ(media::PaintPicture(DrawingOf(metafile), longerSide, take), media::Outcome::Ok);
   EXPECT_EQ(picture.rows, picture.height);
   return picture;
 }
 
 TEST_F(PictureTest, SavedPicturesShowWholeDrawings) {
   const auto sizeOf = [](const std::string& cgm, int32_t longerSide, int& painted) {
-    const test::Drawing drawing(cgm);
-    const Picture picture = PaintedPicture(drawing, longerSide);
+    const Picture picture = PaintedPicture(cgm, longerSide);
     painted = picture.painted;
     return std::array{picture.width, picture.height};
   };
@@ -78,10 +83,12 @@ std::string Rectangles(int count) {
 
 TEST_F(PictureTest, WhatIsKeptOfAFileOfLinesIsBounded) {
   const test::TempFile file("", ".svg");
-  const test::Drawing few(Metafile(Rectangles(500)));
-  EXPECT_EQ(HostkitSaveDrawing(&few.handle, file.Path().c_str(), 0), kHostOk);
-  const test::Drawing many(Metafile(Rectangles(40000)));
-  EXPECT_EQ(HostkitSaveDrawing(&many.handle, file.Path().c_str(), 0), kHostOverBudget);
+  const auto save = [&](const std::string& metafile) {
+    return media::SaveSvg(DrawingOf(metafile), file.Path().c_str(), 0);
+  };
+  EXPECT_EQ(save(Metafile(Rectangles(500))), media::Outcome::Ok);
+  const std::string many = Metafile(Rectangles(40000));
+  EXPECT_EQ(save(many), media::Outcome::OverBudget);
   EXPECT_GT(PaintedPicture(many, 0).painted, 1000) << "rows of pixels keep nothing";
 }
 
@@ -89,8 +96,7 @@ TEST_F(PictureTest, StripsOfALargePictureHaveNoSeams) {
   // Circles over a picture of several strips, and the same one drawing at a size that is one strip.
   std::string body = Element(5, 22, I({1})) + Element(5, 23, "\xFF" + std::string(2, '\0'));
   for (int i = 0; i < 10; ++i) body += Element(4, 12, I({9 * i + 5, 9 * i + 7, 6}));
-  const test::Drawing drawing(Metafile(body));
-  const Picture large = PaintedPicture(drawing, 2000);
+  const Picture large = PaintedPicture(Metafile(body), 2000);
   int inside = 0;
   for (int y = 1; y + 1 < large.height; ++y) {
     for (int x = 1; x + 1 < large.width; ++x) {
@@ -108,7 +114,7 @@ TEST_F(PictureTest, APatternIsMadeOnce) {
   const std::string pattern = Element(5, 32, I({1, 100, 100, 0}) + std::string(30000, 'p'));
   std::string body = pattern + Element(5, 22, I({2})) + Element(5, 25, I({1}));
   for (int i = 0; i < 30000; ++i) body += Element(4, 11, I({0, 0, 1, 1}));
-  EXPECT_GT(PaintedPicture(test::Drawing(Metafile(body)), 64).painted, 0);
+  EXPECT_GT(PaintedPicture(Metafile(body), 64).painted, 0);
 }
 
 }  // namespace

@@ -1,9 +1,12 @@
 // Pages about files: what they hold, and that texts of files do nothing in them.
-#include "tools/orbntf/report/report.h"
+#include "core/report/report.h"
+
+#include "core/report/html.h"
 #include "tests/support/metafile.h"
 #include "tests/support/sound.h"
 #include "tests/support/support.h"
-#include "tools/orbntf/report/html.h"
+#include "tools/orbntf/inspect/draw_small.h"
+#include "tools/orbntf/tool.h"
 
 namespace {
 
@@ -15,9 +18,11 @@ class ReportTest : public test::ModuleTest {
   static std::string Page(const std::string& bytes) {
     const test::TempFile file(bytes);
     const core::RecordDefinitions definitions;
-    tool::ReportedFile reported(file.Path(), "f1", definitions);
-    const std::string report = tool::ReportOf(reported);
-    return tool::PageOf("A title", {report}, {"a name"});
+    core::ReportedFile reported(file.Path(), "f1", definitions);
+    const tool::WorkAccount account(file.Path());
+    tool::LookAtFile(reported);
+    const std::string report = core::ReportOf(reported);
+    return core::PageOf("1.2.3", "A title", {report}, {"a name"});
   }
   static bool Holds(const std::string& page, const std::string& text) {
     return page.find(text) != std::string::npos;
@@ -105,7 +110,7 @@ TEST_F(ReportTest, PicturesBeyondWhatAFileIsWorthAreLeftOut) {
     file.Image(form, test::MaskBytes({.blocks = {0xFFFFFFFF}}));
   }
   const std::string page = Page(file.Bytes());
-  EXPECT_TRUE(Holds(page, "No picture: more work than the file and its picture are worth."));
+  EXPECT_TRUE(Holds(page, "No picture: more work or memory than the bytes of the file are worth."));
   EXPECT_TRUE(Holds(page, "</html>"));
 }
 
@@ -120,12 +125,13 @@ TEST_F(ReportTest, APageOfVeryMuchIsShortened) {
   const core::RecordDefinitions definitions;
   size_t before = SIZE_MAX;
   for (const size_t most :
-       {tool::kMostPageBytes, size_t{300000}, size_t{60000}, size_t{12000}, size_t{6000}}) {
-    tool::ReportedFile reported(onDisk.Path(), "f1", definitions);
-    const std::string report = tool::ReportOf(reported, most);
+       {core::kMostPageBytes, size_t{300000}, size_t{60000}, size_t{12000}, size_t{6000}}) {
+    core::ReportedFile reported(onDisk.Path(), "f1", definitions);
+    tool::LookAtFile(reported);
+    const std::string report = core::ReportOf(reported, most);
     EXPECT_LE(report.size(), std::max(most, size_t{11000})) << "the least there is";
     EXPECT_LE(report.size(), before);
-    EXPECT_EQ(Holds(report, "Less of this file is shown"), most != tool::kMostPageBytes) << most;
+    EXPECT_EQ(Holds(report, "Less of this file is shown"), most != core::kMostPageBytes) << most;
     before = report.size();
   }
 }
@@ -137,19 +143,19 @@ TEST_F(ReportTest, PicturesOfSamplesSpanTheirValues) {
   image.bits = image.significantBits = 12;
   image.sampleBytes = 2;
   image.samples = {0, 0, 0xFF, 0x0F};
-  EXPECT_EQ(tool::PictureOf(image, 8).rgb, (std::vector<uint8_t>{0, 0, 0, 255, 255, 255}));
+  EXPECT_EQ(core::PictureOf(image, 8).rgb, (std::vector<uint8_t>{0, 0, 0, 255, 255, 255}));
   image.kind = core::SampleKind::Signed;
   image.bits = image.significantBits = 16;
   image.samples = {0x00, 0x80, 0x00, 0x40};  // -32768 and 16384
-  EXPECT_EQ(tool::PictureOf(image, 8).rgb, (std::vector<uint8_t>{0, 0, 0, 255, 255, 255}));
+  EXPECT_EQ(core::PictureOf(image, 8).rgb, (std::vector<uint8_t>{0, 0, 0, 255, 255, 255}));
   image.kind = core::SampleKind::Unsigned;
   image.bits = image.significantBits = 8;
   image.sampleBytes = 1;
   image.samples = {1, 9};
   image.palette = {1, 2, 3, 4, 5, 6};
-  EXPECT_EQ(tool::PictureOf(image, 8).rgb, (std::vector<uint8_t>{4, 5, 6, 0, 0, 0}))
+  EXPECT_EQ(core::PictureOf(image, 8).rgb, (std::vector<uint8_t>{4, 5, 6, 0, 0, 0}))
       << "no entry is black";
-  EXPECT_EQ(tool::Base64("a") + tool::Base64("ab") + tool::Base64("abc"), "YQ==YWI=YWJj");
+  EXPECT_EQ(core::Base64("a") + core::Base64("ab") + core::Base64("abc"), "YQ==YWI=YWJj");
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include "hostkit/kernel/pixels_shuffle.h"
 #include "tests/support/objects.h"
 #if !defined(_WIN32)
-#include "tools/orbntf/output/picture.h"
+#include "core/pictures/box_scaler.h"
 #endif
 
 namespace {
@@ -127,7 +127,7 @@ TEST_F(RowsTest, SquaresAreAveragedToTheirEdges) {
   for (const uint32_t factor : {1u, 2u, 3u, 7u, 64u, 65u}) {
     constexpr uint32_t kWidth = 71, kHeight = 67;
     const Bytes bgr = RandomBytes(random, size_t{3} * kWidth * kHeight);
-    tool::BoxScaler scaler(kWidth, kHeight, factor);
+    core::BoxScaler scaler(kWidth, kHeight, factor);
     uint32_t made = 0;
     for (uint32_t y = 0; y < kHeight; ++y) {
       const uint8_t* row = scaler.Take(&bgr[size_t{3} * kWidth * y]);
@@ -138,7 +138,7 @@ TEST_F(RowsTest, SquaresAreAveragedToTheirEdges) {
           uint32_t sum = 0, pixels = 0;
           for (uint32_t v = made * factor; v <= y; ++v) {
             for (uint32_t u = x * factor; u < std::min(kWidth, (x + 1) * factor); ++u, ++pixels)
-              sum += bgr[size_t{3} * (kWidth * v + u) + 2 - c];
+              sum += bgr[size_t{3} * (kWidth * v + u) + c];
           }
           ASSERT_EQ(row[3 * x + c], (sum + pixels / 2) / pixels) << factor;
         }

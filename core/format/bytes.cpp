@@ -55,6 +55,17 @@ void Descriptor::Close() {
   if (const int fd = std::exchange(fd_, -1); fd >= 0) close(fd);
 }
 
+bool WriteAll(int descriptor, const void* bytes, size_t count) {
+  const auto* from = static_cast<const char*>(bytes);
+  while (count > 0) {
+    const ssize_t wrote = Restarted([&] { return write(descriptor, from, count); });
+    if (wrote < 0) return false;
+    from += wrote;
+    count -= static_cast<size_t>(wrote);
+  }
+  return true;
+}
+
 std::string ReadWhole(const std::string& path) {
   struct stat status;
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));

@@ -45,6 +45,9 @@ class Descriptor {
   int fd_;
 };
 
+/// Writes all of some bytes; false with errno set.
+bool WriteAll(int descriptor, const void* bytes, size_t count);
+
 /// All bytes of a file. ReadError when it cannot be read to its end.
 std::string ReadWhole(const std::string& path);
 

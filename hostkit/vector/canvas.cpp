@@ -118,36 +118,3 @@ int32_t ORB_CALL VectorPaint(HDC dc, const VectorHandle* handle, int32_t width, 
     return kHostNoMemory;
   }
 }
-
-namespace {
-
-template <class Work>
-int32_t WithDrawing(const VectorHandle* handle, int32_t longerSide, Work work) {
-  const hostkit::HeldDrawing* drawing = hostkit::DrawingOf(handle);
-  if (drawing == nullptr || longerSide < 0) return kHostInvalid;
-  try {
-    return hostkit::StatusOf(work(*drawing));
-  } catch (const std::bad_alloc&) {
-    return kHostNoMemory;
-  }
-}
-
-}  // namespace
-
-int32_t ORB_CALL HostkitPaintDrawing(const VectorHandle* handle, int32_t longerSide,
-                                     HostkitDrawingRow take, void* userData) {
-  if (take == nullptr) return kHostInvalid;
-  return WithDrawing(handle, longerSide, [&](const media::Drawing& drawing) {
-    return media::PaintPicture(drawing, longerSide,
-                               [&](const uint8_t* rgba, uint32_t width, uint32_t height) {
-                                 return static_cast<media::Outcome>(take(rgba, width, height, userData));
-                               });
-  });
-}
-
-int32_t ORB_CALL HostkitSaveDrawing(const VectorHandle* handle, const char* path, int32_t longerSide) {
-  if (path == nullptr) return kHostInvalid;
-  return WithDrawing(handle, longerSide, [&](const media::Drawing& drawing) {
-    return media::SaveSvg(drawing, path, longerSide);
-  });
-}

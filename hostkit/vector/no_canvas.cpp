@@ -6,11 +6,3 @@ int32_t ORB_CALL VectorPaint(HDC, const VectorHandle*, int32_t, int32_t, int32_t
                              const RECT*, uint32_t) {
   return kHostUnsupported;
 }
-
-int32_t ORB_CALL HostkitPaintDrawing(const VectorHandle*, int32_t, HostkitDrawingRow, void*) {
-  return kHostUnsupported;
-}
-
-int32_t ORB_CALL HostkitSaveDrawing(const VectorHandle*, const char*, int32_t) {
-  return kHostUnsupported;
-}

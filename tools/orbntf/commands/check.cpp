@@ -3,11 +3,11 @@
 
 #include <algorithm>
 
+#include "core/format/json_text.h"
 #include "core/format/words.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/json_text.h"
 #include "tools/orbntf/inspect/verdict.h"
 
 namespace tool {

@@ -3,11 +3,11 @@
 
 #include "core/check/rule.h"
 #include "core/compare/compare.h"
+#include "core/format/json_text.h"
 #include "core/format/words.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/compare_pixels.h"
-#include "tools/orbntf/inspect/json_text.h"
 #include "tools/orbntf/inspect/show_records.h"
 
 namespace tool {

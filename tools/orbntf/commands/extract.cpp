@@ -9,12 +9,12 @@
 #include "core/check/rule.h"
 #include "core/format/records.h"
 #include "core/format/words.h"
+#include "core/pictures/sample_files.h"
 #include "hostkit/hostkit.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/output/output.h"
-#include "tools/orbntf/output/sample_writers.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {

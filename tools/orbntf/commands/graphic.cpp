@@ -1,12 +1,16 @@
 // orbntf graphic: a graphic segment's drawing.
 #include <CLI/CLI.hpp>
 
-#include "host/fileformat.h"
-#include "hostkit/hostkit.h"
+#include <algorithm>
+
+#include "core/format/survey.h"
+#include "core/pictures/load.h"
+#include "core/pictures/picture.h"
+#include "media/drawing/metafile.h"
+#include "media/drawing/picture.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/output/output.h"
-#include "tools/orbntf/output/picture.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {
@@ -18,34 +22,27 @@ struct GraphicOptions {
   int32_t size = 0;
 };
 
-bool WriteBytes(Output& output, const void* bytes, size_t count) {
+media::Outcome Save(const media::Drawing& drawing, const GraphicOptions& options, Output& output) {
+  if (options.format == "svg")
+    return output.Path().empty() ? media::Outcome::NotTaken
+                                 : media::SaveSvg(drawing, output.Path().c_str(), options.size);
   std::FILE* stream = output.Stream();
-  return stream != nullptr && std::fwrite(bytes, 1, count, stream) == count;
+  if (stream == nullptr) return media::Outcome::NotTaken;
+  if (options.format == "png") return PaintPng(drawing, options.size, stream);
+  const std::string bytes = media::EncodeCgm(drawing);
+  return std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size() ? media::Outcome::Ok
+                                                                            : media::Outcome::NotTaken;
 }
 
-int32_t SaveCgm(const VectorHandle& drawing, Output& output) {
-  HostSaveOptions saveOptions;
-  FileFormatDefaultSaveOptions(&saveOptions, kSaveOptionsSize);
-  saveOptions.flags |= kSaveToMemory;
-  HGLOBAL memory = nullptr;
-  uint32_t count = 0;
-  int32_t status = FileFormatSaveDrawingMemory(&memory, &drawing, kFormatCgm, &count, &saveOptions);
-  if (status == ORB_SUCCESS) {
-    if (!WriteBytes(output, GlobalLock(memory), count)) status = ORB_SHORT_WRITE;
-    GlobalUnlock(memory);
-  }
-  if (memory != nullptr) KernelFreeGlobal(memory, __LINE__, u"graphic");
-  return status;
-}
-
-int32_t Save(const VectorHandle& drawing, const GraphicOptions& options, Output& output) {
-  if (options.format == "cgm") return SaveCgm(drawing, output);
-  if (options.format == "png") {
-    std::FILE* stream = output.Stream();
-    return stream != nullptr ? PaintPng(drawing, options.size, stream) : ORB_SHORT_WRITE;
-  }
-  if (output.Path().empty()) return ORB_SHORT_WRITE;
-  return HostkitSaveDrawing(&drawing, output.Path().c_str(), options.size);
+// The drawing of a graphic segment; a status of the module where there is none.
+int32_t ReadDrawing(const GraphicOptions& options, media::Drawing& drawing) {
+  const Survey survey(options.file);
+  const SurveyedPart* part = survey.Find(PartKind::Graphic, options.index);
+  if (part == nullptr) return ORB_NO_SUCH_RECORD;
+  const media::Outcome outcome = LoadDrawing(survey.Data(*part), drawing);
+  const bool isEmpty = std::all_of(drawing.layers.begin(), drawing.layers.end(),
+                                   [](const media::Layer& layer) { return layer.objects.empty(); });
+  return outcome != media::Outcome::Ok || isEmpty ? ORB_EMPTY_DRAWING : ORB_SUCCESS;
 }
 
 int RunGraphic(GraphicOptions& options) {
@@ -57,19 +54,17 @@ int RunGraphic(GraphicOptions& options) {
   options.file = TakeInput(options.file);
   if (Inputs({options.file}).Hold(options.output)) return Refuse("graphic", "the output is the input");
   const WorkAccount account(options.file);
-  const HostWork work;
-  Document document;
-  const int code = OpenEveryVersion("graphic", document, options.file);
-  if (options.index >= Orb_NITFGetGraphicHeaderCount(document.get()))
-    return code != kExitOk ? code : Report("graphic", options.file, ORB_NO_SUCH_RECORD);
-  const VectorHandle* drawing = Orb_NITFGetVectorHandle(document.get(), options.index);
-  if (drawing == nullptr || VectorIsEmpty(drawing) != 0) {
-    return Report("graphic", options.file, ORB_EMPTY_DRAWING);
+  media::Drawing drawing;
+  if (const int32_t status = ReadDrawing(options, drawing); status != ORB_SUCCESS) {
+    // What is no such file has its own words.
+    Document document;
+    const int code = OpenEveryVersion("graphic", document, options.file);
+    return code != kExitOk ? code : Report("graphic", options.file, status);
   }
   Output output(options.output, options.format == "svg" ? Output::Way::ByName : Output::Way::InOrder);
   if (!output.Problem().empty())
     return Report("graphic", options.output, ORB_SHORT_WRITE, output.Problem());
-  int32_t status = Save(*drawing, options, output);
+  auto status = static_cast<int32_t>(Save(drawing, options, output));
   if (status == ORB_SUCCESS && !output.Commit()) status = ORB_SHORT_WRITE;
   return Report("graphic", options.output, status, output.Problem());
 }

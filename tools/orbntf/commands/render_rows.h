@@ -5,10 +5,12 @@
 #include <memory>
 #include <optional>
 
+#include "core/pictures/box_scaler.h"
+#include "core/pictures/picture.h"
 #include "host/kernel.h"
+#include "hostkit/kernel/pixels_shuffle.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/commands/batch.h"
-#include "tools/orbntf/output/picture.h"
 
 namespace tool {
 
@@ -34,6 +36,7 @@ class RowSink {
       : part_(options.region ? *options.region : Region{0, 0, height, width}),
         scaler_(part_.width, part_.height, options.factor),
         writer_(PictureWriter::Start(options.form, file, scaler_.Width(), scaler_.Height())),
+        rgb_(3 * size_t{scaler_.Width()}),
         height_(height),
         showsProgress_(options.progress) {}
 
@@ -45,8 +48,10 @@ class RowSink {
     if (showsProgress_ && (number % 256 == 0 || number + 1 == height_))
       std::fprintf(stderr, "\rrow %u of %u%s", number + 1, height_, number + 1 == height_ ? "\n" : "");
     if (number < part_.row || number - part_.row >= part_.height) return ORB_SUCCESS;
-    const uint8_t* rgb = scaler_.Take(row + 3 * size_t{part_.column});
-    return rgb == nullptr || writer_->PutRow(rgb) ? ORB_SUCCESS : ORB_SHORT_WRITE;
+    const uint8_t* bgr = scaler_.Take(row + 3 * size_t{part_.column});
+    if (bgr == nullptr) return ORB_SUCCESS;
+    hostkit::SwapEnds(bgr, scaler_.Width(), rgb_.data());
+    return writer_->PutRow(rgb_.data()) ? ORB_SUCCESS : ORB_SHORT_WRITE;
   }
   int32_t Finish() { return writer_->Finish() ? ORB_SUCCESS : ORB_SHORT_WRITE; }
 
@@ -54,6 +59,7 @@ class RowSink {
   Region part_;
   BoxScaler scaler_;
   std::unique_ptr<PictureWriter> writer_;
+  std::vector<uint8_t> rgb_;
   uint32_t height_;
   bool showsProgress_;
 };

@@ -5,13 +5,14 @@
 #include <cerrno>
 
 #include "core/format/words.h"
+#include "core/report/html.h"
+#include "core/report/report.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
+#include "tools/orbntf/inspect/draw_small.h"
 #include "tools/orbntf/output/output.h"
-#include "tools/orbntf/report/html.h"
-#include "tools/orbntf/report/report.h"
 
 namespace tool {
 namespace {
@@ -21,6 +22,13 @@ struct ReportOptions {
   std::string output, folder;
   std::unique_ptr<RecordDefinitions> definitions;  // made when the command runs
 };
+
+// The version alone: what else --version tells is no affair of a page.
+std::string Version() {
+  const std::string text = VersionText();
+  const std::string line = text.substr(0, text.find('\n'));
+  return line.substr(line.find(' ') + 1, line.find(' ', line.find(' ') + 1) - line.find(' ') - 1);
+}
 
 int WritePage(const std::string& name, const std::string& page) {
   Output output(name, Output::Way::InOrder);
@@ -38,6 +46,8 @@ int ReportFileTo(const ReportOptions& options, const BatchFile& file, const std:
                  size_t mostBytes, std::FILE* out) {
   ReportedFile reported(file.path, id, *options.definitions);
   if (!reported.survey.file.IsOpen()) return ReportFile("report", file.path, ORB_SHORT_READ);
+  const WorkAccount account(file.path);
+  LookAtFile(reported);
   const std::string report = ReportOf(reported, mostBytes);
   return std::fwrite(report.data(), 1, report.size(), out) == report.size() ? kExitOk : kExitStatus;
 }
@@ -77,7 +87,7 @@ int WriteOne(const ReportOptions& options, const std::vector<BatchFile>& files) 
                  Printable(options.output).c_str(), leftOut);
   }
   if (reports.empty()) return code;
-  const int written = WritePage(options.output, PageOf(title, reports, names));
+  const int written = WritePage(options.output, PageOf(Version(), title, reports, names));
   return std::max({code, written, leftOut != 0 ? kExitStatus : kExitOk});
 }
 
@@ -97,7 +107,9 @@ int RunReport(ReportOptions& options, const std::string& folder) {
       .Run("report", files, [&](const BatchFile& file, const std::string& output) {
         ReportedFile reported(file.path, "f1", *options.definitions);
         if (!reported.survey.file.IsOpen()) return ReportFile("report", file.path, ORB_SHORT_READ);
-        return WritePage(output, PageOf(file.name, {ReportOf(reported)}, {file.name}));
+        const WorkAccount account(file.path);
+        LookAtFile(reported);
+        return WritePage(output, PageOf(Version(), file.name, {ReportOf(reported)}, {file.name}));
       });
 }
 

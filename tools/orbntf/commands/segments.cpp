@@ -25,7 +25,7 @@ int32_t PlaceImage(Document& document, const Item& item) {
 
 int32_t AppendPicture(Document& document, const Item& item, std::string& words, std::string& warning) {
   Picture picture;
-  if (const int32_t status = picture.Load(item.path); status != ORB_SUCCESS) {
+  if (const int32_t status = LoadInput(item.path, picture); status != ORB_SUCCESS) {
     words = picture.refusal.empty() ? picture.whyNotLossless : picture.refusal;
     return status;
   }

@@ -5,7 +5,7 @@
 
 #include "Common/NitfFile.h"
 #include "core/format/records.h"
-#include "tools/orbntf/inspect/json_text.h"
+#include "core/place/geojson.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {

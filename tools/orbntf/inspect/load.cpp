@@ -41,22 +41,11 @@ int32_t LoadByHost(const std::string& bytes, Picture& picture) {
 
 }  // namespace
 
-bool IsTakeable(const Picture& picture) {
-  KernelBitmap bitmap;
-  KernelInitialiseBitmap(&bitmap, kBitmapRecordSize, 0, 0, 0);
-  const bool taken = KernelAllocateBitmap(&bitmap, kBitmapRecordSize, 1, picture.width, picture.height,
-                                          24, kOrderBgr, nullptr, kViewTopLeft, nullptr, 0) == kHostOk;
-  KernelFreeBitmap(&bitmap);
-  return taken;
-}
-
-int32_t Picture::Load(const std::string& path) { return LoadBytes(ReadWhole(path)); }
-
-int32_t Picture::LoadBytes(const std::string& bytes) {
-  for (const auto load : {&LoadPng, &LoadTiff, &LoadNetpbm}) {
-    if (const int32_t status = load(bytes, *this); status != kHostNotRecognised) return status;
-  }
-  return LoadByHost(bytes, *this);
+int32_t LoadInput(const std::string& path, Picture& picture) {
+  const std::string bytes = ReadWhole(path);
+  const media::Outcome outcome = LoadPicture(bytes, picture);
+  return outcome == media::Outcome::NotRecognised ? LoadByHost(bytes, picture)
+                                                  : static_cast<int32_t>(outcome);
 }
 
 int32_t Bitmap::Take(const Picture& picture) {

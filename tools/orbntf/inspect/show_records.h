@@ -1,8 +1,8 @@
 // Tagged records for people and as JSON.
 #pragma once
 
+#include "core/format/json_text.h"
 #include "core/format/records.h"
-#include "tools/orbntf/inspect/json_text.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {

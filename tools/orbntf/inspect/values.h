@@ -4,8 +4,7 @@
 #include <string_view>
 
 #include "Common/FieldRows.h"
-#include "core/format/geography.h"
-#include "tools/orbntf/inspect/json_text.h"
+#include "core/format/json_text.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {
@@ -15,11 +14,5 @@ bool HasValue(const FieldTraits& traits);
 /// Writes its value: a number, a date as ISO 8601 as far as it is known, [row, column], "#RRGGBB"; null
 /// for a text that is no value of the field.
 void WriteValue(JsonText& json, const FieldTraits& traits, std::string_view text);
-
-/// Writes corners as a GeoJSON polygon, counterclockwise and closed.
-void WritePolygon(JsonText& json, const GeographicCorners& corners);
-/// Writes the corners in decimal degrees and, counterclockwise and closed, as a GeoJSON polygon; null
-/// where there are none.
-void WriteGeography(JsonText& json, char icords, std::string_view igeolo);
 
 }  // namespace tool

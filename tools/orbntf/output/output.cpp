@@ -65,17 +65,6 @@ std::FILE* StreamOf(int fd) {
 
 }  // namespace
 
-bool WriteAll(int descriptor, const void* bytes, size_t count) {
-  const auto* from = static_cast<const char*>(bytes);
-  while (count > 0) {
-    const ssize_t wrote = Restarted([&] { return write(descriptor, from, count); });
-    if (wrote < 0) return false;
-    from += wrote;
-    count -= static_cast<size_t>(wrote);
-  }
-  return true;
-}
-
 SyncTogether::SyncTogether(const std::string& folder) : folder_(folder) { ++together; }
 
 SyncTogether::~SyncTogether() { --together; }

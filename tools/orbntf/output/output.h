@@ -54,9 +54,6 @@ class Output {
   std::FILE* stream_ = nullptr;
 };
 
-/// Writes all of some bytes; false with errno set.
-bool WriteAll(int descriptor, const void* bytes, size_t count);
-
 /// While there is one, new files get their names before they are on the disk, and Finish puts there what
 /// a folder's file system has, once for all of them. Files that replace others wait for the disk as
 /// always.

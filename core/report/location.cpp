@@ -3,13 +3,11 @@
 #include <cmath>
 
 #include "core/place/footprint.h"
-#include "tools/orbntf/inspect/json_text.h"
-#include "tools/orbntf/inspect/values.h"
-#include "tools/orbntf/report/html.h"
-#include "tools/orbntf/report/report.h"
-#include "tools/orbntf/tool.h"
+#include "core/place/geojson.h"
+#include "core/report/html.h"
+#include "core/report/report.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846, kMetresPerDegree = 111320;
@@ -155,4 +153,4 @@ std::string LocationSection(const ReportedFile& file) {
           area + button);
 }
 
-}  // namespace tool
+}  // namespace core

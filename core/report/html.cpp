@@ -1,12 +1,11 @@
-#include "tools/orbntf/report/html.h"
+#include "core/report/html.h"
 
 #include <cstdio>
 
 #include "core/format/survey.h"
 #include "core/format/words.h"
-#include "tools/orbntf/tool.h"
 
-namespace tool {
+namespace core {
 
 std::string Escaped(std::string_view utf8) {
   std::string text;
@@ -111,4 +110,4 @@ std::string Grouped(uint64_t number) {
   return text;
 }
 
-}  // namespace tool
+}  // namespace core

@@ -1,12 +1,11 @@
 // Each image and graphic by itself.
 #include <algorithm>
 
-#include "hostkit/hostkit.h"
-#include "tools/orbntf/report/html.h"
-#include "tools/orbntf/report/report.h"
-#include "tools/orbntf/tool.h"
+#include "core/report/html.h"
+#include "core/report/report.h"
+#include "media/work.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 // Of a page that stays small.
@@ -34,7 +33,7 @@ std::string PictureOfImage(const ReportedFile& file, const SurveyedPart& part) {
     if (!fault.Met() || reduce == 0) break;
   }
   if (!fault.Met() && !media::Spend(kSampleCost * image.width * image.height * image.bands))
-    fault = {media::Outcome::OverBudget, MeaningOf(kHostOverBudget)};
+    fault = FaultOf(media::Outcome::OverBudget, "");
   if (fault.Met()) return Tag("p", "No picture: " + Escaped(fault.words) + ".");
   return Image(DataUri(PictureOf(image, kSide), kMostPng), part.Title() + " by itself") +
          Histograms(image);
@@ -115,4 +114,4 @@ std::string SegmentsSection(const ReportedFile& file, const PageDetail& detail) 
                  more + Tag("div", cards, "class=\"cards\""));
 }
 
-}  // namespace tool
+}  // namespace core

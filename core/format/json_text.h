@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace tool {
+namespace core {
 
 /// Builds a JSON text of objects and arrays. Members and elements come in order; nothing is kept of them.
 class JsonText {
@@ -49,4 +49,4 @@ class JsonText {
   bool behindKey_ = false;
 };
 
-}  // namespace tool
+}  // namespace core

@@ -1,13 +1,12 @@
 // Header fields with their meanings, tagged records and texts.
 #include <algorithm>
 
+#include "core/format/records.h"
 #include "core/format/words.h"
-#include "tools/orbntf/inspect/show_records.h"
-#include "tools/orbntf/report/html.h"
-#include "tools/orbntf/report/report.h"
-#include "tools/orbntf/tool.h"
+#include "core/report/html.h"
+#include "core/report/report.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 constexpr size_t kMostText = 400, kMostBytes = 64;
@@ -124,4 +123,4 @@ std::string TextsSection(const ReportedFile& file, const PageDetail& detail) {
   return all.empty() ? "" : Section(file.id + "-texts", "Texts", all);
 }
 
-}  // namespace tool
+}  // namespace core

@@ -4,9 +4,8 @@
 #include <cstdio>
 
 #include "core/samples/samples.h"
-#include "tools/orbntf/tool.h"
 
-namespace tool {
+namespace core {
 
 /// Why a form cannot hold samples; empty when it can: "tif" and "raw" hold all of them, "png" grey and
 /// colour of up to 16 bits, and palettes of up to 256 entries.
@@ -24,4 +23,4 @@ bool WritePng(std::FILE* file, const SampleImage& image);
 /// each, those of 12 bits two.
 bool WriteRaw(std::FILE* file, const SampleImage& image);
 
-}  // namespace tool
+}  // namespace core

@@ -1,4 +1,4 @@
-#include "tools/orbntf/report/pictures.h"
+#include "core/report/pictures.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,15 +7,13 @@
 #include <filesystem>
 
 #include "core/check/rule.h"
-#include "hostkit/hostkit.h"
-#include "orbntf/orbntf.h"
-#include "tools/orbntf/inspect/load.h"
-#include "tools/orbntf/output/picture.h"
-#include "tools/orbntf/output/signals.h"
-#include "tools/orbntf/report/html.h"
-#include "tools/orbntf/tool.h"
+#include "core/format/words.h"
+#include "core/pictures/box_scaler.h"
+#include "core/pictures/load.h"
+#include "core/pictures/picture.h"
+#include "core/report/html.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 // An open file in memory.
@@ -142,7 +140,7 @@ Pixels PictureOf(const SampleImage& image, uint32_t side) {
         }
         ToColour(image, rgb);
       }
-      for (size_t c = 0; c < 3; ++c) row[3 * size_t{x} + c] = rgb[2 - c];
+      std::copy(rgb, rgb + 3, &row[3 * size_t{x}]);
     }
     const uint8_t* scaled = scaler.Take(row.data());
     if (scaled != nullptr) pixels.rgb.insert(pixels.rgb.end(), scaled, scaled + size_t{pixels.width} * 3);
@@ -152,18 +150,11 @@ Pixels PictureOf(const SampleImage& image, uint32_t side) {
 
 std::string DrawingUri(const Survey& survey, const SurveyedPart& part) {
   constexpr int32_t kSide = 480;
-  DrawingHolder drawing;
   MemoryFile memory;
-  if (memory.Stream() == nullptr) return "";
-  HostLoadOptions options = {};
-  FileFormatDefaultLoadOptions(&options, kLoadOptionsSize);
-  options.flags |= kLoadFlagsAlways;
-  const std::string data = survey.Data(part);
-  if (data.empty() ||
-      FileFormatLoadDrawingMemory(data.data(), &drawing.handle, static_cast<uint32_t>(data.size()),
-                                  &options, 0) != ORB_SUCCESS)
+  media::Drawing drawing;
+  if (memory.Stream() == nullptr || LoadDrawing(survey.Data(part), drawing) != media::Outcome::Ok ||
+      PaintPng(drawing, kSide, memory.Stream()) != media::Outcome::Ok)
     return "";
-  if (PaintPng(drawing.handle, kSide, memory.Stream()) != ORB_SUCCESS) return "";
   return "data:image/png;base64," + Base64(memory.Take());
 }
 
@@ -177,4 +168,4 @@ uint32_t ReduceFor(const SurveyedPart& part, uint32_t side) {
   return reduce;
 }
 
-}  // namespace tool
+}  // namespace core

@@ -1,25 +1,17 @@
-#include "tools/orbntf/report/report.h"
+#include "core/report/report.h"
 
 #include <algorithm>
 
-#include "orbntf/orbntf.h"
-#include "tools/orbntf/report/html.h"
-#include "tools/orbntf/report/template.h"
-#include "tools/orbntf/tool.h"
+#include "core/report/html.h"
+#include "core/report/template.h"
+#include "media/work.h"
 
-namespace tool {
+namespace core {
 namespace {
-
-// The version alone: what else --version tells is no affair of a page.
-std::string Version() {
-  const std::string text = VersionText();
-  const std::string line = text.substr(0, text.find('\n'));
-  return line.substr(line.find(' ') + 1, line.find(' ', line.find(' ') + 1) - line.find(' ') - 1);
-}
 
 std::string Head(const ReportedFile& file) {
   const SurveyedPart& header = file.survey.Header();
-  const bool good = file.verdict.status == ORB_SUCCESS;
+  const bool good = file.readerDraws;
   std::string counts;
   for (const PartKind kind : {PartKind::Image, PartKind::Graphic, PartKind::Text, PartKind::DataExtension,
                               PartKind::Reserved}) {
@@ -27,7 +19,7 @@ std::string Head(const ReportedFile& file) {
       counts += (counts.empty() ? "" : ", ") + Counted(count, NameOf(kind));
   }
   std::string facts =
-      Term("The module", Tag("span", Escaped(file.verdict.words),
+      Term("The module", Tag("span", Escaped(file.readerWords),
                              std::string("class=\"verdict ") + (good ? "good\"" : "bad\"")));
   facts += Term("Format",
                 EscapedField(std::string(header.Text("FHDR")) + " " + std::string(header.Text("FVER"))) +
@@ -81,11 +73,8 @@ std::string ReportOf(ReportedFile& file, size_t mostBytes) {
       {40, 40, 0, 0, 20, 0, 4},
       {0, 0, 0, 0, 3, 0, 0},
   };
-  const WorkAccount account(file.path);
-  file.verdict = AskModule(file.path);
+  const media::WorkLimit limit(file.survey.file.Size());
   file.findings = FindFaults(file.survey, file.definitions);
-  file.module = DrawSmall(file.path, file.survey, false);
-  file.standard = DrawSmall(file.path, file.survey, true);
   DrawSegments(file, kDetails[0].segmentPictures);
   std::string report;
   for (const PageDetail& detail : kDetails) {
@@ -95,8 +84,8 @@ std::string ReportOf(ReportedFile& file, size_t mostBytes) {
   return report;
 }
 
-std::string PageOf(const std::string& title, const std::vector<std::string>& reports,
-                   const std::vector<std::string>& names) {
+std::string PageOf(const std::string& version, const std::string& title,
+                   const std::vector<std::string>& reports, const std::vector<std::string>& names) {
   std::string index, body;
   for (size_t i = 0; i < reports.size(); ++i) {
     const std::string id = "f" + std::to_string(i + 1);
@@ -106,7 +95,7 @@ std::string PageOf(const std::string& title, const std::vector<std::string>& rep
                 "id=\"" + id + "\" aria-label=\"" + Escaped(names[i]) + "\"");
   }
   const std::pair<std::string_view, std::string> values[] = {
-      {"{{VERSION}}", Escaped(Version())},
+      {"{{VERSION}}", Escaped(version)},
       {"{{INDEX}}",
        reports.size() > 1 ? Tag("nav", Tag("ul", index), "aria-label=\"Files\"") : std::string()},
       {"{{TITLE}}", Escaped(title)},
@@ -114,4 +103,4 @@ std::string PageOf(const std::string& title, const std::vector<std::string>& rep
   return Filled(kTemplateTexts[0].text, values);
 }
 
-}  // namespace tool
+}  // namespace core

@@ -1,13 +1,12 @@
-#include "tools/orbntf/inspect/json_text.h"
+#include "core/format/json_text.h"
 
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 
 #include "core/format/words.h"
-#include "tools/orbntf/tool.h"
 
-namespace tool {
+namespace core {
 
 void JsonText::NewLine() {
   if (!indented_) return;
@@ -118,4 +117,4 @@ void JsonText::Null() {
   text_ += "null";
 }
 
-}  // namespace tool
+}  // namespace core

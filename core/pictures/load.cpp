@@ -6,10 +6,11 @@
 
 #include <png.h>
 
-#include "hostkit/hostkit.h"
-#include "tools/orbntf/inspect/load.h"
+#include "core/pictures/load.h"
+#include "media/drawing/metafile.h"
+#include "media/work.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 // Blends samples with an alpha behind them on white, in place; returns the samples without it.
@@ -49,9 +50,9 @@ void Jump(png_structp png, png_const_charp) { png_longjmp(png, 1); }
 void Drop(png_structp, png_const_charp) {}
 
 // libpng's errors jump back here; nothing with a destructor lives in between.
-int32_t DecodePng(png_structp png, png_infop info, Picture& picture, bool& hasAlpha,
-                  std::vector<png_bytep>& rows) {
-  if (setjmp(png_jmpbuf(png)) != 0) return kHostBadData;
+media::Outcome DecodePng(png_structp png, png_infop info, Picture& picture, bool& hasAlpha,
+                         std::vector<png_bytep>& rows) {
+  if (setjmp(png_jmpbuf(png)) != 0) return media::Outcome::BadData;
   png_read_info(png, info);
   png_set_palette_to_rgb(png);
   png_set_expand_gray_1_2_4_to_8(png);
@@ -64,13 +65,13 @@ int32_t DecodePng(png_structp png, png_infop info, Picture& picture, bool& hasAl
   picture.height = png_get_image_height(png, info);
   picture.channels = (colour & PNG_COLOR_MASK_COLOR) != 0 ? 3 : 1;
   picture.bits = png_get_bit_depth(png, info);
-  if (!IsTakeable(picture)) return kHostNoMemory;
+  if (!IsTakeable(picture)) return media::Outcome::NoMemory;
   const size_t rowBytes = png_get_rowbytes(png, info);
   picture.samples.resize(rowBytes * picture.height);
   rows.resize(picture.height);
   for (size_t y = 0; y < rows.size(); ++y) rows[y] = &picture.samples[y * rowBytes];
   png_read_image(png, rows.data());
-  return kHostOk;
+  return media::Outcome::Ok;
 }
 
 // ---------------------------------------------------------------- Netpbm
@@ -89,14 +90,34 @@ bool TakeNumber(const std::string& bytes, size_t& at, uint32_t& value) {
 
 }  // namespace
 
-int32_t LoadPng(const std::string& bytes, Picture& picture) {
+bool IsTakeable(const Picture& picture) {
+  constexpr uint64_t kMostBytes = INT32_MAX;
+  const uint64_t pixels = uint64_t{picture.width} * picture.height;
+  return pixels != 0 && pixels <= kMostBytes / 3 && media::AllowsPixels(pixels);
+}
+
+media::Outcome LoadPicture(const std::string& bytes, Picture& picture) {
+  for (const auto load : {&LoadPng, &LoadTiff, &LoadNetpbm}) {
+    const media::Outcome outcome = load(bytes, picture);
+    if (outcome != media::Outcome::NotRecognised) return outcome;
+  }
+  return media::Outcome::NotRecognised;
+}
+
+media::Outcome LoadDrawing(const std::string& bytes, media::Drawing& drawing) {
+  drawing.bytes = bytes.size();
+  return media::DecodeCgm(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size(), drawing);
+}
+
+media::Outcome LoadPng(const std::string& bytes, Picture& picture) {
   constexpr size_t kSignature = 8;
   const auto* begin = reinterpret_cast<const uint8_t*>(bytes.data());
-  if (bytes.size() < kSignature || png_sig_cmp(begin, 0, kSignature) != 0) return kHostNotRecognised;
+  if (bytes.size() < kSignature || png_sig_cmp(begin, 0, kSignature) != 0)
+    return media::Outcome::NotRecognised;
   PngSource source{bytes};
   png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, &Jump, &Drop);
   png_infop info = png != nullptr ? png_create_info_struct(png) : nullptr;
-  int32_t status = kHostNoMemory;
+  media::Outcome status = media::Outcome::NoMemory;
   bool hasAlpha = false;
   std::vector<png_bytep> rows;
   if (info != nullptr) {
@@ -104,26 +125,26 @@ int32_t LoadPng(const std::string& bytes, Picture& picture) {
     status = DecodePng(png, info, picture, hasAlpha, rows);
   }
   png_destroy_read_struct(&png, &info, nullptr);
-  if (status == kHostOk && hasAlpha) BlendOnWhite(picture);
+  if (status == media::Outcome::Ok && hasAlpha) BlendOnWhite(picture);
   return status;
 }
 
-int32_t LoadNetpbm(const std::string& bytes, Picture& picture) {
+media::Outcome LoadNetpbm(const std::string& bytes, Picture& picture) {
   if (bytes.size() < 3 || bytes[0] != 'P' || (bytes[1] != '5' && bytes[1] != '6'))
-    return kHostNotRecognised;
+    return media::Outcome::NotRecognised;
   size_t at = 2;
   uint32_t most = 0;
   if (!TakeNumber(bytes, at, picture.width) || !TakeNumber(bytes, at, picture.height) ||
       !TakeNumber(bytes, at, most) || most == 0 || most > 65535 || at >= bytes.size()) {
-    return kHostBadData;
+    return media::Outcome::BadData;
   }
   ++at;  // one white space
   picture.channels = bytes[1] == '5' ? 1 : 3;
   picture.bits = most > 255 ? 16 : 8;
-  if (!IsTakeable(picture)) return kHostNoMemory;
+  if (!IsTakeable(picture)) return media::Outcome::NoMemory;
   const size_t count = size_t{picture.width} * picture.height * picture.channels;
   const size_t wanted = count * picture.bits / 8;
-  if (bytes.size() - at < wanted) return kHostBadData;
+  if (bytes.size() - at < wanted) return media::Outcome::BadData;
   picture.samples.assign(bytes.begin() + static_cast<ptrdiff_t>(at),
                          bytes.begin() + static_cast<ptrdiff_t>(at + wanted));
   const uint32_t full = picture.bits == 16 ? 65535 : 255;
@@ -135,7 +156,7 @@ int32_t LoadNetpbm(const std::string& bytes, Picture& picture) {
     if (picture.bits == 16) *sample++ = static_cast<uint8_t>(scaled >> 8);
     *sample = static_cast<uint8_t>(scaled);
   }
-  return kHostOk;
+  return media::Outcome::Ok;
 }
 
-}  // namespace tool
+}  // namespace core

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/orbntf/inspect/verdict.h"
-#include "tools/orbntf/report/pictures.h"
+#include "core/check/check_file.h"
+#include "core/report/pictures.h"
 
-namespace tool {
+namespace core {
 
 /// How much of a file a page shows.
 struct PageDetail {
@@ -29,7 +29,8 @@ struct ReportedFile {
   const std::string id;  ///< in front of the ids of its elements
   const RecordDefinitions& definitions;
   const Survey survey;
-  Verdict verdict;
+  bool readerDraws = false;  ///< the module
+  std::string readerWords;   ///< what it says of the file: "drawn, 640 x 400"
   std::vector<Finding> findings;
   Composite module, standard;
   std::vector<std::string> segmentPictures;  ///< as HTML, of the first images and graphics
@@ -38,12 +39,12 @@ struct ReportedFile {
 /// Bytes that a page has at most, whatever is in its files.
 inline constexpr size_t kMostPageBytes = 4 << 20;
 
-/// Draws and examines the file; the report of it as HTML, of at most so many bytes as far as it goes with
-/// less detail, which it then says.
+/// Examines the file, whose composites and reader's words the caller has set; the report of it as HTML,
+/// of at most so many bytes as far as it goes with less detail, which it then says.
 std::string ReportOf(ReportedFile& file, size_t mostBytes = kMostPageBytes);
-/// A whole page of reports.
-std::string PageOf(const std::string& title, const std::vector<std::string>& reports,
-                   const std::vector<std::string>& names);
+/// A whole page of reports, made by a version of the program.
+std::string PageOf(const std::string& version, const std::string& title,
+                   const std::vector<std::string>& reports, const std::vector<std::string>& names);
 
 // The sections, as HTML.
 std::string FindingsSection(const ReportedFile& file, const PageDetail& detail);
@@ -61,4 +62,4 @@ void DrawSegments(ReportedFile& file, size_t most);
 /// A histogram of each band, as SVG.
 std::string Histograms(const SampleImage& image);
 
-}  // namespace tool
+}  // namespace core

@@ -4,10 +4,10 @@
 #include <cmath>
 #include <cstring>
 
-#include "tools/orbntf/report/html.h"
-#include "tools/orbntf/report/report.h"
+#include "core/report/html.h"
+#include "core/report/report.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 constexpr size_t kBins = 64, kMostBands = 8;
@@ -73,4 +73,4 @@ std::string Histograms(const SampleImage& image) {
   return all;
 }
 
-}  // namespace tool
+}  // namespace core

@@ -2,22 +2,21 @@
 #include <algorithm>
 #include <cstring>
 
-#include "hostkit/hostkit.h"
+#include "core/pictures/load.h"
 #include "media/codecs/tiff_memory.h"
-#include "tools/orbntf/inspect/load.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 // Rows of 16-bit samples, grey or colour, that stand in strips with their samples side by side.
-int32_t ReadDeepRows(TIFF* tiff, Picture& picture, uint16_t samples) {
+media::Outcome ReadDeepRows(TIFF* tiff, Picture& picture, uint16_t samples) {
   std::vector<uint8_t> row(static_cast<size_t>(TIFFScanlineSize(tiff)));
   const size_t wanted = size_t{picture.width} * picture.channels * 2;
-  if (row.size() < size_t{picture.width} * samples * 2) return kHostBadData;
+  if (row.size() < size_t{picture.width} * samples * 2) return media::Outcome::BadData;
   picture.samples.resize(wanted * picture.height);
   uint8_t* out = picture.samples.data();
   for (uint32_t y = 0; y < picture.height; ++y) {
-    if (TIFFReadScanline(tiff, row.data(), y, 0) != 1) return kHostBadData;
+    if (TIFFReadScanline(tiff, row.data(), y, 0) != 1) return media::Outcome::BadData;
     for (size_t x = 0; x < picture.width; ++x) {
       for (size_t c = 0; c < picture.channels; ++c, out += 2) {
         uint16_t value;  // in host order
@@ -27,15 +26,15 @@ int32_t ReadDeepRows(TIFF* tiff, Picture& picture, uint16_t samples) {
       }
     }
   }
-  return kHostOk;
+  return media::Outcome::Ok;
 }
 
 // Everything else as libtiff shows it, in 8 bits.
-int32_t ReadShownPixels(TIFF* tiff, Picture& picture) {
+media::Outcome ReadShownPixels(TIFF* tiff, Picture& picture) {
   std::vector<uint32_t> pixels(size_t{picture.width} * picture.height);
   if (TIFFReadRGBAImageOriented(tiff, picture.width, picture.height, pixels.data(), ORIENTATION_TOPLEFT,
                                 1) != 1)
-    return kHostBadData;
+    return media::Outcome::BadData;
   picture.bits = 8;
   bool hasAlpha = false;
   picture.samples.reserve(pixels.size() * (picture.channels + 1));
@@ -45,7 +44,7 @@ int32_t ReadShownPixels(TIFF* tiff, Picture& picture) {
       picture.samples.push_back(static_cast<uint8_t>(parts[c]));
     hasAlpha = hasAlpha || TIFFGetA(pixel) != 255;
   }
-  if (!hasAlpha) return kHostOk;
+  if (!hasAlpha) return media::Outcome::Ok;
   // What libtiff gives is multiplied by its alpha: white shines through the rest.
   for (size_t i = 0; i < pixels.size(); ++i) {
     for (uint32_t c = 0; c < picture.channels; ++c)
@@ -53,7 +52,7 @@ int32_t ReadShownPixels(TIFF* tiff, Picture& picture) {
           std::min(255u, picture.samples[i * picture.channels + c] + 255 - TIFFGetA(pixels[i])));
   }
   picture.lostAlpha = true;
-  return kHostOk;
+  return media::Outcome::Ok;
 }
 
 struct TiffForm {
@@ -89,14 +88,14 @@ std::string WhyNotLossless(TIFF* tiff, const TiffForm& form) {
 
 }  // namespace
 
-int32_t LoadTiff(const std::string& bytes, Picture& picture) {
+media::Outcome LoadTiff(const std::string& bytes, Picture& picture) {
   const std::string_view mark = std::string_view(bytes).substr(0, 4);
   using namespace std::string_view_literals;
   if (mark != "II*\0"sv && mark != "MM\0*"sv && mark != "II+\0"sv && mark != "MM\0+"sv)
-    return kHostNotRecognised;
+    return media::Outcome::NotRecognised;
   media::TiffSource source{bytes};
   const media::TiffPtr tiff = media::OpenTiff(source);
-  if (tiff == nullptr) return kHostBadData;
+  if (tiff == nullptr) return media::Outcome::BadData;
   uint16_t bits = 1, samples = 1, photometric = PHOTOMETRIC_MINISBLACK, planar = PLANARCONFIG_CONTIG;
   uint16_t format = SAMPLEFORMAT_UINT;
   TIFFGetField(tiff.get(), TIFFTAG_IMAGEWIDTH, &picture.width);
@@ -112,9 +111,9 @@ int32_t LoadTiff(const std::string& bytes, Picture& picture) {
         "TIFF samples of " + std::to_string(bits) + " bits" +
         (format == SAMPLEFORMAT_UINT || format == SAMPLEFORMAT_INT ? "" : ", real or complex") +
         " are not taken: 1 to 16 bits, whole numbers";
-    return kHostUnsupported;
+    return media::Outcome::Unsupported;
   }
-  if (!IsTakeable(picture)) return kHostNoMemory;
+  if (!IsTakeable(picture)) return media::Outcome::NoMemory;
   const bool grey = photometric == PHOTOMETRIC_MINISBLACK || photometric == PHOTOMETRIC_MINISWHITE;
   picture.channels = grey ? 1 : 3;
   picture.bits = bits == 16 ? 16 : 8;
@@ -126,4 +125,4 @@ int32_t LoadTiff(const std::string& bytes, Picture& picture) {
   return ReadDeepRows(tiff.get(), picture, samples);
 }
 
-}  // namespace tool
+}  // namespace core

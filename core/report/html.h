@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace tool {
+namespace core {
 
 /// UTF-8 as it may stand in an element or an attribute; control characters are shown as \xHH.
 std::string Escaped(std::string_view utf8);
@@ -35,4 +35,4 @@ std::string Counted(uint64_t number, const std::string& what);
 /// 1234567 as "1,234,567".
 std::string Grouped(uint64_t number);
 
-}  // namespace tool
+}  // namespace core

@@ -4,10 +4,9 @@
 #include <span>
 
 #include "core/format/definitions.h"
-#include "tools/orbntf/tool.h"
 
-namespace tool {
+namespace core {
 
 extern const std::span<const CompiledText> kTemplateTexts;
 
-}  // namespace tool
+}  // namespace core

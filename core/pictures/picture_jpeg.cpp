@@ -4,9 +4,9 @@
 
 #include <jpeglib.h>
 
-#include "tools/orbntf/output/picture.h"
+#include "core/pictures/picture.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 // libjpeg's errors jump back into the call that met them; nothing with a destructor lives in between.
@@ -66,4 +66,4 @@ std::unique_ptr<PictureWriter> StartJpeg(std::FILE* file, uint32_t width, uint32
   return std::make_unique<JpegWriter>(file, width, height);
 }
 
-}  // namespace tool
+}  // namespace core

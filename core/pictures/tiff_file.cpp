@@ -1,13 +1,11 @@
-#include "tools/orbntf/output/tiff_file.h"
+#include "core/pictures/tiff_file.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include "core/format/bytes.h"
-#include "tools/orbntf/core_names.h"
-#include "tools/orbntf/output/output.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 int DescriptorOf(thandle_t handle) { return static_cast<int>(reinterpret_cast<intptr_t>(handle)); }
@@ -50,4 +48,4 @@ TIFF* OpenTiffFile(int descriptor, const char* mode) {
   return tiff;
 }
 
-}  // namespace tool
+}  // namespace core

@@ -7,9 +7,8 @@
 
 #include "core/format/places.h"
 #include "core/samples/samples.h"
-#include "tools/orbntf/tool.h"
 
-namespace tool {
+namespace core {
 
 /// Red, green, blue of each pixel, rows from the top.
 struct Pixels {
@@ -31,14 +30,11 @@ struct Outline {
 
 /// A composite as small as a page takes it, and the outlines of its segments.
 struct Composite {
-  int32_t status = 0;
+  std::string problem;             ///< why there is no picture; empty for one
   uint32_t width = 0, height = 0;  ///< of the canvas
   Pixels pixels;
   std::vector<Outline> outlines;
 };
-/// Draws a file as the module does, or by the published standard.
-Composite DrawSmall(const std::string& path, const Survey& survey, bool byStandard);
-
 /// An image's samples as a picture of at most `side` pixels a side, scaled to 8 bits.
 Pixels PictureOf(const SampleImage& image, uint32_t side);
 /// A graphic's drawing as a data URI; empty where there is none.
@@ -46,4 +42,4 @@ std::string DrawingUri(const Survey& survey, const SurveyedPart& part);
 /// How far a picture of `side` pixels may be reduced by its codec.
 uint32_t ReduceFor(const SurveyedPart& part, uint32_t side);
 
-}  // namespace tool
+}  // namespace core

@@ -1,14 +1,15 @@
-// Composites for a page.
+#include "tools/orbntf/inspect/draw_small.h"
+
 #include <algorithm>
 
 #include "Common/DisplayList.h"
 #include "Common/HandlGfx.h"
 #include "core/format/words.h"
-#include "hostkit/hostkit.h"
+#include "core/pictures/box_scaler.h"
+#include "hostkit/kernel/pixels_shuffle.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/drawing.h"
-#include "tools/orbntf/output/picture.h"
-#include "tools/orbntf/report/pictures.h"
+#include "tools/orbntf/inspect/verdict.h"
 
 namespace tool {
 namespace {
@@ -22,7 +23,10 @@ Pixels Scaled(const KernelBitmap& bitmap) {
   const auto* rows = reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(bitmap.pixels));
   for (uint32_t y = 0; y < bitmap.height; ++y) {
     const uint8_t* row = scaler.Take(rows + size_t{bitmap.height - 1 - y} * bitmap.bytesPerLine);
-    if (row != nullptr) pixels.rgb.insert(pixels.rgb.end(), row, row + size_t{pixels.width} * 3);
+    if (row == nullptr) continue;
+    const size_t made = pixels.rgb.size();
+    pixels.rgb.resize(made + size_t{pixels.width} * 3);
+    hostkit::SwapEnds(row, pixels.width, &pixels.rgb[made]);
   }
   return pixels;
 }
@@ -71,21 +75,31 @@ void AddOutlines(const NitfFile& document, const Survey& survey, Composite& comp
   }
 }
 
-}  // namespace
-
 Composite DrawSmall(const std::string& path, const Survey& survey, bool byStandard) {
   Composite composite;
   Document document;
   const WorkAccount account(path);
-  composite.status = byStandard ? document.OpenByStandard(path) : document.Open(path);
-  if (composite.status == ORB_SUCCESS) {
+  int32_t status = byStandard ? document.OpenByStandard(path) : document.Open(path);
+  if (status == ORB_SUCCESS) {
     OwnedBitmap canvas;
-    composite.status = DrawDocument(path, document, canvas, composite.width, composite.height);
-    if (composite.status == ORB_SUCCESS) composite.pixels = Scaled(canvas.record);
+    status = DrawDocument(path, document, canvas, composite.width, composite.height);
+    if (status == ORB_SUCCESS) composite.pixels = Scaled(canvas.record);
     AddOutlines(*document.get(), survey, composite);
   }
   RequireHostReads(path);
+  if (status != ORB_SUCCESS)
+    composite.problem = "status " + std::to_string(status) + ", " + MeaningOf(status);
   return composite;
+}
+
+}  // namespace
+
+void LookAtFile(ReportedFile& file) {
+  const Verdict verdict = AskModule(file.path);
+  file.readerDraws = verdict.status == ORB_SUCCESS;
+  file.readerWords = verdict.words;
+  file.module = DrawSmall(file.path, file.survey, false);
+  file.standard = DrawSmall(file.path, file.survey, true);
 }
 
 }  // namespace tool

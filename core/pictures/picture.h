@@ -6,11 +6,11 @@
 #include <memory>
 #include <optional>
 #include <string_view>
-#include <vector>
 
-struct VectorHandle;
+#include "media/drawing/drawing.h"
+#include "media/outcome.h"
 
-namespace tool {
+namespace core {
 
 enum class PictureForm { Png, Ppm, Jpeg, Tiff };
 /// The form that a name's ending or the word "png", "ppm", "jpeg" or "tiff" asks for.
@@ -36,32 +36,8 @@ std::unique_ptr<PictureWriter> StartPng(std::FILE* file, uint32_t width, uint32_
 std::unique_ptr<PictureWriter> StartJpeg(std::FILE* file, uint32_t width, uint32_t height);
 std::unique_ptr<PictureWriter> StartTiff(std::FILE* file, uint32_t width, uint32_t height);
 
-/// Paints a drawing as PNG whose objects take `longerSide` pixels (0 as the drawing suggests). 1;
-/// ORB_SHORT_WRITE when the file does not take it; the host's status.
-int32_t PaintPng(const VectorHandle& drawing, int32_t longerSide, std::FILE* file);
+/// Paints a drawing as PNG whose objects take `longerSide` pixels (0 as the drawing suggests). NotTaken
+/// when the file does not take it; OverBudget for more painting than the drawing's bytes are worth.
+media::Outcome PaintPng(const media::Drawing& drawing, int32_t longerSide, std::FILE* file);
 
-/// Averages squares of N x N pixels; squares cut by an edge average what there is.
-class BoxScaler {
- public:
-  BoxScaler(uint32_t width, uint32_t height, uint32_t factor);
-  uint32_t Width() const { return (width_ + factor_ - 1) / factor_; }
-  uint32_t Height() const { return (height_ + factor_ - 1) / factor_; }
-  /// Takes a row of blue, green, red pixels; returns the finished RGB row or null.
-  const uint8_t* Take(const uint8_t* bgr);
-
- private:
-  static constexpr uint32_t kMostShort = 64;  // the factor up to which sums stay short
-
-  template <class Sum>
-  void Add(const uint8_t* bgr, std::vector<Sum>& sums);
-  template <class Total, class Sum>
-  void Average(std::vector<Sum>& sums);
-
-  uint32_t width_, height_, factor_;
-  uint32_t rowsTaken_ = 0, rowsHeld_ = 0;
-  std::vector<uint16_t> shortSums_;  // of the rows held, blue, green and red a column
-  std::vector<uint32_t> longSums_;
-  std::vector<uint8_t> rgb_;
-};
-
-}  // namespace tool
+}  // namespace core

@@ -2,13 +2,11 @@
 // standard's.
 #include <algorithm>
 
-#include "orbntf/orbntf.h"
-#include "tools/orbntf/output/picture.h"
-#include "tools/orbntf/report/html.h"
-#include "tools/orbntf/report/report.h"
-#include "tools/orbntf/tool.h"
+#include "core/pictures/box_scaler.h"
+#include "core/report/html.h"
+#include "core/report/report.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 std::string Attribute(const char* name, double value) {
@@ -42,11 +40,9 @@ std::string Outlines(const Composite& composite) {
 constexpr size_t kMostPng = 160 << 10;
 
 std::string View(const Composite& composite, const char* kind, const std::string& words) {
-  const std::string uri = composite.status == ORB_SUCCESS ? DataUri(composite.pixels, kMostPng) : "";
+  const std::string uri = composite.problem.empty() ? DataUri(composite.pixels, kMostPng) : "";
   if (uri.empty())
-    return Tag("div",
-               Tag("p", "No picture: status " + std::to_string(composite.status) + ", " +
-                            Escaped(MeaningOf(composite.status)) + "."),
+    return Tag("div", Tag("p", "No picture: " + Escaped(composite.problem) + "."),
                std::string("class=\"") + kind + "\"");
   const std::string size = std::to_string(composite.width) + " x " + std::to_string(composite.height);
   const std::string image = "<img alt=\"" + Escaped(words) + ", " + size + " pixels\" width=\"" +
@@ -74,16 +70,14 @@ Composite Shrunk(const Composite& composite, uint32_t factor) {
   BoxScaler scaler(from.width, from.height, factor);
   for (uint32_t y = 0; y < from.height; ++y) {
     const uint8_t* row = scaler.Take(&from.rgb[size_t{y} * from.width * 3]);
-    if (row == nullptr) continue;
-    // The scaler turns the order of the colours round, which stand the right way already.
-    for (uint32_t x = 0; x < small.pixels.width; ++x, row += 3)
-      small.pixels.rgb.insert(small.pixels.rgb.end(), {row[2], row[1], row[0]});
+    if (row != nullptr)
+      small.pixels.rgb.insert(small.pixels.rgb.end(), row, row + size_t{small.pixels.width} * 3);
   }
   return small;
 }
 
 bool AreSame(const Composite& a, const Composite& b) {
-  return a.status == b.status && a.width == b.width && a.height == b.height &&
+  return a.problem == b.problem && a.width == b.width && a.height == b.height &&
          a.pixels.rgb == b.pixels.rgb;
 }
 
@@ -97,9 +91,8 @@ std::string PictureSection(const ReportedFile& file, const PageDetail& detail) {
   const std::string name = file.id + "-view";
   std::string choices;
   if (!same)
-    choices =
-        Choice("radio", name, "by-module", module.status == ORB_SUCCESS, "As the module draws it") +
-        Choice("radio", name, "by-standard", module.status != ORB_SUCCESS, "As the standard has it");
+    choices = Choice("radio", name, "by-module", module.problem.empty(), "As the module draws it") +
+              Choice("radio", name, "by-standard", !module.problem.empty(), "As the standard has it");
   choices += Choice("checkbox", file.id + "-lines", "no-outlines", true, "Outlines");
   const std::string views = View(module, "module", same ? "The composite" : "As the module draws it") +
                             (same ? "" : View(standard, "standard", "As the standard has it"));
@@ -109,4 +102,4 @@ std::string PictureSection(const ReportedFile& file, const PageDetail& detail) {
       Tag("div", Tag("fieldset", legend + choices, "class=\"choices\"") + views, "class=\"switch\""));
 }
 
-}  // namespace tool
+}  // namespace core

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "tools/orbntf/output/picture.h"
-#include "tools/orbntf/output/tiff_file.h"
+#include "core/pictures/picture.h"
+#include "core/pictures/tiff_file.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 constexpr uint32_t kTile = 256;
@@ -76,4 +76,4 @@ std::unique_ptr<PictureWriter> StartTiff(std::FILE* file, uint32_t width, uint32
   return std::make_unique<TiffWriter>(file, width, height);
 }
 
-}  // namespace tool
+}  // namespace core

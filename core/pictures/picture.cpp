@@ -1,15 +1,12 @@
-#include "tools/orbntf/output/picture.h"
+#include "core/pictures/picture.h"
 
-#include <algorithm>
 #include <csetjmp>
 
 #include <png.h>
 
-#include "hostkit/hostkit.h"
-#include "hostkit/kernel/pixels_shuffle.h"
-#include "orbntf/orbntf.h"
+#include "media/drawing/picture.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 class PpmWriter : public PictureWriter {
@@ -116,81 +113,15 @@ std::unique_ptr<PictureWriter> StartPng(std::FILE* file, uint32_t width, uint32_
   return std::make_unique<PngWriter>(file, width, height, alpha);
 }
 
-namespace {
-
-struct PaintedPng {
-  std::FILE* file;
+media::Outcome PaintPng(const media::Drawing& drawing, int32_t longerSide, std::FILE* file) {
   std::unique_ptr<PictureWriter> writer;
-};
-
-int32_t ORB_CALL PutPaintedRow(const uint8_t* rgba, uint32_t width, uint32_t height, void* userData) {
-  auto& png = *static_cast<PaintedPng*>(userData);
-  if (png.writer == nullptr) png.writer = StartPng(png.file, width, height, true);
-  return png.writer->PutRow(rgba) ? ORB_SUCCESS : ORB_SHORT_WRITE;
+  const media::Outcome outcome =
+      media::PaintPicture(drawing, longerSide, [&](const uint8_t* rgba, uint32_t width, uint32_t height) {
+        if (writer == nullptr) writer = StartPng(file, width, height, true);
+        return writer->PutRow(rgba) ? media::Outcome::Ok : media::Outcome::NotTaken;
+      });
+  if (outcome != media::Outcome::Ok) return outcome;
+  return writer != nullptr && writer->Finish() ? media::Outcome::Ok : media::Outcome::NotTaken;
 }
 
-}  // namespace
-
-int32_t PaintPng(const VectorHandle& drawing, int32_t longerSide, std::FILE* file) {
-  PaintedPng png = {file, nullptr};
-  const int32_t status = HostkitPaintDrawing(&drawing, longerSide, &PutPaintedRow, &png);
-  if (status != ORB_SUCCESS) return status;
-  return png.writer != nullptr && png.writer->Finish() ? ORB_SUCCESS : ORB_SHORT_WRITE;
-}
-
-BoxScaler::BoxScaler(uint32_t width, uint32_t height, uint32_t factor)
-    : width_(width), height_(height), factor_(factor), rgb_(3 * size_t{Width()}) {
-  if (factor > kMostShort) longSums_.resize(3 * size_t{width});
-  if (factor > 1 && factor <= kMostShort) shortSums_.resize(3 * size_t{width});
-}
-
-const uint8_t* BoxScaler::Take(const uint8_t* bgr) {
-  ++rowsTaken_;
-  if (factor_ == 1) {
-    hostkit::SwapEnds(bgr, width_, rgb_.data());
-    return rgb_.data();
-  }
-  // Rows are added up first, the columns of a square only once.
-  const bool isLast = ++rowsHeld_ == factor_ || rowsTaken_ == height_;
-  if (factor_ <= kMostShort) {
-    Add(bgr, shortSums_);
-    if (isLast) Average<uint32_t>(shortSums_);
-  } else {
-    Add(bgr, longSums_);
-    if (isLast) Average<uint64_t>(longSums_);
-  }
-  if (!isLast) return nullptr;
-  rowsHeld_ = 0;
-  return rgb_.data();
-}
-
-template <class Sum>
-void BoxScaler::Add(const uint8_t* bgr, std::vector<Sum>& sums) {
-  for (size_t i = 0; i < sums.size(); ++i) sums[i] = static_cast<Sum>(sums[i] + bgr[i]);
-}
-
-template <class Total, class Sum>
-void BoxScaler::Average(std::vector<Sum>& sums) {
-  // Dividing is multiplying by a reciprocal, exactly so for totals of short sums.
-  constexpr uint32_t kBits = 43;
-  uint64_t pixels = 0, reciprocal = 0;
-  const Sum* sum = sums.data();
-  uint8_t* out = rgb_.data();
-  for (uint32_t first = 0; first < width_; first += factor_, out += 3) {
-    const uint32_t columns = std::min(factor_, width_ - first);
-    Total blue = 0, green = 0, red = 0;
-    for (uint32_t i = 0; i < columns; ++i, sum += 3) blue += sum[0], green += sum[1], red += sum[2];
-    if (pixels != uint64_t{columns} * rowsHeld_) {
-      pixels = uint64_t{columns} * rowsHeld_;
-      reciprocal = ((uint64_t{1} << kBits) + pixels - 1) / pixels;
-    }
-    const auto average = [&](uint64_t total) {
-      total += pixels / 2;
-      return static_cast<uint8_t>(sizeof(Total) == 4 ? total * reciprocal >> kBits : total / pixels);
-    };
-    out[0] = average(red), out[1] = average(green), out[2] = average(blue);
-  }
-  std::fill(sums.begin(), sums.end(), Sum{0});
-}
-
-}  // namespace tool
+}  // namespace core

@@ -1,4 +1,4 @@
-#include "tools/orbntf/output/sample_writers.h"
+#include "core/pictures/sample_files.h"
 
 #include <unistd.h>
 
@@ -9,9 +9,9 @@
 
 #include <png.h>
 
-#include "tools/orbntf/output/tiff_file.h"
+#include "core/pictures/tiff_file.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 // The tag in which mapping tools keep the text of the value that stands for no data.
@@ -237,4 +237,4 @@ bool WriteRaw(std::FILE* file, const SampleImage& image) {
   return true;
 }
 
-}  // namespace tool
+}  // namespace core

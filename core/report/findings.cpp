@@ -1,10 +1,10 @@
 // What is wrong with a file, first of all.
 #include <algorithm>
 
-#include "tools/orbntf/report/html.h"
-#include "tools/orbntf/report/report.h"
+#include "core/report/html.h"
+#include "core/report/report.h"
 
-namespace tool {
+namespace core {
 
 std::string FindingsSection(const ReportedFile& file, const PageDetail& detail) {
   constexpr Severity kOrder[] = {Severity::Error, Severity::Warning, Severity::Note};
@@ -35,4 +35,4 @@ std::string FindingsSection(const ReportedFile& file, const PageDetail& detail) 
   return Section(file.id + "-check", "Check", Tag("p", counts) + list);
 }
 
-}  // namespace tool
+}  // namespace core

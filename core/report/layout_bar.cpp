@@ -1,10 +1,10 @@
 // Where everything lies in the file, as a bar to scale and as a table.
 #include <algorithm>
 
-#include "tools/orbntf/report/html.h"
-#include "tools/orbntf/report/report.h"
+#include "core/report/html.h"
+#include "core/report/report.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 struct Stretch {
@@ -60,4 +60,4 @@ std::string LayoutSection(const ReportedFile& file, const PageDetail& detail) {
                       "class=\"scroll\"")));
 }
 
-}  // namespace tool
+}  // namespace core

@@ -1,0 +1,17 @@
+// Places as GeoJSON (RFC 7946).
+#pragma once
+
+#include <string_view>
+
+#include "core/format/geography.h"
+#include "core/format/json_text.h"
+
+namespace core {
+
+/// Writes corners as a GeoJSON polygon, counterclockwise and closed.
+void WritePolygon(JsonText& json, const GeographicCorners& corners);
+/// Writes the corners in decimal degrees and, counterclockwise and closed, as a GeoJSON polygon; null
+/// where there are none.
+void WriteGeography(JsonText& json, char icords, std::string_view igeolo);
+
+}  // namespace core

@@ -1,0 +1,13 @@
+// What a page shows of the module.
+#pragma once
+
+#include "core/report/report.h"
+#include "tools/orbntf/core_names.h"
+
+namespace tool {
+
+/// Draws a file as the module does and by the published standard, for its report, with the module's word
+/// about it.
+void LookAtFile(ReportedFile& file);
+
+}  // namespace tool
