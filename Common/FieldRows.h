@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <type_traits>
 #include <utility>
 
 #include "Common/Bounds.h"
@@ -131,37 +132,45 @@ struct FieldRow : FieldTraits {
   Status (*writeMore)(const R&, FieldWriter&) = nullptr;
   void (*custom)(const R&, char (&text)[16]) = nullptr;
 
-  constexpr FieldRow& Blank() { return blank = true, *this; }
-  constexpr FieldRow& Starts(const char* text) { return initial = text, *this; }
-  constexpr FieldRow& Fill(char pad) { return fill = pad, *this; }
+  constexpr FieldRow& Blank() { return With(blank, true); }
+  constexpr FieldRow& Starts(const char* text) { return With(initial, text); }
+  constexpr FieldRow& Fill(char pad) { return With(fill, pad); }
   constexpr FieldRow& SetNumber(bool alsoValue = false) {
-    return setAs = SetAs::Number, setsValue = alsoValue, *this;
+    return With(setAs, SetAs::Number).With(setsValue, alsoValue);
   }
-  constexpr FieldRow& Set(SetAs how) { return setAs = how, *this; }
-  constexpr FieldRow& Write(WriteFrom from) { return writeFrom = from, *this; }
+  constexpr FieldRow& Set(SetAs how) { return With(setAs, how); }
+  constexpr FieldRow& Write(WriteFrom from) { return With(writeFrom, from); }
   constexpr FieldRow& WriteWith(void (*format)(const R&, char (&text)[16])) {
-    return writeFrom = WriteFrom::Custom, custom = format, *this;
+    return With(writeFrom, WriteFrom::Custom).With(custom, format);
   }
   constexpr FieldRow& Codes(const CodeTable* table, const char* writtenOtherwise = nullptr) {
-    return codes = table, otherwise = writtenOtherwise, setAs = SetAs::Code, writeFrom = WriteFrom::Code,
-           *this;
+    return With(codes, table)
+        .With(otherwise, writtenOtherwise)
+        .With(setAs, SetAs::Code)
+        .With(writeFrom, WriteFrom::Code);
   }
-  constexpr FieldRow& Placeholder() { return placeholder = true, *this; }
-  constexpr FieldRow& MeasuresOverflow() { return measuresOverflow = true, *this; }
-  constexpr FieldRow& Mark(const char* text) { return mark = text, *this; }
-  constexpr FieldRow& Raw() { return raw = true, *this; }
-  constexpr FieldRow& When(bool (*test)(const R&)) { return present = test, *this; }
-  constexpr FieldRow& Accept(Status (*test)(R&)) { return accept = test, *this; }
+  constexpr FieldRow& Placeholder() { return With(placeholder, true); }
+  constexpr FieldRow& MeasuresOverflow() { return With(measuresOverflow, true); }
+  constexpr FieldRow& Mark(const char* text) { return With(mark, text); }
+  constexpr FieldRow& Raw() { return With(raw, true); }
+  constexpr FieldRow& When(bool (*test)(const R&)) { return With(present, test); }
+  constexpr FieldRow& Accept(Status (*test)(R&)) { return With(accept, test); }
   constexpr FieldRow& Then(Status (*read)(R&, FieldReader&), Status (*write)(const R&, FieldWriter&)) {
-    return readMore = read, writeMore = write, *this;
+    return With(readMore, read).With(writeMore, write);
   }
-
   bool IsPresent(const R& record) const { return present == nullptr || present(record); }
   /// The field as setters see it.
   FieldView ViewOf(R& record) const {
     FieldView field = view(record);
     field.capacity = std::min(field.capacity, capacity);
     return field;
+  }
+
+ private:
+  template <class T>
+  constexpr FieldRow& With(T& member, std::type_identity_t<T> value) {
+    member = value;
+    return *this;
   }
 };
 

@@ -1,7 +1,7 @@
 // Image segments: reading one into a bitmap and painting it at its place.
 #pragma once
 
-#include "Common/ImgModes.h"
+#include "Common/ImgPixel.h"
 
 /// Draws image segments one over the other. An image without a stored block is of one colour: it is
 /// painted only once what comes next is known not to cover it.
@@ -38,25 +38,3 @@ Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t ind
 /// would answer first, found without touching a pixel. `known` is false, the result 1, for images of
 /// which that cannot be told.
 Status RequireImageData(NitfFile& document, uint32_t index, bool& known);
-
-/// Gives a bitmap the colours of depth `bits`, entries 0 to 254.
-Status PutDefaultColours(KernelBitmap& bitmap, uint32_t bits);
-/// Gives a bitmap the segment's display palette; -1.
-Status PutDisplayPalette(KernelBitmap& bitmap, const ImageSubheader& header);
-
-/// Makes the bitmap of a downsampled image as large as its subheader says, where the document's rules ask
-/// for it. 1, -1, or the host's status.
-Status EnlargeToFullSize(const ImageSubheader& header, OwnedBitmap& bitmap);
-
-/// Creates a bitmap of a size with the depth and the colours of a segment.
-Status CreateSegmentBitmap(OwnedBitmap& bitmap, const ImageSubheader& header, uint32_t width,
-                           uint32_t height);
-
-// Readers of compressed data.
-
-/// Facsimile ("C1", "M1").
-Status ReadFacsimileImage(KernelBitmap& segment, const ImageSource& source);
-/// JPEG and JPEG 2000 ("C3", "C5", "C6", "C8", "I1" and the masked forms).
-Status ReadJpegImage(KernelBitmap& segment, const ImageSource& source);
-/// Vector quantisation ("C4", "M4").
-Status ReadVectorQuantisedImage(KernelBitmap& segment, const ImageSource& source);

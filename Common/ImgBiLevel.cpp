@@ -1,7 +1,8 @@
-// Bi-level image data: a bit a pixel, rows one behind the other without filling.
+#include "Common/ImgBiLevel.h"
+
 #include <algorithm>
 
-#include "Common/ImgModes.h"
+#include "Common/ImgBitmap.h"
 
 namespace {
 

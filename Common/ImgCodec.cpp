@@ -1,7 +1,8 @@
-// Compressed image data that the host's file-format library decodes: facsimile and the JPEG family.
+#include "Common/ImgCodec.h"
+
 #include <algorithm>
 
-#include "Common/HandlImg.h"
+#include "Common/ImgBitmap.h"
 #include "Common/ImgStreams.h"
 #include "host/display.h"
 

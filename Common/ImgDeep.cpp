@@ -1,6 +1,7 @@
-// Several bands of 9 to 16 bits, shown by the high 8 of their significant bits.
+#include "Common/ImgDeep.h"
+
 #include "Common/BigEndian.h"
-#include "Common/ImgModes.h"
+#include "Common/ImgBitmap.h"
 
 namespace {
 

@@ -1,7 +1,8 @@
-// Downsampled images at their full size.
+#include "Common/ImgEnlarge.h"
+
 #include <algorithm>
 
-#include "Common/HandlImg.h"
+#include "Common/ImgBitmap.h"
 
 namespace {
 

@@ -3,6 +3,9 @@
 #include <algorithm>
 
 #include "Common/BigEndian.h"
+#include "Common/ImgBiLevel.h"
+#include "Common/ImgBitmap.h"
+#include "Common/ImgDeep.h"
 #include "host/display.h"
 
 namespace {
@@ -341,19 +344,6 @@ Status ReadInterleavedBands(KernelBitmap& segment, const ImageSource& source) {
 }
 
 }  // namespace
-
-uint32_t RowsOfStrip(const ImageSubheader& header, uint32_t bitsPerPixel) {
-  constexpr uint64_t kStripBytes = 256 << 10;  // stays in the processor's cache
-  const uint64_t rowBytes = std::max<uint64_t>(1, uint64_t{header.NPPBH.value} * bitsPerPixel / 8);
-  const auto rows = static_cast<uint32_t>(std::max<uint64_t>(1, kStripBytes / rowBytes));
-  return std::min(rows, header.NPPBV.value);
-}
-
-uint32_t SegmentBitsPerPixel(const ImageSubheader& header) {
-  if (header.ShowsHighBits()) return 24;
-  const uint32_t bits = header.BandCount() > 1 ? header.NBPP.value * 3 : header.NBPP.value;
-  return header.IsMono() && (bits == 32 || bits == 64) ? 8 : bits;
-}
 
 CheckedSize LeastDataBytes(const ImageSubheader& header) {
   if (header.CompressionCode() != Compression::NC || header.Pixel() == PixelType::BiLevel) return 0;

@@ -42,7 +42,11 @@ Status StreamFinder::FindNext(StreamPlace& place) {
 }
 
 Status StreamFinder::FindLast(StreamPlace& place) {
-  if (!soughtLast_) last_ = {}, lastStatus_ = SearchLast(last_), soughtLast_ = true;
+  if (!soughtLast_) {
+    last_ = {};
+    lastStatus_ = SearchLast(last_);
+    soughtLast_ = true;
+  }
   place = last_;
   return lastStatus_;
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "Common/BigEndian.h"
-#include "Common/HandlImg.h"
+#include "Common/ImgBitmap.h"
 #include "host/display.h"
 
 namespace {

@@ -1,7 +1,8 @@
-// Headers of vector-quantised image data (MIL-STD-188-199, 5.2), shared by the decoder and the writer.
+// Vector-quantised image data (MIL-STD-188-199, 5.2): its headers, which the writer needs too, and its
+// reader.
 #pragma once
 
-#include "Common/ImgModes.h"
+#include "Common/ImgPixel.h"
 
 /// The header at the start of the data; 21 bytes, big-endian.
 struct VqHeader {
@@ -49,3 +50,6 @@ Status FindVqDataExtent(const ImageSource& source, VqDataExtent& extent);
 
 /// Goes to the first byte behind the mask table that "M4" data starts with; -7.
 Status SeekPastMaskTable(const ImageSource& source);
+
+/// Vector quantisation ("C4", "M4").
+Status ReadVectorQuantisedImage(KernelBitmap& segment, const ImageSource& source);

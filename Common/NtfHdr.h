@@ -12,6 +12,7 @@ enum class SegmentKind : uint32_t { Image = 0, Text = 1, Graphic = 2, DataExtens
 struct SegmentLengths {
   uint32_t subheader = 0;
   uint32_t data = 0;
+  bool operator==(const SegmentLengths&) const = default;
 };
 
 /// The lengths of all segments of a kind: as the file gave them, by which its segments are found, and as

@@ -68,7 +68,10 @@ class SegmentList : NonCopyable {
   /// The record of an index, null at or beyond the count.
   R* At(uint32_t index) const {
     if (index >= count_) return nullptr;
-    if (lastFound_ == nullptr || index < lastIndex_) lastFound_ = head_, lastIndex_ = 0;
+    if (lastFound_ == nullptr || index < lastIndex_) {
+      lastFound_ = head_;
+      lastIndex_ = 0;
+    }
     for (; lastIndex_ < index; ++lastIndex_) lastFound_ = lastFound_->next;
     return lastFound_->record.get();
   }

@@ -1,4 +1,4 @@
-"""Sums the coverage of Common/, and of hostkit/ and media/ together, and holds it against the least that is wanted:
+"""Sums the coverage of Common/, of hostkit/ and media/ together, and of core/, and holds it against the least that is wanted:
 coverage.py LCOV JSON.
 
 Constant expressions that only the compiler runs (the field tables and what builds them) are left out."""
@@ -10,7 +10,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 # Per cent of lines and branches. The stand-in and what does its work below are one sum.
-LEAST = {"Common": (98, 92), "hostkit+media": (95, 85)}
+LEAST = {"Common": (98, 92), "hostkit+media": (95, 85), "core": (94, 80)}
 
 
 def constant_lines(path):

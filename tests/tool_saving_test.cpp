@@ -7,6 +7,8 @@
 #include "tests/support/metafile.h"
 #include "tests/support/support.h"
 #include "tools/orbntf/document.h"
+#include "tools/orbntf/output/saving.h"
+#include "tools/orbntf/output/true_lengths.h"
 #include "tools/orbntf/output/verify.h"
 #include "tools/orbntf/tool.h"
 

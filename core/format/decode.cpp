@@ -9,9 +9,9 @@ namespace {
 constexpr size_t kTagWidth = 6, kLengthWidth = 5;
 
 // Takes the fields of one record. Repeats and conditions look at the fields in front of them.
-class Decoder {
+class RecordTaker {
  public:
-  explicit Decoder(std::string_view bytes) : bytes_(bytes) {}
+  explicit RecordTaker(std::string_view bytes) : bytes_(bytes) {}
 
   bool Take(const std::vector<RecordField>& fields, std::vector<DecodedField>& decoded) {
     for (const RecordField& field : fields) {
@@ -79,7 +79,7 @@ void Explain(TaggedRecord& record, const RecordDefinitions& definitions) {
 bool Decode(const RecordDefinition& definition, std::string_view bytes,
             std::vector<DecodedField>& fields) {
   if (definition.length && *definition.length != bytes.size()) return false;
-  Decoder decoder(bytes);
+  RecordTaker decoder(bytes);
   return decoder.Take(definition.fields, fields) && decoder.AtEnd();
 }
 

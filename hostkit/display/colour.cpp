@@ -53,9 +53,9 @@ int32_t Adjust(const KernelBitmap& bitmap, int32_t shift) {
 }
 
 // Rows of a band's grey values; zeros for a band that is not there, and beyond its edges.
-class BandRows {
+class GreyRows {
  public:
-  BandRows(const KernelBitmap& band, uint32_t width)
+  GreyRows(const KernelBitmap& band, uint32_t width)
       : band_(band),
         values_(width),
         bgr_(IsAllocated(&band) && !HasRamp() ? 3 * size_t{band.width} : 0),
@@ -103,7 +103,7 @@ int32_t Merge(KernelBitmap* destination, const KernelBitmap* bands, uint32_t rec
                                               nullptr, kViewTopLeft, nullptr, 0);
   if (status != kHostOk) return status;
   try {
-    BandRows blue(bands[0], width), green(bands[1], width), red(bands[2], width);
+    GreyRows blue(bands[0], width), green(bands[1], width), red(bands[2], width);
     for (uint32_t y = 0; y < height; ++y) {
       hostkit::Interleave(blue.Row(y), green.Row(y), red.Row(y), width, hostkit::Row(*destination, y));
     }

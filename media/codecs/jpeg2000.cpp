@@ -101,7 +101,7 @@ DeclaredColour ColourOf(const opj_image_t& image) {
 }
 
 // A decoder that has read a stream's header and gives one part after the other.
-class Decoder {
+class PartDecoder {
  public:
   /// Starts on a stream whose image must be the one that was measured.
   bool Start(Bytes bytes, const CodestreamSize& size, uint32_t reduce) {
@@ -228,7 +228,7 @@ Outcome Give(const opj_image_t& image, const CodestreamSize& size, const Window&
 
 Outcome DecodeParts(Bytes stream, const CodestreamSize& size, const Plan& plan, uint32_t reduce,
                     const std::function<Outcome(const CodestreamPart&)>& take) {
-  Decoder decoder;
+  PartDecoder decoder;
   const Window& wanted = plan.wanted;
   Window part = wanted;
   for (; part.top < wanted.Bottom(); part.top += part.height) {

@@ -1,4 +1,4 @@
-// A document of the API, closed with its owner, and what the editing commands share.
+// A document of the API, closed with its owner.
 #pragma once
 
 #include <memory>
@@ -39,20 +39,5 @@ class Document {
   NitfHandle handle_ = nullptr;
   std::unique_ptr<NitfFile> own_;
 };
-
-/// Opens a document and reports a failure with the field at which it was met. Returns the exit code.
-int OpenDocument(const std::string& command, Document& document, const std::string& path);
-/// The same for what the exports refuse to open but the tool can show.
-int OpenEveryVersion(const std::string& command, Document& document, const std::string& path);
-/// Reports a failure of a file with what its document tells of the cause. Returns the exit code.
-int ReportDocument(const std::string& command, const std::string& path, const NitfFile& document,
-                   int32_t status);
-/// Reports the status of a file that an export was given by its path, with the field at which opening it
-/// fails. Returns the exit code.
-int ReportFile(const std::string& command, const std::string& path, int32_t status);
-
-/// Saves a document as an Output of that name, which must not be `input`. Returns the exit code.
-int SaveAs(const std::string& command, Document& document, const std::string& input,
-           const std::string& output);
 
 }  // namespace tool

@@ -7,6 +7,7 @@
 
 #include "Common/Exchange.h"
 #include "core/format/allowed.h"
+#include "tools/orbntf/output/true_lengths.h"
 #include "tools/orbntf/output/verify.h"
 #include "tools/orbntf/tool.h"
 

@@ -6,6 +6,8 @@
 #include "core/format/words.h"
 #include "tools/orbntf/commands/change.h"
 #include "tools/orbntf/inputs.h"
+#include "tools/orbntf/inspect/opening.h"
+#include "tools/orbntf/output/saving.h"
 
 namespace tool {
 namespace {

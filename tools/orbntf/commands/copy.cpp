@@ -3,6 +3,8 @@
 
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/opening.h"
+#include "tools/orbntf/output/saving.h"
 
 namespace tool {
 namespace {

@@ -8,6 +8,7 @@
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/compare_pixels.h"
+#include "tools/orbntf/inspect/opening.h"
 #include "tools/orbntf/inspect/show_records.h"
 
 namespace tool {

@@ -14,6 +14,7 @@
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
+#include "tools/orbntf/inspect/opening.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 
@@ -29,7 +30,7 @@ struct ExtractOptions {
 };
 
 // What a part is written as.
-struct Job {
+struct Extraction {
   const SurveyedPart* image = nullptr;  // samples, or
   std::string bytes;
   std::string form;
@@ -57,23 +58,24 @@ SampleRequest RequestOf(const ExtractOptions& options) {
   return request;
 }
 
-int RunJob(const ExtractOptions& options, const Survey& survey, const Job& job) {
+int WriteExtraction(const ExtractOptions& options, const Survey& survey, const Extraction& wanted) {
   SampleImage image;
-  if (job.image != nullptr) {
-    const SampleFault fault = ReadSamples(survey, *job.image, RequestOf(options), image);
-    if (fault.Met()) return Fail(options, fault.Code(), job.image->Title() + ": " + fault.words);
-    const std::string problem = WhyNotAs(job.form, image);
-    if (!problem.empty()) return Refuse("extract", job.image->Title() + ": " + problem + "; write .tif");
+  if (wanted.image != nullptr) {
+    const SampleFault fault = ReadSamples(survey, *wanted.image, RequestOf(options), image);
+    if (fault.Met()) return Fail(options, fault.Code(), wanted.image->Title() + ": " + fault.words);
+    const std::string problem = WhyNotAs(wanted.form, image);
+    if (!problem.empty())
+      return Refuse("extract", wanted.image->Title() + ": " + problem + "; write .tif");
   }
-  Output output(job.output, job.form == "tif" ? Output::Way::ByName : Output::Way::InOrder);
+  Output output(wanted.output, wanted.form == "tif" ? Output::Way::ByName : Output::Way::InOrder);
   errno = 0;
   std::FILE* stream = output.Problem().empty() ? output.Stream() : nullptr;
-  const bool written =
-      stream != nullptr && (job.image != nullptr ? Write(stream, job.form, image)
-                                                 : std::fwrite(job.bytes.data(), 1, job.bytes.size(),
-                                                               stream) == job.bytes.size());
+  const bool written = stream != nullptr &&
+                       (wanted.image != nullptr ? Write(stream, wanted.form, image)
+                                                : std::fwrite(wanted.bytes.data(), 1, wanted.bytes.size(),
+                                                              stream) == wanted.bytes.size());
   if (stream != nullptr && !written && errno != 0) output.NoteFailure();
-  return Report("extract", job.output, written && output.Commit() ? ORB_SUCCESS : ORB_SHORT_WRITE,
+  return Report("extract", wanted.output, written && output.Commit() ? ORB_SUCCESS : ORB_SHORT_WRITE,
                 output.Problem());
 }
 
@@ -103,7 +105,7 @@ bool FindRecord(const Survey& survey, const std::string& tag, int64_t number, st
 }
 
 // Finds what "image:0" or "record:TAG" names. An exit code.
-int FindPart(const ExtractOptions& options, const Survey& survey, Job& job) {
+int FindPart(const ExtractOptions& options, const Survey& survey, Extraction& wanted) {
   const size_t colon = options.part.find(':');
   const std::string kind = options.part.substr(0, colon);
   const std::string name = colon == std::string::npos ? "" : options.part.substr(colon + 1);
@@ -111,7 +113,7 @@ int FindPart(const ExtractOptions& options, const Survey& survey, Job& job) {
     const size_t second = name.find(':');
     const int64_t number = second == std::string::npos ? 1 : DigitsOf(name.substr(second + 1));
     if (number < 1) return Refuse("extract", "records of a tag are counted from 1: record:TAG:2");
-    if (!FindRecord(survey, name.substr(0, second), number, job.bytes))
+    if (!FindRecord(survey, name.substr(0, second), number, wanted.bytes))
       return Fail(options, ORB_NO_SUCH_RECORD, "no record " + Printable(name));
     return kExitOk;
   }
@@ -121,10 +123,10 @@ int FindPart(const ExtractOptions& options, const Survey& survey, Job& job) {
     const SurveyedPart* part = survey.Find(word.kind, static_cast<uint32_t>(index));
     if (part == nullptr) return Fail(options, ORB_NO_SUCH_RECORD, "no " + options.part);
     if (part->kind == PartKind::Image)
-      job.image = part;
+      wanted.image = part;
     else
-      job.bytes = survey.Data(*part);
-    if (part->kind != PartKind::Image && job.bytes.size() < part->dataLength)
+      wanted.bytes = survey.Data(*part);
+    if (part->kind != PartKind::Image && wanted.bytes.size() < part->dataLength)
       return Fail(options, ORB_SHORT_READ, part->Title() + " ends behind the file");
     return kExitOk;
   }
@@ -139,15 +141,15 @@ std::string FormOf(const ExtractOptions& options) {
 }
 
 int ExtractOne(const ExtractOptions& options, const Survey& survey) {
-  Job job;
-  job.output = options.output;
-  if (Inputs({options.file}).Hold(job.output)) return Refuse("extract", "the output is the input");
-  if (const int code = FindPart(options, survey, job); code != kExitOk) return code;
-  if (job.image == nullptr && options.reduce != 0) return Refuse("extract", "--reduce is for images");
-  job.form = job.image == nullptr ? "" : FormOf(options);
-  if (job.image != nullptr && !IsOneOf(job.form, "tif|png|raw"))
+  Extraction wanted;
+  wanted.output = options.output;
+  if (Inputs({options.file}).Hold(wanted.output)) return Refuse("extract", "the output is the input");
+  if (const int code = FindPart(options, survey, wanted); code != kExitOk) return code;
+  if (wanted.image == nullptr && options.reduce != 0) return Refuse("extract", "--reduce is for images");
+  wanted.form = wanted.image == nullptr ? "" : FormOf(options);
+  if (wanted.image != nullptr && !IsOneOf(wanted.form, "tif|png|raw"))
     return Refuse("extract", "the output's name ends in .tif, .png or .raw, or --format says which");
-  return RunJob(options, survey, job);
+  return WriteExtraction(options, survey, wanted);
 }
 
 // A tag as a part of a file's name.
@@ -160,9 +162,9 @@ std::string NameOfTag(const std::string& tag) {
 }
 
 // Everything that a file holds as jobs, without the bytes of what stands in the file as it is.
-std::vector<Job> AllJobs(const ExtractOptions& options, const Survey& survey) {
+std::vector<Extraction> AllJobs(const ExtractOptions& options, const Survey& survey) {
   const RecordDefinitions none;
-  std::vector<Job> jobs;
+  std::vector<Extraction> jobs;
   uint32_t records = 0;
   for (const SurveyedPart& part : survey.parts) {
     for (TaggedRecord& record : RecordsOf(part, none)) {
@@ -182,15 +184,15 @@ std::vector<Job> AllJobs(const ExtractOptions& options, const Survey& survey) {
   return jobs;
 }
 
-// Bytes that a job writes, as far as its header tells.
-uint64_t BytesOf(const Job& job) {
-  if (job.whole != nullptr) return job.whole->dataLength;
-  if (job.image == nullptr) return job.bytes.size();
+// Bytes that an extraction writes, as far as its header tells.
+uint64_t BytesOf(const Extraction& wanted) {
+  if (wanted.whole != nullptr) return wanted.whole->dataLength;
+  if (wanted.image == nullptr) return wanted.bytes.size();
   const auto side = [&](const char* field) {
-    return static_cast<uint64_t>(std::clamp<int64_t>(job.image->Number(field), 0, INT32_MAX));
+    return static_cast<uint64_t>(std::clamp<int64_t>(wanted.image->Number(field), 0, INT32_MAX));
   };
-  const auto bands = static_cast<uint64_t>(std::clamp<int64_t>(job.image->Bands(), 0, 99999));
-  const auto bits = static_cast<uint64_t>(std::clamp<int64_t>(job.image->Number("NBPP"), 1, 64));
+  const auto bands = static_cast<uint64_t>(std::clamp<int64_t>(wanted.image->Bands(), 0, 99999));
+  const auto bits = static_cast<uint64_t>(std::clamp<int64_t>(wanted.image->Number("NBPP"), 1, 64));
   const CheckedSize samples = CheckedSize(side("NROWS")) * side("NCOLS") * bands;
   return samples.Within(uint64_t{1} << 56) ? samples.Value() * ((bits + 7) / 8) : uint64_t{1} << 56;
 }
@@ -202,27 +204,27 @@ int ExtractAll(const ExtractOptions& options, const Survey& survey) {
   constexpr uint64_t kFiles = 4096, kBytesPerFile = 1024;
   uint64_t bytesLeft = kBytes + kBytesPerByte * survey.file.Size();
   uint64_t filesLeft = kFiles + survey.file.Size() / kBytesPerFile;
-  std::vector<Job> jobs = AllJobs(options, survey);
+  std::vector<Extraction> jobs = AllJobs(options, survey);
   const Inputs inputs({options.file});
-  for (const Job& job : jobs) {
-    if (inputs.Hold(job.output)) return Refuse("extract", "an output is the input: " + job.output);
+  for (const Extraction& wanted : jobs) {
+    if (inputs.Hold(wanted.output)) return Refuse("extract", "an output is the input: " + wanted.output);
   }
   std::error_code error;
   std::filesystem::create_directories(options.folder, error);
   SyncTogether together(options.folder);
   int code = kExitOk;
   size_t leftOut = 0;
-  for (Job& job : jobs) {
-    const uint64_t bytes = BytesOf(job);
+  for (Extraction& wanted : jobs) {
+    const uint64_t bytes = BytesOf(wanted);
     if (filesLeft == 0 || bytes > bytesLeft) {
       ++leftOut;
       continue;
     }
     --filesLeft;
     bytesLeft -= bytes;
-    if (job.whole != nullptr) job.bytes = survey.Data(*job.whole);
-    code = std::max(code, RunJob(options, survey, job));
-    job.bytes.clear();
+    if (wanted.whole != nullptr) wanted.bytes = survey.Data(*wanted.whole);
+    code = std::max(code, WriteExtraction(options, survey, wanted));
+    wanted.bytes.clear();
   }
   if (leftOut != 0)
     code = std::max(code, Fail(options, kHostOverBudget,

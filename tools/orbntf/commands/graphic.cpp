@@ -10,6 +10,7 @@
 #include "media/drawing/picture.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
+#include "tools/orbntf/inspect/opening.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 

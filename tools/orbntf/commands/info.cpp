@@ -7,6 +7,7 @@
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/document_json.h"
 #include "tools/orbntf/inspect/explain.h"
+#include "tools/orbntf/inspect/opening.h"
 #include "tools/orbntf/inspect/show_records.h"
 
 namespace tool {

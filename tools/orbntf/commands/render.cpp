@@ -9,6 +9,7 @@
 #include "tools/orbntf/commands/render_rows.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/drawing.h"
+#include "tools/orbntf/inspect/opening.h"
 #include "tools/orbntf/inspect/segment_picture.h"
 #include "tools/orbntf/output/output.h"
 

@@ -12,6 +12,7 @@
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/draw_small.h"
+#include "tools/orbntf/inspect/opening.h"
 #include "tools/orbntf/output/output.h"
 
 namespace tool {

@@ -3,6 +3,8 @@
 
 #include "tools/orbntf/commands/change.h"
 #include "tools/orbntf/inputs.h"
+#include "tools/orbntf/inspect/opening.h"
+#include "tools/orbntf/output/saving.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {

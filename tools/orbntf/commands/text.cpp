@@ -6,6 +6,7 @@
 #include "core/format/words.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
+#include "tools/orbntf/inspect/opening.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 

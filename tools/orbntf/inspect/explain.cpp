@@ -133,4 +133,9 @@ std::string Explain(const std::string& path, const NitfFile& document, int32_t s
   }
 }
 
+std::string PlaceOf(const ParseFault& fault) {
+  if (fault.offset < 0) return "";
+  return std::string(", at ") + fault.prefix + fault.name + ", byte " + std::to_string(fault.offset);
+}
+
 }  // namespace tool

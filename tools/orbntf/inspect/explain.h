@@ -14,4 +14,7 @@ std::string WhyUnreadable(const std::string& path);
 /// compression found, the sizes claimed and there. Empty when nothing more can be said.
 std::string Explain(const std::string& path, const NitfFile& document, int32_t status);
 
+/// ", at IREP, byte 812" for the field at which parsing ended; empty for none.
+std::string PlaceOf(const ParseFault& fault);
+
 }  // namespace tool

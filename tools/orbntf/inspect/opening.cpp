@@ -1,15 +1,9 @@
-// Opening a document, and telling where and why a file is at fault.
-#include "tools/orbntf/document.h"
+#include "tools/orbntf/inspect/opening.h"
+
 #include "tools/orbntf/inspect/explain.h"
-#include "tools/orbntf/output/verify.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {
-
-std::string PlaceOf(const ParseFault& fault) {
-  if (fault.offset < 0) return "";
-  return std::string(", at ") + fault.prefix + fault.name + ", byte " + std::to_string(fault.offset);
-}
 
 int ReportFile(const std::string& command, const std::string& path, int32_t status) {
   if (status == ORB_SUCCESS) return kExitOk;

@@ -1,11 +1,11 @@
-// Saving a document so that what appears under the output's name is a file that opens with everything in
-// it.
+#include "tools/orbntf/output/saving.h"
+
 #include "core/format/words.h"
 #include "hostkit/hostkit.h"
-#include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/verdict.h"
 #include "tools/orbntf/output/output.h"
+#include "tools/orbntf/output/true_lengths.h"
 #include "tools/orbntf/output/verify.h"
 #include "tools/orbntf/tool.h"
 

@@ -1,13 +1,11 @@
-// The lengths in a file header as a save writes them.
+#include "tools/orbntf/output/true_lengths.h"
+
 #include <algorithm>
 #include <vector>
 
-#include "Common/Exchange.h"
-#include "Common/HandlImg.h"
 #include "Common/ImgVq.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/output/segment_data.h"
-#include "tools/orbntf/output/verify.h"
 
 namespace tool {
 namespace {
@@ -45,21 +43,11 @@ uint32_t DataBytes(NitfFile& document, SegmentKind kind, uint32_t index) {
   return document.DataLength(kind, index);
 }
 
-// The lengths of one kind's segments, as the public record holds them.
-struct TrueLengths {
-  std::vector<int32_t> subheaders, data;
-};
-
-TrueLengths MeasureSegments(NitfFile& document, SegmentKind kind, int64_t& total, bool& changed) {
-  TrueLengths lengths;
-  const LengthTable& table = document.header.Lengths(kind);
-  for (uint32_t i = 0; i < table.Count(); ++i) {
-    const SegmentLengths is = {SubheaderBytes(document, kind, i), DataBytes(document, kind, i)};
-    changed = changed || is.subheader != table.Current(i).subheader || is.data != table.Current(i).data;
-    total += int64_t{is.subheader} + is.data;
-    lengths.subheaders.push_back(static_cast<int32_t>(std::min<uint32_t>(is.subheader, INT32_MAX)));
-    lengths.data.push_back(static_cast<int32_t>(std::min<uint32_t>(is.data, INT32_MAX)));
-  }
+// The lengths of one kind's segments as a save writes them.
+std::vector<SegmentLengths> MeasureSegments(NitfFile& document, SegmentKind kind) {
+  std::vector<SegmentLengths> lengths;
+  for (uint32_t i = 0; i < document.header.Lengths(kind).Count(); ++i)
+    lengths.push_back({SubheaderBytes(document, kind, i), DataBytes(document, kind, i)});
   return lengths;
 }
 
@@ -81,33 +69,19 @@ bool SetTrueLengths(NitfHandle document) {
   const uint32_t headerBytes = BytesOf(header);
   int64_t total = headerBytes;
   bool changed = headerBytes != header.currentHeaderLength;
-  TrueLengths lengths[std::size(kSavedKinds)];
-  for (size_t i = 0; i < std::size(kSavedKinds); ++i)
-    lengths[i] = MeasureSegments(*document, kSavedKinds[i], total, changed);
-  changed = changed || total != static_cast<int64_t>(header.fileLength);
-  if (!changed || total > INT32_MAX) return false;
-  NITFHeader taken = {};
-  if (Orb_NITFGetNITFHeader(document, &taken) == ORB_SUCCESS) {
-    NITFHeader record = taken;
-    FillSetOnlyFields(header, record);
-    for (size_t i = 0; i < std::size(kSavedKinds); ++i) {
-      const SegmentLengthFields& names = LengthFieldsOf(kSavedKinds[i]);
-      const auto place = [&](const char* name) {
-        return FindPlace(PublicFileFields(), &record, name).bytes;
-      };
-      StoreTo(place(names.countName), static_cast<uint32_t>(lengths[i].data.size()));
-      StoreTo(place(names.subheaderName), lengths[i].subheaders.data());
-      StoreTo(place(names.dataName), lengths[i].data.data());
-    }
-    record.FL = static_cast<int32_t>(total);
-    // A header length that the text has already is not taken as a new one.
-    for (const int32_t headerLength :
-         {static_cast<int32_t>(headerBytes) + 1, static_cast<int32_t>(headerBytes)}) {
-      record.HL = headerLength;
-      Orb_NITFSetNITFHeader(document, &record);
-    }
+  std::vector<SegmentLengths> measured[std::size(kSavedKinds)];
+  for (size_t i = 0; i < std::size(kSavedKinds); ++i) {
+    measured[i] = MeasureSegments(*document, kSavedKinds[i]);
+    const KernelBuffer<SegmentLengths>& current = header.Lengths(kSavedKinds[i]).current;
+    changed = changed || !std::equal(current.begin(), current.end(), measured[i].begin());
+    for (const SegmentLengths& lengths : measured[i]) total += int64_t{lengths.subheader} + lengths.data;
   }
-  Orb_NITFFreeNITFHeader(&taken);
+  changed = changed || total != static_cast<int64_t>(header.fileLength);
+  if (!changed || total > INT32_MAX || !Ok(header.SetFileLength(static_cast<uint64_t>(total))))
+    return false;
+  header.currentHeaderLength = headerBytes;
+  for (size_t i = 0; i < std::size(kSavedKinds); ++i)
+    std::copy(measured[i].begin(), measured[i].end(), header.Lengths(kSavedKinds[i]).current.begin());
   return true;
 }
 
