@@ -1,6 +1,7 @@
 // Streams and their samples, held against the codec libraries' own programs where they are installed,
 // against the whole picture for parts of it, and against what was encoded where nothing is lost.
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -38,10 +39,10 @@ struct Decoded {
   bool operator==(const Decoded&) const = default;
 };
 
-Outcome Decode(const std::string& stream, const media::JpegRequest& request, Decoded& decoded) {
+Outcome Take(const media::Source& source, const media::JpegRequest& request, Decoded& decoded) {
   decoded = {};
   return media::DecodeJpeg(
-      BytesOf(stream), request, [&](const media::RowForm& form, uint32_t y, const uint8_t* row) {
+      source, request, [&](const media::RowForm& form, uint32_t y, const uint8_t* row) {
         EXPECT_EQ(y, decoded.samples.size() / std::max(1u, form.width * form.components));
         decoded.width = form.width;
         decoded.height = form.height;
@@ -51,28 +52,27 @@ Outcome Decode(const std::string& stream, const media::JpegRequest& request, Dec
       });
 }
 
-Outcome Decode(const std::string& stream, const media::Jpeg2000Request& request, Decoded& decoded) {
+Outcome Take(const media::Source& source, const media::Jpeg2000Request& request, Decoded& decoded) {
   decoded = {};
   struct Part {
     media::Window place;
     std::string samples;
   };
   std::vector<Part> parts;
-  const Outcome outcome =
-      media::DecodeJpeg2000(BytesOf(stream), request, [&](const media::CodestreamPart& part) {
-        parts.push_back({part.place, {}});
-        Part& kept = parts.back();
-        decoded.components = static_cast<uint32_t>(part.planes.size());
-        decoded.width = std::max(decoded.width, static_cast<uint32_t>(part.place.Right()));
-        decoded.height = std::max(decoded.height, static_cast<uint32_t>(part.place.Bottom()));
-        for (uint32_t y = 0; y < part.place.height; ++y) {
-          for (uint32_t x = 0; x < part.place.width; ++x) {
-            for (const media::Plane& plane : part.planes)
-              kept.samples += static_cast<char>(plane.At(plane.Line(y), x));
-          }
-        }
-        return Outcome::Ok;
-      });
+  const Outcome outcome = media::DecodeJpeg2000(source, request, [&](const media::CodestreamPart& part) {
+    parts.push_back({part.place, {}});
+    Part& kept = parts.back();
+    decoded.components = static_cast<uint32_t>(part.planes.size());
+    decoded.width = std::max(decoded.width, static_cast<uint32_t>(part.place.Right()));
+    decoded.height = std::max(decoded.height, static_cast<uint32_t>(part.place.Bottom()));
+    for (uint32_t y = 0; y < part.place.height; ++y) {
+      for (uint32_t x = 0; x < part.place.width; ++x) {
+        for (const media::Plane& plane : part.planes)
+          kept.samples += static_cast<char>(plane.At(plane.Line(y), x));
+      }
+    }
+    return Outcome::Ok;
+  });
   decoded.samples.assign(size_t{decoded.width} * decoded.height * decoded.components, '\0');
   for (const Part& part : parts) {
     const size_t rowBytes = size_t{part.place.width} * decoded.components;
@@ -81,6 +81,24 @@ Outcome Decode(const std::string& stream, const media::Jpeg2000Request& request,
                                          decoded.components],
                         rowBytes, rowBytes * y);
   }
+  return outcome;
+}
+
+// A stream that is read piece by piece, of which bytes from a place on cannot be read.
+media::Source Pieces(const std::string& stream, uint64_t broken = UINT64_MAX) {
+  return {stream.size(), [&stream, broken](uint64_t at, uint8_t* to, size_t count) {
+            std::memcpy(to, stream.data() + at, count);
+            return at + count <= broken;
+          }};
+}
+
+// A stream in memory, which gives the same piece by piece.
+template <class Request>
+Outcome Decode(const std::string& stream, const Request& request, Decoded& decoded) {
+  Decoded pieces;
+  const Outcome outcome = Take(BytesOf(stream), request, decoded);
+  EXPECT_EQ(Take(Pieces(stream), request, pieces), outcome);
+  EXPECT_TRUE(pieces == decoded);
   return outcome;
 }
 
@@ -180,6 +198,17 @@ TEST(Codecs, PartsAreTheSameAsThoseOfTheWhole) {
 }
 
 // More than is decoded at once, of one tile.
+TEST(Codecs, BytesThatCannotBeReadAreNoEnd) {
+  const std::string jpeg = EncodeJpeg(Samples(0, 0, 700, 500, {0, 1, 2}), 700, 500, 3);
+  const std::string codestream = EncodeJpeg2000(700, 500, {0, 1, 2});
+  ASSERT_GT(std::min(jpeg.size(), codestream.size()), 70000u);
+  Decoded decoded;
+  EXPECT_EQ(Take(Pieces(jpeg, jpeg.size() - 100), media::JpegRequest{}, decoded), Outcome::BadData);
+  EXPECT_EQ(Take(Pieces(jpeg, 10), media::JpegRequest{}, decoded), Outcome::NotRecognised);
+  EXPECT_NE(Take(Pieces(codestream, 60000), media::Jpeg2000Request{}, decoded), Outcome::Ok);
+  EXPECT_NE(Take(Pieces(codestream, 10), media::Jpeg2000Request{}, decoded), Outcome::Ok);
+}
+
 TEST(Codecs, ALargeCodestreamComesInParts) {
   const std::string codestream = EncodeJpeg2000(1500, 1603, {0});
   for (const uint32_t reduce : {0u, 1u}) {

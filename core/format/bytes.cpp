@@ -96,16 +96,21 @@ std::string FileBytes::At(uint64_t offset, uint64_t count) const {
   count = std::min(count, size_ - offset);
   if (count > kMostAtOnce)
     throw ReadError(path_, "more than 1 GiB of it would have to be held in memory at once");
-  std::string bytes;
-  if (memory_.data() != nullptr) {
-    bytes = memory_.substr(static_cast<size_t>(offset), static_cast<size_t>(count));
-  } else {
-    bytes.resize(static_cast<size_t>(count));
-    if (ReadFrom(descriptor_.Get(), bytes.data(), bytes.size(), offset, path_) != bytes.size())
-      throw ReadError(path_, "became shorter while it was read");
-  }
-  if (offset < front_.size()) front_.copy(bytes.data(), bytes.size(), static_cast<size_t>(offset));
+  std::string bytes(static_cast<size_t>(count), '\0');
+  (void)Read(offset, bytes.data(), bytes.size());
   return bytes;
+}
+
+bool FileBytes::Read(uint64_t offset, void* to, size_t count) const {
+  if (offset > size_ || count > size_ - offset) return false;
+  auto* bytes = static_cast<char*>(to);
+  if (memory_.data() != nullptr) {
+    memory_.copy(bytes, count, static_cast<size_t>(offset));
+  } else if (ReadFrom(descriptor_.Get(), bytes, count, offset, path_) != count) {
+    throw ReadError(path_, "became shorter while it was read");
+  }
+  if (offset < front_.size()) front_.copy(bytes, count, static_cast<size_t>(offset));
+  return true;
 }
 
 PartBytes::PartBytes(const FileBytes& file, uint64_t offset, uint64_t length)

@@ -66,6 +66,8 @@ class FileBytes {
   /// The bytes from an offset on, as many as there are of `count`. ReadError, also for more than memory
   /// is taken for at once.
   std::string At(uint64_t offset, uint64_t count) const;
+  /// Copies the bytes from an offset on; false where they are not all there. ReadError.
+  bool Read(uint64_t offset, void* to, size_t count) const;
   /// Shows other bytes in place of the first ones.
   void Replace(std::string front) { front_ = std::move(front); }
 

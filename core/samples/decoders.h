@@ -1,11 +1,13 @@
 // What reads the samples of each compression. The image has its depth and fill already.
 #pragma once
 
+#include <exception>
 #include <map>
 
 #include "core/format/blocks.h"
 #include "core/format/survey.h"
 #include "core/samples/target.h"
+#include "media/codecs/source.h"
 
 namespace core {
 
@@ -23,6 +25,25 @@ struct SampleSource {
   /// The blocks that are stored, by where they begin: many may say the same place, and a place ends where
   /// the next one begins.
   SharedBlocks BlocksByOffset() const;
+};
+
+/// Bytes of an image's data that a decoder reads: few of them at once, many as it goes on. ReadError.
+class PartSource {
+ public:
+  PartSource(const SampleSource& source, uint64_t offset, uint64_t length)
+      : source_(MakeSource(source, offset, length)) {}
+  PartSource(const PartSource&) = delete;
+  PartSource& operator=(const PartSource&) = delete;
+  const media::Source& Get() const { return source_; }
+  /// What decoding came to. Throws the ReadError that was met on the way.
+  media::Outcome Checked(media::Outcome outcome) const;
+
+ private:
+  media::Source MakeSource(const SampleSource& source, uint64_t offset, uint64_t length);
+
+  mutable std::exception_ptr error_;
+  std::string held_;
+  media::Source source_;
 };
 
 SampleFault ReadPlain(const SampleSource& source, SampleTarget& target);

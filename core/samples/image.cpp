@@ -62,6 +62,18 @@ void PutSample(SampleImage& image, uint32_t x, uint32_t y, uint32_t band, uint64
   }
 }
 
+uint64_t BitsAt(std::string_view bytes, uint64_t bit, uint32_t count) {
+  uint64_t value = 0;
+  if (count % 8 == 0 && bit % 8 == 0) {
+    for (uint32_t i = 0; i < count / 8; ++i)
+      value = value << 8 | static_cast<uint8_t>(bytes[static_cast<size_t>(bit / 8) + i]);
+    return value;
+  }
+  for (uint32_t i = 0; i < count; ++i, ++bit)
+    value = value << 1 | (static_cast<uint8_t>(bytes[static_cast<size_t>(bit / 8)]) >> (7 - bit % 8) & 1);
+  return value;
+}
+
 SampleFault FaultOf(media::Outcome outcome, const std::string& what) {
   switch (outcome) {
     case media::Outcome::Ok:

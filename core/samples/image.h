@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "media/outcome.h"
@@ -46,14 +47,11 @@ inline SampleFault Stopped() { return {media::Outcome::Stopped, "stopped"}; }
 
 /// Makes the samples, all of them the image's fill. NoMemory for more than may be.
 SampleFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height);
+/// The number of so many bits, up to 64, from a bit of some bytes on, the highest one first.
+uint64_t BitsAt(std::string_view bytes, uint64_t bit, uint32_t count);
 /// Puts a sample's value.
 void PutSample(SampleImage& image, uint32_t x, uint32_t y, uint32_t band, uint64_t value);
 
-/// Samples of a decoded stream, side by side in pixels, in host order.
-struct DecodedStream {
-  uint32_t width = 0, height = 0, components = 0, sampleBytes = 1;
-  std::vector<uint8_t> bytes;
-};
 /// What a decoder's outcome says of the stream that `what` names.
 SampleFault FaultOf(media::Outcome outcome, const std::string& what);
 

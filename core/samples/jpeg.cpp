@@ -1,6 +1,6 @@
 // JPEG streams of blocks.
 #include <algorithm>
-#include <cstring>
+#include <optional>
 
 #include "core/format/jpeg_stream.h"
 #include "core/samples/decoders.h"
@@ -35,35 +35,40 @@ class JpegBlocks {
     // Blocks of one stream follow one another: it is decoded once for all of them.
     std::stable_sort(streams.begin(), streams.end(),
                      [](const FoundJpeg& a, const FoundJpeg& b) { return a.offset < b.offset; });
-    for (const FoundJpeg& found : streams) {
-      if (!target_.GoesOn(found.offset, source_.part.dataLength)) return Stopped();
-      if (SampleFault fault = ReadStream(found); fault.Met()) return fault;
+    for (size_t i = 0; i < streams.size();) {
+      if (!target_.GoesOn(streams[i].offset, source_.part.dataLength)) return Stopped();
+      const FoundJpeg& found = streams[i];
+      std::vector<Place> places;
+      for (; i < streams.size() && streams[i].offset == found.offset; ++i) {
+        if (const auto place = PlaceOf(streams[i])) places.push_back(*place);
+      }
+      if (places.empty()) continue;
+      if (SampleFault fault = Decode(found, places); fault.Met()) return fault;
     }
     return {};
   }
 
  private:
-  SampleFault ReadStream(const FoundJpeg& found) {
+  // Where a block that is wanted has its first sample.
+  struct Place {
+    uint32_t left, top, band;
+  };
+  std::optional<Place> PlaceOf(const FoundJpeg& found) const {
     const Blocks& blocks = source_.blocks;
     const auto count = static_cast<uint64_t>(blocks.Count()),
                across = static_cast<uint64_t>(blocks.across);
     const uint64_t block = found.number % count, band = blocks.sequential ? found.number / count : 0;
-    if (found.number >= count * (blocks.sequential ? target_.Bands() : 1)) return {};
+    if (found.number >= count * (blocks.sequential ? target_.Bands() : 1)) return std::nullopt;
     const uint64_t width = Reduced(static_cast<uint64_t>(blocks.width), target_.Reduce()),
                    height = Reduced(static_cast<uint64_t>(blocks.height), target_.Reduce());
-    const uint64_t left = width * (block % across), top = height * (block / across);
-    const bool isWanted = target_.Wants(left, top, width, height) &&
-                          (!blocks.sequential || target_.WantsBand(static_cast<uint32_t>(band)));
-    if (!isWanted) return {};
-    if (decodedAt_ != found.offset) {
-      if (SampleFault fault = Decode(found); fault.Met()) return fault;
-    }
-    target_.PutStream(decoded_, static_cast<uint32_t>(left), static_cast<uint32_t>(top),
-                      static_cast<uint32_t>(band));
-    return {};
+    const Place place = {static_cast<uint32_t>(width * (block % across)),
+                         static_cast<uint32_t>(height * (block / across)), static_cast<uint32_t>(band)};
+    const bool isWanted = target_.Wants(place.left, place.top, width, height) &&
+                          (!blocks.sequential || target_.WantsBand(place.band));
+    return isWanted ? std::optional(place) : std::nullopt;
   }
 
-  SampleFault Decode(const FoundJpeg& found) {
+  SampleFault Decode(const FoundJpeg& found, const std::vector<Place>& places) {
     const Blocks& blocks = source_.blocks;
     const std::string where = "stream " + std::to_string(found.number);
     const JpegStream& facts = found.stream;
@@ -71,41 +76,31 @@ class JpegBlocks {
     if (facts.width > 2 * blocks.width || facts.height > 2 * blocks.height)
       return {media::Outcome::BadData, where + " has " + std::to_string(facts.width) + " x " +
                                            std::to_string(facts.height) + " pixels"};
-    decoded_ = {};
-    const media::Outcome outcome = DecodeBytes(found);
-    if (outcome == media::Outcome::Ok) {
-      decodedAt_ = found.offset;
-      return {};
-    }
+    const media::Outcome outcome = DecodeRows(found, places);
     if (outcome == media::Outcome::Unsupported && target_.Reduce() != 0)
       return {media::Outcome::Unsupported, where + " has no smaller picture in it"};
     return FaultOf(outcome, where);
   }
 
-  media::Outcome DecodeBytes(const FoundJpeg& found) {
-    const std::string data =
-        source_.survey.file.At(source_.part.dataOffset + found.offset, found.stream.size);
-    const media::Bytes bytes(reinterpret_cast<const uint8_t*>(data.data()), data.size());
+  media::Outcome DecodeRows(const FoundJpeg& found, const std::vector<Place>& places) {
+    const PartSource data(source_, found.offset, found.stream.size);
     media::JpegRequest request;
     request.reduce = target_.Reduce();
+    // Nothing below what is wanted is decoded.
+    for (const Place& place : places)
+      request.height = std::max(request.height, target_.Bottom() - std::min(target_.Bottom(), place.top));
     // What is not red, green and blue stays as it is, whatever the stream declares.
     if (target_.Image().representation == "RGB") request.colours = media::JpegColours::RgbUnlessDeclared;
-    return media::DecodeJpeg(
-        bytes, request, [&](const media::RowForm& form, uint32_t y, const uint8_t* row) {
-          const size_t rowBytes = size_t{form.width} * form.components * form.SampleBytes();
-          if (y == 0) {
-            decoded_ = {form.width, form.height, form.components, form.SampleBytes(), {}};
-            decoded_.bytes.resize(rowBytes * form.height);
-          }
-          std::memcpy(&decoded_.bytes[rowBytes * y], row, rowBytes);
+    return data.Checked(media::DecodeJpeg(
+        data.Get(), request, [&](const media::RowForm& form, uint32_t y, const uint8_t* row) {
+          for (const Place& place : places)
+            target_.PutRow(form, row, place.left, place.top + y, place.band);
           return media::Outcome::Ok;
-        });
+        }));
   }
 
   const SampleSource& source_;
   SampleTarget& target_;
-  DecodedStream decoded_;
-  std::optional<uint64_t> decodedAt_;
 };
 
 }  // namespace

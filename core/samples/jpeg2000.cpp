@@ -27,12 +27,10 @@ void PutPart(const media::CodestreamPart& part, SampleTarget& target) {
 }  // namespace
 
 SampleFault ReadJpeg2000(const SampleSource& source, SampleTarget& target) {
-  const std::string data = source.survey.Data(source.part);
-  const size_t start =
-      std::min<size_t>(source.part.IsMasked() ? source.part.mask.dataOffset : 0, data.size());
-  const media::Bytes bytes(reinterpret_cast<const uint8_t*>(data.data()) + start, data.size() - start);
+  const PartSource data(source, source.part.IsMasked() ? source.part.mask.dataOffset : 0, UINT64_MAX);
   media::CodestreamSize size;
-  if (!media::FindCodestreamSize(bytes, size))
+  if (!media::FindCodestreamSize(data.Get(), size) &&
+      data.Checked(media::Outcome::Ok) == media::Outcome::Ok)
     return {media::Outcome::BadData, "no codestream was found"};
   if (size.width > 2 * static_cast<uint64_t>(source.part.Number("NCOLS")) ||
       size.height > 2 * static_cast<uint64_t>(source.part.Number("NROWS")))
@@ -50,12 +48,12 @@ SampleFault ReadJpeg2000(const SampleSource& source, SampleTarget& target) {
                     (target.Bottom() - target.Top()) << reduce};
   request.asStored = true;
   const media::Outcome outcome =
-      media::DecodeJpeg2000(bytes, request, [&](const media::CodestreamPart& part) {
+      data.Checked(media::DecodeJpeg2000(data.Get(), request, [&](const media::CodestreamPart& part) {
         if (!target.GoesOn(part.place.top, target.Bottom() - target.Top()))
           return media::Outcome::Stopped;
         PutPart(part, target);
         return media::Outcome::Ok;
-      });
+      }));
   if (outcome == media::Outcome::BadData && reduce != 0)
     return {media::Outcome::BadData,
             "the codestream does not decode, or has no picture as small as that"};

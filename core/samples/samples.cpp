@@ -85,6 +85,31 @@ SharedBlocks SampleSource::BlocksByOffset() const {
   return places;
 }
 
+media::Source PartSource::MakeSource(const SampleSource& source, uint64_t offset, uint64_t length) {
+  const SurveyedPart& part = source.part;
+  const uint64_t left = part.dataLength - std::min(part.dataLength, offset);
+  const uint64_t begin = std::min(part.dataOffset + offset, source.survey.file.Size());
+  const uint64_t count = std::min({length, left, source.survey.file.Size() - begin});
+  constexpr uint64_t kHeldWhole = 1 << 20;
+  if (count <= kHeldWhole) {
+    held_ = source.survey.file.At(begin, count);
+    return media::Bytes(reinterpret_cast<const uint8_t*>(held_.data()), held_.size());
+  }
+  return {count, [this, &file = source.survey.file, begin](uint64_t at, uint8_t* to, size_t bytes) {
+            try {
+              return file.Read(begin + at, to, bytes);
+            } catch (const ReadError&) {
+              error_ = std::current_exception();
+              return false;
+            }
+          }};
+}
+
+media::Outcome PartSource::Checked(media::Outcome outcome) const {
+  if (error_ != nullptr) std::rethrow_exception(error_);
+  return outcome;
+}
+
 SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const SampleRequest& request,
                         SampleImage& image) {
   constexpr uint32_t kMostReduce = 16;

@@ -50,33 +50,28 @@ SampleFault SampleTarget::Make(uint64_t fullWidth, uint64_t fullHeight, bool cod
   return MakeSamples(image_, count(left_, right_), count(top_, bottom_));
 }
 
-void SampleTarget::PutStream(const DecodedStream& stream, uint32_t left, uint32_t top,
-                             uint32_t firstBand) {
-  const uint32_t bytes = stream.sampleBytes;
-  const uint32_t firstRow = std::max(top, top_),
-                 endRow =
-                     static_cast<uint32_t>(std::min<uint64_t>(bottom_, uint64_t{top} + stream.height));
+void SampleTarget::PutRow(const media::RowForm& form, const uint8_t* row, uint32_t left, uint32_t y,
+                          uint32_t firstBand) {
+  const uint32_t bytes = form.SampleBytes();
   const uint32_t first = std::max(left, left_),
-                 end = static_cast<uint32_t>(std::min<uint64_t>(right_, uint64_t{left} + stream.width));
-  const size_t pixelBytes = size_t{stream.components} * bytes;
-  for (uint32_t y = firstRow; y < endRow && first < end; ++y) {
-    if (!WantsRow(y)) continue;
-    const uint8_t* row = &stream.bytes[(size_t{y - top} * stream.width + (first - left)) * pixelBytes];
-    for (uint32_t c = 0; c < stream.components; ++c, row += bytes) {
-      if (!WantsBand(firstBand + c)) continue;
-      uint8_t* to = bytes == image_.sampleBytes ? Run(first, y, firstBand + c) : nullptr;
-      const uint8_t* in = row;
-      for (uint32_t x = first; x < end; ++x, in += pixelBytes) {
-        if (to != nullptr) {
-          to[0] = in[0];
-          if (bytes == 2) to[1] = in[1];
-          to += image_.PixelBytes();
-          continue;
-        }
-        uint16_t value = *in;
-        if (bytes == 2) std::memcpy(&value, in, sizeof value);
-        Put(x, y, firstBand + c, value);
+                 end = static_cast<uint32_t>(std::min<uint64_t>(right_, uint64_t{left} + form.width));
+  if (!WantsRow(y) || first >= end) return;
+  const size_t pixelBytes = size_t{form.components} * bytes;
+  row += (first - left) * pixelBytes;
+  for (uint32_t c = 0; c < form.components; ++c, row += bytes) {
+    if (!WantsBand(firstBand + c)) continue;
+    uint8_t* to = bytes == image_.sampleBytes ? Run(first, y, firstBand + c) : nullptr;
+    const uint8_t* in = row;
+    for (uint32_t x = first; x < end; ++x, in += pixelBytes) {
+      if (to != nullptr) {
+        to[0] = in[0];
+        if (bytes == 2) to[1] = in[1];
+        to += image_.PixelBytes();
+        continue;
       }
+      uint16_t value = *in;
+      if (bytes == 2) std::memcpy(&value, in, sizeof value);
+      Put(x, y, firstBand + c, value);
     }
   }
 }

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "core/samples/image.h"
+#include "media/codecs/stream.h"
 
 namespace core {
 
@@ -63,8 +64,10 @@ class SampleTarget {
     if (step_ != 1) return nullptr;
     return image_.Pixel(x - left_, y - top_) + size_t{slots_[band]} * image_.sampleBytes;
   }
-  /// Puts what is wanted of a decoded block, its components from a band on.
-  void PutStream(const DecodedStream& stream, uint32_t left, uint32_t top, uint32_t firstBand);
+  /// Puts what is wanted of a row of a decoded block whose first sample has a place, its components from
+  /// a band on.
+  void PutRow(const media::RowForm& form, const uint8_t* row, uint32_t left, uint32_t y,
+              uint32_t firstBand);
 
  private:
   static constexpr uint32_t kNone = UINT32_MAX;

@@ -11,9 +11,11 @@ constexpr size_t kHeader = 21, kRecord = 14;
 class VqBlocks {
  public:
   VqBlocks(const SampleSource& source, SampleTarget& target)
-      : source_(source), target_(target), image_(target.Image()), data_(source.survey.Data(source.part)) {
-    left_ = std::string_view(data_).substr(std::min<size_t>(source.part.mask.bytes, data_.size()));
-  }
+      : source_(source),
+        target_(target),
+        image_(target.Image()),
+        data_(source.survey.file, source.part.dataOffset, source.part.dataLength),
+        at_(source.part.mask.bytes) {}
 
   SampleFault Read() {
     if (!TakeHeader()) return {media::Outcome::BadData, "the codes do not go with the blocks"};
@@ -23,11 +25,13 @@ class VqBlocks {
         fault.Met())
       return fault;
     const auto count = static_cast<uint64_t>(source_.blocks.Count());
+    uint64_t bit = 0;  // behind the tables, where the codes of the next block begin
     for (uint64_t block = 0; block < count; ++block) {
       if (!source_.OffsetOf(block, 0)) continue;
       if (!target_.GoesOn(block, count)) return Stopped();
-      if (!ReadBlock(block))
+      if (!ReadBlock(block, bit))
         return {media::Outcome::ShortData, "the codes end in block " + std::to_string(block)};
+      bit += RowsOfCodes() * codesAcross_ * codeBits_;
     }
     return {};
   }
@@ -36,12 +40,12 @@ class VqBlocks {
   bool TakeHeader() {
     const auto width = static_cast<uint64_t>(source_.blocks.width),
                height = static_cast<uint64_t>(source_.blocks.height);
-    if (left_.size() < kHeader) return false;
-    codeRows_ = BigNumber(left_, 0, 4);
-    codesAcross_ = BigNumber(left_, 4, 4);
-    codeBits_ = static_cast<uint32_t>(BigNumber(left_, 8, 1));
-    tables_ = BigNumber(left_, 11, 2);
-    left_.remove_prefix(kHeader);
+    const std::string header = Take(kHeader);
+    if (header.size() < kHeader) return false;
+    codeRows_ = BigNumber(header, 0, 4);
+    codesAcross_ = BigNumber(header, 4, 4);
+    codeBits_ = static_cast<uint32_t>(BigNumber(header, 8, 1));
+    tables_ = BigNumber(header, 11, 2);
     if (codeRows_ == 0 || codesAcross_ == 0 || codeRows_ > height || codesAcross_ > width ||
         codeBits_ < 1 || codeBits_ > 32)
       return false;
@@ -51,51 +55,55 @@ class VqBlocks {
     return tables_ != 0 && tables_ <= vectorWidth_ && (target_.Bands() == 1 || image_.sampleBytes == 1);
   }
 
+  // The next bytes of the data, as many as there are.
+  std::string Take(uint64_t count) {
+    const std::string bytes = data_.Piece(at_, count);
+    at_ += bytes.size();
+    return bytes;
+  }
+  uint64_t Left() const { return data_.Size() - std::min(data_.Size(), at_); }
+
   // The entries of a table stand one after the other; those of the next one beside them.
   bool TakeTables() {
-    if (left_.size() < kRecord * tables_) return false;
-    entries_ = BigNumber(left_, 2, 4);
-    left_.remove_prefix(static_cast<size_t>(kRecord * tables_));
+    const std::string records = Take(kRecord * tables_);
+    if (records.size() < kRecord * tables_) return false;
+    entries_ = BigNumber(records, 2, 4);
     const uint64_t part = vectorHeight_ * valueBytes_;
-    if (part == 0 || part > left_.size() || tables_ > left_.size() / part) return false;
+    if (part == 0 || part > Left() || tables_ > Left() / part) return false;
     entryBytes_ = part * tables_;
-    if (entries_ == 0 || entries_ > left_.size() / entryBytes_) return false;
+    if (entries_ == 0 || entries_ > Left() / entryBytes_) return false;
     book_.resize(static_cast<size_t>(entries_ * entryBytes_));
     for (uint64_t table = 0; table < tables_; ++table) {
-      for (uint64_t entry = 0; entry < entries_; ++entry) {
-        left_.copy(&book_[static_cast<size_t>(entry * entryBytes_ + table * part)],
-                   static_cast<size_t>(part));
-        left_.remove_prefix(static_cast<size_t>(part));
-      }
+      const std::string values = Take(entries_ * part);
+      for (uint64_t entry = 0; entry < entries_; ++entry)
+        values.copy(&book_[static_cast<size_t>(entry * entryBytes_ + table * part)],
+                    static_cast<size_t>(part), static_cast<size_t>(entry * part));
     }
     return true;
   }
 
-  bool ReadBlock(uint64_t block) {
+  uint64_t RowsOfCodes() const {
+    return (static_cast<uint64_t>(source_.blocks.height) + vectorHeight_ - 1) / vectorHeight_;
+  }
+
+  // A block whose codes begin at a bit; only rows of codes that are wanted are read.
+  bool ReadBlock(uint64_t block, uint64_t bit) {
     const auto across = static_cast<uint64_t>(source_.blocks.across);
     const uint64_t left = block % across * static_cast<uint64_t>(source_.blocks.width);
     const uint64_t top = block / across * static_cast<uint64_t>(source_.blocks.height);
-    const uint64_t rows =
-        (static_cast<uint64_t>(source_.blocks.height) + vectorHeight_ - 1) / vectorHeight_;
-    for (uint64_t row = 0; row < rows; ++row) {
+    const uint64_t rowBits = codesAcross_ * codeBits_;
+    for (uint64_t row = 0; row < RowsOfCodes(); ++row, bit += rowBits) {
+      if (!target_.Wants(left, top + row * vectorHeight_, codesAcross_ * vectorWidth_, vectorHeight_))
+        continue;
+      const uint64_t bytes = (bit % 8 + rowBits + 7) / 8;
+      const std::string codes = data_.Piece(at_ + bit / 8, bytes);
+      if (codes.size() < bytes) return false;
       for (uint64_t n = 0; n < codesAcross_; ++n) {
-        uint64_t code = 0;
-        if (!NextCode(code) || code >= entries_) return false;
+        const uint64_t code = BitsAt(codes, bit % 8 + n * codeBits_, codeBits_);
+        if (code >= entries_) return false;
         PutVector(code, left + n * vectorWidth_, top + row * vectorHeight_);
       }
     }
-    return true;
-  }
-
-  bool NextCode(uint64_t& code) {
-    while (held_ < codeBits_) {
-      if (left_.empty()) return false;
-      bits_ = bits_ << 8 | static_cast<uint8_t>(left_.front());
-      left_.remove_prefix(1);
-      held_ += 8;
-    }
-    held_ -= codeBits_;
-    code = bits_ >> held_ & ((uint64_t{1} << codeBits_) - 1);
     return true;
   }
 
@@ -119,11 +127,12 @@ class VqBlocks {
   const SampleSource& source_;
   SampleTarget& target_;
   const SampleImage& image_;
-  std::string data_, book_;
-  std::string_view left_;
+  PartBytes data_;
+  uint64_t at_;  // in the data
+  std::string book_;
   uint64_t codeRows_ = 0, codesAcross_ = 0, tables_ = 0, entries_ = 0, entryBytes_ = 0;
-  uint64_t vectorHeight_ = 1, vectorWidth_ = 1, valueBytes_ = 1, bits_ = 0;
-  uint32_t codeBits_ = 8, held_ = 0;
+  uint64_t vectorHeight_ = 1, vectorWidth_ = 1, valueBytes_ = 1;
+  uint32_t codeBits_ = 8;
 };
 
 }  // namespace

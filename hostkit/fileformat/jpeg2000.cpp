@@ -115,6 +115,8 @@ int32_t Load(Bytes bytes, const HostLoadOptions& options, KernelBitmap& bitmap) 
   const Bytes stream = SkipMaskTable(bytes);
   CodestreamSize size;
   if (!media::FindCodestreamSize(stream, size)) return kHostNotRecognised;
+  if (uint64_t{size.width} * size.height > media::kMostSamplesAtOnce / size.components)
+    return kHostNoMemory;
   media::Jpeg2000Request request;
   request.window.width = bitmap.width;
   request.window.height = bitmap.height;

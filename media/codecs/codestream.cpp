@@ -5,8 +5,6 @@
 namespace media {
 namespace {
 
-using Bytes = std::span<const uint8_t>;
-
 constexpr uint8_t kStart[] = {0xFF, 0x4F, 0xFF, 0x51};
 
 enum Marker : uint32_t {
@@ -22,11 +20,6 @@ uint32_t Big32(const uint8_t* p) { return Big16(p) << 16 | Big16(p + 2); }
 uint32_t StepsBetween(uint32_t low, uint32_t high, uint32_t step) {
   const auto up = [step](uint32_t v) { return v / step + (v % step != 0 ? 1 : 0); };
   return up(high) - up(low);
-}
-
-size_t FindStart(Bytes stream) {
-  return static_cast<size_t>(
-      std::search(stream.begin(), stream.end(), std::begin(kStart), std::end(kStart)) - stream.begin());
 }
 
 // The finest division of a tile that any coding style asks for, as powers of two.
@@ -49,41 +42,49 @@ struct Division {
 };
 
 // Takes in the coding styles of one header, from `at` to its end; returns where that is.
-size_t AddStyles(Bytes stream, size_t at, uint32_t components, Division& division) {
+uint64_t AddStyles(SourceBytes& stream, uint64_t at, uint32_t components, Division& division) {
   const size_t indexBytes = components < 257 ? 1 : 2;
-  while (at + 4 <= stream.size()) {
-    const uint32_t marker = Big16(&stream[at]);
+  while (const uint8_t* segment = stream.Get(at, 4)) {
+    const uint32_t marker = Big16(segment);
     if (marker == kStartOfTilePart || marker == kStartOfData || marker < 0xFF00) return at;
-    const size_t length = Big16(&stream[at + 2]);
-    if (length < 2 || length - 2 > stream.size() - at - 4) return stream.size();
-    const Bytes body = stream.subspan(at + 4, length - 2);
+    const size_t length = Big16(segment + 2);
+    const uint8_t* parameters = length < 2 ? nullptr : stream.Get(at + 4, length - 2);
+    if (parameters == nullptr) break;
+    const Bytes body(parameters, length - 2);
     if (marker == kCodingStyle && body.size() > 5) division.Add(body.subspan(5), (body[0] & 1) != 0);
     if (marker == kComponentStyle && body.size() > indexBytes + 1) {
       division.Add(body.subspan(indexBytes + 1), (body[indexBytes] & 1) != 0);
     }
     at += 2 + length;
   }
-  return stream.size();
+  return stream.Size();
 }
 
-Division FindDivision(Bytes stream, uint32_t components) {
+Division FindDivision(const Source& source, uint32_t components) {
   Division division;
-  size_t at = AddStyles(stream, FindStart(stream) + 2, components, division);
-  while (at + 12 <= stream.size() && Big16(&stream[at]) == kStartOfTilePart) {
-    const uint64_t length = Big32(&stream[at + 6]);
+  SourceBytes stream(source);
+  uint64_t at = AddStyles(stream, stream.Find(kStart, 0) + 2, components, division);
+  for (const uint8_t* part = stream.Get(at, 12); part != nullptr && Big16(part) == kStartOfTilePart;
+       part = stream.Get(at, 12)) {
+    const uint64_t length = Big32(part + 6);
     AddStyles(stream, at + 12, components, division);
-    if (length < 12 || length > stream.size() - at) break;
-    at += static_cast<size_t>(length);
+    if (length < 12 || length > stream.Size() - at) break;
+    at += length;
   }
   return division;
 }
 
 }  // namespace
 
-bool FindCodestreamSize(Bytes stream, CodestreamSize& size) {
-  const size_t at = FindStart(stream);
-  if (stream.size() - at < 43) return false;
-  const uint8_t* p = stream.data() + at + 8;  // behind marker, length and capabilities
+bool FindCodestreamSize(const Source& source, CodestreamSize& size) {
+  constexpr size_t kFixed = 43, kMostComponents = 0x4000;
+  SourceBytes stream(source);
+  const uint64_t at = stream.Find(kStart, 0);
+  const auto there =
+      static_cast<size_t>(std::min<uint64_t>(stream.Size() - at, kFixed + 3 * kMostComponents));
+  const uint8_t* start = there < kFixed ? nullptr : stream.Get(at, there);
+  if (start == nullptr) return false;
+  const uint8_t* p = start + 8;  // behind marker, length and capabilities
   size = {};
   size.right = Big32(p), size.bottom = Big32(p + 4), size.left = Big32(p + 8), size.top = Big32(p + 12);
   size.tileWidth = Big32(p + 16), size.tileHeight = Big32(p + 20);
@@ -92,7 +93,7 @@ bool FindCodestreamSize(Bytes stream, CodestreamSize& size) {
   size.precision = (p[34] & 0x7Fu) + 1;
   if (size.right <= size.left || size.bottom <= size.top || size.tileWidth == 0 || size.tileHeight == 0 ||
       tileLeft > size.left || tileTop > size.top || size.components == 0 ||
-      stream.size() - at - 42 < 3 * size_t{size.components}) {
+      there - 42 < 3 * size_t{size.components}) {
     return false;
   }
   size.stepX = size.stepY = 255;
@@ -110,7 +111,7 @@ bool FindCodestreamSize(Bytes stream, CodestreamSize& size) {
   return size.width != 0 && size.height != 0;
 }
 
-uint64_t CodestreamTableBytes(Bytes stream, const CodestreamSize& size) {
+uint64_t CodestreamTableBytes(const Source& stream, const CodestreamSize& size) {
   constexpr uint64_t kTile = 9000, kTileComponent = 1200, kPrecinct = 1000, kBlock = 250;
   constexpr uint64_t kMost = uint64_t{1} << 40;
   const Division division = FindDivision(stream, size.components);
@@ -127,13 +128,16 @@ uint64_t CodestreamTableBytes(Bytes stream, const CodestreamSize& size) {
          perComponent * size.components;
 }
 
-CodestreamWorth WeighCodestream(std::span<const uint8_t> stream, const CodestreamSize& size) {
-  constexpr uint64_t kMaxSamples = uint64_t{1} << 29, kMaxSamplesPerByte = 65536;
+CodestreamWorth WeighCodestream(const Source& stream, const CodestreamSize& size, uint64_t pixels) {
+  constexpr uint64_t kMaxSamplesPerByte = 65536;
   constexpr uint64_t kTableBytes = 48 << 20, kTableBytesPerByte = 16, kTableBytesPerSample = 2;
-  const uint64_t pixels = uint64_t{size.width} * size.height, samples = pixels * size.components;
-  if (pixels > kMaxSamples || samples > kMaxSamples) return CodestreamWorth::TooManySamples;
-  if (samples / kMaxSamplesPerByte > stream.size()) return CodestreamWorth::TooFewBytes;
-  const uint64_t most = kTableBytes + kTableBytesPerByte * stream.size() + kTableBytesPerSample * samples;
+  if (pixels > kMostSamplesAtOnce / size.components) return CodestreamWorth::TooManySamples;
+  const uint64_t all = uint64_t{size.width} * size.height;
+  if (all > UINT64_MAX / size.components || all * size.components / kMaxSamplesPerByte > stream.Size())
+    return CodestreamWorth::TooFewBytes;
+  const uint64_t most =
+      kTableBytes + kTableBytesPerByte * stream.Size() +
+      kTableBytesPerSample * std::min<uint64_t>(all * size.components, kMostSamplesAtOnce);
   return CodestreamTableBytes(stream, size) > most ? CodestreamWorth::TooManyTables
                                                    : CodestreamWorth::Fine;
 }

@@ -2,9 +2,7 @@
 // memory is taken (ISO/IEC 15444-1, annex A).
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <span>
+#include "media/codecs/source.h"
 
 namespace media {
 
@@ -19,15 +17,18 @@ struct CodestreamSize {
   uint64_t tiles;
 };
 /// Finds it in a codestream or a file around one.
-bool FindCodestreamSize(std::span<const uint8_t> stream, CodestreamSize& size);
+bool FindCodestreamSize(const Source& stream, CodestreamSize& size);
 
-/// Whether a codestream is worth decoding: no more samples than bytes can say, nor than there is room
-/// for, nor tables out of all proportion to both.
+/// Samples that are made of a stream at the most for one picture.
+inline constexpr uint64_t kMostSamplesAtOnce = uint64_t{1} << 29;
+
+/// Whether so many pixels of a codestream are worth decoding: no more samples than bytes can say, nor
+/// than there is room for, nor tables out of all proportion to both.
 enum class CodestreamWorth { Fine, TooManySamples, TooFewBytes, TooManyTables };
-CodestreamWorth WeighCodestream(std::span<const uint8_t> stream, const CodestreamSize& size);
+CodestreamWorth WeighCodestream(const Source& stream, const CodestreamSize& size, uint64_t pixels);
 
 /// Bytes that a decoder takes, by a generous estimate, for the tables of all tiles and for the precincts
 /// and code-blocks of one, whatever the samples themselves take.
-uint64_t CodestreamTableBytes(std::span<const uint8_t> stream, const CodestreamSize& size);
+uint64_t CodestreamTableBytes(const Source& stream, const CodestreamSize& size);
 
 }  // namespace media

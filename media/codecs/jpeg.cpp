@@ -66,6 +66,35 @@ struct DecoderOwner {
   jpeg_decompress_struct codec{};
 };
 
+// A source as libjpeg reads it.
+struct SourceManager {
+  jpeg_source_mgr manager;  // first: libjpeg knows it by this alone
+  const Source& source;
+  uint64_t at;
+  std::vector<uint8_t>& buffer;
+};
+void StartSource(j_decompress_ptr) {}
+boolean FillFromSource(j_decompress_ptr codec) {
+  static const JOCTET kEnd[] = {0xFF, JPEG_EOI};
+  auto& from = *reinterpret_cast<SourceManager*>(codec->src);
+  const auto count =
+      static_cast<size_t>(std::min<uint64_t>(from.buffer.size(), from.source.Size() - from.at));
+  if (count != 0 && !from.source.Read(from.at, from.buffer.data(), count))
+    ReturnJpegError(reinterpret_cast<j_common_ptr>(codec));
+  from.at += count;
+  from.manager.next_input_byte = count != 0 ? from.buffer.data() : kEnd;
+  from.manager.bytes_in_buffer = count != 0 ? count : sizeof kEnd;
+  return TRUE;
+}
+void SkipInSource(j_decompress_ptr codec, long count) {
+  auto& from = *reinterpret_cast<SourceManager*>(codec->src);
+  if (count <= 0) return;
+  const size_t held = std::min(from.manager.bytes_in_buffer, static_cast<size_t>(count));
+  from.manager.next_input_byte += held;
+  from.manager.bytes_in_buffer -= held;
+  from.at = std::min(from.at + (static_cast<size_t>(count) - held), from.source.Size());
+}
+
 // Where the rows of a decoder go.
 struct Rows {
   const JpegRequest& request;
@@ -100,11 +129,16 @@ void GiveRows(jpeg_decompress_struct& codec, Rows& rows) {
   if (request.readsEnd && codec.output_scanline == codec.output_height) jpeg_finish_decompress(&codec);
 }
 
-Outcome RunDecoder(jpeg_decompress_struct& codec, JpegErrors& errors, Bytes bytes, const JpegFrame& frame,
-                   Rows& rows, ScanLimit& limit) {
+Outcome RunDecoder(jpeg_decompress_struct& codec, JpegErrors& errors, SourceManager& source,
+                   const JpegFrame& frame, Rows& rows, ScanLimit& limit) {
   if (setjmp(errors.jump) != 0) return limit.exceeded ? Outcome::OverBudget : Outcome::BadData;
   jpeg_create_decompress(&codec);
-  jpeg_mem_src(&codec, bytes.data(), static_cast<unsigned long>(bytes.size()));
+  const Bytes memory = source.source.Memory();
+  if (!memory.empty()) {
+    jpeg_mem_src(&codec, memory.data(), static_cast<unsigned long>(memory.size()));
+  } else {
+    codec.src = &source.manager;
+  }
   jpeg_read_header(&codec, TRUE);
   if (!IsOf(codec, frame)) return Outcome::BadData;
   if (NeedsTooMuch(codec)) return Outcome::OverBudget;
@@ -117,7 +151,7 @@ Outcome RunDecoder(jpeg_decompress_struct& codec, JpegErrors& errors, Bytes byte
   return rows.outcome;
 }
 
-Outcome DecodeNarrow(Bytes bytes, const JpegFrame& frame, const JpegRequest& request,
+Outcome DecodeNarrow(const Source& source, const JpegFrame& frame, const JpegRequest& request,
                      const TakeRow& take) {
   std::vector<uint8_t> buffer(size_t{frame.width} * frame.components);
   DecoderOwner owner;
@@ -127,12 +161,27 @@ Outcome DecodeNarrow(Bytes bytes, const JpegFrame& frame, const JpegRequest& req
   ScanLimit limit = {
       {&LimitScans, 0, 0, 0, 0}, 0, uint64_t{frame.width} * frame.height * frame.components, false};
   Rows rows = {request, take, buffer.data(), Outcome::Ok};
-  return RunDecoder(codec, errors, bytes, frame, rows, limit);
+  constexpr size_t kPiece = 64 << 10;
+  std::vector<uint8_t> piece(source.Memory().empty() ? kPiece : 0);
+  SourceManager manager = {
+      {nullptr, 0, StartSource, FillFromSource, SkipInSource, jpeg_resync_to_restart, StartSource},
+      source,
+      0,
+      piece};
+  return RunDecoder(codec, errors, manager, frame, rows, limit);
 }
 
 // The wanted rows and columns of a stream that is decoded whole.
-Outcome DecodeWhole(Bytes bytes, const JpegFrame& frame, const JpegRequest& request,
+Outcome DecodeWhole(const Source& source, const JpegFrame& frame, const JpegRequest& request,
                     const TakeRow& take) {
+  std::vector<uint8_t> held;
+  Bytes bytes = source.Memory();
+  if (bytes.empty()) {
+    if (source.Size() > INT32_MAX) return Outcome::NoMemory;
+    held.resize(static_cast<size_t>(source.Size()));
+    if (!source.Read(0, held.data(), held.size())) return Outcome::BadData;
+    bytes = held;
+  }
   return DecodeWideJpeg(bytes, frame, [&](const RowForm& form, uint32_t y, const uint8_t* row) {
     if (y < request.top || (request.height != 0 && y - request.top >= request.height)) return Outcome::Ok;
     RowForm wanted = form;
@@ -145,18 +194,18 @@ Outcome DecodeWhole(Bytes bytes, const JpegFrame& frame, const JpegRequest& requ
 
 }  // namespace
 
-Outcome DecodeJpeg(Bytes stream, const JpegRequest& request, const TakeRow& take) {
-  const Bytes bytes = WithoutFill(stream);
+Outcome DecodeJpeg(const Source& source, const JpegRequest& request, const TakeRow& take) {
+  const Source stream = WithoutFill(source);
   JpegFrame frame;
-  if (!FindJpegFrame(bytes, frame)) return Outcome::NotRecognised;
+  if (!FindJpegFrame(stream, frame)) return Outcome::NotRecognised;
   const uint64_t pixels = uint64_t{frame.width} * frame.height;
-  if (pixels / kMaxPixelsPerByte > bytes.size()) return Outcome::BadData;
+  if (pixels / kMaxPixelsPerByte > stream.Size()) return Outcome::BadData;
   if (!Spend(kWorkPerSample * pixels * frame.components)) return Outcome::OverBudget;
   if (request.reduce > kMostReduce) return Outcome::Unsupported;
   // libjpeg finds no more than four components in its scans.
   if (frame.precision == 8 && !frame.IsLossless() && frame.components <= 4)
-    return DecodeNarrow(bytes, frame, request, take);
-  return request.reduce != 0 ? Outcome::Unsupported : DecodeWhole(bytes, frame, request, take);
+    return DecodeNarrow(stream, frame, request, take);
+  return request.reduce != 0 ? Outcome::Unsupported : DecodeWhole(stream, frame, request, take);
 }
 
 }  // namespace media

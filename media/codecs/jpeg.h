@@ -1,10 +1,9 @@
 // JPEG (ISO/IEC 10918-1): frames, decoding and encoding.
 #pragma once
 
-#include <cstddef>
 #include <string>
 
-#include "media/codecs/stream.h"
+#include "media/codecs/source.h"
 
 namespace media {
 
@@ -14,15 +13,15 @@ struct JpegFrame {
   uint8_t precision;
   uint32_t width, height, components;
   bool declaresColour;  ///< JFIF or Adobe segment
-  size_t end;           ///< where the segment behind the frame header begins
+  uint64_t end;         ///< where the segment behind the frame header begins
   bool IsLossless() const { return marker == 0xC3 || marker == 0xC7 || marker == 0xCB; }
   bool IsProgressive() const { return marker == 0xC2 || marker == 0xC6 || marker == 0xCA; }
 };
-bool FindJpegFrame(Bytes bytes, JpegFrame& frame);
+bool FindJpegFrame(const Source& source, JpegFrame& frame);
 
 /// Fill bytes may stand in front of any marker (ISO/IEC 10918-1, B.1.1.2), which decoders do not expect
 /// in front of the first.
-Bytes WithoutFill(Bytes bytes);
+Source WithoutFill(const Source& source);
 
 enum class JpegColours {
   AsStored,           ///< components as they are coded
@@ -42,12 +41,13 @@ struct JpegRequest {
 /// Decodes a stream of any precision that this build can, weighed before memory is taken. Three
 /// components that are converted come as red, green, blue. OverBudget; NoMemory; Unsupported; BadData.
 /// Throws std::bad_alloc.
-Outcome DecodeJpeg(Bytes bytes, const JpegRequest& request, const TakeRow& take);
+Outcome DecodeJpeg(const Source& source, const JpegRequest& request, const TakeRow& take);
 
 /// Whether 12-bit and lossless streams, and those of more than four components, decode in this build.
 bool HasWideJpeg();
 
-/// What DecodeJpeg does with the streams that libjpeg does not decode. `take` gets all rows.
+/// What DecodeJpeg does with the streams that libjpeg does not decode, which are in memory. `take` gets
+/// all rows.
 Outcome DecodeWideJpeg(Bytes bytes, const JpegFrame& frame, const TakeRow& take);
 
 struct JpegPlan {

@@ -2,7 +2,6 @@
 #include "media/codecs/jpeg2000.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -20,35 +19,36 @@ constexpr uint8_t kJp2Signature[] = {0, 0, 0, 12, 'j', 'P', ' ', ' ', 0x0D, 0x0A
 constexpr uint64_t kSamplesAtOnce = 2 << 20;  // each takes four bytes of a decoder
 
 template <size_t N>
-bool StartsWith(Bytes bytes, const uint8_t (&mark)[N]) {
-  return bytes.size() >= N && std::equal(mark, mark + N, bytes.begin());
+bool StartsWith(const Source& source, const uint8_t (&mark)[N]) {
+  uint8_t bytes[N];
+  return source.Read(0, bytes, N) && std::equal(mark, mark + N, bytes);
 }
 
-struct MemoryStream {
-  Bytes bytes;
-  size_t position = 0;
+// A source as the library reads it.
+struct SourceStream {
+  Source source;
+  uint64_t position = 0;
 };
-OPJ_SIZE_T ReadMemory(void* buffer, OPJ_SIZE_T count, void* user) {
-  auto& memory = *static_cast<MemoryStream*>(user);
-  const size_t left = memory.bytes.size() - memory.position;
-  if (left == 0) return static_cast<OPJ_SIZE_T>(-1);
-  const size_t moved = std::min<size_t>(count, left);
-  std::memcpy(buffer, memory.bytes.data() + memory.position, moved);
-  memory.position += moved;
+OPJ_SIZE_T ReadSource(void* buffer, OPJ_SIZE_T count, void* user) {
+  auto& stream = *static_cast<SourceStream*>(user);
+  const auto moved =
+      static_cast<size_t>(std::min<uint64_t>(count, stream.source.Size() - stream.position));
+  if (moved == 0 || !stream.source.Read(stream.position, static_cast<uint8_t*>(buffer), moved))
+    return static_cast<OPJ_SIZE_T>(-1);
+  stream.position += moved;
   return moved;
 }
-OPJ_OFF_T SkipMemory(OPJ_OFF_T count, void* user) {
-  auto& memory = *static_cast<MemoryStream*>(user);
+OPJ_OFF_T SkipSource(OPJ_OFF_T count, void* user) {
+  auto& stream = *static_cast<SourceStream*>(user);
   if (count < 0) return -1;
-  const size_t moved =
-      std::min<size_t>(static_cast<size_t>(count), memory.bytes.size() - memory.position);
-  memory.position += moved;
+  const uint64_t moved = std::min(static_cast<uint64_t>(count), stream.source.Size() - stream.position);
+  stream.position += moved;
   return static_cast<OPJ_OFF_T>(moved);
 }
-OPJ_BOOL SeekMemory(OPJ_OFF_T position, void* user) {
-  auto& memory = *static_cast<MemoryStream*>(user);
-  if (position < 0 || static_cast<size_t>(position) > memory.bytes.size()) return OPJ_FALSE;
-  memory.position = static_cast<size_t>(position);
+OPJ_BOOL SeekSource(OPJ_OFF_T position, void* user) {
+  auto& stream = *static_cast<SourceStream*>(user);
+  if (position < 0 || static_cast<uint64_t>(position) > stream.source.Size()) return OPJ_FALSE;
+  stream.position = static_cast<uint64_t>(position);
   return OPJ_TRUE;
 }
 
@@ -62,14 +62,14 @@ struct ImageOwner {
   void Reset() { opj_image_destroy(std::exchange(image, nullptr)); }
 };
 
-StreamPtr OpenMemory(MemoryStream& memory) {
+StreamPtr OpenSource(SourceStream& source) {
   StreamPtr stream(opj_stream_default_create(OPJ_TRUE), &opj_stream_destroy);
   if (stream == nullptr) return stream;
-  opj_stream_set_user_data(stream.get(), &memory, nullptr);
-  opj_stream_set_user_data_length(stream.get(), memory.bytes.size());
-  opj_stream_set_read_function(stream.get(), ReadMemory);
-  opj_stream_set_skip_function(stream.get(), SkipMemory);
-  opj_stream_set_seek_function(stream.get(), SeekMemory);
+  opj_stream_set_user_data(stream.get(), &source, nullptr);
+  opj_stream_set_user_data_length(stream.get(), source.source.Size());
+  opj_stream_set_read_function(stream.get(), ReadSource);
+  opj_stream_set_skip_function(stream.get(), SkipSource);
+  opj_stream_set_seek_function(stream.get(), SeekSource);
   return stream;
 }
 
@@ -104,11 +104,11 @@ DeclaredColour ColourOf(const opj_image_t& image) {
 class PartDecoder {
  public:
   /// Starts on a stream whose image must be the one that was measured.
-  bool Start(Bytes bytes, const CodestreamSize& size, uint32_t reduce) {
-    memory_ = {bytes};
+  bool Start(const Source& source, const CodestreamSize& size, uint32_t reduce) {
+    source_ = {source};
     owner_.Reset();
-    stream_ = OpenMemory(memory_);
-    codec_.reset(opj_create_decompress(IsJp2(bytes) ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K));
+    stream_ = OpenSource(source_);
+    codec_.reset(opj_create_decompress(IsJp2(source) ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K));
     if (codec_ == nullptr || stream_ == nullptr) return false;
     opj_set_error_handler(codec_.get(), DropMessage, nullptr);
     opj_set_warning_handler(codec_.get(), DropMessage, nullptr);
@@ -145,7 +145,7 @@ class PartDecoder {
   const opj_image_t& Image() const { return *owner_.image; }
 
  private:
-  MemoryStream memory_;
+  SourceStream source_{Bytes()};
   StreamPtr stream_{nullptr, &opj_stream_destroy};
   CodecPtr codec_{nullptr, &opj_destroy_codec};
   ImageOwner owner_;
@@ -226,7 +226,7 @@ Outcome Give(const opj_image_t& image, const CodestreamSize& size, const Window&
   return take({place, planes, ColourOf(image)});
 }
 
-Outcome DecodeParts(Bytes stream, const CodestreamSize& size, const Plan& plan, uint32_t reduce,
+Outcome DecodeParts(const Source& stream, const CodestreamSize& size, const Plan& plan, uint32_t reduce,
                     const std::function<Outcome(const CodestreamPart&)>& take) {
   PartDecoder decoder;
   const Window& wanted = plan.wanted;
@@ -250,36 +250,34 @@ Outcome DecodeParts(Bytes stream, const CodestreamSize& size, const Plan& plan, 
 
 }  // namespace
 
-bool IsCodestream(Bytes bytes) { return StartsWith(bytes, kCodestreamStart); }
-bool IsJp2(Bytes bytes) { return StartsWith(bytes, kJp2Signature); }
+bool IsCodestream(const Source& source) { return StartsWith(source, kCodestreamStart); }
+bool IsJp2(const Source& source) { return StartsWith(source, kJp2Signature); }
 
-Bytes CodestreamOf(Bytes bytes) {
-  if (IsCodestream(bytes)) return bytes;
-  if (!IsJp2(bytes)) return {};
-  const auto start =
-      std::search(bytes.begin(), bytes.end(), std::begin(kCodestreamStart), std::end(kCodestreamStart));
-  return {start, bytes.end()};
+Source CodestreamOf(const Source& source) {
+  if (IsCodestream(source)) return source;
+  return source.From(IsJp2(source) ? SourceBytes(source).Find(kCodestreamStart, 0) : source.Size());
 }
 
-Outcome DecodeJpeg2000(Bytes bytes, const Jpeg2000Request& request,
+Outcome DecodeJpeg2000(const Source& source, const Jpeg2000Request& request,
                        const std::function<Outcome(const CodestreamPart&)>& take) {
-  constexpr uint32_t kMostReduce = 32;
+  constexpr uint32_t kMostReduce = 31;
   CodestreamSize size;
-  if (!FindCodestreamSize(bytes, size)) return Outcome::NotRecognised;
-  const CodestreamWorth worth = WeighCodestream(bytes, size);
-  if (worth == CodestreamWorth::TooManySamples) return Outcome::NoMemory;
-  if (worth == CodestreamWorth::TooFewBytes || request.reduce > kMostReduce) return Outcome::BadData;
+  if (!FindCodestreamSize(source, size)) return Outcome::NotRecognised;
+  if (request.reduce > kMostReduce) return Outcome::BadData;
   const Plan plan = PlanOf(size, request);
   const uint64_t wanted = uint64_t{plan.wanted.width} * plan.wanted.height >> (2 * request.reduce);
+  const CodestreamWorth worth = WeighCodestream(source, size, wanted);
+  if (worth == CodestreamWorth::TooManySamples) return Outcome::NoMemory;
+  if (worth == CodestreamWorth::TooFewBytes) return Outcome::BadData;
   if (!AllowsPixels(wanted)) return Outcome::NoMemory;
   if (worth == CodestreamWorth::TooManyTables) return Outcome::OverBudget;
   if (!SpendSamples(wanted * size.components)) return Outcome::OverBudget;
-  if (request.asStored) return DecodeParts(CodestreamOf(bytes), size, plan, request.reduce, take);
-  const Outcome outcome = DecodeParts(bytes, size, plan, request.reduce, take);
-  if (outcome != Outcome::BadData || !IsJp2(bytes)) return outcome;
+  if (request.asStored) return DecodeParts(CodestreamOf(source), size, plan, request.reduce, take);
+  const Outcome outcome = DecodeParts(source, size, plan, request.reduce, take);
+  if (outcome != Outcome::BadData || !IsJp2(source)) return outcome;
   // A file whose boxes the library refuses, or that say something else than the codestream, is decoded
   // from its codestream.
-  return DecodeParts(CodestreamOf(bytes), size, plan, request.reduce, take);
+  return DecodeParts(CodestreamOf(source), size, plan, request.reduce, take);
 }
 
 }  // namespace media

@@ -7,10 +7,10 @@
 namespace media {
 
 /// Whether bytes begin as a codestream or as a JP2 file.
-bool IsCodestream(Bytes bytes);
-bool IsJp2(Bytes bytes);
+bool IsCodestream(const Source& source);
+bool IsJp2(const Source& source);
 /// The codestream within a JP2 file; a codestream as it is; empty for neither.
-Bytes CodestreamOf(Bytes bytes);
+Source CodestreamOf(const Source& source);
 
 /// The samples of a component, rows from the top.
 struct Plane {
@@ -48,7 +48,7 @@ struct Jpeg2000Request {
 /// Decodes what is wanted of an image, in parts where all of it at once would take much memory. The
 /// window's corner must lie on the grid of the reduction. Weighed before memory is taken: NoMemory,
 /// OverBudget; BadData. Throws std::bad_alloc.
-Outcome DecodeJpeg2000(Bytes bytes, const Jpeg2000Request& request,
+Outcome DecodeJpeg2000(const Source& source, const Jpeg2000Request& request,
                        const std::function<Outcome(const CodestreamPart& part)>& take);
 
 }  // namespace media

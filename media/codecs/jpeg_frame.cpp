@@ -14,26 +14,32 @@ bool IsFrameMarker(uint8_t marker) {
 
 }  // namespace
 
-Bytes WithoutFill(Bytes bytes) {
-  while (bytes.size() > 1 && bytes[0] == 0xFF && bytes[1] == 0xFF) bytes = bytes.subspan(1);
-  return bytes;
+Source WithoutFill(const Source& source) {
+  SourceBytes stream(source);
+  uint64_t at = 0;
+  for (const uint8_t* two = stream.Get(0, 2); two != nullptr && two[0] == 0xFF && two[1] == 0xFF;
+       two = stream.Get(at, 2))
+    ++at;
+  return source.From(at);
 }
 
-bool FindJpegFrame(Bytes bytes, JpegFrame& frame) {
-  if (bytes.size() < 4 || bytes[0] != 0xFF || bytes[1] != 0xD8 || bytes[2] != 0xFF) return false;
+bool FindJpegFrame(const Source& source, JpegFrame& frame) {
+  SourceBytes stream(source);
+  const uint8_t* begin = stream.Get(0, 4);
+  if (begin == nullptr || begin[0] != 0xFF || begin[1] != 0xD8 || begin[2] != 0xFF) return false;
   frame = {};
-  size_t at = 2;
-  while (at + 4 <= bytes.size()) {
-    if (bytes[at] != 0xFF) return false;
-    const uint8_t marker = bytes[at + 1];
+  uint64_t at = 2;
+  while (const uint8_t* bytes = stream.Get(at, 4)) {
+    if (bytes[0] != 0xFF) return false;
+    const uint8_t marker = bytes[1];
     if (marker == 0xFF || marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8)) {
       at += marker == 0xFF ? 1 : 2;
       continue;
     }
-    const uint8_t* segment = &bytes[at + 4];
-    const uint32_t length = Big16(&bytes[at + 2]);
-    const size_t left = bytes.size() - at - 4;
-    if (length < 2 || length - 2 > left || marker == 0xDA || marker == 0xD9) return false;
+    const uint32_t length = Big16(bytes + 2);
+    const uint8_t* segment =
+        length < 2 || marker == 0xDA || marker == 0xD9 ? nullptr : stream.Get(at + 4, length - 2);
+    if (segment == nullptr) return false;
     if (marker == 0xE0 && length >= 7 && std::memcmp(segment, "JFIF", 5) == 0)
       frame.declaresColour = true;
     if (marker == 0xEE && length >= 14 && std::memcmp(segment, "Adobe", 5) == 0)

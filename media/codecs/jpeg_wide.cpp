@@ -21,7 +21,7 @@ constexpr uint64_t kMaxKeptBytes = 96 << 20;
 
 // Whether the first scan leaves components to later ones. The decoder then keeps all samples.
 bool HasSeveralScans(Bytes bytes, const JpegFrame& frame) {
-  for (size_t at = frame.end; at + 5 <= bytes.size() && bytes[at] == 0xFF;) {
+  for (auto at = static_cast<size_t>(frame.end); at + 5 <= bytes.size() && bytes[at] == 0xFF;) {
     if (bytes[at + 1] == 0xDA) return bytes[at + 4] < frame.components;
     at += 2 + size_t{bytes[at + 2]} * 256 + bytes[at + 3];
   }
