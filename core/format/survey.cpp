@@ -125,4 +125,8 @@ std::string Survey::Data(const SurveyedPart& part, uint64_t limit) const {
   return file.At(part.dataOffset, std::min(part.dataLength, limit));
 }
 
+bool Survey::HoldsData(const SurveyedPart& part) const {
+  return part.dataOffset <= file.Size() && part.dataLength <= file.Size() - part.dataOffset;
+}
+
 }  // namespace core

@@ -28,6 +28,8 @@ class Survey {
   uint32_t Count(PartKind kind) const;
   /// What there is of a segment's data; at most `limit` bytes.
   std::string Data(const SurveyedPart& part, uint64_t limit = UINT64_MAX) const;
+  /// Whether all of a segment's data is there.
+  bool HoldsData(const SurveyedPart& part) const;
 
  private:
   void Take();

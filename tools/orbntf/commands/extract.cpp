@@ -47,6 +47,20 @@ bool Write(std::FILE* stream, const std::string& form, const SampleImage& image)
   return form == "raw" ? WriteRaw(stream, image) : WriteTiff(stream, image);
 }
 
+bool Write(std::FILE* stream, const std::string& bytes) {
+  return std::fwrite(bytes.data(), 1, bytes.size(), stream) == bytes.size();
+}
+
+// A segment's data, as much of it as the file has, piece by piece.
+bool WriteData(std::FILE* stream, const Survey& survey, const SurveyedPart& part) {
+  constexpr uint64_t kPiece = 1 << 20;
+  const PartBytes data(survey.file, part.dataOffset, part.dataLength);
+  for (uint64_t at = 0; at < data.Size(); at += kPiece) {
+    if (!Write(stream, data.Piece(at, kPiece))) return false;
+  }
+  return true;
+}
+
 SampleRequest RequestOf(const ExtractOptions& options) {
   SampleRequest request;
   request.reduce = options.reduce;
@@ -70,10 +84,10 @@ int WriteExtraction(const ExtractOptions& options, const Survey& survey, const E
   Output output(wanted.output, wanted.form == "tif" ? Output::Way::ByName : Output::Way::InOrder);
   errno = 0;
   std::FILE* stream = output.Problem().empty() ? output.Stream() : nullptr;
-  const bool written = stream != nullptr &&
-                       (wanted.image != nullptr ? Write(stream, wanted.form, image)
-                                                : std::fwrite(wanted.bytes.data(), 1, wanted.bytes.size(),
-                                                              stream) == wanted.bytes.size());
+  const bool written =
+      stream != nullptr && (wanted.image != nullptr   ? Write(stream, wanted.form, image)
+                            : wanted.whole != nullptr ? WriteData(stream, survey, *wanted.whole)
+                                                      : Write(stream, wanted.bytes));
   if (stream != nullptr && !written && errno != 0) output.NoteFailure();
   return Report("extract", wanted.output, written && output.Commit() ? ORB_SUCCESS : ORB_SHORT_WRITE,
                 output.Problem());
@@ -122,11 +136,8 @@ int FindPart(const ExtractOptions& options, const Survey& survey, Extraction& wa
     if (kind != word.word || index < 0) continue;
     const SurveyedPart* part = survey.Find(word.kind, static_cast<uint32_t>(index));
     if (part == nullptr) return Fail(options, ORB_NO_SUCH_RECORD, "no " + options.part);
-    if (part->kind == PartKind::Image)
-      wanted.image = part;
-    else
-      wanted.bytes = survey.Data(*part);
-    if (part->kind != PartKind::Image && wanted.bytes.size() < part->dataLength)
+    (part->kind == PartKind::Image ? wanted.image : wanted.whole) = part;
+    if (part->kind != PartKind::Image && !survey.HoldsData(*part))
       return Fail(options, ORB_SHORT_READ, part->Title() + " ends behind the file");
     return kExitOk;
   }
@@ -214,7 +225,7 @@ int ExtractAll(const ExtractOptions& options, const Survey& survey) {
   SyncTogether together(options.folder);
   int code = kExitOk;
   size_t leftOut = 0;
-  for (Extraction& wanted : jobs) {
+  for (const Extraction& wanted : jobs) {
     const uint64_t bytes = BytesOf(wanted);
     if (filesLeft == 0 || bytes > bytesLeft) {
       ++leftOut;
@@ -222,9 +233,7 @@ int ExtractAll(const ExtractOptions& options, const Survey& survey) {
     }
     --filesLeft;
     bytesLeft -= bytes;
-    if (wanted.whole != nullptr) wanted.bytes = survey.Data(*wanted.whole);
     code = std::max(code, WriteExtraction(options, survey, wanted));
-    wanted.bytes.clear();
   }
   if (leftOut != 0)
     code = std::max(code, Fail(options, kHostOverBudget,
