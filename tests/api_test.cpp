@@ -329,28 +329,6 @@ TEST_F(ApiTest, CoordinatesAndCompressionKeepTheLengthsInStep) {
   EXPECT_EQ(image.SetPadCode(nullptr), Status::NoData);
 }
 
-TEST_F(ApiTest, ExchangeSurvivesEveryFault) {
-  const test::TempFile file(test::FullFile().Bytes());
-  const auto exchange = [&] {
-    NitfHandle handle = nullptr;
-    int32_t status = Orb_NITFCreate(&handle, file.Wide());
-    if (status != 1) return status;
-    ImageHeader image = {};
-    status = Orb_NITFGetImageHeader(handle, 0, &image);
-    if (status == 1) status = Orb_NITFSetImageHeader(handle, 0, &image);
-    Orb_NITFFreeImageHeader(&image);
-    NITFHeader header = {};
-    if (status == 1) status = Orb_NITFGetNITFHeader(handle, &header);
-    Orb_NITFFreeNITFHeader(&header);
-    TextHeader text = {};
-    if (status == 1) status = Orb_NITFGetTextHeader(handle, 0, &text);
-    Orb_NITFFreeTextHeader(&text);
-    Orb_NITFDestroy(&handle);
-    return status;
-  };
-  EXPECT_GT(test::ForEachFault(kFaultAllocation, {-1}, exchange), 60);
-}
-
 TEST_F(ApiTest, NegativeBoundsAndPlacesAreStoredInTheirForms) {
   const NitfHandle handle = Open(test::FullFile().Bytes());
   GraphicHeader graphic = {};

@@ -20,10 +20,6 @@ class BudgetTest : public test::CodecTest {
   }
 };
 
-int32_t RenderOne(const ImageForm& form, const std::string& data) {
-  return test::RenderBytes(NitfBuilder().Image(form, data).Bytes()).status;
-}
-
 // A decoded stream of which at most a width and height are wanted.
 struct Decoded {
   Decoded(const std::string& stream, uint32_t width, uint32_t height) {
@@ -83,15 +79,16 @@ TEST_F(BudgetTest, TablesOfACodestreamAreWeighedBeforeTheyAreMade) {
   stream.resize(std::max<size_t>(stream.size(), 2000));
   stream.replace(24, 8, tiny + tiny);
   HostkitPeakBytes(1);
-  EXPECT_EQ(RenderOne(form, stream), kHostOverBudget);
+  EXPECT_EQ(test::RenderImage(form, stream).status, kHostOverBudget);
   // Precincts of two by two samples.
   stream.replace(24, 8, side + side);
   const size_t style = stream.find("\xFF\x52");
   ASSERT_NE(style, std::string::npos);
   const std::string precincts =
       Big(0xFF52, 2) + Big(13, 2) + Big(1, 1) + stream.substr(style + 5, 9) + '\x11';
-  EXPECT_EQ(RenderOne(form, stream.substr(0, style) + precincts + stream.substr(style + 14)),
-            kHostOverBudget);
+  EXPECT_EQ(
+      test::RenderImage(form, stream.substr(0, style) + precincts + stream.substr(style + 14)).status,
+      kHostOverBudget);
   EXPECT_LT(HostkitPeakBytes(0), 2040u * 2040 * 5);
 }
 
@@ -112,7 +109,7 @@ TEST_F(BudgetTest, CodebooksTakeWhatTheFileHoldsOfThem) {
                     .entries = 60000,
                     .codeBits = 16};
   HostkitPeakBytes(1);
-  EXPECT_EQ(RenderOne(test::VqImage(form, "C4", 1, 1), test::VqData(form)), ORB_SUCCESS);
+  EXPECT_EQ(test::RenderImage(test::VqImage(form, "C4", 1, 1), test::VqData(form)).status, ORB_SUCCESS);
   EXPECT_LT(HostkitPeakBytes(0), 4u << 20);
 }
 

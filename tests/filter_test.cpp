@@ -144,17 +144,6 @@ TEST_F(FilterTest, DrawingStopsAtTheFirstFailure) {
   EXPECT_TRUE(picture.rowFlags.empty());
 }
 
-TEST_F(FilterTest, LoadingSurvivesEveryFault) {
-  NitfBuilder file = RampFile(6, 5);
-  ImageForm colour{.bands = 3, .representation = "RGB"};
-  file.Image(colour, std::string(192, 'x')).Text("text");
-  const test::TempFile onDisk(file.Bytes());
-  const auto render = [&] { return test::Render(onDisk).status; };
-  // A palette for the device context is optional: painting goes on without.
-  EXPECT_GT(test::ForEachFault(kFaultAllocation, {-1, 1}, render), 20);
-  EXPECT_GT(test::ForEachFault(kFaultRead, {-7}, render), 100);
-}
-
 TEST_F(FilterTest, WhatWasDrawnBeforeAFailureStays) {
   NitfBuilder file = RampFile(5, 4);
   ImageForm small{.width = 2, .height = 2};

@@ -232,15 +232,4 @@ TEST_F(HeadersTest, MaskTableFollowsTheSubheader) {
   EXPECT_EQ(ReadBytes(cut), ORB_SHORT_READ);
 }
 
-TEST_F(HeadersTest, ReadingSurvivesEveryFault) {
-  const test::TempFile file(OneOfEach().Bytes());
-  const auto read = [&] {
-    NitfFile document;
-    return ToCaller(document.ReadDocument(file.Wide()));
-  };
-  EXPECT_GT(test::ForEachFault(kFaultAllocation, {-1}, read), 10);
-  EXPECT_GT(test::ForEachFault(kFaultRead, {-7}, read), 100);
-  EXPECT_EQ(test::ForEachFault(kFaultOpen, {-7}, read), 1);
-}
-
 }  // namespace

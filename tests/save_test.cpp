@@ -1,7 +1,6 @@
 // Saving, replacing and reading content.
 #include <filesystem>
 
-#include "tests/support/layout.h"
 #include "tests/support/objects.h"
 
 namespace {
@@ -25,17 +24,21 @@ TEST_F(SaveTest, CopiesAreTheSameBytes) {
     const test::TempFile original(bytes);
     const test::TempFile copy(Saved(Handle(original)));
     std::string contents = copy.Contents();
-    EXPECT_EQ(test::CheckLayout(contents), "");
+    EXPECT_EQ(test::Unsound(contents), "");
     EXPECT_EQ(Saved(Handle(copy)), contents);
     if (bytes.size() < 300000) {
       EXPECT_TRUE(test::Render(copy).pixels == test::Render(original).pixels);
     }
     // The only field that a copy writes in a form of its own here is COMRAT.
     std::string expected = bytes;
-    const std::string rate = test::FirstCompressionRate(bytes);
-    if (!rate.empty() && rate != test::FirstCompressionRate(contents)) {
-      EXPECT_EQ(test::FirstCompressionRate(contents), "00.0");
-      expected = test::WithCompressionRate(bytes, "00.0");
+    NitfFile document;
+    ASSERT_EQ(document.ReadDocument(original.Wide()), Status::Success);
+    if (document.ImageCount() != 0) {
+      const ImageSubheader& image = *document.images.At(0);
+      const std::string code = image.IC.text, rate = image.COMRAT.text;
+      const size_t at = expected.find(code + rate);
+      if (code[0] != 'N' && contents.compare(at, 6, code + rate) != 0)
+        expected.replace(at + 2, 4, "00.0");
     }
     EXPECT_TRUE(contents == expected);
   }
@@ -138,28 +141,6 @@ TEST_F(SaveTest, TheSourceFileIsNotOverwritten) {
   EXPECT_EQ(Orb_NITFSaveFile(handle, u"/no/such/folder/file"), ORB_SHORT_WRITE);
 }
 
-TEST_F(CompressedSaveTest, SavingAndAppendingSurviveEveryFault) {
-  const test::TempFile file(test::FullFile().Bytes()), text("appended", ".txt");
-  const auto save = [&] {
-    NitfHandle handle = nullptr;
-    const test::Bitmap bitmap(8, 8, 24);
-    int32_t status = Orb_NITFCreate(&handle, file.Wide());
-    if (status != 1) return status;
-    status = Orb_NITFAppendImageSegment(handle, const_cast<KernelBitmap*>(&bitmap.record), 182, 24, 20);
-    if (status == 1) status = Orb_NITFAppendTextSegment(handle, text.Wide());
-    const test::TempFile copy;
-    if (status == 1) status = Orb_NITFSaveFile(handle, copy.Wide());
-    if (status == 1) {
-      EXPECT_EQ(test::CheckLayout(copy.Contents()), "");
-    }
-    Orb_NITFDestroy(&handle);
-    return status;
-  };
-  // The close of a file that was only read loses nothing.
-  for (HostkitFault fault : {kFaultRead, kFaultWrite, kFaultClose})
-    test::ForEachFault(fault, {-7, -5, 1}, save);
-}
-
 TEST_F(SaveTest, ANewDocumentIsWrittenWithItsDefaults) {
   const Handle handle;
   const std::string bytes = Saved(handle);
@@ -167,7 +148,7 @@ TEST_F(SaveTest, ANewDocumentIsWrittenWithItsDefaults) {
   EXPECT_EQ(bytes.substr(0, 9), "NITF02.10");
   EXPECT_EQ(bytes.substr(15, 10), "0000000000") << "OSTAID";
   EXPECT_EQ(bytes.substr(286, 11), "00000000000") << "FSCOP, FSCPYS, ENCRYP";
-  EXPECT_EQ(test::CheckLayout(bytes), "");
+  EXPECT_EQ(test::Unsound(bytes), "");
 }
 
 TEST_F(SaveTest, BandRecordsAreAsManyAsTheCountSays) {

@@ -10,12 +10,6 @@ using test::NitfBuilder;
 const std::string kDelimiter1 = "\x0A\x6E\x1D\x97";
 const std::string kDelimiter2 = "\x0E\xCA\x14\xBF";
 
-std::string StreamingData(const std::string& replacement, int64_t secondLength = -1) {
-  const auto length = static_cast<int64_t>(replacement.size());
-  return Digits(length, 7) + kDelimiter1 + replacement + kDelimiter2 +
-         Digits(secondLength < 0 ? length : secondLength, 7);
-}
-
 NitfBuilder OneImage() {
   NitfBuilder file;
   test::ImageForm form{.width = 4, .height = 4};
@@ -40,17 +34,17 @@ using StreamingTest = test::ModuleTest;
 
 TEST_F(StreamingTest, LengthsComeFromTheReplacementData) {
   NitfBuilder file = OneImage();
-  const std::string header = TrueHeader(file, StreamingData(TrueHeader(file, 0)).size());
+  const std::string header = TrueHeader(file, test::StreamingData(TrueHeader(file, 0)).size());
   std::vector<size_t> trailings = {0, 3000};
   for (size_t trailing = 60; trailing < 95; ++trailing) trailings.push_back(trailing);
   for (const size_t trailing : trailings) {  // the delimiter lies across two chunks of some
     NitfBuilder streamed = OneImage();
-    streamed.extensions[0].data = StreamingData(header) + std::string(trailing, '.');
+    streamed.extensions[0].data = test::StreamingData(header) + std::string(trailing, '.');
     streamed.Patch("FL", "999999999999").Patch("LI0", "9999999999").Patch("LISH0", "999999");
     NitfFile document;
     ASSERT_EQ(ReadBytes(streamed.Bytes(), document), 1) << trailing;
     EXPECT_EQ(document.header.images.InFile(0).data, 16u);
-    EXPECT_EQ(document.header.fileLength, OneImage().Bytes().size() + StreamingData(header).size());
+    EXPECT_EQ(document.header.fileLength, OneImage().Bytes().size() + test::StreamingData(header).size());
     EXPECT_EQ(document.replacement.consumed, header.size());
   }
 }
@@ -58,10 +52,10 @@ TEST_F(StreamingTest, LengthsComeFromTheReplacementData) {
 TEST_F(StreamingTest, ImageSizesComeFromTheReplacementDataBehindTheHeaders) {
   NitfBuilder file = OneImage();
   const std::string image = file.images[0].subheader.Bytes();
-  const size_t size = StreamingData(TrueHeader(file, 0) + image).size();
+  const size_t size = test::StreamingData(TrueHeader(file, 0) + image).size();
   const std::string replacement = TrueHeader(file, size) + image;
   file.images[0].subheader.Set("NROWS", "99999999").Set("NPPBV", "9999");
-  file.extensions[0].data = StreamingData(replacement);
+  file.extensions[0].data = test::StreamingData(replacement);
   file.Patch("FL", "999999999999");
   NitfFile document;
   ASSERT_EQ(ReadBytes(file.Bytes(), document), 1);
@@ -74,7 +68,7 @@ TEST_F(StreamingTest, ShortReplacementDataKeepsWhatWasRead) {
   NitfBuilder file = OneImage();
   file.header.Set("OSTAID", "Before");
   const std::string front = "NITF02.1003BF01After     ";
-  file.extensions[0].data = StreamingData(front);
+  file.extensions[0].data = test::StreamingData(front);
   file.Patch("FL", "999999999999");
   NitfFile document;
   ASSERT_EQ(ReadBytes(file.Bytes(), document), 1);
@@ -94,8 +88,8 @@ TEST_F(StreamingTest, FaultyStreamingHeadersAreRefused) {
     return status;
   };
   EXPECT_EQ(statusOf(""), ORB_INVALID_PARAMETER);
-  EXPECT_EQ(statusOf(StreamingData("NITF", 5)), ORB_BAD_STRUCTURE);
-  std::string wrongEnd = StreamingData("NITF");
+  EXPECT_EQ(statusOf(test::StreamingData("NITF", 5)), ORB_BAD_STRUCTURE);
+  std::string wrongEnd = test::StreamingData("NITF");
   wrongEnd[wrongEnd.size() - 8] ^= 1;
   EXPECT_EQ(statusOf(wrongEnd), ORB_BAD_STRUCTURE);
   EXPECT_EQ(statusOf("9999999" + kDelimiter1 + "NITF"), ORB_SHORT_READ) << "length beyond the file";
@@ -103,7 +97,7 @@ TEST_F(StreamingTest, FaultyStreamingHeadersAreRefused) {
   NitfBuilder file = OneImage();
   file.Patch("FL", "999999999999");
   const std::string bytes = file.Bytes();
-  file.extensions[0].data = StreamingData(bytes.substr(0, bytes.find("IMTest")));
+  file.extensions[0].data = test::StreamingData(bytes.substr(0, bytes.find("IMTest")));
   NitfFile document;
   EXPECT_EQ(ReadBytes(file.Bytes(), document), 1);
 }
@@ -148,11 +142,11 @@ TEST_F(StreamingTest, ImagesConsumeTheReplacementDataOneAfterTheOther) {
   file.Image(wide, std::string(48, 'w')).Image(tall, std::string(56, 't'));
   file.extensions.push_back({test::DataExtensionRecord("STREAMING_FILE_HEADER"), ""});
   const std::string images = file.images[0].subheader.Bytes() + file.images[1].subheader.Bytes();
-  const size_t size = StreamingData(TrueHeader(file, 0) + images).size();
+  const size_t size = test::StreamingData(TrueHeader(file, 0) + images).size();
   const std::string replacement = TrueHeader(file, size) + images;
   for (test::Segment& image : file.images)
     image.subheader.Set("NROWS", "99999999").Set("NCOLS", "99999999");
-  file.extensions[0].data = StreamingData(replacement);
+  file.extensions[0].data = test::StreamingData(replacement);
   file.Patch("FL", "999999999999");
   NitfFile document;
   ASSERT_EQ(ReadBytes(file.Bytes(), document), 1);

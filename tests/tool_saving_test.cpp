@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "Common/NitfFile.h"
-#include "tests/support/layout.h"
+#include "tests/support/objects.h"
 #include "tests/support/metafile.h"
 #include "tests/support/support.h"
 #include "tools/orbntf/document.h"
@@ -66,7 +66,7 @@ TEST_F(ToolSavingTest, StaleLengthsAreMadeTrue) {
   for (const NitfBuilder* file : {&header, &segments, &vectors, &masked, &length}) {
     SCOPED_TRACE(n++);
     const std::string written = Copy(file->Bytes());
-    EXPECT_EQ(test::CheckLayout(written), "");
+    EXPECT_EQ(test::Unsound(written), "");
     EXPECT_TRUE(test::RenderBytes(written).pixels == test::RenderBytes(file->Bytes()).pixels);
     EXPECT_EQ(Copy(written), written);
   }
@@ -119,7 +119,7 @@ TEST_F(ToolSavingTest, LengthsFollowAReplacedDrawing) {
   ASSERT_EQ(Orb_NITFSetVectorHandle(document.get(), 0, drawing), 1);
   ASSERT_EQ(Orb_NITFAppendTextSegment(document.get(), words.Wide()), 1);
   EXPECT_EQ(tool::SaveAs("append", document, source.Path(), out.Path()), 0);
-  EXPECT_EQ(test::CheckLayout(out.Contents()), "");
+  EXPECT_EQ(test::Unsound(out.Contents()), "");
 }
 
 // Every file that any test makes, as far as it opens: copied, changed and extended. The files are those
@@ -152,7 +152,7 @@ TEST_F(ToolSavingTest, NoFileOfTheTestsIsWrittenUnsoundly) {
       tool::Document again;
       EXPECT_EQ(again.Open(out.Path()), 1) << entry.path() << change;
       EXPECT_EQ(again.get()->header.fileLength, bytes.size()) << entry.path() << change;
-      const std::string fault = test::CheckLayout(bytes);
+      const std::string fault = test::Unsound(bytes);
       // Count texts that are no numbers stay as they stood; the marks of NSIF files are their own.
       EXPECT_TRUE(fault.empty() || fault.substr(0, 9) == "no number" || bytes.substr(0, 4) == "NSIF")
           << entry.path() << change << ": " << fault;

@@ -15,10 +15,6 @@ using test::VqImage;
 
 using VqTest = test::ModuleTest;
 
-test::Picture RenderImage(const ImageForm& form, const std::string& data) {
-  return test::RenderBytes(NitfBuilder().Image(form, data).Bytes());
-}
-
 // One block as its codes make it: a square of the vector's width at column k x vector height, as far as
 // the vector has values and the block has room; later squares cover earlier ones.
 std::vector<Rgb> BlockOf(const VqForm& vq, uint32_t firstCode) {
@@ -81,10 +77,10 @@ TEST_F(VqTest, EveryShapeOfVectorsIsDecoded) {
       {"sixteen bits", {.bits = 16}}};
   for (const auto& [name, form] : forms) {
     SCOPED_TRACE(name);
-    ExpectVq(RenderImage(VqImage(form, "C4", 1, 1), VqData(form)), form, 1);
+    ExpectVq(test::RenderImage(VqImage(form, "C4", 1, 1), VqData(form)), form, 1);
     VqForm four = form;
     four.stored = {true, true, true, true};
-    ExpectVq(RenderImage(VqImage(four, "C4", 2, 2), VqData(four)), four, 2);
+    ExpectVq(test::RenderImage(VqImage(four, "C4", 2, 2), VqData(four)), four, 2);
   }
 }
 
@@ -98,7 +94,7 @@ TEST_F(VqTest, MaskTablesOfEveryKindArePassedOver) {
                              {.blocks = records, .pads = records, .padCode = 0},
                              {.padCode = 0}}) {
       ImageForm form = VqImage(vq, "M4", 2, 1);
-      const auto picture = RenderImage(form, test::MaskBytes(mask) + VqData(vq));
+      const auto picture = test::RenderImage(form, test::MaskBytes(mask) + VqData(vq));
       ASSERT_EQ(picture.status, 1) << bands;
       if (mask.padCode < 0) ExpectVq(picture, vq, 2);
     }
@@ -120,7 +116,7 @@ TEST_F(VqTest, FaultyVectorQuantisedDataIsRefused) {
   const auto status = [](const VqForm& vq, size_t cut = 0) {
     std::string data = VqData(vq);
     data.resize(data.size() - cut);
-    return RenderImage(VqImage(vq, "C4", 1, 1), data).status;
+    return test::RenderImage(VqImage(vq, "C4", 1, 1), data).status;
   };
   VqForm vq;
   EXPECT_EQ(status(vq, 1), ORB_SHORT_READ);
@@ -140,7 +136,7 @@ TEST_F(VqTest, FaultyVectorQuantisedDataIsRefused) {
   EXPECT_EQ(status(vq), ORB_BAD_STRUCTURE) << "more tables than a vector has rows";
   std::string huge = VqData({});
   huge.replace(21 + 2, 4, test::Big(0xFFFFFFFF, 4));
-  EXPECT_EQ(RenderImage(VqImage({}, "C4", 1, 1), huge).status, ORB_SHORT_READ);
+  EXPECT_EQ(test::RenderImage(VqImage({}, "C4", 1, 1), huge).status, ORB_SHORT_READ);
 }
 
 TEST_F(VqTest, VectorQuantisationOfOddDepthsIsRefused) {
@@ -148,7 +144,7 @@ TEST_F(VqTest, VectorQuantisationOfOddDepthsIsRefused) {
     VqForm vq;
     ImageForm form = VqImage(vq, "C4", 1, 1);
     form.bits = bits;
-    EXPECT_EQ(RenderImage(form, VqData(vq)).status, ORB_BAD_STRUCTURE) << bits;
+    EXPECT_EQ(test::RenderImage(form, VqData(vq)).status, ORB_BAD_STRUCTURE) << bits;
   }
 }
 
@@ -160,7 +156,7 @@ TEST_F(VqTest, VectorQuantisedIndexesAreShownThroughTheirTables) {
   for (int table = 0; table < 3; ++table) {
     for (int i = 0; i < 256; ++i) form.lookup += static_cast<char>(i + 10 * table);
   }
-  const auto picture = RenderImage(form, VqData(vq));
+  const auto picture = test::RenderImage(form, VqData(vq));
   ASSERT_EQ(picture.status, 1);
   const int value = static_cast<uint8_t>(VqEntry(vq, VqCode(1))[2]);
   EXPECT_EQ(picture.At(6, 0), (Rgb{static_cast<uint8_t>(value), static_cast<uint8_t>(value + 10),

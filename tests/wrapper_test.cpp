@@ -72,10 +72,7 @@ TEST_F(WrapperTest, LengthsOfAStreamedFileAreThoseOfItsEnd) {
   NitfBuilder file = Whole();
   const std::string header = file.Bytes().substr(0, 500);
   std::string replacement = header;
-  const auto data = [&] {
-    const std::string length = test::Digits(static_cast<int64_t>(replacement.size()), 7);
-    return length + "\x0A\x6E\x1D\x97" + replacement + "\x0E\xCA\x14\xBF" + length;
-  };
+  const auto data = [&] { return test::StreamingData(replacement); };
   file.extensions.push_back({test::DataExtensionRecord("STREAMING_FILE_HEADER"), data()});
   const std::string whole = file.Bytes();
   replacement = whole.substr(0, 500);

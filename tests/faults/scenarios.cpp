@@ -145,12 +145,8 @@ NitfBuilder Streamed() {
     const std::string bytes = file.Bytes();
     return bytes.substr(0, bytes.find("IMTest"));
   };
-  const auto data = [](const std::string& replacement) {
-    const std::string length = test::Digits(static_cast<int64_t>(replacement.size()), 7);
-    return length + "\x0A\x6E\x1D\x97" + replacement + "\x0E\xCA\x14\xBF" + length;
-  };
-  const std::string replacement = header(data(header(0)).size());
-  file.extensions[0].data = data(replacement);
+  const std::string replacement = header(test::StreamingData(header(0)).size());
+  file.extensions[0].data = test::StreamingData(replacement);
   return file.Patch("FL", "999999999999");
 }
 

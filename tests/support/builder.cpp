@@ -48,6 +48,12 @@ std::string Big(uint64_t number, size_t bytes) {
   return text;
 }
 
+std::string StreamingData(const std::string& replacement, int64_t secondLength) {
+  const auto length = static_cast<int64_t>(replacement.size());
+  return Digits(length, 7) + "\x0A\x6E\x1D\x97" + replacement + "\x0E\xCA\x14\xBF" +
+         Digits(secondLength < 0 ? length : secondLength, 7);
+}
+
 Record::Field& Record::Find(const std::string& name) {
   const auto found = std::find_if(fields_.begin(), fields_.end(),
                                   [&](const Field& field) { return field.name == name; });

@@ -37,6 +37,9 @@ class Record {
 
 std::string Digits(int64_t number, size_t width);
 std::string Big(uint64_t number, size_t bytes);
+/// What a STREAMING_FILE_HEADER holds (MIL-STD-2500C, 5.8.3.3): the replacement between its marks and
+/// lengths, the second of which may be another.
+std::string StreamingData(const std::string& replacement, int64_t secondLength = -1);
 
 /// What an image looks like to its subheader.
 struct ImageForm {

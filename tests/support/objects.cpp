@@ -50,4 +50,18 @@ std::string EncodeMetafile(const VectorHandle& handle) {
   return bytes;
 }
 
+std::string Unsound(const std::string& bytes) {
+  NitfFile document;
+  if (!Ok(document.ReadDocument(TempFile(bytes).Wide()))) return "it does not open";
+  uint64_t end = document.header.headerLength;
+  for (const SegmentLengthFields& fields : kSegmentLengths) {
+    const LengthTable& table = document.header.Lengths(fields.kind);
+    for (uint32_t i = 0; i < table.Count(); ++i)
+      end += uint64_t{table.inFile[i].subheader} + table.inFile[i].data;
+  }
+  if (end != bytes.size())
+    return "segments end at " + std::to_string(end) + " of " + std::to_string(bytes.size());
+  return document.header.fileLength == bytes.size() ? "" : "FL";
+}
+
 }  // namespace test

@@ -80,4 +80,7 @@ class CodecTest : public ModuleTest {
   }
 };
 
+/// Why a file is not what its own lengths say; empty when it is.
+std::string Unsound(const std::string& bytes);
+
 }  // namespace test

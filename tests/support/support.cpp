@@ -153,6 +153,10 @@ Picture RenderBytes(const std::string& bytes, const RenderRequest& request) {
   return Render(TempFile(bytes), request);
 }
 
+Picture RenderImage(const ImageForm& form, const std::string& data) {
+  return RenderBytes(NitfBuilder().Image(form, data).Bytes());
+}
+
 std::vector<std::string>& ModuleTest::Messages() { return messages; }
 
 void ModuleTest::SetUp() {

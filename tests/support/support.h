@@ -71,6 +71,8 @@ inline Picture Render(const TempFile& file, const RenderRequest& request = {}) {
   return Render(file.Wide(), request);
 }
 Picture RenderBytes(const std::string& bytes, const RenderRequest& request = {});
+/// The picture of a file of one image.
+Picture RenderImage(const ImageForm& form, const std::string& data);
 
 class ModuleTest : public testing::Test {
  protected:
