@@ -329,6 +329,21 @@ TEST_F(ApiTest, CoordinatesAndCompressionKeepTheLengthsInStep) {
   EXPECT_EQ(image.SetPadCode(nullptr), Status::NoData);
 }
 
+TEST_F(ApiTest, AnIndexWithoutASegmentIsToldForEachKind) {
+  const NitfHandle handle = Open(test::FullFile().Bytes());
+  ImageHeader image = {};
+  GraphicHeader graphic = {};
+  TextHeader text = {};
+  for (const uint32_t index : {Orb_NITFGetGraphicHeaderCount(handle), 999u}) {
+    EXPECT_EQ(Orb_NITFGetGraphicHeader(handle, index, &graphic), ORB_NO_SUCH_RECORD);
+    EXPECT_EQ(Orb_NITFSetGraphicHeader(handle, index, &graphic), ORB_NO_SUCH_RECORD);
+    EXPECT_EQ(Orb_NITFGetVectorHandle(handle, index), nullptr);
+  }
+  EXPECT_EQ(Orb_NITFGetImageHeader(handle, Orb_NITFGetImageHeaderCount(handle), &image),
+            ORB_NO_SUCH_RECORD);
+  EXPECT_EQ(Orb_NITFGetTextHeader(handle, Orb_NITFGetTextHeaderCount(handle), &text), ORB_NO_SUCH_RECORD);
+}
+
 TEST_F(ApiTest, NegativeBoundsAndPlacesAreStoredInTheirForms) {
   const NitfHandle handle = Open(test::FullFile().Bytes());
   GraphicHeader graphic = {};

@@ -232,4 +232,34 @@ TEST_F(HeadersTest, MaskTableFollowsTheSubheader) {
   EXPECT_EQ(ReadBytes(cut), ORB_SHORT_READ);
 }
 
+TEST_F(HeadersTest, MagnificationsOfThreeDigitsCount) {
+  for (const auto& [text, value] : {std::pair{"/100", 0.01},
+                                    {"/2  ", 0.5},
+                                    {"100 ", 100.0},
+                                    {".125", 0.125},
+                                    {"/0  ", 1.0},
+                                    {"    ", 1.0},
+                                    {"12.5", 12.5}}) {
+    test::Record image = test::ImageRecord({});
+    image.Set("IMAG", text);
+    NitfFile document;
+    const test::TempFile file(NitfBuilder().Image(image, std::string(64, 'i')).Bytes());
+    ASSERT_EQ(document.ReadDocument(file.Wide()), Status::Success);
+    EXPECT_DOUBLE_EQ(document.images.At(0)->magnification, value) << text;
+  }
+}
+
+TEST_F(HeadersTest, DataThatBeginsBehindItsEndIsShort) {
+  const std::vector<std::pair<const char*, int>> forms = {{"NM", 8}, {"NM", 1}, {"M1", 1}, {"M3", 8}};
+  for (const auto& [compression, bits] : forms) {
+    if (compression[1] != 'M' && !test::HostHasCodecs()) continue;
+    ImageForm form{.bits = bits, .compression = compression};
+    if (bits == 1) form.pixelType = "B";
+    std::string table = test::MaskBytes({.blocks = {0}});
+    table.replace(0, 4, test::Big(5000, 4));
+    EXPECT_EQ(test::RenderImage(form, table + std::string(64, 'd')).status, ORB_SHORT_READ)
+        << compression << ' ' << bits;
+  }
+}
+
 }  // namespace

@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "tests/support/objects.h"
+#include "tests/support/vq.h"
 
 namespace {
 
@@ -41,6 +42,30 @@ TEST_F(SaveTest, CopiesAreTheSameBytes) {
         expected.replace(at + 2, 4, "00.0");
     }
     EXPECT_TRUE(contents == expected);
+  }
+}
+
+// What a copy writes anew, from what it read: mask tables, codebooks and the counts of bands.
+TEST_F(SaveTest, TablesAndCountsAreWrittenAsTheyWereRead) {
+  std::vector<NitfBuilder> files(6);
+  const ImageForm masked{.blocksAcross = 2, .blocksDown = 2, .compression = "NM"};
+  const uint32_t none = 0xFFFFFFFF;
+  files[0].Image(
+      masked, test::MaskBytes({.blocks = {0, none, 64, 128}, .pads = {none, 0, 64, none}, .padCode = 7}) +
+                  std::string(192, 'm'));
+  files[1].Image(masked,
+                 test::MaskBytes({.pads = {0, none, 64, 128}, .padCode = 7}) + std::string(256, 'm'));
+  const test::VqForm vectors;
+  files[2].Image(test::VqImage(vectors, "C4", 1, 1), test::VqData(vectors));
+  files[3].Image(test::VqImage(vectors, "M4", 1, 1),
+                 test::MaskBytes({.blocks = {0}}) + test::VqData(vectors));
+  for (const size_t bands : {9, 10}) {
+    const ImageForm many{.bands = static_cast<int>(bands), .representation = "MULTI"};
+    files[bands - 5].Image(many, std::string(64 * bands, 'b'));
+  }
+  for (size_t i = 0; i < files.size(); ++i) {
+    const std::string bytes = files[i].Bytes();
+    EXPECT_TRUE(Saved(Handle(test::TempFile(bytes))) == bytes) << i;
   }
 }
 
