@@ -1,7 +1,7 @@
 // Where the display may follow the published standard instead of the host toolkit's word.
 #pragma once
 
-/// Named switches, all at the host's word until a caller turns them; no export does.
+/// Named switches, all as the host's contract has it until a caller turns them; no export does.
 struct DisplayRules {
   /// NSIF 1.00 and every complexity level are read.
   bool everyVersion = false;

@@ -307,8 +307,8 @@ Status ImageSubheader::ReadTail(FieldReader& reader) {
 }
 
 const DisplayRules& ImageSubheader::Rules() const {
-  static constexpr DisplayRules kHostsWord;
-  return owner != nullptr ? owner->rules : kHostsWord;
+  static constexpr DisplayRules kByContract;
+  return owner != nullptr ? owner->rules : kByContract;
 }
 
 CheckedSize ImageSubheader::MaskRecords() const {

@@ -144,12 +144,12 @@ def write_page(rows, growth, side):
     lines = [f"Commit {commit}, {os.cpu_count()} cores ({platform.machine()}), {side} x {side} pixels; "
              "median of the runs. The ratio is that of the times.", "",
              "| case | ms | MB/s of the file | peak MiB | canvas + segment + 16 MiB | floor ms | ratio | "
-             "goal | ratio with memory |", "|---|---:|---:|---:|---:|---:|---:|---:|---:|"]
+             "ratio with memory |", "|---|---:|---:|---:|---:|---:|---:|---:|"]
     for row in rows:
         lines.append(f"| {row['case']} | {row['seconds'] * 1000:.0f} | "
                      f"{row['bytes'] / row['seconds'] / 1e6:.0f} | {row['peak']:.0f} | "
                      f"{row['allowed']:.0f} | {row['floor'] * 1000:.0f} | {row['ratio']:.2f} | "
-                     f"{row['most'] or ''} | {row['of_memory']:.2f} |")
+                     f"{row['of_memory']:.2f} |")
     if growth:
         lines += ["", f"Growth: time is pixels to the power of {exponent(growth):.2f}."]
         PLOT.write_text(plot(growth))

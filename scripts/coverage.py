@@ -41,17 +41,17 @@ for entry in json.load(open(sys.argv[2]))["data"][0]["files"]:
         branches_of[entry["filename"]][line, column, end_line, end_column, True] += true
         branches_of[entry["filename"]][line, column, end_line, end_column, False] += false
 
-rows, sums = [], {room: [[0, 0], [0, 0]] for room in LEAST}
+rows, sums = [], {part: [[0, 0], [0, 0]] for part in LEAST}
 for name, counts_of in lines_of.items():
     own = pathlib.Path(name).relative_to(ROOT) if pathlib.Path(name).is_relative_to(ROOT) else pathlib.Path("other")
-    room = next((r for r in LEAST if own.parts[0] in r.split("+")), None)
-    if room is None:
+    part = next((r for r in LEAST if own.parts[0] in r.split("+")), None)
+    if part is None:
         continue
     constant = constant_lines(name)
     lines = [count for line, count in counts_of.items() if count or line not in constant]
     branches = [count for place, count in branches_of[name].items() if count or place[0] not in constant]
     missed = []
-    for total, counts in zip(sums[room], (lines, branches)):
+    for total, counts in zip(sums[part], (lines, branches)):
         covered = sum(count > 0 for count in counts)
         total[0] += covered
         total[1] += len(counts)
@@ -61,9 +61,9 @@ for lines, branches, name in sorted(rows, reverse=True):
     if lines or branches:
         print(f"{lines:6} lines {branches:6} branches missed  {name}")
 failed = False
-for room, least in LEAST.items():
-    for wanted, (covered, count), kind in zip(least, sums[room], ("lines", "branches")):
+for part, least in LEAST.items():
+    for wanted, (covered, count), kind in zip(least, sums[part], ("lines", "branches")):
         share = 100 * covered / count
         failed |= share < wanted
-        print(f"{room}: {share:.1f} % of {count} {kind} (at least {wanted})")
+        print(f"{part}: {share:.1f} % of {count} {kind} (at least {wanted})")
 sys.exit(failed)

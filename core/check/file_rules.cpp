@@ -44,7 +44,7 @@ void AskPlausibleDate(Checking& checking, const SurveyedPart& part) {
   if (text > tomorrow) return checking.Fail(part, "FDT", "FDT " + text + " lies in the future");
   const std::string day = text.substr(0, 8);
   if (IsOneOf(day, "19000101|19700101|19800101"))
-    checking.Fail(part, "FDT", "FDT " + text + " is where clocks begin");
+    checking.Fail(part, "FDT", "FDT " + text + " is the zero of a clock that was never set");
 }
 
 void AskCopies(Checking& checking, const SurveyedPart& part) {

@@ -6,8 +6,8 @@
 
 namespace tool {
 
-/// Draws a file as the module does and by the published standard, for its report, with the module's word
-/// about it.
+/// Draws a file as the module does and by the published standard, for its report, with what the module
+/// says of it.
 void LookAtFile(ReportedFile& file);
 
 }  // namespace tool
