@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tests/support/builder.h"
+#include "tests/support/codec_streams.h"
 
 namespace test {
 
@@ -26,12 +27,6 @@ std::string EncodeJpeg(const std::string& samples, int width, int height, int co
 /// Block `block` of a picture that is `across` blocks wide.
 std::string BlockStream(int block, int across, const std::vector<int>& bands, bool rgb = false);
 
-struct Jpeg2000Form {
-  int precision = 8;
-  bool jp2 = false;      ///< a JP2 file around the codestream
-  int chromaStep = 1;    ///< subsampling of the second and third component
-  bool declared = true;  ///< a JP2 file says sRGB, else nothing
-};
 std::string EncodeJpeg2000(int width, int height, const std::vector<int>& bands,
                            const Jpeg2000Form& form = {});
 
