@@ -1,7 +1,6 @@
 // orbntf: shows, renders and edits NITF files.
-#include <CLI/CLI.hpp>
-
 #include <cstdio>
+#include <iostream>
 #include <new>
 
 #include "hostkit/hostkit.h"
@@ -12,20 +11,15 @@
 namespace {
 
 int Run(int argc, char** argv) {
-  CLI::App app;
   tool::CommandLine line;
-  tool::DescribeCommandLine(app, line);
-  try {
-    app.parse(argc, argv);
-  } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? tool::kExitOk : tool::kExitUsage;
-  }
+  tool::Parser parser(line);
+  if (const std::optional<int> code = parser.Parse(argc, argv)) return *code;
   HostkitSetMaxPixels(line.maxPixels);
   media::SetMaxPixels(line.maxPixels);
   try {
     return line.work();
   } catch (const tool::ReadError& error) {
-    return tool::ReportUnread(app.get_subcommands().front()->get_name(), error);
+    return tool::ReportUnread(parser.Given(), error);
   }
 }
 

@@ -1,7 +1,5 @@
 // Writes the manual pages: make_man tool prints orbntf(1), made from the command line's description;
 // make_man header FILE prints orbntf.h(3), made from the header's comments.
-#include <CLI/CLI.hpp>
-
 #include <cstdio>
 #include <fstream>
 #include <iostream>
@@ -24,13 +22,9 @@ std::string Roff(const std::string& text) {
   return roff;
 }
 
-void PrintOptions(const CLI::App& app) {
-  for (const CLI::Option* option : app.get_options()) {
-    const bool positional = option->get_positional();
-    std::printf(".TP\n\\fB%s\\fR\n%s\n",
-                Roff(positional ? option->get_name(true) : option->get_name(false, true)).c_str(),
-                Roff(option->get_description()).c_str());
-  }
+void PrintOptions(const tool::Command& command) {
+  for (const tool::OptionText& option : command.Options())
+    std::printf(".TP\n\\fB%s\\fR\n%s\n", Roff(option.shown).c_str(), Roff(option.description).c_str());
 }
 
 // What set, new and append change.
@@ -71,20 +65,19 @@ void PrintExamples() {
 }
 
 void PrintTool() {
-  CLI::App app;
   tool::CommandLine line;
-  tool::DescribeCommandLine(app, line);
+  const tool::Parser parser(line);
+  const tool::Command top = parser.Top();
   const std::string version = tool::VersionText();
   std::printf(".TH ORBNTF 1 \"\" \"%s\"\n", Roff(version.substr(0, version.find(" ("))).c_str());
-  std::printf(".SH NAME\norbntf \\- %s\n", Roff(app.get_description()).c_str());
+  std::printf(".SH NAME\norbntf \\- %s\n", Roff(top.Description()).c_str());
   std::printf(".SH SYNOPSIS\n\\fBorbntf\\fR [\\-\\-max\\-pixels N] \\fICOMMAND\\fR [options] FILE...\n");
   std::printf(".SH OPTIONS\n");
-  PrintOptions(app);
+  PrintOptions(top);
   std::printf(".SH COMMANDS\n");
-  for (const CLI::App* command : app.get_subcommands({})) {
-    std::printf(".SS %s\n%s.\n", Roff(command->get_name()).c_str(),
-                Roff(command->get_description()).c_str());
-    PrintOptions(*command);
+  for (const tool::Command& command : top.Commands()) {
+    std::printf(".SS %s\n%s.\n", Roff(command.Name()).c_str(), Roff(command.Description()).c_str());
+    PrintOptions(command);
   }
   PrintFields();
   PrintExamples();

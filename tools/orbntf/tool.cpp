@@ -1,7 +1,5 @@
 #include "tools/orbntf/tool.h"
 
-#include <CLI/CLI.hpp>
-
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -66,26 +64,13 @@ std::u16string Widen(const std::string& path) {
   return wide.Convert(path.c_str()) != 0 ? std::u16string(wide.Value()) : std::u16string();
 }
 
-namespace {
-constexpr char kRecordsOption[] = "--records";
-}
-
-std::string RecordFolder(const CLI::App& app) {
-  const auto& given = app.get_option(kRecordsOption)->results();
-  return given.empty() ? "" : given.front();
-}
-
-void DescribeCommandLine(CLI::App& app, CommandLine& line) {
-  app.name("orbntf");
-  app.description("Shows, renders and edits NITF 2.1 files");
-  app.require_subcommand(1);
-  app.set_version_flag("--version", &VersionText, "print versions and exit");
-  app.add_option("--max-pixels", line.maxPixels, "refuse bitmaps of more pixels than this");
-  app.add_option(kRecordsOption,
-                 "a folder of definitions of tagged records, beside those that come along");
+void DescribeCommandLine(const Command& top, CommandLine& line) {
+  top.Take("--max-pixels", line.maxPixels, "refuse bitmaps of more pixels than this");
+  top.Take("--records", line.records,
+           "a folder of definitions of tagged records, beside those that come along");
   for (const auto add : {&AddInfo, &AddCheck, &AddReport, &AddRender, &AddText, &AddGraphic, &AddExtract,
                          &AddDiff, &AddCopy, &AddSet, &AddComposing, &AddCompletion}) {
-    add(app, line.work);
+    add(top, line);
   }
 }
 

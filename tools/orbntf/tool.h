@@ -2,16 +2,11 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 #include "media/work.h"
+#include "tools/orbntf/command_line.h"
 #include "tools/orbntf/core_names.h"
-
-/// The command-line parser; what registers options includes it.
-namespace CLI {
-class App;
-}
 
 namespace core {
 class ReadError;
@@ -68,31 +63,20 @@ class HostWork {
 /// Whether two paths name one existing file.
 bool IsSameFile(const std::string& a, const std::string& b);
 
-/// A command's work; the result is the exit code.
-using Work = std::function<int()>;
-
-/// The folder of record definitions that the command line names; empty for none.
-std::string RecordFolder(const CLI::App& app);
-
-void AddInfo(CLI::App& app, Work& work);
-void AddCheck(CLI::App& app, Work& work);
-void AddRender(CLI::App& app, Work& work);
-void AddReport(CLI::App& app, Work& work);
-void AddText(CLI::App& app, Work& work);
-void AddDiff(CLI::App& app, Work& work);
-void AddExtract(CLI::App& app, Work& work);
-void AddGraphic(CLI::App& app, Work& work);
-void AddCopy(CLI::App& app, Work& work);
-void AddComposing(CLI::App& app, Work& work);
-void AddSet(CLI::App& app, Work& work);
-void AddCompletion(CLI::App& app, Work& work);
-/// What a command line asked for.
-struct CommandLine {
-  uint64_t maxPixels = 0;
-  Work work;
-};
+void AddInfo(const Command& top, CommandLine& line);
+void AddCheck(const Command& top, CommandLine& line);
+void AddRender(const Command& top, CommandLine& line);
+void AddReport(const Command& top, CommandLine& line);
+void AddText(const Command& top, CommandLine& line);
+void AddDiff(const Command& top, CommandLine& line);
+void AddExtract(const Command& top, CommandLine& line);
+void AddGraphic(const Command& top, CommandLine& line);
+void AddCopy(const Command& top, CommandLine& line);
+void AddComposing(const Command& top, CommandLine& line);
+void AddSet(const Command& top, CommandLine& line);
+void AddCompletion(const Command& top, CommandLine& line);
 /// Describes every command and option; parsing then fills the result.
-void DescribeCommandLine(CLI::App& app, CommandLine& line);
+void DescribeCommandLine(const Command& top, CommandLine& line);
 /// Name, version, commit, codecs and their versions, a line each.
 std::string VersionText();
 

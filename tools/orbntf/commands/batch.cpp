@@ -1,7 +1,5 @@
 #include "tools/orbntf/commands/batch.h"
 
-#include <CLI/CLI.hpp>
-
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -213,16 +211,14 @@ const std::string& OnlyPath(const std::vector<BatchFile>& files) {
   return files.front().path;
 }
 
-void AddBatchOptions(CLI::App& command, BatchOptions& options) {
-  command.add_option("FILE", options.paths, "files, and folders with -r; - for standard input")
-      ->required();
-  command.add_flag("-r,--recursive", options.recursive, "take the NITF files of folders");
-  command.add_option("--jobs", options.jobs, "work on this many files at once")
-      ->check(CLI::Range(1, 256));
+void AddBatchOptions(const Command& command, BatchOptions& options) {
+  command.Take("FILE", options.paths, "files, and folders with -r; - for standard input").Required();
+  command.Flag("-r,--recursive", options.recursive, "take the NITF files of folders");
+  command.Take("--jobs", options.jobs, "work on this many files at once").Within(1, 256);
 }
 
-void AddKeepEnding(CLI::App& command, BatchOptions& options) {
-  command.add_flag("--keep-ending", options.keepEnding, "name outputs a.ntf.png instead of a.png");
+void AddKeepEnding(const Command& command, BatchOptions& options) {
+  command.Flag("--keep-ending", options.keepEnding, "name outputs a.ntf.png instead of a.png");
 }
 
 std::vector<BatchFile> FilesOf(const BatchOptions& options) {

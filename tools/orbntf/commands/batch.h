@@ -16,9 +16,9 @@ struct BatchOptions {
   unsigned jobs = 1;
 };
 /// Adds FILE…, -r and --jobs to a command.
-void AddBatchOptions(CLI::App& command, BatchOptions& options);
+void AddBatchOptions(const Command& command, BatchOptions& options);
 /// Adds --keep-ending to one that writes a file for each.
-void AddKeepEnding(CLI::App& command, BatchOptions& options);
+void AddKeepEnding(const Command& command, BatchOptions& options);
 
 /// A file to work on and its name below the folder it was found in; or why it cannot be worked on.
 struct BatchFile {

@@ -1,6 +1,4 @@
 // orbntf check: what the module does with files, and whether they keep the format's rules.
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 
 #include "core/format/json_text.h"
@@ -130,18 +128,16 @@ int RunCheck(CheckOptions& options, const std::string& folder) {
 
 }  // namespace
 
-void AddCheck(CLI::App& app, Work& work) {
+void AddCheck(const Command& top, CommandLine& line) {
   auto options = std::make_shared<CheckOptions>();
-  CLI::App* command =
-      app.add_subcommand("check", "Tell what the module does with files and what is wrong with them");
-  AddBatchOptions(*command, options->batch);
-  command->get_option("FILE")->required(false);
-  command->add_flag("--json", options->json, "print JSON, an array for several files");
-  command->add_flag("--strict", options->strict, "warnings end in exit code 1 as well");
-  command->add_flag("--rules", options->list, "list the rules: id, severity, field, standard, sentence");
-  command->callback([&app, &work, options] {
-    work = [&app, options] { return RunCheck(*options, RecordFolder(app)); };
-  });
+  const Command command =
+      top.Add("check", "Tell what the module does with files and what is wrong with them");
+  AddBatchOptions(command, options->batch);
+  command.Described("FILE").Required(false);
+  command.Flag("--json", options->json, "print JSON, an array for several files");
+  command.Flag("--strict", options->strict, "warnings end in exit code 1 as well");
+  command.Flag("--rules", options->list, "list the rules: id, severity, field, standard, sentence");
+  command.Runs(line.work, [options, &line] { return RunCheck(*options, line.records); });
 }
 
 }  // namespace tool

@@ -1,7 +1,5 @@
 // orbntf completion: what a shell takes to complete the tool's command lines. Made from the command
 // line's own description, so that it cannot fall behind.
-#include <CLI/CLI.hpp>
-
 #include <cstdio>
 
 #include "tools/orbntf/tool.h"
@@ -9,19 +7,17 @@
 namespace tool {
 namespace {
 
-struct Command {
+struct CommandWords {
   std::string name, description;
   std::vector<std::string> options;
 };
 
-std::vector<Command> CommandsOf(const CLI::App& app) {
-  std::vector<Command> commands;
-  for (const CLI::App* sub : app.get_subcommands({})) {
-    Command command = {sub->get_name(), sub->get_description(), {}};
-    for (const CLI::Option* option : sub->get_options()) {
-      for (const std::string& name : option->get_snames()) command.options.push_back("-" + name);
-      for (const std::string& name : option->get_lnames()) command.options.push_back("--" + name);
-    }
+std::vector<CommandWords> CommandsOf(const Command& top) {
+  std::vector<CommandWords> commands;
+  for (const Command& sub : top.Commands()) {
+    CommandWords command = {sub.Name(), sub.Description(), {}};
+    for (const OptionText& option : sub.Options())
+      command.options.insert(command.options.end(), option.names.begin(), option.names.end());
     commands.push_back(std::move(command));
   }
   return commands;
@@ -33,13 +29,13 @@ std::string Joined(const std::vector<std::string>& words) {
   return text;
 }
 
-void PrintBash(const std::vector<Command>& commands) {
+void PrintBash(const std::vector<CommandWords>& commands) {
   std::vector<std::string> names(commands.size());
   for (size_t i = 0; i < names.size(); ++i) names[i] = commands[i].name;
   std::printf("_orbntf() {\n  local word=${COMP_WORDS[COMP_CWORD]} words=\n");
   std::printf("  if [ \"$COMP_CWORD\" -eq 1 ]; then words='%s'; else\n    case ${COMP_WORDS[1]} in\n",
               Joined(names).c_str());
-  for (const Command& command : commands)
+  for (const CommandWords& command : commands)
     std::printf("      %s) words='%s' ;;\n", command.name.c_str(), Joined(command.options).c_str());
   std::printf("    esac\n  fi\n");
   std::printf(
@@ -56,12 +52,12 @@ std::string Quoted(const std::string& text) {
   return quoted + "'";
 }
 
-void PrintZsh(const std::vector<Command>& commands) {
+void PrintZsh(const std::vector<CommandWords>& commands) {
   std::printf("#compdef orbntf\n_orbntf() {\n  if (( CURRENT == 2 )); then\n    local -a commands=(\n");
-  for (const Command& command : commands)
+  for (const CommandWords& command : commands)
     std::printf("      %s\n", Quoted(command.name + ":" + command.description).c_str());
   std::printf("    )\n    _describe command commands\n    return\n  fi\n  case $words[2] in\n");
-  for (const Command& command : commands) {
+  for (const CommandWords& command : commands) {
     std::printf("    %s) [[ $PREFIX == -* ]] && compadd -- %s ;;\n", command.name.c_str(),
                 Joined(command.options).c_str());
   }
@@ -70,8 +66,8 @@ void PrintZsh(const std::vector<Command>& commands) {
       "if [[ $funcstack[1] == _orbntf ]]; then _orbntf \"$@\"; else compdef _orbntf orbntf; fi\n");
 }
 
-void PrintFish(const std::vector<Command>& commands) {
-  for (const Command& command : commands) {
+void PrintFish(const std::vector<CommandWords>& commands) {
+  for (const CommandWords& command : commands) {
     std::printf("complete -c orbntf -n __fish_use_subcommand -f -a %s -d %s\n", command.name.c_str(),
                 Quoted(command.description).c_str());
     for (const std::string& option : command.options) {
@@ -84,18 +80,14 @@ void PrintFish(const std::vector<Command>& commands) {
 
 }  // namespace
 
-void AddCompletion(CLI::App& app, Work& work) {
+void AddCompletion(const Command& top, CommandLine& line) {
   auto shell = std::make_shared<std::string>();
-  CLI::App* command = app.add_subcommand("completion", "Print what a shell completes commands by");
-  command->add_option("SHELL", *shell, "bash, zsh or fish")
-      ->required()
-      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
-  command->callback([&work, &app, shell] {
-    work = [&app, shell] {
-      const std::vector<Command> commands = CommandsOf(app);
-      *shell == "bash" ? PrintBash(commands) : *shell == "zsh" ? PrintZsh(commands) : PrintFish(commands);
-      return kExitOk;
-    };
+  const Command command = top.Add("completion", "Print what a shell completes commands by");
+  command.Take("SHELL", *shell, "bash, zsh or fish").Required().OneOf({"bash", "zsh", "fish"});
+  command.Runs(line.work, [top, shell] {
+    const std::vector<CommandWords> commands = CommandsOf(top);
+    *shell == "bash" ? PrintBash(commands) : *shell == "zsh" ? PrintZsh(commands) : PrintFish(commands);
+    return kExitOk;
   });
 }
 

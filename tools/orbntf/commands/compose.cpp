@@ -1,6 +1,4 @@
 // orbntf new and append: documents from pictures, metafiles and texts.
-#include <CLI/CLI.hpp>
-
 #include "tools/orbntf/commands/compose.h"
 
 #include "core/format/words.h"
@@ -24,16 +22,15 @@ struct ComposeOptions {
 bool ParsePlace(const std::string& text, Item& item) {
   const size_t comma = text.find(',');
   item.placed = true;
-  return comma != std::string::npos && CLI::detail::lexical_cast(text.substr(0, comma), item.row) &&
-         CLI::detail::lexical_cast(text.substr(comma + 1), item.column);
+  return comma != std::string::npos && ParseNumber(text.substr(0, comma), item.row) &&
+         ParseNumber(text.substr(comma + 1), item.column);
 }
 
 // --quality and --at belong to the segment in front of them.
-bool CollectItems(const CLI::App& command, const ComposeOptions& options, std::vector<Item>& items,
+bool CollectItems(const Command& command, const ComposeOptions& options, std::vector<Item>& items,
                   std::string& problem) {
   size_t image = 0, graphic = 0, text = 0, place = 0, quality = 0;
-  for (const CLI::Option* option : command.parse_order()) {
-    const std::string name = option->get_name();
+  for (const std::string& name : command.Given()) {
     if (name == "--image") items.push_back({name, options.images[image++]});
     if (name == "--graphic") items.push_back({name, options.graphics[graphic++]});
     if (name == "--text") items.push_back({name, options.texts[text++]});
@@ -124,7 +121,7 @@ int AddItems(const std::string& name, const std::vector<Item>& items, Document& 
   return kExitOk;
 }
 
-int RunCompose(const std::string& name, const CLI::App& command, ComposeOptions& options) {
+int RunCompose(const std::string& name, const Command& command, ComposeOptions& options) {
   std::vector<Item> items;
   std::string problem;
   if (!CollectItems(command, options, items, problem)) return Refuse(name, problem);
@@ -144,13 +141,14 @@ int RunCompose(const std::string& name, const CLI::App& command, ComposeOptions&
   return SaveAs(name, document, options.file, options.output);
 }
 
-void AddCompose(CLI::App& app, Work& work, const std::string& name, const std::string& description) {
+void AddCompose(const Command& top, CommandLine& line, const std::string& name,
+                const std::string& description) {
   auto options = std::make_shared<ComposeOptions>();
-  CLI::App* command = app.add_subcommand(name, description);
-  if (name == "append") command->add_option("FILE", options->file, "file to extend")->required();
-  command->add_option("-o,--output", options->output, "file to write")->required();
+  const Command command = top.Add(name, description);
+  if (name == "append") command.Take("FILE", options->file, "file to extend").Required();
+  command.Take("-o,--output", options->output, "file to write").Required();
   const auto repeated = [&](const char* option, auto& values, const char* text) {
-    command->add_option(option, values, text)->expected(1)->take_all();
+    command.Take(option, values, text).Repeated();
   };
   repeated("--image", options->images, "add a PNG, JPEG, TIFF, PPM or PGM picture");
   repeated("--quality", options->qualities, "of the picture before: 2 (best) to 255");
@@ -159,22 +157,20 @@ void AddCompose(CLI::App& app, Work& work, const std::string& name, const std::s
   repeated("--text", options->texts, "add a text file");
   repeated("--field", options->fields,
            "FIELD=VALUE, of the file header or of the segment named by a --field before: image:N, ...");
-  command->add_flag("--lossless", options->lossless, "store the picture before as it is, uncompressed");
-  command->add_option("--station", options->station, "the originating station, OSTAID");
-  command->add_option("--title", options->title, "the file's title, FTITLE");
-  command->add_option("--class", options->classification,
-                      "T, S, C, R or U: classification of the file and of what is added");
-  command->add_flag("--force", options->force, "take values that the format does not allow");
-  command->callback([&work, options, command, name] {
-    work = [options, command, name] { return RunCompose(name, *command, *options); };
-  });
+  command.Flag("--lossless", options->lossless, "store the picture before as it is, uncompressed");
+  command.Take("--station", options->station, "the originating station, OSTAID");
+  command.Take("--title", options->title, "the file's title, FTITLE");
+  command.Take("--class", options->classification,
+               "T, S, C, R or U: classification of the file and of what is added");
+  command.Flag("--force", options->force, "take values that the format does not allow");
+  command.Runs(line.work, [options, command, name] { return RunCompose(name, command, *options); });
 }
 
 }  // namespace
 
-void AddComposing(CLI::App& app, Work& work) {
-  AddCompose(app, work, "new", "Make a file of pictures, drawings and texts");
-  AddCompose(app, work, "append", "Add pictures, drawings and texts to a file");
+void AddComposing(const Command& top, CommandLine& line) {
+  AddCompose(top, line, "new", "Make a file of pictures, drawings and texts");
+  AddCompose(top, line, "append", "Add pictures, drawings and texts to a file");
 }
 
 }  // namespace tool

@@ -1,6 +1,4 @@
 // orbntf copy: opening and saving.
-#include <CLI/CLI.hpp>
-
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inspect/opening.h"
@@ -34,13 +32,13 @@ int RunCopy(const CopyOptions& options) {
 
 }  // namespace
 
-void AddCopy(CLI::App& app, Work& work) {
+void AddCopy(const Command& top, CommandLine& line) {
   auto options = std::make_shared<CopyOptions>();
-  CLI::App* command = app.add_subcommand("copy", "Open a file and save it under another name");
-  AddBatchOptions(*command, options->batch);
-  command->add_option("-o,--output", options->output, "file to write, or - for standard output");
-  command->add_option("-O,--output-folder", options->folder, "write a copy of each file there");
-  command->callback([&work, options] { work = [options] { return RunCopy(*options); }; });
+  const Command command = top.Add("copy", "Open a file and save it under another name");
+  AddBatchOptions(command, options->batch);
+  command.Take("-o,--output", options->output, "file to write, or - for standard output");
+  command.Take("-O,--output-folder", options->folder, "write a copy of each file there");
+  command.Runs(line.work, [options] { return RunCopy(*options); });
 }
 
 }  // namespace tool

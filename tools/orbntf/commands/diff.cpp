@@ -1,6 +1,4 @@
 // orbntf diff: what differs between two files.
-#include <CLI/CLI.hpp>
-
 #include "core/check/rule.h"
 #include "core/compare/compare.h"
 #include "core/format/json_text.h"
@@ -174,15 +172,13 @@ int RunDiff(DiffOptions& options, const std::string& folder) {
 
 }  // namespace
 
-void AddDiff(CLI::App& app, Work& work) {
+void AddDiff(const Command& top, CommandLine& line) {
   auto options = std::make_shared<DiffOptions>();
-  CLI::App* command = app.add_subcommand("diff", "Tell what differs between two files");
-  command->add_option("A", options->a, "a file")->required();
-  command->add_option("B", options->b, "another one")->required();
-  command->add_flag("--json", options->json, "print JSON");
-  command->callback([&app, &work, options] {
-    work = [&app, options] { return RunDiff(*options, RecordFolder(app)); };
-  });
+  const Command command = top.Add("diff", "Tell what differs between two files");
+  command.Take("A", options->a, "a file").Required();
+  command.Take("B", options->b, "another one").Required();
+  command.Flag("--json", options->json, "print JSON");
+  command.Runs(line.work, [options, &line] { return RunDiff(*options, line.records); });
 }
 
 }  // namespace tool

@@ -1,6 +1,4 @@
 // orbntf extract: what a file holds, as it is stored.
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
@@ -277,25 +275,23 @@ int RunExtract(ExtractOptions& options) {
 
 }  // namespace
 
-void AddExtract(CLI::App& app, Work& work) {
+void AddExtract(const Command& top, CommandLine& line) {
   auto options = std::make_shared<ExtractOptions>();
-  CLI::App* command = app.add_subcommand(
-      "extract", "Write samples, texts, drawings, data and records as they are stored");
-  command->add_option("FILE", options->file, "file to read")->required();
-  command->add_option("PART", options->part,
-                      "image:N, graphic:N, text:N, data:N, record:TAG or record:TAG:N");
-  command->add_option("-o,--output", options->output,
-                      "OUT.tif, OUT.png or OUT.raw for samples; - for standard output");
-  command->add_flag("--all", options->all, "write everything");
-  command->add_option("-O,--output-folder", options->folder, "where to");
-  command->add_option("--format", options->format, "tif, png or raw, whatever the output's name")
-      ->check(CLI::IsMember({"tif", "png", "raw"}));
-  command->add_option("--reduce", options->reduce, "N: samples at 1/2^N of the image's size");
-  command->add_option("--region", options->region, "ROW,COLUMN,HEIGHT,WIDTH of the image that is wanted")
-      ->delimiter(',')
-      ->expected(4);
-  command->add_option("--bands", options->bands, "bands that are wanted, from 0: 2,1,0")->delimiter(',');
-  command->callback([&work, options] { work = [options] { return RunExtract(*options); }; });
+  const Command command =
+      top.Add("extract", "Write samples, texts, drawings, data and records as they are stored");
+  command.Take("FILE", options->file, "file to read").Required();
+  command.Take("PART", options->part, "image:N, graphic:N, text:N, data:N, record:TAG or record:TAG:N");
+  command.Take("-o,--output", options->output,
+               "OUT.tif, OUT.png or OUT.raw for samples; - for standard output");
+  command.Flag("--all", options->all, "write everything");
+  command.Take("-O,--output-folder", options->folder, "where to");
+  command.Take("--format", options->format, "tif, png or raw, whatever the output's name")
+      .OneOf({"tif", "png", "raw"});
+  command.Take("--reduce", options->reduce, "N: samples at 1/2^N of the image's size");
+  command.Take("--region", options->region, "ROW,COLUMN,HEIGHT,WIDTH of the image that is wanted")
+      .List(4);
+  command.Take("--bands", options->bands, "bands that are wanted, from 0: 2,1,0").List();
+  command.Runs(line.work, [options] { return RunExtract(*options); });
 }
 
 }  // namespace tool

@@ -1,6 +1,4 @@
 // orbntf graphic: a graphic segment's drawing.
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 
 #include "core/format/survey.h"
@@ -72,17 +70,16 @@ int RunGraphic(GraphicOptions& options) {
 
 }  // namespace
 
-void AddGraphic(CLI::App& app, Work& work) {
+void AddGraphic(const Command& top, CommandLine& line) {
   auto options = std::make_shared<GraphicOptions>();
-  CLI::App* command = app.add_subcommand("graphic", "Write a graphic segment's drawing");
-  command->add_option("FILE", options->file, "file to read")->required();
-  command->add_option("INDEX", options->index, "graphic segment, from 0")->required();
-  command->add_option("-o,--output", options->output, "OUT.cgm, OUT.svg, OUT.png or -")->required();
-  command->add_option("--format", options->format, "cgm, svg or png, whatever the output's name")
-      ->check(CLI::IsMember({"cgm", "svg", "png"}));
-  command->add_option("--size", options->size, "pixels of the picture's longer side")
-      ->check(CLI::Range(1, 16384));
-  command->callback([&work, options] { work = [options] { return RunGraphic(*options); }; });
+  const Command command = top.Add("graphic", "Write a graphic segment's drawing");
+  command.Take("FILE", options->file, "file to read").Required();
+  command.Take("INDEX", options->index, "graphic segment, from 0").Required();
+  command.Take("-o,--output", options->output, "OUT.cgm, OUT.svg, OUT.png or -").Required();
+  command.Take("--format", options->format, "cgm, svg or png, whatever the output's name")
+      .OneOf({"cgm", "svg", "png"});
+  command.Take("--size", options->size, "pixels of the picture's longer side").Within(1, 16384);
+  command.Runs(line.work, [options] { return RunGraphic(*options); });
 }
 
 }  // namespace tool

@@ -1,6 +1,4 @@
 // orbntf info: what files hold, for people or as JSON.
-#include <CLI/CLI.hpp>
-
 #include "core/format/words.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/document.h"
@@ -153,17 +151,14 @@ int RunInfo(InfoOptions& options, const std::string& folder) {
 
 }  // namespace
 
-void AddInfo(CLI::App& app, Work& work) {
+void AddInfo(const Command& top, CommandLine& line) {
   auto options = std::make_shared<InfoOptions>();
-  CLI::App* command =
-      app.add_subcommand("info", "Show the file header, the segments and the composite size");
-  AddBatchOptions(*command, options->batch);
-  command->add_flag("--json", options->json, "print JSON, an array for several files");
-  command->add_flag("--json-lines", options->lines, "print one JSON object a line");
-  command->add_flag("--records", options->records, "decode the tagged records");
-  command->callback([&app, &work, options] {
-    work = [&app, options] { return RunInfo(*options, RecordFolder(app)); };
-  });
+  const Command command = top.Add("info", "Show the file header, the segments and the composite size");
+  AddBatchOptions(command, options->batch);
+  command.Flag("--json", options->json, "print JSON, an array for several files");
+  command.Flag("--json-lines", options->lines, "print one JSON object a line");
+  command.Flag("--records", options->records, "decode the tagged records");
+  command.Runs(line.work, [options, &line] { return RunInfo(*options, line.records); });
 }
 
 }  // namespace tool

@@ -1,10 +1,9 @@
 // orbntf render: the composite display as a picture, through the filter exports as a host calls them, or
 // one image by itself.
-#include <CLI/CLI.hpp>
-
 #include <unistd.h>
 
 #include <cerrno>
+#include <sstream>
 
 #include "tools/orbntf/commands/render_rows.h"
 #include "tools/orbntf/inputs.h"
@@ -100,15 +99,18 @@ int RenderFile(const RenderOptions& options, const std::string& file, const std:
 
 bool ParseUnsigned(const std::string& text, uint32_t& value) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos &&
-         CLI::detail::lexical_cast(text, value);
+         ParseNumber(text, value);
 }
 
 std::string TakeRegion(RenderOptions& options) {
   Region region;
-  const std::vector<std::string> parts = CLI::detail::split(options.regionText, ',');
-  const bool good = parts.size() == 4 && ParseUnsigned(parts[0], region.row) &&
-                    ParseUnsigned(parts[1], region.column) && ParseUnsigned(parts[2], region.height) &&
-                    ParseUnsigned(parts[3], region.width) && region.height != 0 && region.width != 0;
+  std::istringstream text(options.regionText + ',');
+  bool good = true;
+  for (uint32_t* number : {&region.row, &region.column, &region.height, &region.width}) {
+    std::string part;
+    good = good && std::getline(text, part, ',') && ParseUnsigned(part, *number);
+  }
+  good = good && text.peek() == EOF && region.height != 0 && region.width != 0;
   options.region = region;
   return good ? "" : "--region takes ROW,COL,HEIGHT,WIDTH";
 }
@@ -150,24 +152,24 @@ int RunRender(RenderOptions& options) {
 
 }  // namespace
 
-void AddRender(CLI::App& app, Work& work) {
+void AddRender(const Command& top, CommandLine& line) {
   auto options = std::make_shared<RenderOptions>();
-  CLI::App* command = app.add_subcommand("render", "Draw the composite display into a picture");
-  AddBatchOptions(*command, options->batch);
-  AddKeepEnding(*command, options->batch);
-  command->add_option("-o,--output", options->output,
-                      "OUT.png, OUT.ppm, OUT.jpg, OUT.tif, or - for standard output");
-  command->add_option("-O,--output-folder", options->folder, "write a picture for each file there");
-  command->add_option("--format", options->format, "png, ppm, jpeg or tiff, whatever the output's name")
-      ->check(CLI::IsMember({"png", "ppm", "jpeg", "tiff"}));
-  command->add_flag("--fixed-canvas", options->fixedCanvas, "draw on 2048 x 2048 pixels");
-  command->add_flag("--lift-dark", options->liftDark, "brighten images that are nearly black");
-  command->add_flag("--standard", options->standard,
-                    "show what the published standard says where the module differs from it");
-  command->add_option("--scale", options->scale, "1/N: average squares of N x N pixels");
-  command->add_option("--segment", options->segment, "image:N: draw one image alone");
-  command->add_option("--region", options->regionText, "ROW,COL,HEIGHT,WIDTH: draw a part");
-  command->callback([&work, options] { work = [options] { return RunRender(*options); }; });
+  const Command command = top.Add("render", "Draw the composite display into a picture");
+  AddBatchOptions(command, options->batch);
+  AddKeepEnding(command, options->batch);
+  command.Take("-o,--output", options->output,
+               "OUT.png, OUT.ppm, OUT.jpg, OUT.tif, or - for standard output");
+  command.Take("-O,--output-folder", options->folder, "write a picture for each file there");
+  command.Take("--format", options->format, "png, ppm, jpeg or tiff, whatever the output's name")
+      .OneOf({"png", "ppm", "jpeg", "tiff"});
+  command.Flag("--fixed-canvas", options->fixedCanvas, "draw on 2048 x 2048 pixels");
+  command.Flag("--lift-dark", options->liftDark, "brighten images that are nearly black");
+  command.Flag("--standard", options->standard,
+               "show what the published standard says where the module differs from it");
+  command.Take("--scale", options->scale, "1/N: average squares of N x N pixels");
+  command.Take("--segment", options->segment, "image:N: draw one image alone");
+  command.Take("--region", options->regionText, "ROW,COL,HEIGHT,WIDTH: draw a part");
+  command.Runs(line.work, [options] { return RunRender(*options); });
 }
 
 }  // namespace tool

@@ -1,6 +1,4 @@
 // orbntf report: pages that tell about files.
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <cerrno>
 
@@ -116,17 +114,15 @@ int RunReport(ReportOptions& options, const std::string& folder) {
 
 }  // namespace
 
-void AddReport(CLI::App& app, Work& work) {
+void AddReport(const Command& top, CommandLine& line) {
   auto options = std::make_shared<ReportOptions>();
-  CLI::App* command =
-      app.add_subcommand("report", "Write a page that tells what is in files, where, and what is wrong");
-  AddBatchOptions(*command, options->batch);
-  AddKeepEnding(*command, options->batch);
-  command->add_option("-o,--output", options->output, "REPORT.html, or - for standard output");
-  command->add_option("-O,--output-folder", options->folder, "write a page for each file there");
-  command->callback([&app, &work, options] {
-    work = [&app, options] { return RunReport(*options, RecordFolder(app)); };
-  });
+  const Command command =
+      top.Add("report", "Write a page that tells what is in files, where, and what is wrong");
+  AddBatchOptions(command, options->batch);
+  AddKeepEnding(command, options->batch);
+  command.Take("-o,--output", options->output, "REPORT.html, or - for standard output");
+  command.Take("-O,--output-folder", options->folder, "write a page for each file there");
+  command.Runs(line.work, [options, &line] { return RunReport(*options, line.records); });
 }
 
 }  // namespace tool

@@ -1,6 +1,4 @@
 // orbntf set: changing header fields and saving.
-#include <CLI/CLI.hpp>
-
 #include "tools/orbntf/commands/change.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/opening.h"
@@ -32,18 +30,18 @@ int RunSet(SetOptions& options) {
 
 }  // namespace
 
-void AddSet(CLI::App& app, Work& work) {
+void AddSet(const Command& top, CommandLine& line) {
   auto options = std::make_shared<SetOptions>();
-  CLI::App* command = app.add_subcommand("set", "Change header fields and save under another name");
-  command->add_option("FILE", options->file, "file to change")->required();
-  command->add_option("-o,--output", options->output, "file to write")->required();
-  command->add_flag("--force", options->force, "take values that the format does not allow");
+  const Command command = top.Add("set", "Change header fields and save under another name");
+  command.Take("FILE", options->file, "file to change").Required();
+  command.Take("-o,--output", options->output, "file to write").Required();
+  command.Flag("--force", options->force, "take values that the format does not allow");
   command
-      ->add_option(
+      .Take(
           "CHANGE", options->changes,
           "FIELD=VALUE, of the file header or of the segment named before it: image:N, graphic:N, text:N")
-      ->required();
-  command->callback([&work, options] { work = [options] { return RunSet(*options); }; });
+      .Required();
+  command.Runs(line.work, [options] { return RunSet(*options); });
 }
 
 }  // namespace tool

@@ -1,6 +1,4 @@
 // orbntf text: a text segment's text.
-#include <CLI/CLI.hpp>
-
 #include <unistd.h>
 
 #include "core/format/words.h"
@@ -59,14 +57,14 @@ int RunText(TextOptions& options) {
 
 }  // namespace
 
-void AddText(CLI::App& app, Work& work) {
+void AddText(const Command& top, CommandLine& line) {
   auto options = std::make_shared<TextOptions>();
   options->output = "-";
-  CLI::App* command = app.add_subcommand("text", "Print a text segment");
-  command->add_option("FILE", options->file, "file to read")->required();
-  command->add_option("INDEX", options->index, "text segment, from 0");
-  command->add_option("-o,--output", options->output, "file to write instead of standard output");
-  command->callback([&work, options] { work = [options] { return RunText(*options); }; });
+  const Command command = top.Add("text", "Print a text segment");
+  command.Take("FILE", options->file, "file to read").Required();
+  command.Take("INDEX", options->index, "text segment, from 0");
+  command.Take("-o,--output", options->output, "file to write instead of standard output");
+  command.Runs(line.work, [options] { return RunText(*options); });
 }
 
 }  // namespace tool
