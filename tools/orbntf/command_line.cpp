@@ -4,8 +4,6 @@
 
 #include <charconv>
 
-#include "tools/orbntf/tool.h"
-
 namespace tool {
 
 Option& Option::Required(bool isRequired) {
@@ -92,12 +90,14 @@ std::vector<std::string> Command::Given() const {
   return names;
 }
 
-Parser::Parser(CommandLine& line) : app_(std::make_unique<CLI::App>()) {
+Parser::Parser(CommandLine& line, void (*describe)(const Command&, CommandLine&),
+               std::string (*version)())
+    : app_(std::make_unique<CLI::App>()) {
   app_->name("orbntf");
   app_->description("Shows, renders and edits NITF 2.1 files");
   app_->require_subcommand(1);
-  app_->set_version_flag("--version", &VersionText, "print versions and exit");
-  DescribeCommandLine(Top(), line);
+  app_->set_version_flag("--version", version, "print versions and exit");
+  describe(Top(), line);
 }
 
 Parser::~Parser() = default;

@@ -14,6 +14,10 @@ class Option;
 
 namespace tool {
 
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitStatus = 1;
+inline constexpr int kExitUsage = 2;
+
 /// A command's work; the result is the exit code.
 using Work = std::function<int()>;
 
@@ -76,8 +80,9 @@ struct CommandLine {
 /// Parses the words of a command line.
 class Parser {
  public:
-  /// With every command and option.
-  explicit Parser(CommandLine& line);
+  /// `describe` adds every command and option; `version` is what --version prints.
+  Parser(CommandLine& line, void (*describe)(const Command& top, CommandLine& line),
+         std::string (*version)());
   ~Parser();
   Parser(const Parser&) = delete;
   Parser& operator=(const Parser&) = delete;

@@ -12,7 +12,7 @@ namespace {
 
 int Run(int argc, char** argv) {
   tool::CommandLine line;
-  tool::Parser parser(line);
+  tool::Parser parser(line, &tool::DescribeCommandLine, &tool::VersionText);
   if (const std::optional<int> code = parser.Parse(argc, argv)) return *code;
   HostkitSetMaxPixels(line.maxPixels);
   media::SetMaxPixels(line.maxPixels);

@@ -66,7 +66,7 @@ void PrintExamples() {
 
 void PrintTool() {
   tool::CommandLine line;
-  const tool::Parser parser(line);
+  const tool::Parser parser(line, &tool::DescribeCommandLine, &tool::VersionText);
   const tool::Command top = parser.Top();
   const std::string version = tool::VersionText();
   std::printf(".TH ORBNTF 1 \"\" \"%s\"\n", Roff(version.substr(0, version.find(" ("))).c_str());

@@ -14,10 +14,6 @@ class ReadError;
 
 namespace tool {
 
-inline constexpr int kExitOk = 0;
-inline constexpr int kExitStatus = 1;
-inline constexpr int kExitUsage = 2;
-
 /// What a status means, in words.
 const char* MeaningOf(int32_t status);
 
