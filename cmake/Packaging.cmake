@@ -6,12 +6,19 @@ include(CMakePackageConfigHelpers)
 # is changed when it is installed is padded in the build tree with empty elements, which stand for wherever the
 # program is started.
 file(RELATIVE_PATH libraries ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-set_target_properties(orbntf orbntf_core hostkit PROPERTIES INSTALL_RPATH "$ORIGIN")
-set_target_properties(orbntf_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries};$ORIGIN")
-if(PROJECT_IS_TOP_LEVEL)
-  set_target_properties(orbntf orbntf_core hostkit orbntf_tool PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+set(public orbntf)
+if(ORBNTF_CORE)
+  list(APPEND public orbntf_core)
+  set_target_properties(orbntf_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries};$ORIGIN")
+  if(PROJECT_IS_TOP_LEVEL)
+    set_target_properties(orbntf_tool PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+  endif()
 endif()
-foreach(library orbntf orbntf_core)
+set_target_properties(${public} hostkit PROPERTIES INSTALL_RPATH "$ORIGIN")
+if(PROJECT_IS_TOP_LEVEL)
+  set_target_properties(${public} hostkit PROPERTIES BUILD_WITH_INSTALL_RPATH ON)
+endif()
+foreach(library ${public})
   target_include_directories(${library} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
 endforeach()
@@ -29,7 +36,9 @@ endif()
 
 install(TARGETS orbntf hostkit EXPORT orbntf
   LIBRARY COMPONENT library NAMELINK_COMPONENT development)
-install(TARGETS orbntf_core EXPORT orbntf LIBRARY COMPONENT core NAMELINK_COMPONENT development)
+if(ORBNTF_CORE)
+  install(TARGETS orbntf_core EXPORT orbntf LIBRARY COMPONENT core NAMELINK_COMPONENT development)
+endif()
 install(EXPORT orbntf NAMESPACE orbntf:: FILE orbntf-targets.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbntf COMPONENT development)
 configure_package_config_file(cmake/orbntf-config.cmake.in orbntf-config.cmake
@@ -38,13 +47,21 @@ write_basic_package_version_file(orbntf-config-version.cmake COMPATIBILITY SameM
 # The file finds its prefix from its own place, so that the installed tree can be moved.
 file(RELATIVE_PATH prefix_from_pc ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(cmake/orbntf.pc.in orbntf.pc @ONLY)
-configure_file(cmake/orbntf-core.pc.in orbntf-core.pc @ONLY)
+set(pkgconfig ${PROJECT_BINARY_DIR}/orbntf.pc)
+if(ORBNTF_CORE)
+  configure_file(cmake/orbntf-core.pc.in orbntf-core.pc @ONLY)
+  list(APPEND pkgconfig ${PROJECT_BINARY_DIR}/orbntf-core.pc)
+  install(FILES include/orbntf/core.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orbntf COMPONENT development)
+endif()
 install(FILES ${PROJECT_BINARY_DIR}/orbntf-config.cmake ${PROJECT_BINARY_DIR}/orbntf-config-version.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/orbntf COMPONENT development)
-install(FILES ${PROJECT_BINARY_DIR}/orbntf.pc ${PROJECT_BINARY_DIR}/orbntf-core.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
-install(FILES include/orbntf/core.hpp include/orbntf/orbntf.h include/orbntf/orbntf.hpp include/orbntf/host.h include/orbntf/platform.h
+install(FILES ${pkgconfig} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+install(FILES include/orbntf/orbntf.h include/orbntf/orbntf.hpp include/orbntf/host.h include/orbntf/platform.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orbntf COMPONENT development)
 
+if(NOT ORBNTF_CORE)
+  return()
+endif()
 # What the tool says of itself, and the header, as manual pages; completions.
 set(made ${PROJECT_BINARY_DIR}/made)
 set(header ${PROJECT_SOURCE_DIR}/include/orbntf/orbntf.h)

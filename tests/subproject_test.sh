@@ -24,9 +24,11 @@ printf 'words' >words.txt
 build/programs/orbntf new -o a.ntf --text words.txt --station S
 build/programs/list a.ntf | grep -q '1 texts' || fail "a program of the parent: $(build/programs/list a.ntf)"
 
-cmake -S "$project" -B static -G Ninja -DCMAKE_BUILD_TYPE=Release -DORBNTF_TESTS=OFF -DORBNTF_STATIC_LIBRARY=ON >/dev/null
+cmake -S "$project" -B static -G Ninja -DCMAKE_BUILD_TYPE=Release -DORBNTF_CORE=OFF -DORBNTF_TESTS=OFF \
+  -DORBNTF_STATIC_LIBRARY=ON >/dev/null
 cmake --build static --target all >/dev/null
 cmake --install static --prefix "$scratch/prefix" >/dev/null
+[ -z "$(find prefix -name '*core*')" ] || fail "a part of the core: $(find prefix -name '*core*')"
 [ -n "$(find prefix -name liborbntf.a)" ] || fail "no static library: $(find prefix -name 'lib*')"
 mkdir user
 cat >user/CMakeLists.txt <<END
@@ -40,4 +42,4 @@ cmake -S user -B user/build -DCMAKE_PREFIX_PATH="$scratch/prefix" >/dev/null
 cmake --build user/build >/dev/null
 user/build/list a.ntf | grep -q '1 texts' || fail "a program with the static library"
 ldd user/build/list | grep -q 'liborbntf\.so' && fail "the static library is not used"
-echo "subproject: works within another project, and as a static library"
+echo "subproject: works within another project, and as a static library without the core"

@@ -3,8 +3,8 @@
 #include <filesystem>
 
 #include "Common/NitfFile.h"
-#include "tests/support/objects.h"
 #include "tests/support/metafile.h"
+#include "tests/support/objects.h"
 #include "tests/support/support.h"
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/output/saving.h"
