@@ -101,15 +101,10 @@ std::string MakeJpeg(const JpegForm& form, const SampleAt& sample) {
   return bytes;
 }
 
-std::string MakeJpeg2000(int width, int height, int count, const Jpeg2000Form& form,
-                         const SampleAt& sample) {
-  opj_cparameters_t parameters;
-  opj_set_default_encoder_parameters(&parameters);
-  parameters.irreversible = 0;
-  if (form.tile != 0) {
-    parameters.tile_size_on = OPJ_TRUE;
-    parameters.cp_tdx = parameters.cp_tdy = form.tile;
-  }
+namespace {
+
+opj_image_t* MakeImage(int width, int height, int count, const Jpeg2000Form& form,
+                       const SampleAt& sample) {
   std::vector<opj_image_cmptparm_t> components(static_cast<size_t>(count));
   const auto step = [&](int c) { return c == 0 ? 1 : form.chromaStep; };
   for (int c = 0; c < count; ++c) {
@@ -132,6 +127,21 @@ std::string MakeJpeg2000(int width, int height, int count, const Jpeg2000Form& f
       for (int x = 0; x < width / step(c); ++x) *to++ = sample(x * step(c), y * step(c), c);
     }
   }
+  return image;
+}
+
+}  // namespace
+
+std::string MakeJpeg2000(int width, int height, int count, const Jpeg2000Form& form,
+                         const SampleAt& sample) {
+  opj_cparameters_t parameters;
+  opj_set_default_encoder_parameters(&parameters);
+  parameters.irreversible = 0;
+  if (form.tile != 0) {
+    parameters.tile_size_on = OPJ_TRUE;
+    parameters.cp_tdx = parameters.cp_tdy = form.tile;
+  }
+  opj_image_t* image = MakeImage(width, height, count, form, sample);
   const ScratchName file;
   opj_codec_t* codec = opj_create_compress(form.jp2 ? OPJ_CODEC_JP2 : OPJ_CODEC_J2K);
   opj_setup_encoder(codec, &parameters, image);
