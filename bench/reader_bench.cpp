@@ -14,7 +14,7 @@
 #include "bench/streams.h"
 #include "hostkit/kernel/internal.h"
 #include "hostkit/kernel/pixels_rows.h"
-#include "hostkit/kernel/pixels_shuffle.h"
+#include "media/shuffle.h"
 #include "tests/support/builder.h"
 #include "tests/support/vq.h"
 
@@ -174,7 +174,7 @@ void InterleaveBands(benchmark::State& state) {
   const std::vector<uint8_t> band(kWidth, 7);
   std::vector<uint8_t> pixels(3 * kWidth);
   for (auto _ : state) {
-    hostkit::Interleave(band.data(), band.data(), band.data(), kWidth, pixels.data());
+    media::Interleave(band.data(), band.data(), band.data(), kWidth, pixels.data());
     benchmark::DoNotOptimize(pixels.data());
     benchmark::ClobberMemory();
   }

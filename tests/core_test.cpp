@@ -133,7 +133,7 @@ TEST(Core, ErrorsHaveTheirKind) {
 }
 
 TEST(Core, WorkStopsWhenItIsNotWantedAnyMore) {
-  const std::string bytes = SoundWith({}, Ramp()).Bytes();
+  const std::string bytes = SoundWith({.width = 1024, .height = 4096}, std::string(4 << 20, 's')).Bytes();
   const File file = File::FromMemory(bytes.data(), bytes.size());
   const auto& image = file.Segment(SegmentKind::Image);
   SampleRequest request;

@@ -3,7 +3,7 @@
 
 #include "hostkit/kernel/internal.h"
 #include "hostkit/kernel/pixels_rows.h"
-#include "hostkit/kernel/pixels_shuffle.h"
+#include "media/shuffle.h"
 #include "tests/support/objects.h"
 #if !defined(_WIN32)
 #include "core/pictures/box_scaler.h"
@@ -70,8 +70,8 @@ TEST_F(RowsTest, BandsAreInterleavedAndPixelsTurnedWhateverTheirNumber) {
   const Bytes a = RandomBytes(random, 100), b = RandomBytes(random, 100), c = RandomBytes(random, 100);
   for (uint32_t count = 0; count <= 100; ++count) {
     Bytes pixels(3 * count + 1, 0xEE), swapped = pixels;
-    hostkit::Interleave(a.data(), b.data(), c.data(), count, pixels.data());
-    hostkit::SwapEnds(pixels.data(), count, swapped.data());
+    media::Interleave(a.data(), b.data(), c.data(), count, pixels.data());
+    media::SwapEnds(pixels.data(), count, swapped.data());
     for (uint32_t i = 0; i < count; ++i) {
       ASSERT_EQ(Bytes(&pixels[3 * i], &pixels[3 * i + 3]), (Bytes{a[i], b[i], c[i]}));
       ASSERT_EQ(Bytes(&swapped[3 * i], &swapped[3 * i + 3]), (Bytes{c[i], b[i], a[i]}));

@@ -6,27 +6,33 @@
 
 #include "core/samples/decoders.h"
 #include "media/codecs/facsimile.h"
+#include "media/shuffle.h"
 
 namespace core {
 namespace {
 
-// A row of samples of a block: where it begins, in samples, and how many it has for each pixel.
-struct RowPlace {
-  uint64_t first;
-  uint32_t perPixel;
+// How a block's samples of some bands lie: one row behind the other, which hold a pixel's samples side by
+// side or the bands one behind the other.
+struct RowLayout {
+  uint64_t first;        ///< sample of the block's first row
+  uint64_t perRow;       ///< samples from a row to the next
+  uint32_t perPixel;     ///< samples from a pixel to the next
+  uint64_t perBand;      ///< samples from a band to the next
+  uint32_t band, bands;  ///< that stand in a row
 };
-RowPlace PlaceOfRow(const SampleSource& source, uint64_t y, uint64_t band) {
-  const auto width = static_cast<uint64_t>(source.blocks.width),
-             bands = static_cast<uint64_t>(source.blocks.bands);
+std::vector<RowLayout> LayoutsOf(const SampleSource& source, uint32_t bands) {
+  const auto width = static_cast<uint64_t>(source.blocks.width);
   const std::string_view mode = source.part.Text("IMODE");
-  if (mode == "P") return {y * width * bands, static_cast<uint32_t>(bands)};
-  if (mode == "R") return {(y * bands + band) * width, 1};
-  if (mode == "S") return {y * width, 1};
-  return {band * source.blocks.PlaneSamples() + y * width, 1};
+  if (mode == "P") return {{0, width * bands, bands, 1, 0, bands}};
+  if (mode == "R") return {{0, width * bands, 1, width, 0, bands}};
+  std::vector<RowLayout> layouts;
+  for (uint32_t band = 0; band < (mode == "S" ? 1 : bands); ++band)
+    layouts.push_back({band * source.blocks.PlaneSamples(), width, 1, 0, band, 1});
+  return layouts;
 }
 
-// One block: of all bands, or of IMODE S of one. The rows are read one by one, as far as they are wanted:
-// blocks may be large.
+// One block: of all bands, or of IMODE S of one. Rows are read as far as they are wanted, several at once
+// where most of each is.
 class BlockReader {
  public:
   BlockReader(const SampleSource& source, SampleTarget& target)
@@ -39,44 +45,115 @@ class BlockReader {
     const uint64_t left = block % across * width, top = block / across * height;
     if (!target_.Wants(left, top, width, height)) return {};
     left_ = static_cast<uint32_t>(left);
+    top_ = static_cast<uint32_t>(top);
     first_ = std::max(left_, target_.Left());
     end_ = static_cast<uint32_t>(std::min<uint64_t>(left + width, target_.Right()));
     const auto bottom = static_cast<uint32_t>(std::min<uint64_t>(top + height, target_.Bottom()));
-    const bool byPixel = source_.part.Text("IMODE") == "P";
-    const uint32_t planes = byPixel || blocks.sequential ? 1 : target_.Bands();
-    for (uint32_t y = std::max(static_cast<uint32_t>(top), target_.Top()); y < bottom; ++y) {
-      if (!target_.WantsRow(y)) continue;
+    for (uint32_t y = std::max(top_, target_.Top()); y < bottom;) {
       if (!target_.GoesOn(y - target_.Top(), target_.Bottom() - target_.Top())) return Stopped();
-      for (uint32_t plane = 0; plane < planes; ++plane) {
-        if (!byPixel && !target_.WantsBand(firstBand + plane)) continue;
-        if (!ReadRow(offset, PlaceOfRow(source_, y - top, plane), y, firstBand + plane))
-          return {media::Outcome::ShortData, "the data ends in block " + std::to_string(block)};
+      if (!target_.WantsRow(y)) {
+        ++y;
+        continue;
       }
+      const uint32_t rows = std::min(RowsAtOnce(), bottom - y);
+      if (!ReadRows(offset, y, rows, firstBand))
+        return {media::Outcome::ShortData, "the data ends in block " + std::to_string(block)};
+      y += rows;
     }
     return {};
   }
 
  private:
-  bool ReadRow(uint64_t offset, const RowPlace& place, uint32_t y, uint32_t firstBand) {
-    const uint64_t firstBit = (place.first + uint64_t{first_ - left_} * place.perPixel) * bits_;
-    const uint64_t count = uint64_t{end_ - first_} * place.perPixel * bits_;
-    const uint64_t at = offset + firstBit / 8, bytes = (firstBit % 8 + count + 7) / 8;
-    const uint64_t length = source_.part.dataLength;
-    if (at > length || bytes > length - at) return false;
-    const std::string row = source_.survey.file.At(source_.part.dataOffset + at, bytes);
-    if (row.size() < bytes) return false;
-    for (uint32_t band = 0; band < place.perPixel; ++band) {
-      if (!target_.WantsBand(firstBand + band)) continue;
-      uint8_t* to = IsWholeBytes() ? target_.Run(first_, y, firstBand + band) : nullptr;
-      if (to != nullptr) {
-        CopyRun(row.data() + size_t{band} * bits_ / 8, size_t{place.perPixel} * bits_ / 8, to);
-        continue;
+  // Few where a row is long, one where most of it is not wanted or rows are left out.
+  uint32_t RowsAtOnce() const {
+    constexpr uint64_t kPiece = 256 << 10;
+    const auto width = static_cast<uint64_t>(source_.blocks.width);
+    if (target_.Skips() || uint64_t{end_ - first_} * 4 < width) return 1;
+    const uint64_t rowBytes = width * target_.Bands() * bits_ / 8 + 1;
+    return static_cast<uint32_t>(std::clamp<uint64_t>(kPiece / rowBytes, 1, 4096));
+  }
+
+  bool ReadRows(uint64_t offset, uint32_t y, uint32_t rows, uint32_t firstBand) {
+    std::vector<RowLayout> layouts = LayoutsOf(source_, target_.Bands());
+    pieces_.resize(layouts.size());
+    for (size_t i = 0; i < layouts.size(); ++i) {
+      layouts[i].band += firstBand;
+      if (IsWanted(layouts[i]) && !pieces_[i].Read(*this, layouts[i], offset, y, rows)) return false;
+    }
+    for (uint32_t row = 0; row < rows; ++row) {
+      if (PutAsColour(layouts, y + row, row)) continue;
+      for (size_t i = 0; i < layouts.size(); ++i) {
+        if (IsWanted(layouts[i])) PutRow(layouts[i], pieces_[i], y + row, row);
       }
-      uint64_t bit = firstBit % 8 + uint64_t{band} * bits_;
-      for (uint32_t x = first_; x < end_; ++x, bit += uint64_t{place.perPixel} * bits_)
-        target_.Put(x, y, firstBand + band, Sample(BitsAt(row, bit, bits_)));
     }
     return true;
+  }
+
+  bool IsWanted(const RowLayout& layout) const {
+    for (uint32_t band = layout.band; band < layout.band + layout.bands; ++band) {
+      if (target_.WantsBand(band)) return true;
+    }
+    return false;
+  }
+
+  // Bytes of some rows, from the first sample that is wanted to the last one.
+  struct Piece {
+    std::string bytes;
+    uint64_t firstBit = 0;  ///< of the first row's first sample in the bytes
+    uint64_t rowBits = 0;
+
+    bool Read(const BlockReader& reader, const RowLayout& layout, uint64_t offset, uint32_t y,
+              uint32_t rows) {
+      const uint64_t bits = reader.bits_, wanted = reader.end_ - reader.first_;
+      const uint64_t begin = layout.first + uint64_t{y - reader.top_} * layout.perRow +
+                             uint64_t{reader.first_ - reader.left_} * layout.perPixel;
+      const uint64_t last = (rows - 1) * layout.perRow + (wanted - 1) * layout.perPixel +
+                            (layout.bands - 1) * layout.perBand + 1;
+      const uint64_t at = offset + begin * bits / 8, length = reader.source_.part.dataLength;
+      firstBit = begin * bits % 8;
+      rowBits = layout.perRow * bits;
+      const uint64_t count = (firstBit + last * bits + 7) / 8;
+      if (at > length || count > length - at) return false;
+      bytes.resize(static_cast<size_t>(count));
+      return reader.source_.survey.file.Read(reader.source_.part.dataOffset + at, bytes.data(),
+                                             bytes.size());
+    }
+  };
+
+  // Three wanted bands of bytes, in their order: as they stand, or one of each in turn.
+  bool PutAsColour(const std::vector<RowLayout>& layouts, uint32_t y, uint32_t row) {
+    if (bits_ != 8 || target_.Image().bands != 3 || target_.Bands() != 3 || source_.blocks.sequential)
+      return false;
+    uint8_t* to = target_.Run(first_, y, 0);
+    if (to == nullptr || to + 1 != target_.Run(first_, y, 1) || to + 2 != target_.Run(first_, y, 2))
+      return false;
+    const uint8_t* bands[3];
+    for (uint32_t band = 0; band < 3; ++band) {
+      const size_t piece = layouts.size() == 1 ? 0 : band;
+      bands[band] = reinterpret_cast<const uint8_t*>(pieces_[piece].bytes.data()) +
+                    row * layouts[piece].perRow + (layouts.size() == 1 ? band * layouts[0].perBand : 0);
+    }
+    if (layouts[0].perPixel == 3) {
+      std::memcpy(to, bands[0], size_t{3} * (end_ - first_));
+    } else {
+      media::Interleave(bands[0], bands[1], bands[2], end_ - first_, to);
+    }
+    return true;
+  }
+
+  void PutRow(const RowLayout& layout, const Piece& piece, uint32_t y, uint32_t row) {
+    for (uint32_t i = 0; i < layout.bands; ++i) {
+      const uint32_t band = layout.band + i;
+      if (!target_.WantsBand(band)) continue;
+      uint64_t bit = piece.firstBit + row * piece.rowBits + i * layout.perBand * bits_;
+      uint8_t* to = IsWholeBytes() ? target_.Run(first_, y, band) : nullptr;
+      if (to != nullptr) {
+        CopyRun(piece.bytes.data() + bit / 8, size_t{layout.perPixel} * bits_ / 8, to);
+        continue;
+      }
+      for (uint32_t x = first_; x < end_; ++x, bit += uint64_t{layout.perPixel} * bits_)
+        target_.Put(x, y, band, Sample(BitsAt(piece.bytes, bit, bits_)));
+    }
   }
 
   // Whether samples take as many bytes as they are kept in.
@@ -88,7 +165,19 @@ class BlockReader {
     const uint32_t numbers = image.kind == SampleKind::Complex ? 2 : 1;
     const uint32_t bytes = image.sampleBytes / numbers;
     constexpr bool kTurns = std::endian::native == std::endian::little;
-    for (uint32_t x = first_; x < end_; ++x, from += step, to += image.PixelBytes()) {
+    const size_t toStep = image.PixelBytes();
+    if (image.sampleBytes == 1 && step == 1 && toStep == 1)
+      return static_cast<void>(std::memcpy(to, from, end_ - first_));
+    if (image.sampleBytes == 2 && kTurns) {
+      for (uint32_t x = first_; x < end_; ++x, from += step, to += toStep) {
+        uint16_t number;
+        std::memcpy(&number, from, sizeof number);
+        number = static_cast<uint16_t>(number << 8 | number >> 8);
+        std::memcpy(to, &number, sizeof number);
+      }
+      return;
+    }
+    for (uint32_t x = first_; x < end_; ++x, from += step, to += toStep) {
       if (image.sampleBytes == 1) {
         *to = static_cast<uint8_t>(*from);
         continue;
@@ -107,7 +196,8 @@ class BlockReader {
   const SampleSource& source_;
   SampleTarget& target_;
   uint32_t bits_;
-  uint32_t left_ = 0, first_ = 0, end_ = 0;  // of the block, and of what is wanted of it
+  uint32_t left_ = 0, top_ = 0, first_ = 0, end_ = 0;  // of the block, and of what is wanted of it
+  std::vector<Piece> pieces_;
 };
 
 // Puts a row of a decoded block to its place.

@@ -45,6 +45,8 @@ class SampleTarget {
     return left < right_ && top < bottom_ && left + width > left_ && top + height > top_;
   }
   bool WantsRow(uint32_t y) const { return y >= top_ && y < bottom_ && (y - top_) % step_ == 0; }
+  /// Whether rows and columns are left out.
+  bool Skips() const { return step_ != 1; }
   bool WantsBand(uint32_t band) const { return band < slots_.size() && slots_[band] != kNone; }
 
   /// Whether the work goes on where `done` of `all` steps are done.

@@ -57,7 +57,7 @@ class VqBlocks {
 
   // The next bytes of the data, as many as there are.
   std::string Take(uint64_t count) {
-    const std::string bytes = data_.Piece(at_, count);
+    std::string bytes = data_.Piece(at_, count);
     at_ += bytes.size();
     return bytes;
   }

@@ -6,7 +6,7 @@
 #include "host/display.h"
 #include "hostkit/kernel/internal.h"
 #include "hostkit/kernel/pixels_rows.h"
-#include "hostkit/kernel/pixels_shuffle.h"
+#include "media/shuffle.h"
 #include "media/work.h"
 
 namespace {
@@ -105,7 +105,7 @@ int32_t Merge(KernelBitmap* destination, const KernelBitmap* bands, uint32_t rec
   try {
     GreyRows blue(bands[0], width), green(bands[1], width), red(bands[2], width);
     for (uint32_t y = 0; y < height; ++y) {
-      hostkit::Interleave(blue.Row(y), green.Row(y), red.Row(y), width, hostkit::Row(*destination, y));
+      media::Interleave(blue.Row(y), green.Row(y), red.Row(y), width, hostkit::Row(*destination, y));
     }
   } catch (const std::bad_alloc&) {
     KernelFreeBitmap(destination);

@@ -3,8 +3,8 @@
 
 #include "hostkit/fileformat/codec.h"
 #include "hostkit/kernel/pixels_rows.h"
-#include "hostkit/kernel/pixels_shuffle.h"
 #include "media/codecs/jpeg.h"
+#include "media/shuffle.h"
 
 namespace hostkit {
 namespace {

@@ -2,7 +2,7 @@
 #include <algorithm>
 
 #include "hostkit/fileformat/codec.h"
-#include "hostkit/kernel/pixels_shuffle.h"
+#include "media/shuffle.h"
 
 namespace hostkit {
 namespace {
@@ -82,7 +82,7 @@ void PutSamples(const media::RowForm& form, const uint8_t* samples, const HostLo
   if (form.components == 1) return PutGreyRow(form, samples, row);
   const bool plain =
       form.components == 3 && form.precision == 8 && !isYcc && (options.flags & kLoadSelectedBands) == 0;
-  if (plain) return SwapEnds(samples, form.width, row);
+  if (plain) return media::SwapEnds(samples, form.width, row);
   const uint32_t shown[3] = {ShownComponent(options, 0, form.components),
                              ShownComponent(options, 1, form.components),
                              ShownComponent(options, 2, form.components)};

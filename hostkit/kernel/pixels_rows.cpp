@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "hostkit/kernel/pixels_shuffle.h"
+#include "media/shuffle.h"
 
 namespace hostkit {
 namespace {
@@ -65,11 +65,11 @@ void RowReader::Copied(const uint8_t* row, uint32_t first, uint32_t count, uint8
 }
 
 void RowReader::Swapped(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
-  SwapEnds(row + 3 * size_t{first}, count, bgr);
+  media::SwapEnds(row + 3 * size_t{first}, count, bgr);
 }
 
 void RowReader::OfGreyRamp(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
-  TripleBytes(row + first, count, bgr);
+  media::TripleBytes(row + first, count, bgr);
 }
 
 void RowReader::OfPalette(const uint8_t* row, uint32_t first, uint32_t count, uint8_t* bgr) const {
@@ -101,7 +101,7 @@ void RowReader::OfTwelveBits(const uint8_t* row, uint32_t first, uint32_t count,
       high[i] = static_cast<uint8_t>(in[0] >> 4 | in[1] << 4);
       high[i + 1] = in[2];
     }
-    TripleBytes(high, some, bgr);
+    media::TripleBytes(high, some, bgr);
     first += some, count -= some, bgr += 3 * size_t{some};
   }
   RowToBgr(bitmap_, row, first, count, bgr);
@@ -111,8 +111,8 @@ void RowReader::OfWords(const uint8_t* row, uint32_t first, uint32_t count, uint
   uint8_t high[kPiece];
   for (const uint8_t* in = row + 2 * size_t{first}; count > 0;) {
     const uint32_t some = std::min(count, kPiece);
-    HighBytes(in, some, high);
-    TripleBytes(high, some, bgr);
+    media::HighBytes(in, some, high);
+    media::TripleBytes(high, some, bgr);
     in += 2 * size_t{some}, count -= some, bgr += 3 * size_t{some};
   }
 }

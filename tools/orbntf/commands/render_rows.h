@@ -8,7 +8,7 @@
 #include "core/pictures/box_scaler.h"
 #include "core/pictures/picture.h"
 #include "host/kernel.h"
-#include "hostkit/kernel/pixels_shuffle.h"
+#include "media/shuffle.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/commands/batch.h"
 
@@ -50,7 +50,7 @@ class RowSink {
     if (number < part_.row || number - part_.row >= part_.height) return ORB_SUCCESS;
     const uint8_t* bgr = scaler_.Take(row + 3 * size_t{part_.column});
     if (bgr == nullptr) return ORB_SUCCESS;
-    hostkit::SwapEnds(bgr, scaler_.Width(), rgb_.data());
+    media::SwapEnds(bgr, scaler_.Width(), rgb_.data());
     return writer_->PutRow(rgb_.data()) ? ORB_SUCCESS : ORB_SHORT_WRITE;
   }
   int32_t Finish() { return writer_->Finish() ? ORB_SUCCESS : ORB_SHORT_WRITE; }

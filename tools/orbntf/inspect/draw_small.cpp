@@ -6,7 +6,7 @@
 #include "Common/HandlGfx.h"
 #include "core/format/words.h"
 #include "core/pictures/box_scaler.h"
-#include "hostkit/kernel/pixels_shuffle.h"
+#include "media/shuffle.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/drawing.h"
 #include "tools/orbntf/inspect/verdict.h"
@@ -26,7 +26,7 @@ Pixels Scaled(const KernelBitmap& bitmap) {
     if (row == nullptr) continue;
     const size_t made = pixels.rgb.size();
     pixels.rgb.resize(made + size_t{pixels.width} * 3);
-    hostkit::SwapEnds(row, pixels.width, &pixels.rgb[made]);
+    media::SwapEnds(row, pixels.width, &pixels.rgb[made]);
   }
   return pixels;
 }

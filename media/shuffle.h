@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-namespace hostkit {
+namespace media {
 
 /// Each byte three times: grey to colour.
 void TripleBytes(const uint8_t* grey, uint32_t count, uint8_t* pixels);
@@ -16,4 +16,4 @@ void Interleave(const uint8_t* first, const uint8_t* second, const uint8_t* thir
 /// Every second byte, from the second one on: the high bytes of little-endian samples.
 void HighBytes(const uint8_t* words, uint32_t count, uint8_t* high);
 
-}  // namespace hostkit
+}  // namespace media

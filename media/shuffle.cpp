@@ -1,13 +1,13 @@
-#include "hostkit/kernel/pixels_shuffle.h"
+#include "media/shuffle.h"
 
 #include <cstring>
 
 // Built for the processor's byte shuffle where it has one; CMake says how, if this compiler can.
-#ifndef HOSTKIT_CLONES
-#define HOSTKIT_CLONES
+#ifndef MEDIA_CLONES
+#define MEDIA_CLONES
 #endif
 
-namespace hostkit {
+namespace media {
 namespace {
 
 typedef uint8_t Vector __attribute__((vector_size(16)));
@@ -21,7 +21,7 @@ inline void Store(uint8_t* bytes, Vector vector) { std::memcpy(bytes, &vector, s
 
 }  // namespace
 
-HOSTKIT_CLONES
+MEDIA_CLONES
 void TripleBytes(const uint8_t* grey, uint32_t count, uint8_t* pixels) {
   for (; count >= 16; count -= 16, grey += 16, pixels += 48) {
     const Vector in = Load(grey);
@@ -33,7 +33,7 @@ void TripleBytes(const uint8_t* grey, uint32_t count, uint8_t* pixels) {
   for (; count > 0; --count, ++grey, pixels += 3) std::memset(pixels, *grey, 3);
 }
 
-HOSTKIT_CLONES
+MEDIA_CLONES
 void SwapEnds(const uint8_t* pixels, uint32_t count, uint8_t* swapped) {
   // Five pixels at a step; the sixteenth byte is written again by the next one.
   for (; count >= 6; count -= 5, pixels += 15, swapped += 15) {
@@ -47,7 +47,7 @@ void SwapEnds(const uint8_t* pixels, uint32_t count, uint8_t* swapped) {
   }
 }
 
-HOSTKIT_CLONES
+MEDIA_CLONES
 void Interleave(const uint8_t* first, const uint8_t* second, const uint8_t* third, uint32_t count,
                 uint8_t* pixels) {
   uint32_t i = 0;
@@ -73,7 +73,7 @@ void Interleave(const uint8_t* first, const uint8_t* second, const uint8_t* thir
   }
 }
 
-HOSTKIT_CLONES
+MEDIA_CLONES
 void HighBytes(const uint8_t* words, uint32_t count, uint8_t* high) {
   for (; count >= 16; count -= 16, words += 32, high += 16) {
     Store(high, __builtin_shufflevector(Load(words), Load(words + 16), 1, 3, 5, 7, 9, 11, 13, 15, 17, 19,
@@ -82,4 +82,4 @@ void HighBytes(const uint8_t* words, uint32_t count, uint8_t* high) {
   for (; count > 0; --count, words += 2, ++high) *high = words[1];
 }
 
-}  // namespace hostkit
+}  // namespace media
