@@ -8,7 +8,7 @@ trap 'rm -rf "$work"' EXIT
 cd "$work"
 printf 'some words\n' >text.txt
 "$tool" new -o first.ntf --station S --text text.txt || exit 1
-"$tool" render first.ntf -o picture.png --fixed-canvas || exit 1
+"$tool" render first.ntf -o picture.png --module --fixed-canvas || exit 1
 # A metafile of a square and a word.
 printf '\x00\x22\x01t\x00\x62\x01p\x20\x42\x00\x01\x00\x80\x52\xC2\x00\x01' >drawing.cgm
 printf '\x41\x68\x00\x0A\x00\x0A\x00\x32\x00\x28\x40\x8B\x00\x07\x00\x08\x00\x01\x04text\x00' >>drawing.cgm
@@ -43,6 +43,7 @@ for step in $(seq 0 29); do
   try $kilobytes "$tool" diff file.ntf first.ntf
   try $kilobytes "$tool" render file.ntf -o x.out.png
   try $kilobytes "$tool" render file.ntf --scale 1/4 -o x.out.ppm
+  try $kilobytes "$tool" render file.ntf --module -o x.out.ppm
   try $kilobytes "$tool" copy file.ntf -o x.out.ntf
   try $kilobytes "$tool" set file.ntf FTITLE=words -o x.out.ntf
   try $kilobytes "$tool" new --image picture.png --text text.txt -o x.out.ntf

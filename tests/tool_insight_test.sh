@@ -118,11 +118,11 @@ holds 'record of file header, OWNTAG: (none) | "042"'
 expect 1 'no such file' "$tool" diff good.ntf missing.ntf
 
 # The standard's picture, and pages.
-expect 1 'status -78' "$tool" render refused.ntf -o x.ppm
-expect 0 '' "$tool" render --standard refused.ntf -o standard.ppm
+expect 1 'status -78' "$tool" render --module refused.ntf -o x.ppm
+expect 0 '' "$tool" render refused.ntf -o standard.ppm
 expect 0 '' "$tool" render good.ntf -o own.ppm
 cmp standard.ppm own.ppm
-expect 0 '' "$tool" render --standard --region 1,1,2,2 refused.ntf -o part.ppm
+expect 0 '' "$tool" render --region 1,1,2,2 refused.ntf -o part.ppm
 [ "$(head -c 9 part.ppm | tr '\n' ' ')" = 'P6 2 2 25' ] || fail "a region of the standard's picture"
 expect 0 '' "$tool" report good.ntf bad.ntf refused.ntf -O pages
 [ "$(ls pages | tr '\n' ' ')" = 'bad.html good.html refused.html ' ] || fail "pages"

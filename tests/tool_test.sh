@@ -10,7 +10,7 @@ cd "$scratch"
 printf 'P6\n4 3\n255\n%s' "abcdefghijklmnopqrstuvwxyzABCDEFGHIJ" >tiny.ppm
 printf 'Some words' >words.txt
 expect 0 '' "$tool" new -o empty.ntf
-expect 0 '' "$tool" render empty.ntf --fixed-canvas --scale 1/64 -o empty.png
+expect 0 '' "$tool" render empty.ntf --module --fixed-canvas --scale 1/64 -o empty.png
 expect 0 '' "$tool" new -o first.ntf --text words.txt --image empty.png --at 5,7 --quality 2 --image empty.png
 expect 0 '' "$tool" info --json first.ntf
 grep -q '"ILOC": "0000500007"' out.txt || fail "--at places the image before it"
@@ -48,6 +48,11 @@ for field in NBANDS IMDATOFF NICOM; do
 done
 expect 2 'the output is the input' "$tool" copy first.ntf -o ./first.ntf
 expect 2 '1/N' "$tool" render first.ntf -o x.png --scale 3
+expect 1 'nothing in it to draw' "$tool" render empty.ntf -o x.png
+expect 2 'add --module' "$tool" render first.ntf -o x.png --lift-dark
+expect 2 "not the module's" "$tool" render first.ntf -o x.png --module --size 10
+expect 2 '--stretch takes' "$tool" render first.ntf -o x.png --stretch most
+expect 2 'either --scale or --size' "$tool" render first.ntf -o x.png --scale 1/2 --size 10
 expect 2 '' "$tool" render first.ntf
 expect 2 '' "$tool"
 ls | grep -q '^x\.' && fail "a failed command left an output: $(ls)"

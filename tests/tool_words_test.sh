@@ -38,9 +38,10 @@ shows 'image 0: "First' "$tool" info patched.ntf
 shows '"status": -78' "$tool" info --json patched.ntf
 shows '"CLEVEL": "05"' "$tool" info --json patched.ntf
 expect 0 '' "$tool" text patched.ntf -o - && cmp out.txt words.txt
-expect 1 'status -78' "$tool" render patched.ntf -o x.png
+expect 1 'status -78' "$tool" render --module patched.ntf -o x.png
+expect 0 '' "$tool" render patched.ntf -o x.png
 patched a.ntf 9 05
-expect 1 'complexity level "05"; this reader takes 03, at CLEVEL, byte 9 (Unsupported CLEVEL)' "$tool" render patched.ntf -o x.png
+expect 1 'complexity level "05"; this reader takes 03, at CLEVEL, byte 9 (Unsupported CLEVEL)' "$tool" render --module patched.ntf -o x.png
 [ "$(grep -c 'Unsupported CLEVEL' err.txt)" -eq 1 ] || fail "the box's text appears once"
 patched a.ntf 0 GIF8
 expect 1 'it begins with "GIF8"' "$tool" info patched.ntf

@@ -6,6 +6,7 @@
 
 #include "core/format/blocks.h"
 #include "core/format/survey.h"
+#include "core/samples/samples.h"
 #include "core/samples/target.h"
 #include "media/codecs/source.h"
 
@@ -18,6 +19,7 @@ struct SampleSource {
   const Survey& survey;
   const SurveyedPart& part;
   Blocks blocks;
+  StreamCache* cache = nullptr;
 
   /// Offset of a block of the data; none where it is not stored. `number` counts blocks, of IMODE S those
   /// of all bands.

@@ -20,7 +20,10 @@ class JpegBlocks {
   JpegBlocks(const SampleSource& source, SampleTarget& target) : source_(source), target_(target) {}
 
   SampleFault Read() {
-    std::vector<FoundJpeg> streams = FindJpegStreams(source_.survey.file, source_.part);
+    StreamCache own;
+    StreamCache& cache = source_.cache != nullptr ? *source_.cache : own;
+    if (!cache.jpeg) cache.jpeg = StreamsByOffset();
+    const std::vector<FoundJpeg>& streams = *cache.jpeg;
     if (streams.empty()) return {media::Outcome::BadData, "no stream was found"};
     if (target_.Reduce() > kMostReduce)
       return {media::Outcome::Unsupported, "JPEG has pictures of 1/2, 1/4 and 1/8"};
@@ -33,8 +36,6 @@ class JpegBlocks {
     }
     if (SampleFault fault = target_.Make(width, height, true); fault.Met()) return fault;
     // Blocks of one stream follow one another: it is decoded once for all of them.
-    std::stable_sort(streams.begin(), streams.end(),
-                     [](const FoundJpeg& a, const FoundJpeg& b) { return a.offset < b.offset; });
     for (size_t i = 0; i < streams.size();) {
       if (!target_.GoesOn(streams[i].offset, source_.part.dataLength)) return Stopped();
       const FoundJpeg& found = streams[i];
@@ -43,12 +44,35 @@ class JpegBlocks {
         if (const auto place = PlaceOf(streams[i])) places.push_back(*place);
       }
       if (places.empty()) continue;
+      found_ += places.size();
       if (SampleFault fault = Decode(found, places); fault.Met()) return fault;
     }
-    return {};
+    return found_ < Wanted()
+               ? SampleFault{media::Outcome::ShortData, "the streams of some blocks are missing"}
+               : SampleFault();
   }
 
  private:
+  // Blocks that are wanted and stored.
+  uint64_t Wanted() const {
+    const auto count = static_cast<uint64_t>(source_.blocks.Count());
+    const uint64_t all = count * (source_.blocks.sequential ? target_.Bands() : 1);
+    uint64_t wanted = 0;
+    for (uint64_t number = 0; number < all; ++number) {
+      FoundJpeg block;
+      block.number = number;
+      if (source_.OffsetOf(number, 0) && PlaceOf(block)) ++wanted;
+    }
+    return wanted;
+  }
+
+  std::vector<FoundJpeg> StreamsByOffset() const {
+    std::vector<FoundJpeg> streams = FindJpegStreams(source_.survey.file, source_.part);
+    std::stable_sort(streams.begin(), streams.end(),
+                     [](const FoundJpeg& a, const FoundJpeg& b) { return a.offset < b.offset; });
+    return streams;
+  }
+
   // Where a block that is wanted has its first sample.
   struct Place {
     uint32_t left, top, band;
@@ -101,6 +125,7 @@ class JpegBlocks {
 
   const SampleSource& source_;
   SampleTarget& target_;
+  uint64_t found_ = 0;  // blocks that were decoded
 };
 
 }  // namespace

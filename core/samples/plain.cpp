@@ -271,15 +271,20 @@ SampleFault ReadFacsimile(const SampleSource& source, SampleTarget& target) {
     const uint64_t end = next != places.end() ? next->first : source.part.dataLength;
     const std::string data =
         source.survey.file.At(source.part.dataOffset + place->first, end - place->first);
+    uint32_t rows = 0;
     const media::Outcome outcome =
         media::DecodeFacsimile({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form,
                                [&](uint32_t y, std::span<const uint8_t> row) {
+                                 rows = y + 1;
                                  for (const uint64_t block : place->second)
                                    PutRow(row, form, block, y, blocks.across, target);
                                  return media::Outcome::Ok;
                                });
     if (outcome == media::Outcome::BadData) return {media::Outcome::BadData, "no row decodes"};
     if (outcome != media::Outcome::Ok) return FaultOf(outcome, "the facsimile");
+    if (rows < form.height)
+      return {media::Outcome::BadData,
+              "of " + std::to_string(form.height) + " rows " + std::to_string(rows) + " decode"};
   }
   return {};
 }

@@ -42,7 +42,10 @@ void TakePalette(const SurveyedPart& part, SampleImage& image) {
   }
 }
 
-SampleFault Describe(const SurveyedPart& part, SampleImage& image) {
+}  // namespace
+
+SampleFault DescribeSamples(const SurveyedPart& part, SampleImage& image) {
+  image = {};
   const int64_t bits = part.Number("NBPP"), significant = part.Number("ABPP");
   const std::string_view type = part.Trimmed("PVTYPE");
   if (bits < 1 || bits > 64)
@@ -63,8 +66,6 @@ SampleFault Describe(const SurveyedPart& part, SampleImage& image) {
   TakeNoData(part, image);
   return {};
 }
-
-}  // namespace
 
 std::optional<uint64_t> SampleSource::OffsetOf(uint64_t number, uint64_t blockBytes) const {
   const SurveyedMask& mask = part.mask;
@@ -111,9 +112,9 @@ media::Outcome PartSource::Checked(media::Outcome outcome) const {
 }
 
 SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const SampleRequest& request,
-                        SampleImage& image) {
+                        SampleImage& image, StreamCache* cache) {
   constexpr uint32_t kMostReduce = 16;
-  const SampleSource source = {survey, part, Blocks(part)};
+  const SampleSource source = {survey, part, Blocks(part), cache};
   if (!part.complete) return {media::Outcome::ShortData, "the subheader is not whole"};
   if (!source.blocks.Known()) return {media::Outcome::BadData, "the size of the image is not known"};
   if (!source.blocks.Cover(part))
@@ -122,8 +123,7 @@ SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const Sa
     return {media::Outcome::ShortData, "the mask table is not whole"};
   if (request.reduce > kMostReduce)
     return {media::Outcome::Unsupported, "no picture is as small as that"};
-  image = {};
-  if (SampleFault fault = Describe(part, image); fault.Met()) return fault;
+  if (SampleFault fault = DescribeSamples(part, image); fault.Met()) return fault;
   SampleTarget target(request, image);
   for (const Reader& reader : kReaders) {
     if (IsOneOf(part.Text("IC"), reader.compressions)) return reader.read(source, target);

@@ -1,15 +1,23 @@
 // The samples of an image segment at their own depth: blocks put together, nothing shown.
 #pragma once
 
+#include "core/format/jpeg_stream.h"
 #include "core/format/survey.h"
 #include "core/samples/target.h"
 
 namespace core {
 
+/// What was found in an image's data and serves the next reading of it.
+struct StreamCache {
+  std::optional<std::vector<FoundJpeg>> jpeg;
+};
+
 /// Reads what is asked for of an image segment, of any compression and mode, in memory for that and a
 /// block.
 SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const SampleRequest& request,
-                        SampleImage& image);
+                        SampleImage& image, StreamCache* cache = nullptr);
+/// Depth, kind, bands, tables and fill of an image's samples, without any.
+SampleFault DescribeSamples(const SurveyedPart& part, SampleImage& image);
 /// How many samples a request asks for, of bands up to 16, for the account of a command: the whole image
 /// where a codec decodes it whole.
 uint64_t SamplesAskedFor(const SurveyedPart& part, const SampleRequest& request);

@@ -145,17 +145,8 @@ int32_t ORB_CALL VectorSetViewRectangle(VectorHandle* handle, const RECT* rectan
   if (drawing == nullptr || rectangle == nullptr) return kHostInvalid;
   return Guarded([&] {
     const double top = rectangle->top, bottom = rectangle->bottom;
-    drawing->extent = {{static_cast<double>(rectangle->left), -bottom},
-                       {static_cast<double>(rectangle->right), -top}};
-    // What is clipped to the old extent is clipped to the new one.
-    for (media::Layer& layer : drawing->layers) {
-      for (media::Object& object : layer.objects) {
-        if (object.attributes->clipGiven) continue;
-        media::Attributes attributes = *object.attributes;
-        attributes.clipBox = drawing->extent;
-        object.attributes = std::make_shared<const media::Attributes>(attributes);
-      }
-    }
+    media::SetExtent(*drawing, {{static_cast<double>(rectangle->left), -bottom},
+                                {static_cast<double>(rectangle->right), -top}});
     return kHostOk;
   });
 }

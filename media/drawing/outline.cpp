@@ -230,4 +230,16 @@ bool FindExtent(const Drawing& drawing, TextBox textBox, Point& least, Point& gr
   return any;
 }
 
+void SetExtent(Drawing& drawing, const Box& extent) {
+  drawing.extent = extent;
+  for (Layer& layer : drawing.layers) {
+    for (Object& object : layer.objects) {
+      if (object.attributes->clipGiven) continue;
+      Attributes attributes = *object.attributes;
+      attributes.clipBox = extent;
+      object.attributes = std::make_shared<const Attributes>(attributes);
+    }
+  }
+}
+
 }  // namespace media

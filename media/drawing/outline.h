@@ -22,5 +22,7 @@ void AddExtent(const Drawing& drawing, const Object& object, TextBox textBox,
                const std::function<void(Point)>& add);
 /// Least and greatest point of everything drawn; false for a drawing without objects.
 bool FindExtent(const Drawing& drawing, TextBox textBox, Point& least, Point& greatest);
+/// Shows another part of the plane; what was clipped to the old extent is clipped to the new one.
+void SetExtent(Drawing& drawing, const Box& extent);
 
 }  // namespace media

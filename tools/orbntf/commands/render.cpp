@@ -1,98 +1,21 @@
-// orbntf render: the composite display as a picture, through the filter exports as a host calls them, or
-// one image by itself.
+// orbntf render: a file's composite, or one image of it, as a picture.
+#include "tools/orbntf/commands/render.h"
+
 #include <unistd.h>
 
-#include <cerrno>
 #include <sstream>
 
-#include "tools/orbntf/commands/render_rows.h"
+#include "orbntf/orbntf.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/drawing.h"
-#include "tools/orbntf/inspect/opening.h"
-#include "tools/orbntf/inspect/segment_picture.h"
-#include "tools/orbntf/output/output.h"
 
 namespace tool {
 namespace {
-
-uint32_t LoadFlags(const RenderOptions& options) {
-  return (options.fixedCanvas ? kLoadFixedCanvas : 0) | (options.liftDark ? kLoadLiftDarkImages : 0);
-}
-
-// The region must lie on the canvas: there is nothing to show elsewhere.
-bool IsOnCanvas(const RenderOptions& options, uint32_t width, uint32_t height) {
-  if (!options.region) return true;
-  const Region& part = *options.region;
-  return part.row < height && part.height <= height - part.row && part.column < width &&
-         part.width <= width - part.column;
-}
-
-int32_t DrawComposite(const RenderOptions& options, const std::string& file, Output& output) {
-  HostFileInfo info = {};
-  if (const int32_t status = AskFilterSize(file, LoadFlags(options), info); status != ORB_SUCCESS)
-    return status;
-  if (!IsOnCanvas(options, info.width, info.height)) return ORB_INVALID_PARAMETER;
-  WorkAccount::AllowPixels(uint64_t{info.width} * info.height);
-  std::FILE* stream = output.Stream();
-  if (stream == nullptr) return ORB_SHORT_WRITE;
-  RowSink sink(options, info.width, info.height, stream);
-  const int32_t status = LoadThroughFilter(file, LoadFlags(options), &RowSink::Take, &sink);
-  return status == ORB_SUCCESS ? sink.Finish() : status;
-}
-
-// Gives a bitmap's rows to the output, the top one first.
-int32_t PutBitmap(const RenderOptions& options, const KernelBitmap& bitmap, bool isBottomFirst,
-                  Output& output) {
-  if (!IsOnCanvas(options, bitmap.width, bitmap.height)) return ORB_INVALID_PARAMETER;
-  std::FILE* stream = output.Stream();
-  if (stream == nullptr) return ORB_SHORT_WRITE;
-  RowSink sink(options, bitmap.width, bitmap.height, stream);
-  const auto* rows = reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(bitmap.pixels));
-  for (uint32_t y = 0; y < bitmap.height; ++y) {
-    const size_t row = isBottomFirst ? bitmap.height - 1 - y : y;
-    if (const int32_t put = sink.Put(rows + row * bitmap.bytesPerLine, y); put != ORB_SUCCESS) return put;
-  }
-  return sink.Finish();
-}
-
-int32_t DrawByStandard(const RenderOptions& options, const std::string& file, Output& output) {
-  Document document;
-  OwnedBitmap canvas;
-  uint32_t width = 0, height = 0;
-  if (const int32_t status = document.OpenByStandard(file); status != ORB_SUCCESS) return status;
-  document.get()->TakeOptions(LoadFlags(options));
-  const int32_t status = DrawDocument(file, document, canvas, width, height);
-  return status == ORB_SUCCESS ? PutBitmap(options, canvas.record, true, output) : status;
-}
-
-int32_t DrawImage(const RenderOptions& options, const std::string& file, Output& output) {
-  Document document;
-  const int32_t opened = options.standard ? document.OpenByStandard(file) : document.Open(file);
-  if (opened != ORB_SUCCESS) return opened;
-  document.get()->liftDarkImages = options.liftDark;
-  OwnedBitmap canvas;
-  if (const ImageSubheader* image = document.get()->images.At(options.image); image != nullptr)
-    WorkAccount::AllowPixels(image->FullWidth().Value() * image->FullHeight().Value());
-  const int32_t status = DrawImageAlone(*document.get(), options.image, canvas);
-  return status == ORB_SUCCESS ? PutBitmap(options, canvas.record, false, output) : status;
-}
 
 int RenderFile(const RenderOptions& options, const std::string& file, const std::string& name) {
   if (Inputs({file}).Hold(name)) return Refuse("render", "the output is the input");
   Output output(name, options.form == PictureForm::Tiff ? Output::Way::ByName : Output::Way::InOrder);
   if (!output.Problem().empty()) return Report("render", name, ORB_SHORT_WRITE, output.Problem());
-  errno = 0;
-  const WorkAccount account(file);
-  const auto draw = !options.segment.empty() ? &DrawImage
-                    : options.standard       ? &DrawByStandard
-                                             : &DrawComposite;
-  const int32_t status = draw(options, file, output);
-  if (status == ORB_SHORT_WRITE && errno != 0) output.NoteFailure();
-  if (status == ORB_INVALID_PARAMETER && options.region)
-    return Report("render", file, status, "--region is not on the picture");
-  if (status == ORB_SHORT_WRITE || (status == ORB_SUCCESS && !output.Commit()))
-    return Report("render", name, ORB_SHORT_WRITE, output.Problem());
-  return ReportFile("render", file, status);
+  return (options.module ? RenderByModule : RenderView)(options, file, output);
 }
 
 // ---------------------------------------------------------------- the command line
@@ -115,6 +38,21 @@ std::string TakeRegion(RenderOptions& options) {
   return good ? "" : "--region takes ROW,COL,HEIGHT,WIDTH";
 }
 
+bool TakeStretch(RenderOptions& options) {
+  const std::string& text = options.stretchText;
+  if (text == "none") options.stretch.by = Stretch::By::None;
+  if (text == "minmax") options.stretch.by = Stretch::By::MinMax;
+  if (text.empty() || text == "none" || text == "minmax" || text == "percent") return true;
+  uint32_t low = 0, high = 0;
+  const size_t comma = text.find(',');
+  if (text.rfind("percent:", 0) != 0 || comma == std::string::npos ||
+      !ParseUnsigned(text.substr(8, comma - 8), low) || !ParseUnsigned(text.substr(comma + 1), high) ||
+      low >= high || high > 100)
+    return false;
+  options.stretch = {Stretch::By::Percent, static_cast<double>(low), static_cast<double>(high), false};
+  return true;
+}
+
 // Takes the options apart; what is wrong with them, empty for nothing.
 std::string TakeOptions(RenderOptions& options) {
   if (options.scale.rfind("1/", 0) != 0 || !ParseUnsigned(options.scale.substr(2), options.factor) ||
@@ -122,6 +60,15 @@ std::string TakeOptions(RenderOptions& options) {
     return "--scale takes 1/N";
   }
   if (options.output.empty() == options.folder.empty()) return "give either -o or -O";
+  if (!options.module && (options.fixedCanvas || options.liftDark))
+    return "--fixed-canvas and --lift-dark are the module's: add --module";
+  if (options.module &&
+      (options.size != 0 || options.fast || !options.bands.empty() || !options.stretchText.empty()))
+    return "--size, --fast, --bands and --stretch are not the module's";
+  if (options.size != 0 && options.factor != 1) return "give either --scale or --size";
+  if (!TakeStretch(options)) return "--stretch takes none, minmax, percent or percent:LOW,HIGH";
+  if (options.standard)
+    std::fputs("orbntf: render: --standard is what is drawn now; it will go in 0.3.0\n", stderr);
   if (!options.segment.empty() && (options.segment.rfind("image:", 0) != 0 ||
                                    !ParseUnsigned(options.segment.substr(6), options.image))) {
     return "--segment takes image:N";
@@ -152,9 +99,14 @@ int RunRender(RenderOptions& options) {
 
 }  // namespace
 
+void ShowProgress(uint32_t row, uint32_t rows) {
+  if (row % 256 == 0 || row + 1 == rows)
+    std::fprintf(stderr, "\rrow %u of %u%s", row + 1, rows, row + 1 == rows ? "\n" : "");
+}
+
 void AddRender(const Command& top, CommandLine& line) {
   auto options = std::make_shared<RenderOptions>();
-  const Command command = top.Add("render", "Draw the composite display into a picture");
+  const Command command = top.Add("render", "Draw the composite, or one image, into a picture");
   AddBatchOptions(command, options->batch);
   AddKeepEnding(command, options->batch);
   command.Take("-o,--output", options->output,
@@ -162,13 +114,21 @@ void AddRender(const Command& top, CommandLine& line) {
   command.Take("-O,--output-folder", options->folder, "write a picture for each file there");
   command.Take("--format", options->format, "png, ppm, jpeg or tiff, whatever the output's name")
       .OneOf({"png", "ppm", "jpeg", "tiff"});
-  command.Flag("--fixed-canvas", options->fixedCanvas, "draw on 2048 x 2048 pixels");
-  command.Flag("--lift-dark", options->liftDark, "brighten images that are nearly black");
-  command.Flag("--standard", options->standard,
-               "show what the published standard says where the module differs from it");
-  command.Take("--scale", options->scale, "1/N: average squares of N x N pixels");
-  command.Take("--segment", options->segment, "image:N: draw one image alone");
   command.Take("--region", options->regionText, "ROW,COL,HEIGHT,WIDTH: draw a part");
+  command.Take("--scale", options->scale, "1/N: average squares of N x N pixels");
+  command.Take("--size", options->size, "N: the longer side has N pixels, means of what they stand for")
+      .Within(1, 65535);
+  command.Flag("--fast", options->fast, "smaller pictures take the nearest pixels, and read no more");
+  command.Take("--segment", options->segment, "image:N: draw one image alone");
+  command.Take("--bands", options->bands, "R,G,B or one band, from 0").List();
+  command.Take("--stretch", options->stretchText,
+               "of samples of more than 8 bits: percent:LOW,HIGH (2,98), minmax or none");
+  command.Flag("--stretch-each", options->stretchEach, "stretch each band by itself");
+  command.Flag("--partial", options->partial, "exit with 0 also where a segment could not be drawn");
+  command.Flag("--module", options->module, "draw what the module gives its host");
+  command.Flag("--fixed-canvas", options->fixedCanvas, "with --module: draw on 2048 x 2048 pixels");
+  command.Flag("--lift-dark", options->liftDark, "with --module: brighten images that are nearly black");
+  command.Flag("--standard", options->standard, "what is drawn anyway; goes in 0.3.0");
   command.Runs(line.work, [options] { return RunRender(*options); });
 }
 

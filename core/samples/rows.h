@@ -1,0 +1,42 @@
+// An image segment's samples row by row.
+#pragma once
+
+#include "core/format/blocks.h"
+#include "core/format/jpeg_stream.h"
+#include "core/samples/samples.h"
+
+namespace core {
+
+/// What is wanted of an image's rows.
+struct RowsRequest {
+  std::vector<uint32_t> bands;       ///< from 0; empty for all
+  uint64_t column = 0, columns = 0;  ///< of the full image; 0 for as far as it goes
+  uint32_t reduce = 0;               ///< as of SampleRequest
+};
+
+/// Reads rows, usually from the top down, and holds no more of them than there are blocks or pieces of
+/// data for: a row of blocks of compressed data, a few rows of uncompressed data.
+class SampleRows {
+ public:
+  SampleRows(const Survey& survey, const SurveyedPart& part, RowsRequest request);
+  SampleRows(const SampleRows&) = delete;
+  SampleRows& operator=(const SampleRows&) = delete;
+
+  /// Depth and kind of the samples, and the size that the rows have; no samples.
+  SampleFault Start(SampleImage& form);
+  /// The samples of a row, bands side by side in pixels, until the next call. ReadError.
+  SampleFault Row(uint64_t y, const uint8_t*& samples);
+
+ private:
+  uint64_t RowsAtOnce(const SampleImage& form) const;
+  SampleFault Hold(uint64_t y);
+
+  const Survey& survey_;
+  const SurveyedPart& part_;
+  RowsRequest request_;
+  StreamCache streams_;
+  SampleImage held_;
+  uint64_t heldTop_ = 0, atOnce_ = 0, height_ = 0;
+};
+
+}  // namespace core

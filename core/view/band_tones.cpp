@@ -1,0 +1,74 @@
+#include "core/view/band_tones.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace core {
+
+uint64_t BitsOf(const SampleImage& form, const uint8_t* sample) {
+  uint64_t bits = 0;
+  std::memcpy(&bits, sample, form.sampleBytes);
+  return form.bits == 64 ? bits : bits & ((uint64_t{1} << form.bits) - 1);
+}
+
+BandTones::BandTones(const SampleImage& form, const BandTable& table, const ToneRange& range)
+    : form_(form), table_(table), range_(range) {
+  if (form.kind != SampleKind::Unsigned && form.kind != SampleKind::Signed) return;
+  if (form.bits > 16) return;
+  for (uint32_t bits = 0; bits < 1u << form.bits; ++bits) {
+    uint8_t sample[8] = {};
+    std::memcpy(sample, &bits, sizeof bits);
+    uint8_t shown[3];
+    Find(sample, shown);
+    known_.insert(known_.end(), shown, shown + Bytes());
+  }
+  isIdentity_ = Bytes() == 1 && form.bits == 8;
+  for (size_t i = 0; i < known_.size(); ++i) isIdentity_ = isIdentity_ && known_[i] == i;
+}
+
+void BandTones::Show(const uint8_t* samples, size_t step, uint64_t pixels, uint8_t* rgb) const {
+  for (; pixels > 0; --pixels, samples += step, rgb += 3) {
+    if (known_.empty()) {
+      Find(samples, rgb);
+      continue;
+    }
+    uint32_t bits = *samples;
+    if (form_.sampleBytes == 2) {
+      uint16_t word;
+      std::memcpy(&word, samples, sizeof word);
+      bits = word;
+    }
+    const uint8_t* shown = &known_[size_t{bits & ((1u << form_.bits) - 1)} * Bytes()];
+    rgb[0] = shown[0];
+    if (Bytes() == 3) {
+      rgb[1] = shown[1];
+      rgb[2] = shown[2];
+    }
+  }
+}
+
+void BandTones::Find(const uint8_t* sample, uint8_t* shown) const {
+  const uint64_t bits = BitsOf(form_, sample);
+  if (const size_t entry = size_t{bits} * Bytes();
+      !table_.entries.empty() && bits < 65536 && entry + Bytes() <= table_.entries.size()) {
+    std::copy_n(&table_.entries[entry], Bytes(), shown);
+    return;
+  }
+  shown[0] = Tone(bits, sample);
+  if (Bytes() == 3) shown[1] = shown[2] = shown[0];
+}
+
+uint8_t BandTones::Tone(uint64_t bits, const uint8_t* sample) const {
+  const uint32_t significant = form_.significantBits;
+  if (form_.kind == SampleKind::Unsigned && form_.bits <= 8) {
+    const uint64_t most = (1u << form_.bits) - 1;
+    return static_cast<uint8_t>(bits * 255 / most);
+  }
+  const bool isFull = range_.high - range_.low == std::ldexp(1.0, static_cast<int>(significant)) - 1;
+  if (isFull && significant > 8 && form_.kind == SampleKind::Unsigned)
+    return static_cast<uint8_t>(std::min<uint64_t>(255, bits >> (significant - 8)));
+  return ToneOf(ValueOf(form_, sample), range_);
+}
+
+}  // namespace core

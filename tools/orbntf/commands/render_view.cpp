@@ -1,0 +1,92 @@
+// The picture by the published standard.
+#include <cerrno>
+
+#include "core/format/words.h"
+#include "orbntf/orbntf.h"
+#include "tools/orbntf/commands/render.h"
+#include "tools/orbntf/inspect/explain.h"
+#include "tools/orbntf/inspect/opening.h"
+
+namespace tool {
+namespace {
+
+ViewRequest RequestOf(const RenderOptions& options) {
+  ViewRequest request;
+  if (options.region) {
+    request.row = options.region->row;
+    request.column = options.region->column;
+    request.rows = options.region->height;
+    request.columns = options.region->width;
+  }
+  request.scale = options.factor;
+  request.size = options.size;
+  request.fast = options.fast;
+  if (!options.segment.empty()) request.image = options.image;
+  request.bands = options.bands;
+  request.stretch = options.stretch;
+  request.stretch.each = options.stretchEach;
+  return request;
+}
+
+// Why a file has no picture: it is another kind of file, or not there.
+std::string WhyNone(const std::string& file, const Survey& survey) {
+  if (std::string why = WhyUnreadable(file); !why.empty()) return why;
+  const SurveyedPart& header = survey.Header();
+  const std::string mark(header.Text("FHDR")), version(header.Text("FVER"));
+  if (IsOneOf(mark + version, "NITF02.10|NSIF01.00")) return "";
+  if (mark != "NITF" && mark != "NSIF") return "it is no NITF file";
+  return "it is " + mark + " " + version + "; NITF 02.10 and NSIF 01.00 are drawn";
+}
+
+// Names what is not in the picture. Whether all is.
+bool NameMissing(const std::string& file, const FileView& view) {
+  for (const LeftOut& missing : view.Missing())
+    std::fprintf(stderr, "orbntf: render: %s: %s is left out: %s\n", Printable(file).c_str(),
+                 missing.segment.c_str(), Printable(missing.words).c_str());
+  return view.Missing().empty();
+}
+
+bool IsOnPicture(const RenderOptions& options, const FileView& view) {
+  if (!options.region) return true;
+  const Region& part = *options.region;
+  return uint64_t{part.row} + part.height <= view.FullHeight() &&
+         uint64_t{part.column} + part.width <= view.FullWidth();
+}
+
+}  // namespace
+
+int RenderView(const RenderOptions& options, const std::string& file, Output& output) {
+  const WorkAccount account(file);
+  const Survey survey(file);
+  if (const std::string why = WhyNone(file, survey); !why.empty())
+    return Report("render", file, ORB_BAD_STRUCTURE, why);
+  if (!options.segment.empty() && survey.Find(PartKind::Image, options.image) == nullptr)
+    return Report("render", file, ORB_NO_SUCH_RECORD);
+  const ViewRequest request = RequestOf(options);
+  FileView view(survey, request);
+  if (const SampleFault fault = view.Start(); fault.Met())
+    return Report("render", file, fault.Code(), fault.words);
+  if (!IsOnPicture(options, view))
+    return Report("render", file, ORB_INVALID_PARAMETER,
+                  "--region is not on the picture, which has " + std::to_string(view.FullHeight()) +
+                      " rows and " + std::to_string(view.FullWidth()) + " columns");
+  WorkAccount::AllowPixels(view.PixelsToMake());
+  std::FILE* stream = output.Stream();
+  if (stream == nullptr) return Report("render", file, ORB_SHORT_WRITE, output.Problem());
+  const auto writer = PictureWriter::Start(options.form, stream, view.Width(), view.Height());
+  errno = 0;
+  SampleFault fault = view.Draw([&](uint32_t y, const uint8_t* rgb) {
+    if (options.progress) ShowProgress(y, view.Height());
+    return writer->PutRow(rgb);
+  });
+  if (fault.Met() && fault.outcome != media::Outcome::Stopped)
+    return Report("render", file, fault.Code(), fault.words);
+  const bool isWritten = !fault.Met() && writer->Finish();
+  if (!isWritten && errno != 0) output.NoteFailure();
+  if (!isWritten || !output.Commit())
+    return Report("render", options.output.empty() ? file : options.output, ORB_SHORT_WRITE,
+                  output.Problem());
+  return NameMissing(file, view) || options.partial ? kExitOk : kExitStatus;
+}
+
+}  // namespace tool
