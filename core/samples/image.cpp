@@ -69,6 +69,11 @@ uint64_t BitsAt(std::string_view bytes, uint64_t bit, uint32_t count) {
       value = value << 8 | static_cast<uint8_t>(bytes[static_cast<size_t>(bit / 8) + i]);
     return value;
   }
+  constexpr uint32_t kInWord = 57;  // bits that eight bytes have from any bit of the first one on
+  if (const auto first = static_cast<size_t>(bit / 8); count <= kInWord && first + 8 <= bytes.size()) {
+    for (size_t i = 0; i < 8; ++i) value = value << 8 | static_cast<uint8_t>(bytes[first + i]);
+    return value << bit % 8 >> (64 - count);
+  }
   for (uint32_t i = 0; i < count; ++i, ++bit)
     value = value << 1 | (static_cast<uint8_t>(bytes[static_cast<size_t>(bit / 8)]) >> (7 - bit % 8) & 1);
   return value;

@@ -15,6 +15,45 @@ uint64_t Reduced(uint64_t side, uint32_t reduce) {
   return (side + (uint64_t{1} << reduce) - 1) >> reduce;
 }
 
+}  // namespace
+
+// A stream that is decoded row by row.
+class JpegRun {
+ public:
+  JpegRun(const SampleSource& source, const FoundJpeg& found, uint32_t reduce)
+      : data_(source, found.offset, found.stream.size), reduce_(reduce) {}
+
+  /// Decodes rows until those of a target are there.
+  media::Outcome Read(media::JpegColours colours, SampleTarget& target) {
+    if (!isStarted_) {
+      if (const media::Outcome outcome = data_.Checked(rows_.Start(data_.Get(), colours, reduce_));
+          outcome != media::Outcome::Ok)
+        return outcome;
+    }
+    isStarted_ = true;
+    const uint32_t end = std::min(rows_.Form().height, target.Bottom());
+    while (rows_.Position() < end) {
+      const uint32_t y = rows_.Position();
+      const uint8_t* row = nullptr;
+      if (const media::Outcome outcome = data_.Checked(rows_.Next(row)); outcome != media::Outcome::Ok)
+        return outcome;
+      target.PutRow(rows_.Form(), row, 0, y, 0);
+    }
+    return media::Outcome::Ok;
+  }
+  bool CanReach(uint32_t row, uint32_t reduce) const {
+    return reduce == reduce_ && (!isStarted_ || rows_.Position() <= row);
+  }
+
+ private:
+  PartSource data_;
+  uint32_t reduce_;
+  media::JpegRows rows_;
+  bool isStarted_ = false;
+};
+
+namespace {
+
 class JpegBlocks {
  public:
   JpegBlocks(const SampleSource& source, SampleTarget& target) : source_(source), target_(target) {}
@@ -107,14 +146,25 @@ class JpegBlocks {
   }
 
   media::Outcome DecodeRows(const FoundJpeg& found, const std::vector<Place>& places) {
+    const bool isRgb = target_.Image().representation == "RGB";
+    // What is not red, green and blue stays as it is, whatever the stream declares.
+    const auto colours = isRgb ? media::JpegColours::RgbUnlessDeclared : media::JpegColours::AsStored;
+    if (source_.cache != nullptr && source_.blocks.Count() == 1 && !source_.blocks.sequential) {
+      std::shared_ptr<JpegRun>& run = source_.cache->run;
+      if (run == nullptr || !run->CanReach(target_.Top(), target_.Reduce()))
+        run = std::make_shared<JpegRun>(source_, found, target_.Reduce());
+      const media::Outcome outcome = run->Read(colours, target_);
+      if (outcome == media::Outcome::Ok) return outcome;
+      run = nullptr;
+      if (outcome != media::Outcome::Unsupported) return outcome;
+    }
     const PartSource data(source_, found.offset, found.stream.size);
     media::JpegRequest request;
     request.reduce = target_.Reduce();
+    request.colours = colours;
     // Nothing below what is wanted is decoded.
     for (const Place& place : places)
       request.height = std::max(request.height, target_.Bottom() - std::min(target_.Bottom(), place.top));
-    // What is not red, green and blue stays as it is, whatever the stream declares.
-    if (target_.Image().representation == "RGB") request.colours = media::JpegColours::RgbUnlessDeclared;
     return data.Checked(media::DecodeJpeg(
         data.Get(), request, [&](const media::RowForm& form, uint32_t y, const uint8_t* row) {
           for (const Place& place : places)

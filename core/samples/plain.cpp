@@ -11,6 +11,11 @@
 namespace core {
 namespace {
 
+// The bits of a byte, the highest one first, as bytes.
+void SpreadBits(uint8_t bits, uint8_t* to) {
+  for (uint32_t i = 0; i < 8; ++i) to[i] = bits >> (7 - i) & 1;
+}
+
 // How a block's samples of some bands lie: one row behind the other, which hold a pixel's samples side by
 // side or the bands one behind the other.
 struct RowLayout {
@@ -151,6 +156,11 @@ class BlockReader {
         CopyRun(piece.bytes.data() + bit / 8, size_t{layout.perPixel} * bits_ / 8, to);
         continue;
       }
+      to = target_.Image().sampleBytes <= 2 ? target_.Run(first_, y, band) : nullptr;
+      if (to != nullptr) {
+        UnpackRun(piece.bytes, bit, layout.perPixel, to);
+        continue;
+      }
       for (uint32_t x = first_; x < end_; ++x, bit += uint64_t{layout.perPixel} * bits_)
         target_.Put(x, y, band, Sample(BitsAt(piece.bytes, bit, bits_)));
     }
@@ -187,6 +197,22 @@ class BlockReader {
     }
   }
 
+  // Samples that begin anywhere in a byte.
+  void UnpackRun(std::string_view bytes, uint64_t bit, uint32_t perPixel, uint8_t* to) const {
+    const size_t toStep = target_.Image().PixelBytes();
+    const bool isByte = target_.Image().sampleBytes == 1;
+    uint32_t x = first_;
+    // Whole bytes of bits.
+    for (; bits_ == 1 && perPixel == 1 && toStep == 1 && bit % 8 == 0 && x + 8 <= end_;
+         x += 8, bit += 8, to += 8)
+      SpreadBits(static_cast<uint8_t>(bytes[static_cast<size_t>(bit / 8)]), to);
+    for (; x < end_; ++x, bit += uint64_t{perPixel} * bits_, to += toStep) {
+      const auto value = static_cast<uint16_t>(Sample(BitsAt(bytes, bit, bits_)));
+      isByte ? static_cast<void>(*to = static_cast<uint8_t>(value))
+             : static_cast<void>(std::memcpy(to, &value, sizeof value));
+    }
+  }
+
   // Signed samples keep their sign where they take more bits than they have.
   uint64_t Sample(uint64_t bits) const {
     const bool negative = target_.Image().kind == SampleKind::Signed && (bits >> (bits_ - 1) & 1) != 0;
@@ -206,8 +232,12 @@ void PutRow(std::span<const uint8_t> row, const media::FacsimileForm& form, uint
   const auto inRow = static_cast<uint64_t>(across);
   const auto left = static_cast<uint32_t>(block % inRow * form.width),
              top = static_cast<uint32_t>(block / inRow * form.height);
-  for (uint32_t x = 0; x < form.width; ++x)
-    target.Put(left + x, top + y, 0, row[x / 8] >> (7 - x % 8) & 1u);
+  uint8_t* to =
+      target.WantsRow(top + y) && left == target.Left() ? target.Run(left, top + y, 0) : nullptr;
+  uint32_t x = 0;
+  const uint32_t end = std::min(form.width, target.Right() - std::min(target.Right(), left));
+  for (; to != nullptr && x + 8 <= end; x += 8, to += 8) SpreadBits(row[x / 8], to);
+  for (; x < end; ++x) target.Put(left + x, top + y, 0, row[x / 8] >> (7 - x % 8) & 1u);
 }
 
 // Whether any of the blocks that a place has the data of is wanted.

@@ -107,9 +107,24 @@ class VqBlocks {
     return true;
   }
 
+  // A row of a vector as it stands, where all of it is wanted.
+  bool PutRow(uint64_t code, uint32_t left, uint32_t row, uint64_t y) {
+    if (image_.sampleBytes != 1 || image_.bands != target_.Bands() || !target_.WantsRow(row) ||
+        left < target_.Left() || left + vectorWidth_ > target_.Right() || vectorWidth_ != tables_)
+      return false;
+    uint8_t* to = target_.Run(left, row, 0);
+    if (to == nullptr || (image_.bands == 3 && to + 2 != target_.Run(left, row, 2))) return false;
+    const uint64_t at = code * entryBytes_ + y * vectorWidth_ * valueBytes_;
+    const uint64_t count = vectorWidth_ * valueBytes_;
+    if (at + count > (code + 1) * entryBytes_) return false;
+    book_.copy(reinterpret_cast<char*>(to), static_cast<size_t>(count), static_cast<size_t>(at));
+    return true;
+  }
+
   void PutVector(uint64_t code, uint64_t left, uint64_t top) {
     if (!target_.Wants(left, top, vectorWidth_, vectorHeight_)) return;
     for (uint64_t y = 0; y < vectorHeight_; ++y) {
+      if (PutRow(code, static_cast<uint32_t>(left), static_cast<uint32_t>(top + y), y)) continue;
       for (uint64_t x = 0; x < vectorWidth_; ++x) {
         const uint64_t in = (y * vectorWidth_ + x) * valueBytes_;
         for (uint32_t band = 0; band < target_.Bands(); ++band) {

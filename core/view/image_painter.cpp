@@ -64,8 +64,12 @@ class ImagePainter::Painter {
     row_.resize(3 * columns_);
     mask_->Look(y, column_, samples, isShown_);
     Convert(samples, columns_, row_.data());
-    for (size_t x = 0; x < isShown_.size(); ++x) {
-      if (isShown_[x] != 0) std::copy_n(&row_[3 * x], 3, rgb + 3 * x);
+    for (size_t x = 0; x < isShown_.size();) {
+      const auto begin = isShown_.begin() + static_cast<ptrdiff_t>(x);
+      const auto end =
+          static_cast<size_t>(std::find(begin, isShown_.end(), 1 - *begin) - isShown_.begin());
+      if (*begin != 0) std::copy(&row_[3 * x], row_.data() + 3 * end, rgb + 3 * x);
+      x = end;
     }
     return {};
   }

@@ -30,7 +30,12 @@ void MaskRows::Look(uint64_t y, uint64_t column, const uint8_t* samples,
     }
   }
   if (!pads_ && !isReal_) return;
-  for (size_t x = 0; x < isShown.size(); ++x, samples += form_.PixelBytes()) {
+  // Of bytes the first one tells for most pixels that they are no pad pixels.
+  const bool isByte = form_.sampleBytes == 1 && form_.bits == 8 && !isReal_;
+  const auto pad = static_cast<uint8_t>(form_.noData.value_or(0));
+  const size_t step = form_.PixelBytes();
+  for (size_t x = 0; x < isShown.size(); ++x, samples += step) {
+    if (isByte && *samples != pad) continue;
     if (isShown[x] != 0 && IsEmpty(samples, y, column + x)) isShown[x] = 0;
   }
 }

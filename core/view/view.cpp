@@ -164,8 +164,8 @@ class FileView::Drawer {
   SampleFault Weigh() const {
     constexpr uint64_t kAlways = uint64_t{1} << 30, kPerByte = 1024;
     if (!media::AllowsPixels(PixelsToMake()))
-      return {media::Outcome::NoMemory, "its picture has " + std::to_string(PixelsToMake()) +
-                                            " pixels, more than are allowed"};
+      return {media::Outcome::NoMemory,
+              "its picture has " + std::to_string(PixelsToMake()) + " pixels, more than are allowed"};
     if (PixelsToMake() <= kAlways + kPerByte * survey_.file.Size()) return {};
     return {media::Outcome::OverBudget,
             "its picture has " + std::to_string(window_.rows) + " rows and " +

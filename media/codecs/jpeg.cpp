@@ -57,15 +57,6 @@ bool NeedsTooMuch(jpeg_decompress_struct& codec) {
   return bytes > kMaxCoefficientBytes;
 }
 
-// A decoder that is freed whatever a receiver of its rows throws.
-struct DecoderOwner {
-  DecoderOwner() = default;
-  ~DecoderOwner() { jpeg_destroy_decompress(&codec); }
-  DecoderOwner(const DecoderOwner&) = delete;
-  DecoderOwner& operator=(const DecoderOwner&) = delete;
-  jpeg_decompress_struct codec{};
-};
-
 // A source as libjpeg reads it.
 struct SourceManager {
   jpeg_source_mgr manager;  // first: libjpeg knows it by this alone
@@ -95,14 +86,6 @@ void SkipInSource(j_decompress_ptr codec, long count) {
   from.at = std::min(from.at + (static_cast<size_t>(count) - held), from.source.Size());
 }
 
-// Where the rows of a decoder go.
-struct Rows {
-  const JpegRequest& request;
-  const TakeRow& take;
-  uint8_t* buffer;
-  Outcome outcome;
-};
-
 // Whether the stream is the one that was found by its frame header.
 bool IsOf(const jpeg_decompress_struct& codec, const JpegFrame& frame) {
   return codec.image_width == frame.width && codec.image_height == frame.height &&
@@ -110,65 +93,17 @@ bool IsOf(const jpeg_decompress_struct& codec, const JpegFrame& frame) {
          codec.data_precision == frame.precision;
 }
 
-// Gives the rows that are wanted; nothing with a destructor lives here but in the receiver's own calls.
-void GiveRows(jpeg_decompress_struct& codec, Rows& rows) {
-  const JpegRequest& request = rows.request;
-  const uint32_t end = request.height == 0
-                           ? codec.output_height
-                           : static_cast<uint32_t>(std::min<uint64_t>(
-                                 codec.output_height, uint64_t{request.top} + request.height));
-  const RowForm form = {
-      request.width == 0 ? codec.output_width : std::min(codec.output_width, request.width),
-      end - std::min(end, request.top), static_cast<uint32_t>(codec.output_components), 8};
-  if (request.top != 0 && request.top < end) (void)jpeg_skip_scanlines(&codec, request.top);
-  JSAMPROW row = rows.buffer;
-  while (codec.output_scanline < end && rows.outcome == Outcome::Ok) {
-    jpeg_read_scanlines(&codec, &row, 1);
-    rows.outcome = rows.take(form, codec.output_scanline - 1 - request.top, row);
-  }
-  if (request.readsEnd && codec.output_scanline == codec.output_height) jpeg_finish_decompress(&codec);
+bool IsNarrow(const JpegFrame& frame) {
+  // libjpeg finds no more than four components in its scans.
+  return frame.precision == 8 && !frame.IsLossless() && frame.components <= 4;
 }
 
-Outcome RunDecoder(jpeg_decompress_struct& codec, JpegErrors& errors, SourceManager& source,
-                   const JpegFrame& frame, Rows& rows, ScanLimit& limit) {
-  if (setjmp(errors.jump) != 0) return limit.exceeded ? Outcome::OverBudget : Outcome::BadData;
-  jpeg_create_decompress(&codec);
-  const Bytes memory = source.source.Memory();
-  if (!memory.empty()) {
-    jpeg_mem_src(&codec, memory.data(), static_cast<unsigned long>(memory.size()));
-  } else {
-    codec.src = &source.manager;
-  }
-  jpeg_read_header(&codec, TRUE);
-  if (!IsOf(codec, frame)) return Outcome::BadData;
-  if (NeedsTooMuch(codec)) return Outcome::OverBudget;
-  codec.progress = &limit.manager;
-  ChooseColourSpace(codec, frame, rows.request.colours);
-  codec.scale_num = 1;
-  codec.scale_denom = 1u << rows.request.reduce;
-  jpeg_start_decompress(&codec);
-  GiveRows(codec, rows);
-  return rows.outcome;
-}
-
-Outcome DecodeNarrow(const Source& source, const JpegFrame& frame, const JpegRequest& request,
-                     const TakeRow& take) {
-  std::vector<uint8_t> buffer(size_t{frame.width} * frame.components);
-  DecoderOwner owner;
-  jpeg_decompress_struct& codec = owner.codec;
-  JpegErrors errors;
-  codec.err = Silent(errors);
-  ScanLimit limit = {
-      {&LimitScans, 0, 0, 0, 0}, 0, uint64_t{frame.width} * frame.height * frame.components, false};
-  Rows rows = {request, take, buffer.data(), Outcome::Ok};
-  constexpr size_t kPiece = 64 << 10;
-  std::vector<uint8_t> piece(source.Memory().empty() ? kPiece : 0);
-  SourceManager manager = {
-      {nullptr, 0, StartSource, FillFromSource, SkipInSource, jpeg_resync_to_restart, StartSource},
-      source,
-      0,
-      piece};
-  return RunDecoder(codec, errors, manager, frame, rows, limit);
+// Weighs a stream, fill bytes in front of it left out.
+Outcome Weigh(const Source& stream, JpegFrame& frame) {
+  if (!FindJpegFrame(stream, frame)) return Outcome::NotRecognised;
+  const uint64_t pixels = uint64_t{frame.width} * frame.height;
+  if (pixels / kMaxPixelsPerByte > stream.Size()) return Outcome::BadData;
+  return Spend(kWorkPerSample * pixels * frame.components) ? Outcome::Ok : Outcome::OverBudget;
 }
 
 // The wanted rows and columns of a stream that is decoded whole.
@@ -194,17 +129,124 @@ Outcome DecodeWhole(const Source& source, const JpegFrame& frame, const JpegRequ
 
 }  // namespace
 
+// libjpeg's errors jump back into the call that met them; nothing with a destructor lives in between.
+struct JpegRows::State {
+  explicit State(const Source& stream) : source(stream), piece(stream.Memory().empty() ? kPiece : 0) {
+    codec.err = Silent(errors);
+  }
+  ~State() { jpeg_destroy_decompress(&codec); }
+  State(const State&) = delete;
+  State& operator=(const State&) = delete;
+
+  Outcome Failed() const { return limit.exceeded ? Outcome::OverBudget : Outcome::BadData; }
+  Outcome Start(const JpegFrame& frame, JpegColours colours, uint32_t reduce) {
+    if (setjmp(errors.jump) != 0) return Failed();
+    jpeg_create_decompress(&codec);
+    if (const Bytes memory = source.Memory(); !memory.empty()) {
+      jpeg_mem_src(&codec, memory.data(), static_cast<unsigned long>(memory.size()));
+    } else {
+      codec.src = &manager.manager;
+    }
+    jpeg_read_header(&codec, TRUE);
+    if (!IsOf(codec, frame)) return Outcome::BadData;
+    if (NeedsTooMuch(codec)) return Outcome::OverBudget;
+    codec.progress = &limit.manager;
+    ChooseColourSpace(codec, frame, colours);
+    codec.scale_num = 1;
+    codec.scale_denom = 1u << reduce;
+    jpeg_start_decompress(&codec);
+    return Outcome::Ok;
+  }
+
+  static constexpr size_t kPiece = 64 << 10;
+  Source source;
+  std::vector<uint8_t> piece, buffer;
+  SourceManager manager = {
+      {nullptr, 0, StartSource, FillFromSource, SkipInSource, jpeg_resync_to_restart, StartSource},
+      source,
+      0,
+      piece};
+  jpeg_decompress_struct codec{};
+  JpegErrors errors;
+  ScanLimit limit{};
+  RowForm form{};
+};
+
+JpegRows::JpegRows() = default;
+JpegRows::~JpegRows() = default;
+const RowForm& JpegRows::Form() const { return state_->form; }
+uint32_t JpegRows::Position() const { return state_->codec.output_scanline; }
+
+Outcome JpegRows::Start(const Source& source, JpegColours colours, uint32_t reduce) {
+  const Source stream = WithoutFill(source);
+  JpegFrame frame;
+  if (const Outcome weighed = Weigh(stream, frame); weighed != Outcome::Ok) return weighed;
+  if (reduce > kMostReduce || !IsNarrow(frame)) return Outcome::Unsupported;
+  state_ = std::make_unique<State>(stream);
+  state_->buffer.resize(size_t{frame.width} * frame.components);
+  state_->limit = {
+      {&LimitScans, 0, 0, 0, 0}, 0, uint64_t{frame.width} * frame.height * frame.components, false};
+  const Outcome outcome = state_->Start(frame, colours, reduce);
+  const jpeg_decompress_struct& codec = state_->codec;
+  state_->form = {codec.output_width, codec.output_height, static_cast<uint32_t>(codec.output_components),
+                  8};
+  return outcome;
+}
+
+Outcome JpegRows::Skip(uint32_t rows) {
+  if (setjmp(state_->errors.jump) != 0) return state_->Failed();
+  if (rows != 0) (void)jpeg_skip_scanlines(&state_->codec, rows);
+  return Outcome::Ok;
+}
+
+Outcome JpegRows::Next(const uint8_t*& row) {
+  if (setjmp(state_->errors.jump) != 0) return state_->Failed();
+  JSAMPROW to = state_->buffer.data();
+  jpeg_read_scanlines(&state_->codec, &to, 1);
+  row = to;
+  return Outcome::Ok;
+}
+
+Outcome JpegRows::Finish() {
+  if (setjmp(state_->errors.jump) != 0) return state_->Failed();
+  if (Position() == state_->codec.output_height) jpeg_finish_decompress(&state_->codec);
+  return Outcome::Ok;
+}
+
+namespace {
+
+// The wanted rows of a stream of the usual kind.
+Outcome DecodeNarrow(const Source& source, const JpegRequest& request, const TakeRow& take) {
+  JpegRows rows;
+  if (const Outcome outcome = rows.Start(source, request.colours, request.reduce); outcome != Outcome::Ok)
+    return outcome;
+  const RowForm& all = rows.Form();
+  const uint32_t end =
+      request.height == 0
+          ? all.height
+          : static_cast<uint32_t>(std::min<uint64_t>(all.height, uint64_t{request.top} + request.height));
+  const RowForm form = {request.width == 0 ? all.width : std::min(all.width, request.width),
+                        end - std::min(end, request.top), all.components, 8};
+  if (request.top < end) {
+    if (const Outcome outcome = rows.Skip(request.top); outcome != Outcome::Ok) return outcome;
+  }
+  while (rows.Position() < end) {
+    const uint8_t* row = nullptr;
+    if (const Outcome outcome = rows.Next(row); outcome != Outcome::Ok) return outcome;
+    if (const Outcome taken = take(form, rows.Position() - 1 - request.top, row); taken != Outcome::Ok)
+      return taken;
+  }
+  return request.readsEnd ? rows.Finish() : Outcome::Ok;
+}
+
+}  // namespace
+
 Outcome DecodeJpeg(const Source& source, const JpegRequest& request, const TakeRow& take) {
   const Source stream = WithoutFill(source);
   JpegFrame frame;
   if (!FindJpegFrame(stream, frame)) return Outcome::NotRecognised;
-  const uint64_t pixels = uint64_t{frame.width} * frame.height;
-  if (pixels / kMaxPixelsPerByte > stream.Size()) return Outcome::BadData;
-  if (!Spend(kWorkPerSample * pixels * frame.components)) return Outcome::OverBudget;
-  if (request.reduce > kMostReduce) return Outcome::Unsupported;
-  // libjpeg finds no more than four components in its scans.
-  if (frame.precision == 8 && !frame.IsLossless() && frame.components <= 4)
-    return DecodeNarrow(stream, frame, request, take);
+  if (IsNarrow(frame)) return DecodeNarrow(stream, request, take);
+  if (const Outcome weighed = Weigh(stream, frame); weighed != Outcome::Ok) return weighed;
   return request.reduce != 0 ? Outcome::Unsupported : DecodeWhole(stream, frame, request, take);
 }
 

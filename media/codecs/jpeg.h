@@ -1,6 +1,7 @@
 // JPEG (ISO/IEC 10918-1): frames, decoding and encoding.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "media/codecs/source.h"
@@ -42,6 +43,32 @@ struct JpegRequest {
 /// components that are converted come as red, green, blue. OverBudget; NoMemory; Unsupported; BadData.
 /// Throws std::bad_alloc.
 Outcome DecodeJpeg(const Source& source, const JpegRequest& request, const TakeRow& take);
+
+/// Decodes an 8-bit stream row by row as they are asked for, from the top down.
+class JpegRows {
+ public:
+  /// Weighs the stream and reads its header. Unsupported for one that is not of this kind; else as
+  /// DecodeJpeg. Throws std::bad_alloc.
+  Outcome Start(const Source& source, JpegColours colours, uint32_t reduce);
+  JpegRows();
+  ~JpegRows();
+  JpegRows(const JpegRows&) = delete;
+  JpegRows& operator=(const JpegRows&) = delete;
+
+  /// Of every row.
+  const RowForm& Form() const;
+  /// The next row, from 0.
+  uint32_t Position() const;
+  Outcome Skip(uint32_t rows);
+  /// Gives a row until the next call.
+  Outcome Next(const uint8_t*& row);
+  /// Whether what follows the last row is sound.
+  Outcome Finish();
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
+};
 
 /// Whether 12-bit and lossless streams, and those of more than four components, decode in this build.
 bool HasWideJpeg();
