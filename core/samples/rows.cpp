@@ -55,9 +55,14 @@ SampleFault SampleRows::Hold(uint64_t y) {
   wanted.column = request_.column;
   wanted.columns = request_.columns;
   wanted.reduce = request_.reduce;
-  heldTop_ = y / atOnce_ * atOnce_;
+  // Of a row of blocks no more than will be asked for.
+  const uint64_t first = request_.row >> request_.reduce, begin = y / atOnce_ * atOnce_;
+  const uint64_t last =
+      request_.rows == 0 ? height_ : ((request_.row + request_.rows - 1) >> request_.reduce) + 1;
+  heldTop_ = y >= first && y < last ? std::max(begin, first) : begin;
+  const uint64_t end = y >= first && y < last ? std::min(begin + atOnce_, last) : begin + atOnce_;
   wanted.row = heldTop_ << request_.reduce;
-  wanted.rows = atOnce_ << request_.reduce;
+  wanted.rows = (end - heldTop_) << request_.reduce;
   held_ = {};
   return ReadSamples(survey_, part_, wanted, held_, &streams_);
 }

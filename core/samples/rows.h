@@ -11,6 +11,7 @@ namespace core {
 struct RowsRequest {
   std::vector<uint32_t> bands;       ///< from 0; empty for all
   uint64_t column = 0, columns = 0;  ///< of the full image; 0 for as far as it goes
+  uint64_t row = 0, rows = 0;        ///< those that will be asked for, of the full image
   uint32_t reduce = 0;               ///< as of SampleRequest
 };
 

@@ -30,9 +30,9 @@ void ToColours(uint8_t* rgb, uint64_t pixels) {
 
 class ImagePainter::Painter {
  public:
-  Painter(const Survey& survey, const SurveyedPart& image, const ImageLook& look, uint64_t column,
+  Painter(const Survey& survey, const SurveyedPart& image, ImageLook look, uint64_t column,
           uint64_t columns)
-      : survey_(survey), image_(image), look_(look), column_(column), columns_(columns) {}
+      : survey_(survey), image_(image), look_(std::move(look)), column_(column), columns_(columns) {}
 
   SampleFault Start() {
     const bool reduces = IsOneOf(image_.Text("IC"), "C8|M8|C3|M3|C5|M5");
@@ -77,7 +77,7 @@ class ImagePainter::Painter {
  private:
   SampleFault StartRows() {
     for (;; --reduce_) {
-      RowsRequest request = {shown_.bands, column_, columns_, reduce_};
+      RowsRequest request = {shown_.bands, column_, columns_, look_.row, look_.rows, reduce_};
       if (isEnlarged_) request.column = request.columns = 0;
       rows_ = std::make_unique<SampleRows>(survey_, image_, request);
       if (SampleFault fault = rows_->Start(form_); fault.Met()) return fault;
@@ -178,7 +178,7 @@ class ImagePainter::Painter {
 
   const Survey& survey_;
   const SurveyedPart& image_;
-  const ImageLook& look_;
+  ImageLook look_;
   uint64_t column_, columns_;
   uint32_t reduce_ = 0;
   bool isEnlarged_ = false;
@@ -191,9 +191,9 @@ class ImagePainter::Painter {
   std::vector<uint8_t> isShown_, row_, spread_;
 };
 
-ImagePainter::ImagePainter(const Survey& survey, const SurveyedPart& image, const ImageLook& look,
+ImagePainter::ImagePainter(const Survey& survey, const SurveyedPart& image, ImageLook look,
                            uint64_t column, uint64_t columns)
-    : painter_(std::make_unique<Painter>(survey, image, look, column, columns)) {}
+    : painter_(std::make_unique<Painter>(survey, image, std::move(look), column, columns)) {}
 ImagePainter::~ImagePainter() = default;
 SampleFault ImagePainter::Start() { return painter_->Start(); }
 SampleFault ImagePainter::Paint(uint64_t y, uint8_t* rgb) { return painter_->Paint(y, rgb); }

@@ -12,6 +12,7 @@ namespace core {
 struct ImageLook {
   std::vector<uint32_t> bands;  ///< that are asked for, one or three; empty for the image's own
   Stretch stretch;
+  uint64_t row = 0, rows = 0;  ///< of the image that will be painted; 0 rows for all
   uint32_t reduce =
       0;  ///< of what its codec reduces: pictures of 1/2^reduce, whose nearest pixels are shown
 };
@@ -20,7 +21,7 @@ struct ImageLook {
 class ImagePainter {
  public:
   /// Of the image's columns those from one on.
-  ImagePainter(const Survey& survey, const SurveyedPart& image, const ImageLook& look, uint64_t column,
+  ImagePainter(const Survey& survey, const SurveyedPart& image, ImageLook look, uint64_t column,
                uint64_t columns);
   ~ImagePainter();
   ImagePainter(const ImagePainter&) = delete;

@@ -155,7 +155,8 @@ class FileView::Drawer {
     };
     smallWidth_ = side(window_.columns);
     smallHeight_ = side(window_.rows);
-    look_ = {request_.bands, request_.stretch, 0};
+    look_.bands = request_.bands;
+    look_.stretch = request_.stretch;
     const auto times = static_cast<uint64_t>(window_.columns) / smallWidth_;
     if (request_.fast)
       look_.reduce = static_cast<uint32_t>(std::bit_width(std::max<uint64_t>(1, times)) - 1);
@@ -256,7 +257,12 @@ class FileView::Drawer {
       item.isDone = true;
       return false;
     }
-    auto painter = std::make_unique<ImagePainter>(survey_, *item.place.part, look_,
+    ImageLook look = look_;
+    const int64_t top = std::max(item.place.top, window_.row),
+                  bottom = std::min(item.place.bottom, window_.row + window_.rows);
+    look.row = static_cast<uint64_t>(top - item.place.top);
+    look.rows = static_cast<uint64_t>(bottom - top);
+    auto painter = std::make_unique<ImagePainter>(survey_, *item.place.part, look,
                                                   static_cast<uint64_t>(left - item.place.left),
                                                   static_cast<uint64_t>(right - left));
     if (SampleFault fault = painter->Start(); fault.Met()) {

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -137,6 +138,8 @@ std::string MakeJpeg2000(int width, int height, int count, const Jpeg2000Form& f
   opj_cparameters_t parameters;
   opj_set_default_encoder_parameters(&parameters);
   parameters.irreversible = 0;
+  while (parameters.numresolution > 1 && std::min(width, height) >> (parameters.numresolution - 1) == 0)
+    --parameters.numresolution;
   if (form.tile != 0) {
     parameters.tile_size_on = OPJ_TRUE;
     parameters.cp_tdx = parameters.cp_tdy = form.tile;

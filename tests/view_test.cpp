@@ -1,0 +1,162 @@
+// Pictures of files by the published standard: parts, sizes and depths of them, on files made at random.
+#include <cstdlib>
+
+#include "core/view/view.h"
+#include "media/work.h"
+#include "tests/support/encoders.h"
+#include "tests/support/random_files.h"
+#include "tests/support/samples.h"
+#include "tests/support/support.h"
+
+namespace {
+
+using core::ViewRequest;
+using test::ImageForm;
+using test::NitfBuilder;
+using test::RandomFile;
+
+struct Drawn {
+  uint32_t width = 0, height = 0;
+  std::vector<uint8_t> rgb;
+  core::SampleFault fault;
+  std::vector<core::LeftOut> missing;
+
+  const uint8_t* At(uint64_t x, uint64_t y) const { return &rgb[3 * (y * width + x)]; }
+};
+
+Drawn Draw(const core::Survey& survey, const ViewRequest& request) {
+  Drawn drawn;
+  core::FileView view(survey, request);
+  drawn.fault = view.Start();
+  if (drawn.fault.Met()) return drawn;
+  drawn.width = view.Width();
+  drawn.height = view.Height();
+  drawn.fault = view.Draw([&](uint32_t y, const uint8_t* rgb) {
+    EXPECT_EQ(y * drawn.width * 3, drawn.rgb.size());
+    drawn.rgb.insert(drawn.rgb.end(), rgb, rgb + size_t{3} * drawn.width);
+    return true;
+  });
+  drawn.missing = view.Missing();
+  return drawn;
+}
+
+Drawn DrawBytes(const std::string& bytes, const ViewRequest& request = {}) {
+  return Draw(core::Survey(std::string_view(bytes)), request);
+}
+
+ViewRequest AsStored() {
+  ViewRequest request;
+  request.stretch.by = core::Stretch::By::None;
+  return request;
+}
+
+// How often random cases are tried; more with ORBNTF_MANY.
+int Times(int few, int many) { return std::getenv("ORBNTF_MANY") != nullptr ? many : few; }
+
+class ViewTest : public test::ModuleTest {
+ protected:
+  std::mt19937 random_{20261};
+  uint32_t Below(uint32_t count) { return static_cast<uint32_t>(random_() % count); }
+  // A window of a picture.
+  ViewRequest Window(const Drawn& whole) {
+    ViewRequest request;
+    request.row = Below(whole.height);
+    request.column = Below(whole.width);
+    request.rows = 1 + Below(whole.height - static_cast<uint32_t>(request.row));
+    request.columns = 1 + Below(whole.width - static_cast<uint32_t>(request.column));
+    return request;
+  }
+};
+
+TEST_F(ViewTest, APartIsThePartOfTheWhole) {
+  const int windows = 10;
+  for (int i = 0; i < Times(120, 2000); ++i) {
+    const RandomFile file = test::MakeRandomFile(random_);
+    SCOPED_TRACE(file.family + ", file " + std::to_string(i));
+    const core::Survey survey{std::string_view(file.bytes)};
+    const Drawn whole = Draw(survey, {});
+    ASSERT_EQ(whole.fault.words, "");
+    ASSERT_TRUE(whole.missing.empty()) << whole.missing[0].words;
+    for (int n = 0; n < windows; ++n) {
+      const ViewRequest request = Window(whole);
+      const Drawn part = Draw(survey, request);
+      ASSERT_EQ(part.fault.words, "");
+      ASSERT_EQ(part.width, request.columns);
+      for (uint32_t y = 0; y < part.height; ++y)
+        ASSERT_TRUE(std::equal(part.At(0, y), part.At(0, y) + size_t{3} * part.width,
+                               whole.At(request.column, request.row + y)))
+            << request.row << ',' << request.column << ' ' << part.height << " x " << part.width
+            << " row " << y;
+    }
+  }
+}
+
+TEST_F(ViewTest, SmallerPicturesAreMeansOfTheWhole) {
+  for (int i = 0; i < Times(40, 500); ++i) {
+    const RandomFile file = test::MakeRandomFile(random_);
+    SCOPED_TRACE(file.family);
+    const core::Survey survey{std::string_view(file.bytes)};
+    const Drawn whole = Draw(survey, {});
+    ViewRequest request;
+    request.scale = 2 + Below(6);
+    const Drawn squares = Draw(survey, request);
+    ASSERT_EQ(squares.width, (whole.width + request.scale - 1) / request.scale);
+    request = {};
+    request.size = 1 + Below(std::max(whole.width, whole.height));
+    const Drawn areas = Draw(survey, request);
+    ASSERT_EQ(std::max(areas.width, areas.height), request.size);
+    for (int n = 0; n < 20; ++n) {
+      const uint32_t x = Below(areas.width), y = Below(areas.height), c = Below(3);
+      // Shares of pixels, in parts of the whole's sides.
+      double sum = 0;
+      const auto share = [](uint64_t n2, uint64_t side, uint64_t small, uint64_t at) {
+        const uint64_t low = std::max(n2 * side, at * small),
+                       high = std::min((n2 + 1) * side, (at + 1) * small);
+        return high > low ? static_cast<double>(high - low) : 0.0;
+      };
+      for (uint32_t v = 0; v < whole.height; ++v) {
+        for (uint32_t u = 0; u < whole.width; ++u)
+          sum += share(x, whole.width, areas.width, u) * share(y, whole.height, areas.height, v) *
+                 whole.At(u, v)[c];
+      }
+      ASSERT_EQ(areas.At(x, y)[c], static_cast<int>(sum / whole.width / whole.height + 0.5));
+    }
+    request.fast = true;
+    const Drawn nearest = Draw(survey, request);
+    ASSERT_EQ(nearest.width, areas.width);
+    ASSERT_EQ(nearest.height, areas.height);
+  }
+}
+
+// Where none of what sets them apart is in a file, both draw the same bytes.
+TEST_F(ViewTest, TheModuleDrawsTheSameWhereNothingSetsThemApart) {
+  int same = 0, apart[7] = {};
+  for (int i = 0; i < Times(300, 4000); ++i) {
+    const RandomFile file = test::MakeRandomFile(random_);
+    SCOPED_TRACE(file.family);
+    const bool reasons[] = {file.hasFill, file.hasAbsence, file.isPixelwise,   file.isDeep,
+                            file.isOdd,   file.hasGraphic, file.hasDifferences};
+    const int count = static_cast<int>(std::count(std::begin(reasons), std::end(reasons), true));
+    if (count > 1) continue;
+    const Drawn mine = DrawBytes(file.bytes, AsStored());
+    const test::Picture theirs = test::RenderBytes(file.bytes);
+    ASSERT_EQ(mine.fault.words, "");
+    std::vector<uint8_t> rgb;
+    for (const test::Rgb& pixel : theirs.pixels)
+      rgb.insert(rgb.end(), {static_cast<uint8_t>(pixel.red), static_cast<uint8_t>(pixel.green),
+                             static_cast<uint8_t>(pixel.blue)});
+    const bool isSame = theirs.status == 1 && theirs.width == mine.width &&
+                        theirs.height == mine.height && rgb == mine.rgb;
+    if (count == 0) {
+      ASSERT_TRUE(isSame) << theirs.status << ' ' << theirs.width << " x " << theirs.height;
+      ++same;
+    } else if (!isSame) {
+      ++apart[std::find(std::begin(reasons), std::end(reasons), true) - std::begin(reasons)];
+    }
+  }
+  EXPECT_GT(same, Times(50, 500));
+  for (size_t reason = 0; reason < std::size(apart); ++reason)
+    EXPECT_GT(apart[reason], 0) << "reason " << reason << " never showed";
+}
+
+}  // namespace
