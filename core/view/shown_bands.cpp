@@ -88,7 +88,7 @@ class Chooser {
 
   // The bands whose wavelengths in nanometres are nearest to red, green and blue.
   std::optional<std::vector<uint32_t>> ByWavelength() const {
-    constexpr int64_t kColours[] = {650, 550, 450};
+    constexpr int64_t kColours[] = {660, 550, 470};
     std::vector<uint32_t> bands;
     for (const int64_t colour : kColours) {
       std::optional<uint32_t> nearest;
