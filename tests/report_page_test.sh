@@ -32,7 +32,7 @@ expect 0 '' "$tool" set plain.ntf -o evil.ntf --force "FTITLE=$evil" "ONAME=${ev
   "IID2=$evil" ICORDS=D "IGEOLO=+51.000+010.000+51.000+011.000+50.000+011.000+50.000+010.000" text:0 "TXTITL=$evil"
 # The module refuses what the standard shows.
 printf 'NSIF01.00' | dd of=evil.ntf conv=notrunc status=none
-expect 0 '' "$tool" report evil.ntf -o page.html
+expect 0 '' "$tool" report --module evil.ntf -o page.html
 expect 0 '' "$tool" report evil.ntf plain.ntf -o both.html
 [ "$(stat -c %s page.html)" -lt 1500000 ] || fail "the page has $(stat -c %s page.html) bytes"
 browse --dump-dom "file://$scratch/page.html" >dom.html 2>/dev/null

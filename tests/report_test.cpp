@@ -20,7 +20,7 @@ class ReportTest : public test::ModuleTest {
     const core::RecordDefinitions definitions;
     core::ReportedFile reported(file.Path(), "f1", definitions);
     const tool::WorkAccount account(file.Path());
-    tool::LookAtFile(reported);
+    tool::LookAtFile(reported, true);
     const std::string report = core::ReportOf(reported);
     return core::PageOf("1.2.3", "A title", {report}, {"a name"});
   }
@@ -102,18 +102,6 @@ TEST_F(ReportTest, FilesThatAreCutOrEmptyHavePages) {
   }
 }
 
-TEST_F(ReportTest, PicturesBeyondWhatAFileIsWorthAreLeftOut) {
-  test::ImageForm form{.width = 8192, .height = 8192, .compression = "NM"};
-  NitfBuilder file;
-  for (int i = 0; i < 12; ++i) {
-    form.level = i + 1;
-    file.Image(form, test::MaskBytes({.blocks = {0xFFFFFFFF}}));
-  }
-  const std::string page = Page(file.Bytes());
-  EXPECT_TRUE(Holds(page, "No picture: more work or memory than the bytes of the file are worth."));
-  EXPECT_TRUE(Holds(page, "</html>"));
-}
-
 TEST_F(ReportTest, APageOfVeryMuchIsShortened) {
   NitfBuilder file = test::SoundFile();
   test::ImageForm form{.width = 1, .height = 1};
@@ -127,7 +115,7 @@ TEST_F(ReportTest, APageOfVeryMuchIsShortened) {
   for (const size_t most :
        {core::kMostPageBytes, size_t{300000}, size_t{60000}, size_t{12000}, size_t{6000}}) {
     core::ReportedFile reported(onDisk.Path(), "f1", definitions);
-    tool::LookAtFile(reported);
+    tool::LookAtFile(reported, true);
     const std::string report = core::ReportOf(reported, most);
     EXPECT_LE(report.size(), std::max(most, size_t{11000})) << "the least there is";
     EXPECT_LE(report.size(), before);
@@ -136,25 +124,7 @@ TEST_F(ReportTest, APageOfVeryMuchIsShortened) {
   }
 }
 
-TEST_F(ReportTest, PicturesOfSamplesSpanTheirValues) {
-  core::SampleImage image;
-  image.width = 2;
-  image.height = 1;
-  image.bits = image.significantBits = 12;
-  image.sampleBytes = 2;
-  image.samples = {0, 0, 0xFF, 0x0F};
-  EXPECT_EQ(core::PictureOf(image, 8).rgb, (std::vector<uint8_t>{0, 0, 0, 255, 255, 255}));
-  image.kind = core::SampleKind::Signed;
-  image.bits = image.significantBits = 16;
-  image.samples = {0x00, 0x80, 0x00, 0x40};  // -32768 and 16384
-  EXPECT_EQ(core::PictureOf(image, 8).rgb, (std::vector<uint8_t>{0, 0, 0, 255, 255, 255}));
-  image.kind = core::SampleKind::Unsigned;
-  image.bits = image.significantBits = 8;
-  image.sampleBytes = 1;
-  image.samples = {1, 9};
-  image.palette = {1, 2, 3, 4, 5, 6};
-  EXPECT_EQ(core::PictureOf(image, 8).rgb, (std::vector<uint8_t>{4, 5, 6, 0, 0, 0}))
-      << "no entry is black";
+TEST_F(ReportTest, BytesAreShownAsText) {
   EXPECT_EQ(core::Base64("a") + core::Base64("ab") + core::Base64("abc"), "YQ==YWI=YWJj");
 }
 

@@ -1,5 +1,4 @@
-// The composite, with its segments as outlines; both pictures where the module's differs from the
-// standard's.
+// The composite, with its segments as outlines, and the module's beside it where that is asked for.
 #include <algorithm>
 
 #include "core/pictures/box_scaler.h"
@@ -76,30 +75,27 @@ Composite Shrunk(const Composite& composite, uint32_t factor) {
   return small;
 }
 
-bool AreSame(const Composite& a, const Composite& b) {
-  return a.problem == b.problem && a.width == b.width && a.height == b.height &&
-         a.pixels.rgb == b.pixels.rgb;
-}
-
 }  // namespace
 
 std::string PictureSection(const ReportedFile& file, const PageDetail& detail) {
   if (detail.shrink == 0) return "";
-  const Composite module = Shrunk(file.module, detail.shrink),
-                  standard = Shrunk(file.standard, detail.shrink);
-  const bool same = AreSame(module, standard);
   const std::string name = file.id + "-view";
-  std::string choices;
-  if (!same)
-    choices = Choice("radio", name, "by-module", module.problem.empty(), "As the module draws it") +
-              Choice("radio", name, "by-standard", !module.problem.empty(), "As the standard has it");
+  std::string choices, views = View(Shrunk(file.picture, detail.shrink), "standard",
+                                    file.module ? "As the standard has it" : "The picture");
+  if (file.module) {
+    choices = Choice("radio", name, "by-standard", true, "As the standard has it") +
+              Choice("radio", name, "by-module", false, "As the module draws it");
+    views += View(Shrunk(*file.module, detail.shrink), "module", "As the module draws it");
+  }
   choices += Choice("checkbox", file.id + "-lines", "no-outlines", true, "Outlines");
-  const std::string views = View(module, "module", same ? "The composite" : "As the module draws it") +
-                            (same ? "" : View(standard, "standard", "As the standard has it"));
+  std::string missing;
+  for (const std::string& words : file.picture.missing)
+    missing += Tag("p", Escaped(words) + ".", "class=\"bad\"");
   const std::string legend = Tag("legend", "Show", "class=\"soft\"");
   return Section(
       file.id + "-picture", "Picture",
-      Tag("div", Tag("fieldset", legend + choices, "class=\"choices\"") + views, "class=\"switch\""));
+      Tag("div", Tag("fieldset", legend + choices, "class=\"choices\"") + views, "class=\"switch\"") +
+          missing);
 }
 
 }  // namespace core

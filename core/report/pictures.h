@@ -34,12 +34,15 @@ struct Composite {
   uint32_t width = 0, height = 0;  ///< of the canvas
   Pixels pixels;
   std::vector<Outline> outlines;
+  std::vector<std::string> missing;  ///< what is not in it, and why
 };
-/// An image's samples as a picture of at most `side` pixels a side, scaled to 8 bits.
-Pixels PictureOf(const SampleImage& image, uint32_t side);
+/// Draws a file by the published standard, as small as a page takes it.
+Composite DrawComposite(const Survey& survey);
+/// One of its images by itself, as small as that.
+Composite DrawImage(const Survey& survey, uint32_t index, uint32_t side);
 /// A graphic's drawing as a data URI; empty where there is none.
 std::string DrawingUri(const Survey& survey, const SurveyedPart& part);
-/// How far a picture of `side` pixels may be reduced by its codec.
+/// How far an image may be reduced and still have a side of so many samples.
 uint32_t ReduceFor(const SurveyedPart& part, uint32_t side);
 
 }  // namespace core

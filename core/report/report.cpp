@@ -75,6 +75,7 @@ std::string ReportOf(ReportedFile& file, size_t mostBytes) {
   };
   const media::WorkLimit limit(file.survey.file.Size());
   file.findings = FindFaults(file.survey, file.definitions);
+  file.picture = DrawComposite(file.survey);
   DrawSegments(file, kDetails[0].segmentPictures);
   std::string report;
   for (const PageDetail& detail : kDetails) {

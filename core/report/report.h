@@ -2,6 +2,7 @@
 // it.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,14 +33,15 @@ struct ReportedFile {
   bool readerDraws = false;  ///< the module
   std::string readerWords;   ///< what it says of the file: "drawn, 640 x 400"
   std::vector<Finding> findings;
-  Composite module, standard;
+  Composite picture;                         ///< by the published standard
+  std::optional<Composite> module;           ///< as the module draws it, where it is to be shown
   std::vector<std::string> segmentPictures;  ///< as HTML, of the first images and graphics
 };
 
 /// Bytes that a page has at most, whatever is in its files.
 inline constexpr size_t kMostPageBytes = 4 << 20;
 
-/// Examines the file, whose composites and reader's words the caller has set; the report of it as HTML,
+/// Examines and draws the file, of which the caller has set the module's words; the report of it as HTML,
 /// of at most so many bytes as far as it goes with less detail, which it then says.
 std::string ReportOf(ReportedFile& file, size_t mostBytes = kMostPageBytes);
 /// A whole page of reports, made by a version of the program.

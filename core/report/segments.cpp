@@ -22,21 +22,23 @@ std::string Place(const SurveyedPart& part, const char* field) {
 }
 
 std::string PictureOfImage(const ReportedFile& file, const SurveyedPart& part) {
-  constexpr uint32_t kSide = 320;
-  constexpr uint64_t kSampleCost = 20;  // nanoseconds, to scale it and to count it
+  constexpr uint32_t kSide = 320, kCounted = 1024;
+  constexpr uint64_t kSampleCost = 20;  // nanoseconds, to count it
+  const Composite picture = DrawImage(file.survey, part.index, kSide);
+  if (!picture.problem.empty()) return Tag("p", "No picture: " + Escaped(picture.problem) + ".");
+  if (!picture.missing.empty()) return Tag("p", "No picture: " + Escaped(picture.missing[0]) + ".");
   SampleImage image;
   SampleFault fault;
-  // As small as its codec makes it.
-  for (uint32_t reduce = ReduceFor(part, kSide);; --reduce) {
+  // Samples at a distance from each other, as small as its codec makes it.
+  for (uint32_t reduce = ReduceFor(part, kCounted);; --reduce) {
     image = {};
     fault = ReadSamples(file.survey, part, reduce, image);
     if (!fault.Met() || reduce == 0) break;
   }
   if (!fault.Met() && !media::Spend(kSampleCost * image.width * image.height * image.bands))
     fault = FaultOf(media::Outcome::OverBudget, "");
-  if (fault.Met()) return Tag("p", "No picture: " + Escaped(fault.words) + ".");
-  return Image(DataUri(PictureOf(image, kSide), kMostPng), part.Title() + " by itself") +
-         Histograms(image);
+  return Image(DataUri(picture.pixels, kMostPng), part.Title() + " by itself") +
+         (fault.Met() ? "" : Histograms(image));
 }
 
 std::string PictureOfGraphic(const ReportedFile& file, const SurveyedPart& part) {

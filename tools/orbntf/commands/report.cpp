@@ -19,6 +19,7 @@ namespace {
 struct ReportOptions {
   BatchOptions batch;
   std::string output, folder;
+  bool module = false;
   std::unique_ptr<RecordDefinitions> definitions;  // made when the command runs
 };
 
@@ -46,7 +47,7 @@ int ReportFileTo(const ReportOptions& options, const BatchFile& file, const std:
   ReportedFile reported(file.path, id, *options.definitions);
   if (!reported.survey.file.IsOpen()) return ReportFile("report", file.path, ORB_SHORT_READ);
   const WorkAccount account(file.path);
-  LookAtFile(reported);
+  LookAtFile(reported, options.module);
   const std::string report = ReportOf(reported, mostBytes);
   return std::fwrite(report.data(), 1, report.size(), out) == report.size() ? kExitOk : kExitStatus;
 }
@@ -107,7 +108,7 @@ int RunReport(ReportOptions& options, const std::string& folder) {
         ReportedFile reported(file.path, "f1", *options.definitions);
         if (!reported.survey.file.IsOpen()) return ReportFile("report", file.path, ORB_SHORT_READ);
         const WorkAccount account(file.path);
-        LookAtFile(reported);
+        LookAtFile(reported, options.module);
         return WritePage(output, PageOf(Version(), file.name, {ReportOf(reported)}, {file.name}));
       });
 }
@@ -122,6 +123,7 @@ void AddReport(const Command& top, CommandLine& line) {
   AddKeepEnding(command, options->batch);
   command.Take("-o,--output", options->output, "REPORT.html, or - for standard output");
   command.Take("-O,--output-folder", options->folder, "write a page for each file there");
+  command.Flag("--module", options->module, "show the module's picture beside the standard's");
   command.Runs(line.work, [options, &line] { return RunReport(*options, line.records); });
 }
 

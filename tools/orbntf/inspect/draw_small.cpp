@@ -31,13 +31,6 @@ Pixels Scaled(const KernelBitmap& bitmap) {
   return pixels;
 }
 
-std::string LabelOf(const SurveyedPart& part) {
-  const bool isImage = part.kind == PartKind::Image;
-  const std::string name(part.Trimmed(isImage ? "IID1" : "SNAME"));
-  return part.Title() + (name.empty() ? "" : " " + ToUtf8(name)) + ", level " +
-         std::string(part.Text(isImage ? "IDLVL" : "SDLVL"));
-}
-
 // Where the module puts what it draws.
 RECT ModuleRectangle(const NitfFile& document, const DisplayItem& item) {
   if (item.kind == SegmentKind::Graphic)
@@ -62,7 +55,7 @@ void AddOutlines(const NitfFile& document, const Survey& survey, Composite& comp
     if (part == nullptr) continue;
     const RECT place = ModuleRectangle(document, item);
     parts.push_back(part);
-    composite.outlines.push_back({part->Title(), LabelOf(*part), static_cast<double>(place.left),
+    composite.outlines.push_back({part->Title(), part->Title(), static_cast<double>(place.left),
                                   static_cast<double>(place.top),
                                   static_cast<double>(place.right - place.left),
                                   static_cast<double>(place.bottom - place.top), std::nullopt});
@@ -75,11 +68,11 @@ void AddOutlines(const NitfFile& document, const Survey& survey, Composite& comp
   }
 }
 
-Composite DrawSmall(const std::string& path, const Survey& survey, bool byStandard) {
+Composite DrawSmall(const std::string& path, const Survey& survey) {
   Composite composite;
   Document document;
   const WorkAccount account(path);
-  int32_t status = byStandard ? document.OpenByStandard(path) : document.Open(path);
+  int32_t status = document.Open(path);
   if (status == ORB_SUCCESS) {
     OwnedBitmap canvas;
     status = DrawDocument(path, document, canvas, composite.width, composite.height);
@@ -94,12 +87,11 @@ Composite DrawSmall(const std::string& path, const Survey& survey, bool byStanda
 
 }  // namespace
 
-void LookAtFile(ReportedFile& file) {
+void LookAtFile(ReportedFile& file, bool withPicture) {
   const Verdict verdict = AskModule(file.path);
   file.readerDraws = verdict.status == ORB_SUCCESS;
   file.readerWords = verdict.words;
-  file.module = DrawSmall(file.path, file.survey, false);
-  file.standard = DrawSmall(file.path, file.survey, true);
+  if (withPicture) file.module = DrawSmall(file.path, file.survey);
 }
 
 }  // namespace tool

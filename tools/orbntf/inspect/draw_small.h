@@ -6,8 +6,7 @@
 
 namespace tool {
 
-/// Draws a file as the module does and by the published standard, for its report, with what the module
-/// says of it.
-void LookAtFile(ReportedFile& file);
+/// Tells a file's report what the module says of it, and shows its picture where that is asked for.
+void LookAtFile(ReportedFile& file, bool withPicture);
 
 }  // namespace tool
