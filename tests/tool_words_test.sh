@@ -48,7 +48,7 @@ expect 1 'it begins with "GIF8"' "$tool" info patched.ntf
 image=$(grep -abo 'IMFirst' a.ntf | head -1 | cut -d: -f1)
 pvtype=$((image + 349))
 patched a.ntf "$pvtype" XYZ
-expect 1 'image 0 has PVTYPE "XYZ"' "$tool" info patched.ntf
+shows 'module: refused, status -700000: image 0 has PVTYPE "XYZ"' "$tool" info patched.ntf
 shows 'A title' "$tool" info patched.ntf
 shows '"texts": [' "$tool" info --json patched.ntf
 shows '"TEXTID"' "$tool" info --json patched.ntf

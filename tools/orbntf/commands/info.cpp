@@ -1,35 +1,68 @@
 // orbntf info: what files hold, for people or as JSON.
+#include <algorithm>
+
 #include "core/format/words.h"
+#include "core/view/view.h"
 #include "tools/orbntf/commands/batch.h"
-#include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/document_json.h"
-#include "tools/orbntf/inspect/explain.h"
-#include "tools/orbntf/inspect/opening.h"
 #include "tools/orbntf/inspect/show_records.h"
+#include "tools/orbntf/inspect/survey_json.h"
 
 namespace tool {
 namespace {
 
-void Print(std::FILE* out, const ImageSubheader& image) {
-  std::fprintf(out,
-               "  image %u: \"%s\" %s %s, %u x %u in %u x %u blocks, %u band(s) of %u bits, mode %s, "
-               "level %u on %u, at row %d, column %d\n",
-               image.index, Shown(image.IID1.text).c_str(), Shown(image.IREP.text).c_str(),
-               Shown(image.IC.text).c_str(), image.NCOLS.value, image.NROWS.value, image.NBPR.value,
-               image.NBPC.value, image.BandCount(), image.NBPP.value, Shown(image.IMODE.text).c_str(),
-               image.IDLVL.value, image.IALVL.value, image.ILOC.Row(), image.ILOC.Column());
+// A field as it is shown, without the spaces behind it.
+std::string FieldOf(const SurveyedPart& part, const char* name) { return Shown(part.Text(name)); }
+std::string NumberOf(const SurveyedPart& part, const char* name) {
+  const int64_t number = part.Number(name);
+  return number < 0 ? "?" : std::to_string(number);
+}
+std::string PlaceOf(const SurveyedPart& part, const char* name) {
+  int64_t row = 0, column = 0;
+  if (!PlaceOfText(part.Text(name), row, column)) return "at \"" + FieldOf(part, name) + "\"";
+  return "at row " + std::to_string(row) + ", column " + std::to_string(column);
 }
 
-void PrintFileHeader(std::FILE* out, const std::string& path, const NitfFile& document) {
-  const FileHeader& header = document.header;
+std::string Described(const SurveyedPart& part) {
+  switch (part.kind) {
+    case PartKind::Image:
+      return "\"" + FieldOf(part, "IID1") + "\" " + FieldOf(part, "IREP") + " " + FieldOf(part, "IC") +
+             ", " + NumberOf(part, "NCOLS") + " x " + NumberOf(part, "NROWS") + " in " +
+             NumberOf(part, "NBPR") + " x " + NumberOf(part, "NBPC") + " blocks, " +
+             std::to_string(part.Bands()) + " band(s) of " + NumberOf(part, "NBPP") + " bits" +
+             (part.Trimmed("PVTYPE") == "INT" || part.Trimmed("PVTYPE") == "B"
+                  ? ""
+                  : ", " + FieldOf(part, "PVTYPE")) +
+             ", mode " + FieldOf(part, "IMODE") + ", level " + NumberOf(part, "IDLVL") + " on " +
+             NumberOf(part, "IALVL") + ", " + PlaceOf(part, "ILOC");
+    case PartKind::Graphic:
+      return "\"" + FieldOf(part, "SNAME") + "\" " + FieldOf(part, "SFMT") + ", level " +
+             NumberOf(part, "SDLVL") + " on " + NumberOf(part, "SALVL") + ", " + PlaceOf(part, "SLOC") +
+             ", " + std::to_string(part.dataLength) + " bytes";
+    case PartKind::Text:
+      return "\"" + FieldOf(part, "TXTITL") + "\" " + FieldOf(part, "TXTFMT") + ", " +
+             std::to_string(part.dataLength) + " bytes";
+    default:
+      return FieldOf(part, part.kind == PartKind::Reserved ? "RESID" : "DESID") + ", " +
+             std::to_string(part.dataLength) + " bytes";
+  }
+}
+
+void PrintFileHeader(std::FILE* out, const std::string& path, const FileFacts& file) {
+  const SurveyedPart& header = file.survey.Header();
   std::fprintf(out, "%s: %s %s, complexity %s, \"%s\"\n", Printable(InputName(path)).c_str(),
-               Shown(header.FHDR.text).c_str(), Shown(header.FVER.text).c_str(),
-               Shown(header.CLEVEL.text).c_str(), Shown(header.FTITLE.text).c_str());
-  std::fprintf(out, "  dated %s by %s, class %s, %s bytes, background #%02X%02X%02X\n",
-               Shown(header.FDT.text).c_str(), Shown(header.OSTAID.text).c_str(),
-               Shown(header.security.CLAS.text).c_str(), Shown(header.FL.text).c_str(),
-               header.background & 255, header.background >> 8 & 255, header.background >> 16);
+               FieldOf(header, "FHDR").c_str(), FieldOf(header, "FVER").c_str(),
+               FieldOf(header, "CLEVEL").c_str(), FieldOf(header, "FTITLE").c_str());
+  std::fprintf(out, "  dated %s by %s, class %s, %s bytes, background #%s\n",
+               FieldOf(header, "FDT").c_str(), FieldOf(header, "OSTAID").c_str(),
+               FieldOf(header, "FSCLAS").c_str(), FieldOf(header, "FL").c_str(),
+               HexOf(header.Text("FBKGC")).c_str());
+  if (file.width != 0)
+    std::fprintf(out, "  composite %llu x %llu\n", static_cast<unsigned long long>(file.width),
+                 static_cast<unsigned long long>(file.height));
+  if (!file.module.words.empty())
+    std::fprintf(out, "  module: refused, status %d: %s\n", file.module.status,
+                 Printable(file.module.words).c_str());
 }
 
 // A line of tags, or what the records say.
@@ -43,56 +76,14 @@ void PrintRecords(std::FILE* out, const std::vector<TaggedRecord>& records, bool
   if (!decoded) std::fputc('\n', out);
 }
 
-class RecordPrinter {
- public:
-  RecordPrinter(std::FILE* out, const RecordLists& records, bool decoded)
-      : out_(out), records_(records), decoded_(decoded) {}
-  void Print(PartKind kind, uint32_t index) const {
-    PrintRecords(out_, records_.Of(kind, index), decoded_);
+void PrintForPeople(std::FILE* out, const std::string& path, const FileFacts& file, bool decoded) {
+  PrintFileHeader(out, path, file);
+  for (const SurveyedPart& part : file.survey.parts) {
+    if (part.kind != PartKind::File)
+      std::fprintf(out, "  %s: %s\n", part.Title().c_str(),
+                   part.FieldCount() != 0 ? Described(part).c_str() : "its subheader is not there");
+    PrintRecords(out, RecordsOf(part, file.definitions), decoded);
   }
-
- private:
-  std::FILE* out_;
-  const RecordLists& records_;
-  bool decoded_;
-};
-
-void PrintSegments(std::FILE* out, const NitfFile& document, const RecordPrinter& records) {
-  for (const ImageSubheader& image : document.images) {
-    if (!image.parsed) continue;
-    Print(out, image);
-    records.Print(PartKind::Image, image.index);
-  }
-  for (const GraphicSubheader& graphic : document.graphics) {
-    if (!graphic.parsed) continue;
-    std::fprintf(out, "  graphic %u: \"%s\" %s, level %u on %u, at row %d, column %d, %u bytes\n",
-                 graphic.index, Shown(graphic.SNAME.text).c_str(), Shown(graphic.SFMT.text).c_str(),
-                 graphic.SDLVL.value, graphic.SALVL.value, graphic.SLOC.Row(), graphic.SLOC.Column(),
-                 document.DataLength(SegmentKind::Graphic, graphic.index));
-    records.Print(PartKind::Graphic, graphic.index);
-  }
-  for (const TextSubheader& text : document.texts) {
-    if (!text.parsed) continue;
-    std::fprintf(out, "  text %u: \"%s\" %s, %u bytes\n", text.index, Shown(text.TXTITL.text).c_str(),
-                 Shown(text.TXTFMT.text).c_str(), document.DataLength(SegmentKind::Text, text.index));
-    records.Print(PartKind::Text, text.index);
-  }
-  for (const DataExtensionSubheader& extension : document.dataExtensions) {
-    if (!extension.parsed) continue;
-    std::fprintf(out, "  data extension %u: %s, %u bytes\n", extension.index,
-                 Shown(extension.DESID.text).c_str(),
-                 document.DataLength(SegmentKind::DataExtension, extension.index));
-    records.Print(PartKind::DataExtension, extension.index);
-  }
-}
-
-void PrintForPeople(std::FILE* out, const std::string& path, const Inspection& file,
-                    const RecordPrinter& records) {
-  if (!file.document.headerPresent) return;
-  PrintFileHeader(out, path, file.document);
-  if (file.status == ORB_SUCCESS) std::fprintf(out, "  composite %u x %u\n", file.width, file.height);
-  records.Print(PartKind::File, 0);
-  PrintSegments(out, file.document, records);
 }
 
 struct InfoOptions {
@@ -101,11 +92,11 @@ struct InfoOptions {
   std::unique_ptr<RecordDefinitions> definitions;  // made when the command runs
 };
 
-void PrintJson(std::FILE* out, const std::string& path, const Inspection& file,
-               const RecordLists& records, bool onOneLine, bool inArray) {
+void PrintJson(std::FILE* out, const std::string& path, const FileFacts& file, bool onOneLine,
+               bool inArray) {
   JsonText json(!onOneLine, inArray ? 1 : 0, out);
   if (inArray) std::fputs("  ", out);
-  WriteFile(json, InputName(path), file, records);
+  WriteFile(json, InputName(path), file);
   std::fwrite(json.Text().data(), 1, json.Text().size(), out);
   if (!inArray) std::fputc('\n', out);
 }
@@ -120,20 +111,35 @@ std::function<std::string(const BatchFile&, const std::string&)> JsonFailure(boo
   };
 }
 
+// Whether the structure of a file could be read: its header is one of NITF 2.1 or NSIF 1.0, and all
+// headers are whole.
+bool IsRead(const Survey& survey) {
+  const SurveyedPart& header = survey.Header();
+  const std::string version = std::string(header.Text("FHDR")) + std::string(header.Text("FVER"));
+  return IsOneOf(version, "NITF02.10|NSIF01.00") &&
+         std::all_of(survey.parts.begin(), survey.parts.end(),
+                     [](const SurveyedPart& part) { return part.complete; });
+}
+
 int ShowFile(const InfoOptions& options, const std::string& path, bool inArray, std::FILE* out) {
-  Inspection file;
-  file.Read(path);
+  const WorkAccount account(path);
+  const Survey survey(path);
+  FileFacts file = {survey, *options.definitions, AskToOpen(path)};
   RequireHostReads(path);
-  const RecordLists records(path, *options.definitions);
-  if (options.json || options.lines) {
-    PrintJson(out, path, file, records, options.lines, inArray);
-  } else {
-    PrintForPeople(out, path, file, RecordPrinter(out, records, options.records));
+  const bool isRead = IsRead(survey);
+  if (isRead) {
+    const ViewRequest whole;
+    FileView view(survey, whole);
+    (void)view.Start();
+    file.width = view.FullWidth();
+    file.height = view.FullHeight();
   }
-  if (file.status == ORB_SUCCESS) return kExitOk;
-  if (const std::string why = WhyUnreadable(path); !why.empty())
-    return Report("info", path, file.status, why);
-  return ReportDocument("info", path, file.document, file.status);
+  if (options.json || options.lines) {
+    PrintJson(out, path, file, options.lines, inArray);
+  } else if (survey.Header().Has("FVER")) {
+    PrintForPeople(out, path, file, options.records);
+  }
+  return isRead ? kExitOk : Report("info", path, file.module.status, file.module.words);
 }
 
 int RunInfo(InfoOptions& options, const std::string& folder) {

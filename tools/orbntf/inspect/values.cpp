@@ -4,7 +4,7 @@
 #include <cstdlib>
 
 #include "core/format/numbers.h"
-#include "tools/orbntf/tool.h"
+#include "core/format/words.h"
 
 namespace tool {
 namespace {
@@ -31,7 +31,7 @@ void WriteMagnification(JsonText& json, std::string_view text) {
 }
 
 void WritePlace(JsonText& json, std::string_view text) {
-  constexpr size_t kHalf = Location::kHalf;
+  constexpr size_t kHalf = 5;
   const auto row = NumberOf(text.substr(0, kHalf)),
              column = NumberOf(text.substr(std::min(kHalf, text.size())));
   if (text.size() != 2 * kHalf || !row || !column) return json.Null();
@@ -54,31 +54,41 @@ void WriteDate(JsonText& json, std::string_view text) {
   date.empty() ? json.Null() : json.String(date);
 }
 
-// Dates of the security fields are texts to the module: they may be blank.
-bool IsDate(const FieldTraits& traits) {
-  const std::string_view name(traits.name);
-  return traits.setAs == SetAs::Date || name == "DCDT" || name == "DGDT" || name == "SRDT";
-}
-
-bool IsPlace(const FieldTraits& traits) {
-  return traits.setAs == SetAs::Location || traits.setAs == SetAs::SignedLocation;
+bool EndsWith(std::string_view name, std::string_view end) {
+  return name.size() > end.size() && name.substr(name.size() - end.size()) == end;
 }
 
 }  // namespace
 
-bool HasValue(const FieldTraits& traits) {
-  const std::string_view name(traits.name);
-  return name == "FBKGC" || name == "IMAG" || IsDate(traits) || IsPlace(traits) ||
-         traits.setAs == SetAs::Number;
+FieldMeaning MeaningOfField(std::string_view name) {
+  constexpr std::string_view kNumbers =
+      "CLEVEL|FSCOP|FSCPYS|ENCRYP|FL|HL|NUMI|NUMS|NUMX|NUMT|NUMDES|NUMRES|UDHDL|UDHOFL|XHDL|XHDLOFL|"
+      "NROWS|NCOLS|ABPP|"
+      "NICOM|NBANDS|XBANDS|ISYNC|NBPR|NBPC|NPPBH|NPPBV|NBPP|IDLVL|IALVL|UDIDL|UDOFL|IXSHDL|IXSOFL|"
+      "SSTRUCT|SDLVL|SALVL|"
+      "SRES|SXSHDL|SXSOFL|TXTALVL|TXSHDL|TXSOFL|DESSHL|RESSHL|DESVER|RESVER";
+  if (name == "FBKGC") return FieldMeaning::Colour;
+  if (name == "IMAG") return FieldMeaning::Magnification;
+  if (IsOneOf(name, "ILOC|SLOC|SBND1|SBND2")) return FieldMeaning::Place;
+  if (IsOneOf(name, "FDT|IDATIM|TXTDT") || EndsWith(name, "DCDT") || EndsWith(name, "DGDT") ||
+      EndsWith(name, "SRDT"))
+    return FieldMeaning::Date;
+  return IsOneOf(name, kNumbers) ? FieldMeaning::Number : FieldMeaning::Text;
 }
 
-void WriteValue(JsonText& json, const FieldTraits& traits, std::string_view text) {
-  const std::string_view name(traits.name);
-  if (name == "FBKGC") return WriteColour(json, text);
-  if (name == "IMAG") return WriteMagnification(json, text);
-  if (IsDate(traits)) return WriteDate(json, text);
-  if (IsPlace(traits)) return WritePlace(json, text);
-  WriteNumber(json, text);
+void WriteValue(JsonText& json, FieldMeaning meaning, std::string_view text) {
+  switch (meaning) {
+    case FieldMeaning::Colour:
+      return WriteColour(json, text);
+    case FieldMeaning::Magnification:
+      return WriteMagnification(json, text);
+    case FieldMeaning::Date:
+      return WriteDate(json, text);
+    case FieldMeaning::Place:
+      return WritePlace(json, text);
+    default:
+      return WriteNumber(json, text);
+  }
 }
 
 }  // namespace tool

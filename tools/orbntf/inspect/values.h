@@ -3,16 +3,16 @@
 
 #include <string_view>
 
-#include "Common/FieldRows.h"
 #include "core/format/json_text.h"
-#include "tools/orbntf/tool.h"
+#include "tools/orbntf/core_names.h"
 
 namespace tool {
 
-/// Whether a field means more than a text: a number, a date, a place or a colour.
-bool HasValue(const FieldTraits& traits);
+/// What a field's text stands for.
+enum class FieldMeaning { Text, Number, Date, Place, Colour, Magnification };
+FieldMeaning MeaningOfField(std::string_view name);
 /// Writes its value: a number, a date as ISO 8601 as far as it is known, [row, column], "#RRGGBB"; null
 /// for a text that is no value of the field.
-void WriteValue(JsonText& json, const FieldTraits& traits, std::string_view text);
+void WriteValue(JsonText& json, FieldMeaning meaning, std::string_view text);
 
 }  // namespace tool

@@ -80,4 +80,20 @@ void WarnOfFaults(const std::string& command, const std::string& path, const std
   }
 }
 
+ModuleWord AskToOpen(const std::string& path) {
+  NitfFile document;
+  ModuleWord word;
+  word.status = ToCaller(document.ReadDocument(Widen(path).c_str()));
+  if (document.fault.offset >= 0) {
+    word.field = std::string(document.fault.prefix) + document.fault.name;
+    word.offset = document.fault.offset;
+  }
+  if (word.status == ORB_SUCCESS) return word;
+  word.words = WhyUnreadable(path);
+  if (!word.words.empty()) return word;
+  const std::string why = Explain(path, document, word.status);
+  word.words = (why.empty() ? MeaningOf(word.status) : why) + PlaceOf(document.fault);
+  return word;
+}
+
 }  // namespace tool
