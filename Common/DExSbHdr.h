@@ -12,7 +12,6 @@ struct DataExtensionSubheader {
     return parser.Parse(*this);
   }
 
-  bool parsed = false;  ///< the file's subheader was read to its end
   uint32_t index = 0;
   Text<2> DE;
   Text<25> DESID;

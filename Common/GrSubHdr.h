@@ -44,7 +44,6 @@ struct GraphicSubheader {
   /// Whether SFMT names a form ("C", "O", "B").
   bool HasForm(char form) const { return SFMT.text[0] == form; }
 
-  bool parsed = false;  ///< the file's subheader was read to its end
   uint32_t index = 0;
   OwnedDrawing drawing;
   bool handleGiven = false;  ///< a caller holds the drawing's handle, so it stays loaded

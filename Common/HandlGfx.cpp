@@ -1,6 +1,5 @@
 #include "Common/HandlGfx.h"
 
-#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -21,35 +20,10 @@ Status AddObjectLayer(VectorHandle& drawing) {
   return FromHost(VectorAddLayer(&drawing, &layer));
 }
 
-// Makes the view of a drawing its objects with some room around them, and `place` where that view stands
-// with the drawing's origin at SLOC.
-Status PutAtOrigin(VectorHandle& drawing, const GraphicSubheader& graphic, int32_t rowOffset,
-                   int32_t columnOffset, RECT& place) {
-  constexpr double kRoom = 256;
-  if (VectorIsEmpty(&drawing) != 0) return Status::Success;
-  VectorPoint least = {}, greatest = {};
-  if (Status s = FromHost(VectorGetExtent(&drawing, &least, &greatest)); !Ok(s)) return s;
-  const auto side = [](double value) {
-    constexpr double kFarthest = 1 << 20;
-    return static_cast<int32_t>(std::clamp(std::floor(value), -kFarthest, kFarthest));
-  };
-  const int32_t left = side(least.x - kRoom), top = side(-greatest.y - kRoom);
-  const int32_t right = side(greatest.x + kRoom), bottom = side(-least.y + kRoom);
-  RECT view;
-  (void)SetRect(&view, left, top, right, bottom);
-  if (Status s = FromHost(VectorSetViewRectangle(&drawing, &view)); !Ok(s)) return s;
-  const int32_t row = graphic.SLOC.Row() + rowOffset, column = graphic.SLOC.Column() + columnOffset;
-  (void)SetRect(&place, column + left, row + top, column + right, row + bottom);
-  return Status::Success;
-}
-
 Status PaintDrawing(HDC dc, NitfFile& document, GraphicSubheader& graphic, int32_t rowOffset,
                     int32_t columnOffset) {
   VectorHandle& drawing = graphic.drawing.handle;
-  RECT place = GraphicRectangle(document.header.rules, graphic, rowOffset, columnOffset);
-  if (document.header.rules.drawingsAtOrigin) {
-    if (Status s = PutAtOrigin(drawing, graphic, rowOffset, columnOffset, place); !Ok(s)) return s;
-  }
+  const RECT place = GraphicRectangle(graphic, rowOffset, columnOffset);
   (void)VectorSetPaintMode(&drawing, 1);
   (void)VectorSetBackground(&drawing, document.background);
   return FromHost(VectorPaint(dc, &drawing, place.right - place.left, std::abs(place.bottom - place.top),
@@ -58,14 +32,8 @@ Status PaintDrawing(HDC dc, NitfFile& document, GraphicSubheader& graphic, int32
 
 }  // namespace
 
-RECT GraphicRectangle(const DisplayRules& rules, const GraphicSubheader& graphic, int32_t rowOffset,
-                      int32_t columnOffset) {
+RECT GraphicRectangle(const GraphicSubheader& graphic, int32_t rowOffset, int32_t columnOffset) {
   RECT place;
-  if (rules.drawingsAtOrigin) {
-    (void)SetRect(&place, graphic.SBND1.Column() + columnOffset, graphic.SBND1.Row() + rowOffset,
-                  graphic.SBND2.Column() + columnOffset, graphic.SBND2.Row() + rowOffset);
-    return place;
-  }
   const int32_t rowBase = graphic.SLOC.Row() + rowOffset;
   const int32_t columnBase = graphic.SLOC.Column() + columnOffset;
   (void)SetRect(&place, graphic.SBND1.first + columnBase, graphic.SBND1.second + rowBase,

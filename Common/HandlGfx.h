@@ -5,10 +5,8 @@
 #include "host/fileformat.h"
 
 /// Where a graphic lies on the canvas: SBND1 to SBND2, moved by SLOC and the attachment's offsets. The
-/// first number of each bound counts with the columns. Where the rules say so the bounds are row first
-/// and are moved by the attachment alone.
-RECT GraphicRectangle(const DisplayRules& rules, const GraphicSubheader& graphic, int32_t rowOffset,
-                      int32_t columnOffset);
+/// first number of each bound counts with the columns.
+RECT GraphicRectangle(const GraphicSubheader& graphic, int32_t rowOffset, int32_t columnOffset);
 
 /// Reads a graphic segment's data and, when it is CGM, decodes it into an initialised drawing; other
 /// forms leave the drawing empty. 1, -1, -7, or the file-format library's code.

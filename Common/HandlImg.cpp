@@ -6,7 +6,6 @@
 #include "Common/ImSubHdr.h"
 #include "Common/ImgBitmap.h"
 #include "Common/ImgCodec.h"
-#include "Common/ImgEnlarge.h"
 #include "Common/ImgModes.h"
 #include "Common/ImgVq.h"
 #include "host/display.h"
@@ -153,8 +152,7 @@ Status LiftDarkImage(KernelBitmap& bitmap) {
 Status LoadImageSegment(HostLoadRecord* record, NitfFile& document, uint32_t index, OwnedBitmap& bitmap,
                         bool* blank) {
   const ImageSource source = ImageSource::Of(document, index, record);
-  Status status = FillSegmentBitmap(source, bitmap);
-  if (Ok(status)) status = EnlargeToFullSize(source.header, bitmap);
+  const Status status = FillSegmentBitmap(source, bitmap);
   if (!Ok(status)) bitmap.Free();
   // What a vector-quantised image fills follows from its blocks.
   if (blank != nullptr) *blank = source.blank && source.header.Family() != ReaderFamily::VectorQuantised;

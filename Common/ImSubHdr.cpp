@@ -49,7 +49,7 @@ Status AcceptImageMode(H& header) {
 }
 
 Status AcceptSampleDepth(H& header) {
-  if (header.bandCount <= 1 || header.NBPP.value != 16 || header.ShowsHighBits()) return Status::Success;
+  if (header.bandCount <= 1 || header.NBPP.value != 16) return Status::Success;
   return RefuseWithMessage("Unsupported BPP", Status::BadSampleDepth);
 }
 
@@ -306,12 +306,6 @@ Status ImageSubheader::ReadTail(FieldReader& reader) {
   return mask.Read(reader, MaskRecords());
 }
 
-const DisplayRules& ImageSubheader::Rules() const {
-  static constexpr DisplayRules kByContract;
-  return owner != nullptr ? owner->rules : kByContract;
-}
-
 CheckedSize ImageSubheader::MaskRecords() const {
-  const CheckedSize blocks = CheckedSize(NBPR.value) * NBPC.value;
-  return Rules().recordABlock && Mode() != ImageMode::S ? blocks : blocks * bandCount;
+  return CheckedSize(NBPR.value) * NBPC.value * bandCount;
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "Common/AppendedData.h"
-#include "Common/DisplayRules.h"
 #include "Common/SharedFields.h"
 
 struct FileHeader;
@@ -162,14 +161,8 @@ struct ImageSubheader {
   /// Decodes IMAG; a blank one is 1.
   void TakeMagnification();
   uint32_t BandCount() const { return bandCount; }
-  /// The display rules of the document that the image is of.
-  const DisplayRules& Rules() const;
   /// Records of each table of a mask.
   CheckedSize MaskRecords() const;
-  /// Whether bands are shown by their high bits, where rules say so.
-  bool ShowsHighBits() const {
-    return Rules().highBits && bandCount > 1 && NBPP.value >= 9 && NBPP.value <= 16;
-  }
   /// NBANDS, or XBANDS where that is 0: the bands that have a representation.
   uint32_t CodedBandCount() const { return NBANDS.value != 0 ? NBANDS.value : LengthOf(XBANDS.text); }
   BandRepresentation BandCode(uint32_t band) const {
@@ -181,7 +174,6 @@ struct ImageSubheader {
   CheckedSize FullHeight() const { return CheckedSize(NPPBV.value) * NBPC.value; }
 
   FileHeader* owner = nullptr;  ///< whose lengths follow what setters change
-  bool parsed = false;          ///< the file's subheader was read to its end
   uint32_t index = 0;
   uint32_t bandCount = 0;
   uint32_t biLevelOption = static_cast<uint32_t>(BiLevelOption::None);

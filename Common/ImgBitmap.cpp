@@ -30,7 +30,6 @@ uint32_t RowsOfStrip(const ImageSubheader& header, uint32_t bitsPerPixel) {
 }
 
 uint32_t SegmentBitsPerPixel(const ImageSubheader& header) {
-  if (header.ShowsHighBits()) return 24;
   const uint32_t bits = header.BandCount() > 1 ? header.NBPP.value * 3 : header.NBPP.value;
   return header.IsMono() && (bits == 32 || bits == 64) ? 8 : bits;
 }

@@ -5,7 +5,6 @@
 #include "Common/BigEndian.h"
 #include "Common/ImgBiLevel.h"
 #include "Common/ImgBitmap.h"
-#include "Common/ImgDeep.h"
 #include "host/display.h"
 
 namespace {
@@ -110,7 +109,6 @@ struct ModeLayout {
   bool usesPadRecords = true;     // without block records, pad pixel records give offsets
   bool repeatsLastRow = false;    // the last row of a block shows the row above it
   bool marksInterleaved = false;  // the segment bitmap's hint is set
-  bool hasDifferences = false;    // bands are luminance and two colour differences, shown in colour
   // Of blue (0), green (1) and red (2): the one that hosts expect of a mode.
   uint8_t readOrder[3] = {2, 1, 0};
 };
@@ -138,7 +136,7 @@ int64_t PlanesOfBlock(const ImageSubheader& header) {
   return multi ? header.BandCount() : SegmentBitsPerPixel(header) / 8;
 }
 
-ModeLayout LayoutOfMode(const ImageSource& source) {
+ModeLayout LayoutOf(const ImageSource& source) {
   const ImageSubheader& header = source.header;
   const int64_t width = header.NPPBH.value;
   const int64_t block = width * header.NPPBV.value;
@@ -157,7 +155,7 @@ ModeLayout LayoutOfMode(const ImageSource& source) {
               .rowStride = width * bands,
               .pixelStride = static_cast<uint32_t>(bands),
               .segmentDepth = true,
-              .repeatsLastRow = !header.Rules().everyRow,
+              .repeatsLastRow = true,
               .marksInterleaved = true,
               .readOrder = {0, 1, 2}};
     case ImageMode::R:
@@ -173,13 +171,6 @@ ModeLayout LayoutOfMode(const ImageSource& source) {
           .bandStride = masked ? MaskedPlane(source) : block * static_cast<int64_t>(header.BlockCount()),
           .rowStride = width,
           .marksInterleaved = true};
-}
-
-ModeLayout LayoutOf(const ImageSource& source) {
-  ModeLayout layout = LayoutOfMode(source);
-  layout.hasDifferences = source.header.Rules().colourDifferences &&
-                          source.header.RepresentationCode() == Representation::YCbCr601;
-  return layout;
 }
 
 // Offset of block n from the start of the data; false when it is not stored.
@@ -223,21 +214,6 @@ void InterleaveRows(const uint8_t* blue, const uint8_t* green, const uint8_t* re
   }
 }
 
-uint8_t ClampToByte(int32_t value) { return static_cast<uint8_t>(std::clamp(value, 0, 255)); }
-
-// Luminance and colour differences of full range, which stand as red, green and blue, as the colour that
-// they mean (ITU-R BT.601).
-void ShowDifferences(std::span<uint8_t> pixels, size_t step) {
-  constexpr int32_t kOne = 1 << 16, kHalf = kOne / 2;
-  constexpr int32_t kRed = 91881, kGreenBlue = 22554, kGreenRed = 46802, kBlue = 116130;
-  for (size_t at = 0; at + step <= pixels.size(); at += step) {
-    const int32_t y = pixels[at + 2] * kOne + kHalf, cb = pixels[at + 1] - 128, cr = pixels[at] - 128;
-    pixels[at + 2] = ClampToByte((y + kRed * cr) >> 16);
-    pixels[at + 1] = ClampToByte((y - kGreenBlue * cb - kGreenRed * cr) >> 16);
-    pixels[at] = ClampToByte((y + kBlue * cb) >> 16);
-  }
-}
-
 // Reads the rows of blocks into blue, green, red pixels.
 class BandRows {
  public:
@@ -265,8 +241,6 @@ class BandRows {
       if (Status s = source_.ReadAt(at, samples.data(), bytes); !Ok(s)) return s;
     }
     SpreadAll();
-    if (layout_.hasDifferences && step_ >= 3)
-      ShowDifferences({pixels_.data(), size_t{width_} * step_}, step_);
     return Status::Success;
   }
   const uint8_t* Pixels() const { return pixels_.data(); }
@@ -363,7 +337,6 @@ CheckedSize LeastDataBytes(const ImageSubheader& header) {
 Status ReadUncompressedImage(KernelBitmap& segment, const ImageSource& source) {
   const ImageSubheader& header = source.header;
   if (header.Pixel() == PixelType::BiLevel) return ReadBiLevel(segment, source);
-  if (header.ShowsHighBits()) return ReadDeepBands(segment, source);
   if (header.BandCount() >= 3) return ReadInterleavedBands(segment, source);
   return header.IsSingleBlock() ? ReadSingleBlock(segment, source) : ReadMultiBlock(segment, source);
 }

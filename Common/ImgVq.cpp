@@ -356,9 +356,7 @@ Status SeekPastMaskTable(const ImageSource& source) {
   uint8_t head[10];
   if (Status s = source.ReadAt(0, head, sizeof head); !Ok(s)) return s;
   const ImageSubheader& header = source.header;
-  const uint64_t count = header.Rules().recordABlock ? header.MaskRecords().Value()
-                                                     : header.BlockCount() * header.NBANDS.value;
-  const auto records = static_cast<int64_t>(count) * 4;
+  const auto records = static_cast<int64_t>(header.BlockCount() * header.NBANDS.value) * 4;
   int64_t bytes = sizeof head + (Big16(head + 8) + 7) / 8;
   if (Big16(head + 4) != 0) bytes += records;
   if (Big16(head + 6) != 0) bytes += records;

@@ -47,31 +47,20 @@ Status NitfFile::ParseDocument(HeaderParser& parser) {
   headerPresent = header.loaded;
   background = header.background;
   if (Status s = AllocateObjects(); !Ok(s)) return s;
-  Status first = ReadSubheaders(SegmentKind::Image, images, parser);
-  const auto then = [&]<class R>(SegmentKind kind, SegmentList<R>& list) {
-    if (!Ok(first) && !readsOn) return;
-    const Status status = ReadSubheaders(kind, list, parser);
-    if (Ok(first)) first = status;
-  };
-  then(SegmentKind::Graphic, graphics);
-  then(SegmentKind::Text, texts);
-  then(SegmentKind::DataExtension, dataExtensions);
-  return first;
+  if (Status s = ReadSubheaders(SegmentKind::Image, images, parser); !Ok(s)) return s;
+  if (Status s = ReadSubheaders(SegmentKind::Graphic, graphics, parser); !Ok(s)) return s;
+  if (Status s = ReadSubheaders(SegmentKind::Text, texts, parser); !Ok(s)) return s;
+  return ReadSubheaders(SegmentKind::DataExtension, dataExtensions, parser);
 }
 
-// The first failure; where the document reads on, the subheaders behind it are read as well.
 template <class R>
 Status NitfFile::ReadSubheaders(SegmentKind kind, SegmentList<R>& list, HeaderParser& parser) {
-  Status first = Status::Success;
   uint32_t index = 0;
   for (R& record : list) {
-    const bool there = SeekToSubheader(kind, index++) >= 0;
-    const Status status = there ? record.ReadSubheader(parser) : Status::ShortRead;
-    record.parsed = Ok(status);
-    if (Ok(first)) first = status;
-    if (!Ok(first) && !readsOn) break;
+    if (SeekToSubheader(kind, index++) < 0) return Status::ShortRead;
+    if (Status s = record.ReadSubheader(parser); !Ok(s)) return s;
   }
-  return first;
+  return Status::Success;
 }
 
 Status NitfFile::AllocateObjects() {

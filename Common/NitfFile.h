@@ -46,7 +46,6 @@ struct NitfFile : NonCopyable {
   bool graphicOption = false;
   bool liftDarkImages = false;
   bool fixedCanvas = false;
-  bool readsOn = false;  ///< past a subheader that does not parse, to the next; no export sets it
   ReplacementProgress replacement;
   ParseFault fault;  ///< where a failed read ended
   bool headerPresent = false;

@@ -16,16 +16,13 @@ Status AcceptMark(FileHeader& header) {
 }
 
 Status AcceptVersion(FileHeader& header) {
-  const std::string_view version(header.FVER.text);
-  const bool isNsif = std::string_view(header.FHDR.text) == "NSIF" && version == "01.00";
-  return version == "02.10" || (isNsif && header.rules.everyVersion) ? Status::Success
-                                                                     : Status::BadVersion;
+  return std::string_view(header.FVER.text) == "02.10" ? Status::Success : Status::BadVersion;
 }
 
 Status AcceptComplexity(FileHeader& header) {
   const bool supported = std::string_view(header.CLEVEL.text) == "03";
   header.CLEVEL.value = kComplexityLevel;  // a refused level is not taken
-  if (supported || header.rules.everyVersion) return Status::Success;
+  if (supported) return Status::Success;
   MessageBoxA(nullptr, "Unsupported CLEVEL", "Error", MB_OK);
   return Status::BadComplexity;
 }

@@ -1,7 +1,6 @@
 // The file header (MIL-STD-2500C, table A-1).
 #pragma once
 
-#include "Common/DisplayRules.h"
 #include "Common/SharedFields.h"
 
 /// Segment kinds: the codes of the seek helpers and of the display list; reserved extensions are counted,
@@ -59,7 +58,6 @@ struct FileHeader {
   void SetBackground(COLORREF colour);
 
   bool loaded = false;               ///< FHDR was accepted
-  DisplayRules rules;                ///< of the document
   uint64_t fileLength = 0;           ///< 12 digits
   uint32_t headerLength = 0;         ///< as read; the segments start here
   uint32_t currentHeaderLength = 0;  ///< as a save writes it

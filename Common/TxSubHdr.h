@@ -15,7 +15,6 @@ struct TextSubheader {
   /// Keeps a copy of a caller's text: -814 for null, -1.
   Status SetTextData(const void* bytes, uint32_t count);
 
-  bool parsed = false;  ///< the file's subheader was read to its end
   uint32_t index = 0;
   AppendedData appended;  ///< text that a caller appended, without a terminator
 

@@ -28,25 +28,6 @@ Status AddImage(const ImageSubheader& image, const DisplayItem& item, Extent& ex
   return Status::Success;
 }
 
-// A drawing that reaches beyond its bounds, as texts in other fonts do, is whole on the canvas as long as
-// it is no more than as large again.
-Status AddWholeDrawing(const OwnedDrawing& drawing, const NitfFile& document, const DisplayItem& item,
-                       Extent& extent) {
-  const GraphicSubheader& graphic = *document.graphics.At(item.index);
-  const RECT bounds = GraphicRectangle(document.header.rules, graphic, item.rowOffset, item.columnOffset);
-  extent.Add(bounds.right, bounds.bottom);
-  if (VectorIsEmpty(&drawing.handle) != 0) return Status::Success;
-  VectorPoint least = {}, greatest = {};
-  if (Status s = FromHost(VectorGetExtent(&drawing.handle, &least, &greatest)); !Ok(s)) return s;
-  const auto reach = [](double from, double size, int64_t first, int64_t last) {
-    const double most = static_cast<double>(last) + std::abs(static_cast<double>(last - first));
-    return static_cast<int64_t>(std::min(std::ceil(from + size), most));
-  };
-  extent.Add(reach(graphic.SLOC.Column() + item.columnOffset, greatest.x, bounds.left, bounds.right),
-             reach(graphic.SLOC.Row() + item.rowOffset, -least.y, bounds.top, bounds.bottom));
-  return Status::Success;
-}
-
 Status AddGraphic(NitfFile& document, const DisplayItem& item, Extent& extent) {
   const GraphicSubheader& graphic = *document.graphics.At(item.index);
   OwnedDrawing drawing;
@@ -56,8 +37,7 @@ Status AddGraphic(NitfFile& document, const DisplayItem& item, Extent& extent) {
                int64_t{graphic.SBND2.first} + item.rowOffset);
     return Status::Success;
   }
-  if (document.header.rules.drawingsAtOrigin) return AddWholeDrawing(drawing, document, item, extent);
-  const RECT bounds = GraphicRectangle(document.header.rules, graphic, item.rowOffset, item.columnOffset);
+  const RECT bounds = GraphicRectangle(graphic, item.rowOffset, item.columnOffset);
   extent.Add(std::abs(int64_t{bounds.right}), std::abs(int64_t{bounds.bottom}));
   return Status::Success;
 }

@@ -1,7 +1,7 @@
 // What the tool tells of a file: its structure, findings, records, samples and page.
-#include "Common/NitfFile.h"
 #include "core/report/report.h"
 #include "core/samples/samples.h"
+#include "core/view/view.h"
 #include "fuzz/support.h"
 
 int fuzz::Insight(const uint8_t* data, size_t size) {
@@ -30,11 +30,10 @@ int fuzz::Insight(const uint8_t* data, size_t size) {
                            core::RecordsSection(reported, kDetail) +
                            core::TextsSection(reported, kDetail) + core::LayoutSection(reported, kDetail);
   Require(page.find('\x1B') == std::string::npos, "no control characters on a page");
-  Begin(size);
-  NitfFile document;
-  document.header.rules = DisplayRules::Standard();
-  if (ToCaller(document.ReadDocument(file.Wide())) == 1) (void)Draw(&document);
-  document.FreeObjects();
-  RequireNothingHeld();
+  core::ViewRequest request;
+  request.size = 100;
+  request.fast = reduce != 0;
+  core::FileView view(reported.survey, request);
+  if (!view.Start().Met()) (void)view.Draw([](uint32_t, const uint8_t*) { return true; });
   return 0;
 }

@@ -65,6 +65,8 @@ uint8_t BandTones::Tone(uint64_t bits, const uint8_t* sample) const {
     const uint64_t most = (1u << form_.bits) - 1;
     return static_cast<uint8_t>(bits * 255 / most);
   }
+  if (form_.kind == SampleKind::Unsigned && significant <= 8)
+    return static_cast<uint8_t>(std::min<uint64_t>(255, bits));
   const bool isFull = range_.high - range_.low == std::ldexp(1.0, static_cast<int>(significant)) - 1;
   if (isFull && significant > 8 && form_.kind == SampleKind::Unsigned)
     return static_cast<uint8_t>(std::min<uint64_t>(255, bits >> (significant - 8)));

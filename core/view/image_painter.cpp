@@ -81,6 +81,7 @@ class ImagePainter::Painter {
       if (isEnlarged_) request.column = request.columns = 0;
       rows_ = std::make_unique<SampleRows>(survey_, image_, request);
       if (SampleFault fault = rows_->Start(form_); fault.Met()) return fault;
+      if (image_.Text("PJUST") == "L") form_.significantBits = form_.bits;
       const uint8_t* samples = nullptr;
       if (reduce_ == 0) return {};
       // Its codec may have no picture as small as that.

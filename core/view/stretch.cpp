@@ -177,6 +177,12 @@ ToneRange FullRange(const SampleImage& form) {
 
 }  // namespace
 
+SampleFault DescribeShown(const SurveyedPart& image, SampleImage& form) {
+  const SampleFault fault = DescribeSamples(image, form);
+  if (image.Text("PJUST") == "L") form.significantBits = form.bits;
+  return fault;
+}
+
 bool ShownAsStored(const SampleImage& form) {
   return form.kind == SampleKind::Unsigned && form.significantBits <= 8;
 }
@@ -210,7 +216,7 @@ double ValueOf(const SampleImage& form, const uint8_t* sample) {
 SampleFault FindTones(const Survey& survey, const SurveyedPart& image, const ShownBands& shown,
                       const Stretch& stretch, std::vector<ToneRange>& tones) {
   SampleImage form;
-  if (SampleFault fault = DescribeSamples(image, form); fault.Met()) return fault;
+  if (SampleFault fault = DescribeShown(image, form); fault.Met()) return fault;
   const bool isWhole = form.kind == SampleKind::Unsigned || form.kind == SampleKind::Signed;
   const bool isMagnitude = shown.as == ShownAs::Magnitude && shown.bands.size() == 2;
   tones.assign(shown.bands.size(), FullRange(form));

@@ -18,6 +18,10 @@ struct ToneRange {
   double low = 0, high = 255;
 };
 
+/// What the samples of an image are, as they are shown: those that are justified left have significant
+/// bits down to the last one.
+SampleFault DescribeShown(const SurveyedPart& image, SampleImage& form);
+
 /// Whether samples are shown as they are stored, without a stretch.
 bool ShownAsStored(const SampleImage& form);
 

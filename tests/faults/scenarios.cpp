@@ -1,7 +1,6 @@
 #include "tests/faults/scenarios.h"
 
 #include "orbntf/orbntf.h"
-#include "tests/faults/by_standard.h"
 #include "tests/faults/injector.h"
 #include "tests/support/encoders.h"
 #include "tests/support/metafile.h"
@@ -312,17 +311,6 @@ void AddSaves(std::vector<Scenario>& all) {
                [=](NitfHandle h) { return Orb_NITFSaveFileA(h, narrow->Path().c_str()); });
 }
 
-void AddByStandard(std::vector<Scenario>& all) {
-  ImageForm deep{.bands = 3, .bits = 16, .representation = "RGB", .mode = "P"};
-  deep.blocksAcross = 2;
-  const FilePtr file = Keep(NitfBuilder().Image(deep, std::string(768, 'd')).Graphic(Symbol(), Cgm()));
-  ImageForm small = test::BlockForm("I1", 1, 1, 1, "MONO");
-  small.width = small.height = 100;
-  const FilePtr downsampled = Keep(NitfBuilder().Image(small, BlockStream(0, 1, {0})));
-  all.push_back({"enlarge", [=] { return DrawByStandard(downsampled->Wide()); }, nullptr});
-  all.push_back({"draw by the standard", [=] { return DrawByStandard(file->Wide()); }, nullptr});
-}
-
 }  // namespace
 
 std::vector<Scenario> Scenarios() {
@@ -332,7 +320,6 @@ std::vector<Scenario> Scenarios() {
   AddDrawings(all);
   AddDocuments(all);
   AddSaves(all);
-  AddByStandard(all);
   return all;
 }
 

@@ -196,22 +196,4 @@ void ExpectNoLeaks() {
   EXPECT_EQ(count, 0u);
 }
 
-int ForEachFault(HostkitFault kind, const std::vector<int32_t>& allowed,
-                 const std::function<int32_t()>& work) {
-  for (uint64_t n = 1;; ++n) {
-    HostkitArmFault(kind, n);
-    const int32_t status = work();
-    const bool met = HostkitFaultCalls(kind) >= n;
-    HostkitArmFault(kind, 0);
-    ExpectNoLeaks();
-    if (!met) {
-      EXPECT_EQ(status, 1);
-      return static_cast<int>(n - 1);
-    }
-    EXPECT_NE(std::find(allowed.begin(), allowed.end(), status), allowed.end())
-        << "fault " << n << " gave status " << status;
-    if (testing::Test::HasFailure() || n > 100000) return static_cast<int>(n);
-  }
-}
-
 }  // namespace test

@@ -92,10 +92,4 @@ void CatchMessages(std::vector<std::string>* messages);
 /// Fails with the list of what is outstanding unless nothing is.
 void ExpectNoLeaks();
 
-/// Runs `work` with the first, second, ... call of a fault kind failing until a run meets no fault. Each
-/// failing run must give one of `allowed` and leak nothing; the last one must give 1. Returns the number
-/// of faults injected.
-int ForEachFault(HostkitFault kind, const std::vector<int32_t>& allowed,
-                 const std::function<int32_t()>& work);
-
 }  // namespace test

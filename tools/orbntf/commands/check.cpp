@@ -82,7 +82,7 @@ int CheckFile(const CheckOptions& options, const std::string& path, bool inArray
   const std::vector<Finding> findings =
       survey.file.IsOpen() ? FindFaults(survey, *options.definitions) : std::vector<Finding>();
   const bool asks = survey.file.IsOpen() && verdict.status != ORB_SUCCESS;
-  const Verdict answer = asks ? AskStandard(path) : Verdict();
+  const Verdict answer = asks ? AskCore(survey) : Verdict();
   const Verdict* standard = asks ? &answer : nullptr;
   if (!options.json && !survey.file.IsOpen()) return Report("check", path, verdict.status, verdict.words);
   if (options.json) {

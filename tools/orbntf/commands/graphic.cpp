@@ -6,9 +6,9 @@
 #include "core/pictures/picture.h"
 #include "media/drawing/metafile.h"
 #include "media/drawing/picture.h"
-#include "tools/orbntf/document.h"
+#include "orbntf/orbntf.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/opening.h"
+#include "tools/orbntf/inspect/explain.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 
@@ -55,10 +55,8 @@ int RunGraphic(GraphicOptions& options) {
   const WorkAccount account(options.file);
   media::Drawing drawing;
   if (const int32_t status = ReadDrawing(options, drawing); status != ORB_SUCCESS) {
-    // What is no such file has its own words.
-    Document document;
-    const int code = OpenEveryVersion("graphic", document, options.file);
-    return code != kExitOk ? code : Report("graphic", options.file, status);
+    const std::string why = WhyUnreadable(options.file);
+    return Report("graphic", options.file, why.empty() ? status : ORB_SHORT_READ, why);
   }
   Output output(options.output, options.format == "svg" ? Output::Way::ByName : Output::Way::InOrder);
   if (!output.Problem().empty())

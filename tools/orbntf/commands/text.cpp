@@ -1,10 +1,11 @@
 // orbntf text: a text segment's text.
 #include <unistd.h>
 
+#include "core/format/survey.h"
 #include "core/format/words.h"
-#include "tools/orbntf/document.h"
+#include "orbntf/orbntf.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/opening.h"
+#include "tools/orbntf/inspect/explain.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 
@@ -31,18 +32,14 @@ std::string ForTerminal(std::string_view text) {
 
 int RunText(TextOptions& options) {
   options.file = TakeInput(options.file);
-  Document document;
-  const int code = OpenEveryVersion("text", document, options.file);
-  // Some other segment may be at fault.
-  if (options.index >= Orb_NITFGetTextHeaderCount(document.get()))
-    return code != kExitOk ? code : Report("text", options.file, ORB_NO_SUCH_RECORD);
-  uint32_t length = 0;
-  int32_t status = Orb_NITFGetTextSegment(document.get(), options.index, nullptr, &length);
-  std::string text(size_t{length} + 1, '\0');
-  if (status == ORB_SUCCESS)
-    status = Orb_NITFGetTextSegment(document.get(), options.index, text.data(), nullptr);
-  if (status != ORB_SUCCESS) return ReportFile("text", options.file, status);
-  text.resize(length);
+  const Survey survey(options.file);
+  if (const std::string why = WhyUnreadable(options.file); !why.empty())
+    return Report("text", options.file, ORB_SHORT_READ, why);
+  const SurveyedPart* part = survey.Find(PartKind::Text, options.index);
+  if (part == nullptr) return Report("text", options.file, ORB_NO_SUCH_RECORD);
+  if (!survey.HoldsData(*part))
+    return Report("text", options.file, ORB_SHORT_READ, part->Title() + " ends behind the file");
+  std::string text = survey.Data(*part);
   if (Inputs({options.file}).Hold(options.output)) return Refuse("text", "the output is the input");
   const bool toTerminal = options.output == "-" && isatty(STDOUT_FILENO) != 0;
   if (toTerminal) text = ForTerminal(text);

@@ -34,8 +34,7 @@ Pixels Scaled(const KernelBitmap& bitmap) {
 // Where the module puts what it draws.
 RECT ModuleRectangle(const NitfFile& document, const DisplayItem& item) {
   if (item.kind == SegmentKind::Graphic)
-    return GraphicRectangle(document.header.rules, *document.graphics.At(item.index), item.rowOffset,
-                            item.columnOffset);
+    return GraphicRectangle(*document.graphics.At(item.index), item.rowOffset, item.columnOffset);
   const ImageSubheader& image = *document.images.At(item.index);
   const int32_t left = image.ILOC.Column() + item.columnOffset, top = image.ILOC.Row() + item.rowOffset;
   RECT place;

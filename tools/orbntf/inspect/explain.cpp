@@ -9,6 +9,7 @@
 #include "Common/ImCodes.h"
 #include "Common/ImgModes.h"
 #include "core/format/bytes.h"
+#include "core/format/part.h"
 #include "core/format/words.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/output/output.h"
@@ -115,7 +116,7 @@ std::string Explain(const std::string& path, const NitfFile& document, int32_t s
       return ExplainSize(document);
     case ORB_BAD_PIXEL_TYPE:
       return OfImage(
-          document, [](const auto& image) { return !image.parsed || image.Pixel() > PixelType::BiLevel; },
+          document, [](const auto& image) { return !IsOneOf(TrimmedText(image.PVTYPE.text), "INT|B"); },
           [](const auto& image) { return " has PVTYPE " + Quoted(image.PVTYPE.text); });
     case ORB_UNSUPPORTED:
       return OfImage(
@@ -123,7 +124,7 @@ std::string Explain(const std::string& path, const NitfFile& document, int32_t s
           [](const auto& image) { return " has IC " + Quoted(image.IC.text); });
     case ORB_BAD_SAMPLE_DEPTH:
       return OfImage(
-          document, [](const auto& image) { return !image.parsed; },
+          document, [](const auto& image) { return image.BandCount() > 1 && image.NBPP.value == 16; },
           [](const auto& image) {
             return " has " + std::to_string(image.BandCount()) + " bands of NBPP " +
                    std::to_string(image.NBPP.value);

@@ -26,8 +26,4 @@ int OpenDocument(const std::string& command, Document& document, const std::stri
   return ReportFile(command, path, document.Open(path));
 }
 
-int OpenEveryVersion(const std::string& command, Document& document, const std::string& path) {
-  return ReportFile(command, path, document.OpenEveryVersion(path));
-}
-
 }  // namespace tool

@@ -9,8 +9,6 @@ namespace tool {
 
 /// Opens a document and reports a failure with the field at which it was met. Returns the exit code.
 int OpenDocument(const std::string& command, Document& document, const std::string& path);
-/// The same for what the exports refuse to open but the tool can show.
-int OpenEveryVersion(const std::string& command, Document& document, const std::string& path);
 /// Reports a failure of a file with what its document tells of the cause. Returns the exit code.
 int ReportDocument(const std::string& command, const std::string& path, const NitfFile& document,
                    int32_t status);

@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "core/format/words.h"
+#include "core/view/view.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/drawing.h"
 #include "tools/orbntf/inspect/explain.h"
-#include "tools/orbntf/output/verify.h"
 
 namespace tool {
 namespace {
@@ -51,20 +51,25 @@ Verdict AskModule(const std::string& path) {
   return verdict;
 }
 
-Verdict AskStandard(const std::string& path) {
+Verdict AskCore(const Survey& survey) {
+  constexpr uint32_t kSide = 256;
   Verdict verdict;
-  Document document;
-  OwnedBitmap canvas;
-  const WorkAccount account(path);
-  verdict.status = document.OpenByStandard(path);
-  if (verdict.status == ORB_SUCCESS)
-    verdict.status = DrawDocument(path, document, canvas, verdict.width, verdict.height);
-  RequireHostReads(path);
-  const NitfFile& read = *document.get();
-  verdict.words =
-      verdict.status == ORB_SUCCESS
-          ? DrawnWords(verdict)
-          : RefusedWords(verdict.status, Explain(path, read, verdict.status)) + PlaceOf(read.fault);
+  ViewRequest request;
+  request.size = kSide;
+  request.fast = true;
+  FileView view(survey, request);
+  SampleFault fault = view.Start();
+  if (!fault.Met()) {
+    WorkAccount::AllowPixels(view.PixelsToMake());
+    fault = view.Draw([](uint32_t, const uint8_t*) { return true; });
+  }
+  verdict.status = view.Missing().empty() ? fault.Code() : ORB_UNSUPPORTED;
+  verdict.width = static_cast<uint32_t>(view.FullWidth());
+  verdict.height = static_cast<uint32_t>(view.FullHeight());
+  verdict.words = DrawnWords(verdict);
+  if (fault.Met()) verdict.words = fault.words;
+  if (!fault.Met() && !view.Missing().empty())
+    verdict.words += ", but " + view.Missing()[0].segment + ": " + view.Missing()[0].words;
   return verdict;
 }
 

@@ -25,8 +25,8 @@ struct Verdict {
 /// Draws a file as a host would, and keeps nothing of it.
 Verdict AskModule(const std::string& path);
 
-/// The same by the published standard's word, where the module refuses.
-Verdict AskStandard(const std::string& path);
+/// The same by the published standard: draws a small picture of it.
+Verdict AskCore(const Survey& survey);
 
 /// Prints what is wrong with a file that a command has made, as warnings of that command. Notes and
 /// warnings about it are for `check`.
