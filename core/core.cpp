@@ -7,6 +7,7 @@
 #include "core/check/check_file.h"
 #include "core/format/survey.h"
 #include "core/samples/samples.h"
+#include "core/view/view.h"
 #include "media/work.h"
 
 namespace orbntf::core {
@@ -226,6 +227,68 @@ std::vector<Finding> File::Check(const std::function<bool(double)>& progress) co
     findings.reserve(found.size());
     for (const ::core::Finding& finding : found) findings.push_back(FindingOf(finding));
     return findings;
+  });
+}
+
+namespace {
+
+::core::ViewRequest ViewOf(const PictureRequest& request) {
+  ::core::ViewRequest wanted;
+  wanted.row = request.row;
+  wanted.column = request.column;
+  wanted.rows = request.rows;
+  wanted.columns = request.columns;
+  wanted.scale = request.scale;
+  wanted.size = request.size;
+  wanted.fast = request.fast;
+  wanted.image = request.image;
+  wanted.bands = request.bands;
+  wanted.stretch = {static_cast<::core::Stretch::By>(request.stretch), request.low, request.high,
+                    request.stretchEach};
+  return wanted;
+}
+
+PictureInfo InfoOf(const ::core::FileView& view) {
+  PictureInfo info = {view.FullWidth(), view.FullHeight(), view.Width(), view.Height(), {}};
+  for (const ::core::LeftOut& missing : view.Missing())
+    info.missing.push_back({missing.segment, missing.words});
+  return info;
+}
+
+// Begins a picture and, with somewhere for its rows to go, draws it.
+PictureInfo DrawFile(const ::core::Survey& survey, const PictureRequest& request,
+                     const ::core::FileView::TakeRow& take) {
+  if (request.scale == 0 || !(request.low >= 0 && request.low < request.high && request.high <= 100))
+    throw Error(ErrorKind::Invalid, "the scale or the percentages make no sense");
+  const media::WorkLimit limit(survey.file.Size());
+  const ::core::ViewRequest wanted = ViewOf(request);
+  ::core::FileView view(survey, wanted);
+  ::core::SampleFault fault = view.Start();
+  if (!fault.Met() && take) {
+    media::AllowPixels(view.PixelsToMake());
+    fault = view.Draw(take);
+  }
+  if (fault.Met()) throw Error(KindOf(fault.outcome), fault.words);
+  return InfoOf(view);
+}
+
+}  // namespace
+
+PictureInfo File::DescribePicture(const PictureRequest& request) const {
+  return Guarded([&] { return DrawFile(state_->survey, request, {}); });
+}
+
+PictureInfo File::Draw(const PictureRequest& request,
+                       const std::function<bool(uint32_t, const uint8_t*)>& take) const {
+  return Guarded([&] {
+    if (!take) throw Error(ErrorKind::Invalid, "there is nothing that takes the rows");
+    return DrawFile(state_->survey, request, [&](uint32_t row, const uint8_t* rgb) {
+      try {
+        return take(row, rgb);
+      } catch (...) {
+        return false;
+      }
+    });
   });
 }
 

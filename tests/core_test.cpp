@@ -147,6 +147,35 @@ TEST(Core, WorkStopsWhenItIsNotWantedAnyMore) {
             ErrorKind::Stopped);
 }
 
+TEST(Core, PicturesComeRowByRow) {
+  const std::string bytes = SoundWith({}, Ramp()).Bytes();
+  const File file = File::FromMemory(bytes.data(), bytes.size());
+  orbntf::core::PictureRequest request;
+  request.image = 0;
+  EXPECT_EQ(file.DescribePicture(request).fullWidth, 8u);
+  request.row = 2;
+  request.rows = 3;
+  std::string rows;
+  const auto info = file.Draw(request, [&](uint32_t row, const uint8_t* rgb) {
+    EXPECT_EQ(row * 24, rows.size());
+    rows.append(reinterpret_cast<const char*>(rgb), 24);
+    return true;
+  });
+  EXPECT_EQ(info.height, 3u);
+  EXPECT_TRUE(info.missing.empty());
+  for (size_t i = 0; i < rows.size(); ++i) EXPECT_EQ(rows[i], Ramp()[16 + i / 3]) << i;
+  const auto stop = [](uint32_t, const uint8_t*) { return false; };
+  EXPECT_EQ(KindOf([&] { (void)file.Draw(request, stop); }), ErrorKind::Stopped);
+  EXPECT_EQ(KindOf([&] { (void)file.Draw(request, [](uint32_t, const uint8_t*) -> bool { throw 1; }); }),
+            ErrorKind::Stopped);
+  EXPECT_EQ(KindOf([&] { (void)file.Draw(request, {}); }), ErrorKind::Invalid);
+  request.row = 99;
+  EXPECT_EQ(KindOf([&] { (void)file.DescribePicture(request); }), ErrorKind::Invalid);
+  request = {};
+  request.low = 98;
+  EXPECT_EQ(KindOf([&] { (void)file.DescribePicture(request); }), ErrorKind::Invalid);
+}
+
 // A small file that says that its image is vast.
 TEST(Core, WhatIsNotWorthItsBytesIsRefused) {
   NitfBuilder builder = SoundFile();

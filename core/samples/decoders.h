@@ -6,7 +6,7 @@
 
 #include "core/format/blocks.h"
 #include "core/format/survey.h"
-#include "core/samples/samples.h"
+#include "core/samples/stream_cache.h"
 #include "core/samples/target.h"
 #include "media/codecs/source.h"
 

@@ -1,21 +1,11 @@
 // The samples of an image segment at their own depth: blocks put together, nothing shown.
 #pragma once
 
-#include <memory>
-#include <optional>
-
-#include "core/format/jpeg_stream.h"
 #include "core/format/survey.h"
+#include "core/samples/stream_cache.h"
 #include "core/samples/target.h"
 
 namespace core {
-
-/// What was found in an image's data and serves the next reading of it.
-struct StreamCache {
-  std::optional<std::vector<FoundJpeg>> jpeg;
-  /// A stream of which rows were decoded, from its top down, to go on with.
-  std::shared_ptr<class JpegRun> run;
-};
 
 /// Reads what is asked for of an image segment, of any compression and mode, in memory for that and a
 /// block.

@@ -136,6 +136,40 @@ struct Samples {
   std::vector<uint8_t> palette;    ///< red, green, blue of each entry of the lookup tables
 };
 
+/// How samples of more than eight bits, signed, real and complex ones become bytes.
+enum class StretchBy {
+  Percent,  ///< the least and greatest of them left out: so many percent are black and white
+  MinMax,   ///< the least is black and the greatest white
+  None,     ///< the high eight of the significant bits; of reals as MinMax
+};
+
+/// What is wanted of a file's picture. A stretch follows from the file alone, never from the part or
+/// size.
+struct PictureRequest {
+  /// A part of the picture, from its upper left corner; rows or columns of 0 go as far as it does.
+  uint64_t row = 0, column = 0, rows = 0, columns = 0;
+  uint32_t scale = 1;  ///< squares of so many pixels are averaged to one
+  uint32_t size = 0;   ///< in place of it: pixels of the longer side, means of areas; never enlarged
+  bool fast = false;   ///< smaller pictures take the nearest pixels, and read no more than these
+  std::optional<uint32_t> image;  ///< this image alone; else the composite of all segments
+  std::vector<uint32_t> bands;    ///< one or three that are shown, from 0; empty for each image's own
+  StretchBy stretch = StretchBy::Percent;
+  double low = 2, high = 98;  ///< of StretchBy::Percent
+  bool stretchEach = false;   ///< each band by itself, not all that are shown together
+};
+
+/// A segment that could not be drawn, and left its place in a picture empty.
+struct MissingSegment {
+  std::string segment, words;
+};
+
+/// Of a picture.
+struct PictureInfo {
+  uint64_t fullWidth = 0, fullHeight = 0;  ///< of all of it, in pixels
+  uint32_t width = 0, height = 0;          ///< of what was asked for
+  std::vector<MissingSegment> missing;
+};
+
 /// An open file. It is read as it is asked for, and never changed.
 class ORBNTF_CORE_API File {
  public:
@@ -164,6 +198,13 @@ class ORBNTF_CORE_API File {
   std::string Data(const SegmentInfo& segment, uint64_t offset, uint64_t count) const;
   /// What does not hold, in the order of its bytes. `progress` as in SampleRequest.
   std::vector<Finding> Check(const std::function<bool(double)>& progress = {}) const;
+  /// The size of a picture, and what is known to be missing from it before it is drawn. Invalid; TooMuch.
+  PictureInfo DescribePicture(const PictureRequest& request = {}) const;
+  /// Draws a picture by the published standard (MIL-STD-2500C, 5.3) in memory for a few rows. `take` gets
+  /// its rows, the top one first: red, green and blue of each pixel; false ends the work with Stopped.
+  /// Unreadable; Invalid; TooMuch; Stopped.
+  PictureInfo Draw(const PictureRequest& request,
+                   const std::function<bool(uint32_t row, const uint8_t* rgb)>& take) const;
   /// Samples of an image segment. Truncated; Damaged; Unsupported; Invalid; TooMuch; Stopped.
   Samples ReadSamples(const SegmentInfo& image, const SampleRequest& request = {}) const;
 
@@ -173,7 +214,7 @@ class ORBNTF_CORE_API File {
   std::unique_ptr<State> state_;
 };
 
-/// The version of the library, "0.1.0".
+/// The version of the library, "0.2.0".
 ORBNTF_CORE_API const char* Version();
 
 }  // namespace orbntf::core
