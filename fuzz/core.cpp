@@ -29,6 +29,23 @@ void ReadImage(const File& file, const orbntf::core::SegmentInfo& image,
   }
 }
 
+void DrawFile(const File& file, const orbntf::core::SampleRequest& like) {
+  orbntf::core::PictureRequest request;
+  request.row = like.row;
+  request.column = like.column;
+  request.rows = like.rows;
+  request.size = 1 + static_cast<uint32_t>(like.columns);
+  request.fast = like.reduce % 2 == 0;
+  request.stretch = static_cast<orbntf::core::StretchBy>(like.reduce % 3);
+  if (!like.bands.empty()) request.image = 0;
+  try {
+    uint32_t rows = 0;
+    const auto info = file.Draw(request, [&](uint32_t row, const uint8_t*) { return row == rows++; });
+    fuzz::Require(rows == info.height, "every row comes, in order");
+  } catch (const orbntf::core::Error&) {
+  }
+}
+
 }  // namespace
 
 int fuzz::Core(const uint8_t* data, size_t size) {
@@ -44,6 +61,7 @@ int fuzz::Core(const uint8_t* data, size_t size) {
       (void)file.Data(segment, 0, 100);
       if (segment.kind == orbntf::core::SegmentKind::Image) ReadImage(file, segment, request);
     }
+    DrawFile(file, request);
     for (const orbntf::core::Finding& finding : file.Check())
       Require(!finding.words.empty(), "a finding has words");
   } catch (const orbntf::core::Error&) {

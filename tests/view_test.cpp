@@ -1,5 +1,7 @@
 // Pictures of files by the published standard: parts, sizes and depths of them, on files made at random.
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 #include "core/view/view.h"
 #include "media/work.h"
@@ -157,6 +159,46 @@ TEST_F(ViewTest, TheModuleDrawsTheSameWhereNothingSetsThemApart) {
   EXPECT_GT(same, Times(50, 500));
   for (size_t reason = 0; reason < std::size(apart); ++reason)
     EXPECT_GT(apart[reason], 0) << "reason " << reason << " never showed";
+}
+
+// Almost 10 GB of samples, almost all of them a hole: what is asked for is all that is read.
+TEST_F(ViewTest, PartsAndOverviewsOfVastImagesAreDrawn) {
+  constexpr uint64_t kSide = 98304, kBlock = 1024, kAcross = kSide / kBlock;
+  ImageForm form{.width = 1024, .height = 1024, .blocksAcross = 96, .blocksDown = 96};
+  NitfBuilder file;
+  file.Image(form, "").Patch("LI0", test::Digits(kSide * kSide, 10));
+  const std::string front = file.Bytes();
+  const test::TempFile vast(front);
+  std::filesystem::resize_file(vast.Path(), front.size() + kSide * kSide);
+  // A white pixel, and one in the middle of a pixel of the overview.
+  const auto mark = [&](uint64_t x, uint64_t y) {
+    const uint64_t block = y / kBlock * kAcross + x / kBlock;
+    std::fstream stream(vast.Path(), std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(static_cast<std::streamoff>(front.size() + block * kBlock * kBlock +
+                                             y % kBlock * kBlock + x % kBlock));
+    stream.put('\xFF');
+  };
+  mark(90000, 91000);
+  mark(kSide / 2 + 48, 48);
+  const core::Survey survey(vast.Path());
+  ViewRequest request;
+  request.row = 90990;
+  request.column = 89980;
+  request.rows = request.columns = 64;
+  const Drawn part = Draw(survey, request);
+  ASSERT_EQ(part.fault.words, "");
+  for (uint32_t y = 0; y < 64; ++y) {
+    for (uint32_t x = 0; x < 64; ++x)
+      ASSERT_EQ(part.At(x, y)[1], x == 20 && y == 10 ? 255 : 0) << x << ',' << y;
+  }
+  request = {};
+  request.size = 1024;
+  request.fast = true;
+  const Drawn overview = Draw(survey, request);
+  ASSERT_EQ(overview.fault.words, "");
+  ASSERT_EQ(overview.width, 1024u);
+  EXPECT_EQ(overview.At(512, 0)[0], 255);
+  EXPECT_EQ(std::count(overview.rgb.begin(), overview.rgb.end(), 255), 3);
 }
 
 }  // namespace

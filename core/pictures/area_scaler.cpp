@@ -1,6 +1,7 @@
 #include "core/pictures/area_scaler.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace core {
 
@@ -37,7 +38,7 @@ void AreaScaler::SumColumns(const uint8_t* pixels) {
 void AreaScaler::Finish() {
   const double area = static_cast<double>(width_) * static_cast<double>(height_);
   for (size_t i = 0; i < sums_.size(); ++i) {
-    row_[i] = static_cast<uint8_t>(sums_[i] / area + 0.5);
+    row_[i] = static_cast<uint8_t>(std::lround(sums_[i] / area));
     sums_[i] = 0;
   }
 }

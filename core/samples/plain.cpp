@@ -249,6 +249,28 @@ bool IsWanted(const std::vector<uint64_t>& numbers, const media::FacsimileForm& 
   });
 }
 
+// Decodes the stream of one or several equal blocks.
+SampleFault ReadFacsimileBlocks(const SampleSource& source, const media::FacsimileForm& form,
+                                const std::vector<uint64_t>& blocks, uint64_t begin, uint64_t end,
+                                SampleTarget& target) {
+  const std::string data = source.survey.file.At(source.part.dataOffset + begin, end - begin);
+  uint32_t rows = 0;
+  const media::Outcome outcome =
+      media::DecodeFacsimile({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form,
+                             [&](uint32_t y, std::span<const uint8_t> row) {
+                               rows = y + 1;
+                               for (const uint64_t block : blocks)
+                                 PutRow(row, form, block, y, source.blocks.across, target);
+                               return media::Outcome::Ok;
+                             });
+  if (outcome == media::Outcome::BadData) return {media::Outcome::BadData, "no row decodes"};
+  if (outcome != media::Outcome::Ok) return FaultOf(outcome, "the facsimile");
+  if (rows < form.height)
+    return {media::Outcome::BadData,
+            "of " + std::to_string(form.height) + " rows " + std::to_string(rows) + " decode"};
+  return {};
+}
+
 }  // namespace
 
 SampleFault ReadPlain(const SampleSource& source, SampleTarget& target) {
@@ -299,22 +321,9 @@ SampleFault ReadFacsimile(const SampleSource& source, SampleTarget& target) {
     if (!target.GoesOn(place->first, source.part.dataLength)) return Stopped();
     if (!IsWanted(place->second, form, blocks.across, target)) continue;
     const uint64_t end = next != places.end() ? next->first : source.part.dataLength;
-    const std::string data =
-        source.survey.file.At(source.part.dataOffset + place->first, end - place->first);
-    uint32_t rows = 0;
-    const media::Outcome outcome =
-        media::DecodeFacsimile({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form,
-                               [&](uint32_t y, std::span<const uint8_t> row) {
-                                 rows = y + 1;
-                                 for (const uint64_t block : place->second)
-                                   PutRow(row, form, block, y, blocks.across, target);
-                                 return media::Outcome::Ok;
-                               });
-    if (outcome == media::Outcome::BadData) return {media::Outcome::BadData, "no row decodes"};
-    if (outcome != media::Outcome::Ok) return FaultOf(outcome, "the facsimile");
-    if (rows < form.height)
-      return {media::Outcome::BadData,
-              "of " + std::to_string(form.height) + " rows " + std::to_string(rows) + " decode"};
+    if (SampleFault fault = ReadFacsimileBlocks(source, form, place->second, place->first, end, target);
+        fault.Met())
+      return fault;
   }
   return {};
 }
