@@ -10,17 +10,19 @@ SampleRows::SampleRows(const Survey& survey, const SurveyedPart& part, RowsReque
     : survey_(survey), part_(part), request_(std::move(request)) {}
 
 uint64_t SampleRows::RowsAtOnce(const SampleImage& form) const {
-  constexpr uint64_t kPiece = 1 << 20, kSmall = 4 << 20, kTileRows = 1024;
+  constexpr uint64_t kTileRows = 1024;
+  const uint64_t pieceBytes = request_.pieceBytes;
   const uint64_t rowBytes = std::max<uint64_t>(1, form.PixelBytes() * form.width);
-  if (rowBytes * height_ <= kSmall) return height_;
+  if (rowBytes * height_ <= 4 * pieceBytes) return height_;
   const std::string_view compression = part_.Text("IC");
   const auto blockRows = static_cast<uint64_t>(Blocks(part_).height);
   uint64_t rows = blockRows;
-  if (IsOneOf(compression, "NC|NM|C4|M4")) return std::clamp<uint64_t>(kPiece / rowBytes, 1, kTileRows);
+  if (IsOneOf(compression, "NC|NM|C4|M4"))
+    return std::clamp<uint64_t>(pieceBytes / rowBytes, 1, kTileRows);
   if (IsOneOf(compression, "C8|M8") && (blockRows < 64 || blockRows > 2 * kTileRows)) rows = kTileRows;
   // A single stream goes on where it was left.
   if (IsOneOf(compression, "C3|M3|C5|M5") && Blocks(part_).Count() == 1)
-    rows = std::clamp<uint64_t>(kPiece / rowBytes, 1, kTileRows) << request_.reduce;
+    rows = std::clamp<uint64_t>(pieceBytes / rowBytes, 1, kTileRows) << request_.reduce;
   return std::max<uint64_t>(1, rows >> request_.reduce);
 }
 

@@ -13,6 +13,7 @@ struct RowsRequest {
   uint64_t column = 0, columns = 0;  ///< of the full image; 0 for as far as it goes
   uint64_t row = 0, rows = 0;        ///< those that will be asked for, of the full image
   uint32_t reduce = 0;               ///< as of SampleRequest
+  uint64_t pieceBytes = 1 << 20;     ///< about what is held of uncompressed data
 };
 
 /// Reads rows, usually from the top down, and holds no more of them than there are blocks or pieces of

@@ -124,6 +124,7 @@ class VqBlocks {
   void PutVector(uint64_t code, uint64_t left, uint64_t top) {
     if (!target_.Wants(left, top, vectorWidth_, vectorHeight_)) return;
     for (uint64_t y = 0; y < vectorHeight_; ++y) {
+      if (!target_.Wants(left, top + y, vectorWidth_, 1)) continue;
       if (PutRow(code, static_cast<uint32_t>(left), static_cast<uint32_t>(top + y), y)) continue;
       for (uint64_t x = 0; x < vectorWidth_; ++x) {
         const uint64_t in = (y * vectorWidth_ + x) * valueBytes_;

@@ -11,16 +11,22 @@
 
 namespace core {
 
+SampleFault GraphicPainter::Decode(media::Drawing& drawing) const {
+  const std::string data = survey_.Data(*place_.part);
+  drawing.bytes = data.size();
+  if (media::DecodeCgm(reinterpret_cast<const uint8_t*>(data.data()), data.size(), drawing) !=
+      media::Outcome::Ok)
+    return {media::Outcome::BadData, "the metafile does not decode"};
+  return {};
+}
+
 SampleFault GraphicPainter::Load() {
   const SurveyedPart& part = *place_.part;
   if (part.Text("SFMT") != "C")
     return {media::Outcome::Unsupported, "SFMT is " + Quoted(part.Text("SFMT"))};
   if (!survey_.HoldsData(part)) return {media::Outcome::ShortData, "the data ends behind the file"};
-  const std::string data = survey_.Data(part);
-  drawing_.bytes = data.size();
-  if (media::DecodeCgm(reinterpret_cast<const uint8_t*>(data.data()), data.size(), drawing_) !=
-      media::Outcome::Ok)
-    return {media::Outcome::BadData, "the metafile does not decode"};
+  media::Drawing drawing;
+  if (SampleFault fault = Decode(drawing); fault.Met()) return fault;
   int64_t boundsRow = 0, boundsColumn = 0;
   (void)PlaceOfText(part.Text("SBND1"), boundsRow, boundsColumn);
   row_ = place_.row + place_.top - boundsRow;
@@ -28,8 +34,8 @@ SampleFault GraphicPainter::Load() {
   right_ = place_.right;
   bottom_ = place_.bottom;
   media::Point least, greatest;
-  if (!media::FindExtent(drawing_, media::TextBox::Full, least, greatest)) return {};
-  if (drawing_.wholeUnits) {
+  if (!media::FindExtent(drawing, media::TextBox::Full, least, greatest)) return {};
+  if (drawing.wholeUnits) {
     least = {std::floor(least.x), std::floor(least.y)};
     greatest = {std::ceil(greatest.x), std::ceil(greatest.y)};
   }
@@ -45,28 +51,44 @@ SampleFault GraphicPainter::Load() {
     constexpr double kFarthest = 1 << 20;
     return std::clamp(std::floor(value), -kFarthest, kFarthest);
   };
-  media::SetExtent(drawing_, {{side(least.x - kRoom), -side(-least.y + kRoom)},
-                              {side(greatest.x + kRoom), -side(-greatest.y - kRoom)}});
+  view_ = {{side(least.x - kRoom), -side(-least.y + kRoom)},
+           {side(greatest.x + kRoom), -side(-greatest.y - kRoom)}};
+  isEmpty_ = std::all_of(drawing.layers.begin(), drawing.layers.end(),
+                         [](const media::Layer& layer) { return layer.objects.empty(); });
   return {};
 }
 
 void GraphicPainter::Start(uint32_t width, uint32_t height) {
-  const media::Box& view = drawing_.extent;
-  const bool isEmpty = std::all_of(drawing_.layers.begin(), drawing_.layers.end(),
-                                   [](const media::Layer& layer) { return layer.objects.empty(); });
-  const double left = static_cast<double>(column_) + view.first.x,
-               top = static_cast<double>(row_) - view.second.y;
+  width_ = width;
+  height_ = height;
+}
+
+SampleFault GraphicPainter::Open() {
+  auto drawing = std::make_unique<media::Drawing>();
+  if (SampleFault fault = Decode(*drawing); fault.Met()) return fault;
+  media::SetExtent(*drawing, view_);
+  const double left = static_cast<double>(column_) + view_.first.x,
+               top = static_cast<double>(row_) - view_.second.y;
   const media::DeviceMap map = media::DeviceMap::ForDrawing(
-      drawing_, left, top, view.second.x - view.first.x, view.second.y - view.first.y);
-  if (!isEmpty && map.IsUsable())
-    pieces_ = std::make_unique<media::DrawingPieces>(drawing_, map, width, height);
+      *drawing, left, top, view_.second.x - view_.first.x, view_.second.y - view_.first.y);
+  if (!map.IsUsable()) {
+    isEmpty_ = true;
+    return {};
+  }
+  drawing_ = std::move(drawing);
+  pieces_ = std::make_unique<media::DrawingPieces>(*drawing_, map, width_, height_);
+  reached_ = pieces_->Reached();
+  return {};
 }
 
 SampleFault GraphicPainter::Find(int64_t x, int64_t y, const Piece*& piece) {
-  const media::PixelArea area = pieces_->PieceAt(x, y);
+  const media::PixelArea area = media::PieceOf(*reached_, x, y);
   const auto [found, isNew] = painted_.try_emplace({area.left, area.top}, area,
                                                    media::SurfacePtr(nullptr, &cairo_surface_destroy));
   if (isNew) {
+    if (pieces_ == nullptr) {
+      if (SampleFault fault = Open(); fault.Met()) return fault;
+    }
     const media::Outcome outcome = pieces_->Paint(area, found->second.second);
     if (outcome != media::Outcome::Ok) return FaultOf(outcome, "the drawing");
   }
@@ -75,14 +97,28 @@ SampleFault GraphicPainter::Find(int64_t x, int64_t y, const Piece*& piece) {
 }
 
 SampleFault GraphicPainter::Paint(int64_t y, int64_t column, int64_t columns, uint8_t* rgb) {
-  if (pieces_ == nullptr) return {};
-  const media::PixelArea& reached = pieces_->Reached();
-  if (y < reached.top || y >= reached.bottom) return {};
+  constexpr uint64_t kLarge = 64 << 10;
+  // A drawing is decoded when its first row is painted.
+  const auto row = static_cast<double>(y - row_);
+  if (isEmpty_ || row < -view_.second.y - 1 || row > -view_.first.y + 1) return {};
+  if (!reached_) {
+    if (SampleFault fault = Open(); fault.Met() || isEmpty_) return fault;
+  }
+  SampleFault fault = PaintRow(y, column, columns, rgb);
+  if (drawing_ != nullptr && drawing_->bytes > kLarge) {
+    pieces_.reset();
+    drawing_.reset();
+  }
+  return fault;
+}
+
+SampleFault GraphicPainter::PaintRow(int64_t y, int64_t column, int64_t columns, uint8_t* rgb) {
+  if (y < reached_->top || y >= reached_->bottom) return {};
   // Rows above are done with.
   for (auto done = painted_.begin(); done != painted_.end();)
     done = done->second.first.bottom <= y ? painted_.erase(done) : std::next(done);
-  const int64_t end = std::min(column + columns, reached.right);
-  for (int64_t x = std::max(column, reached.left); x < end;) {
+  const int64_t end = std::min(column + columns, reached_->right);
+  for (int64_t x = std::max(column, reached_->left); x < end;) {
     const Piece* piece = nullptr;
     if (SampleFault fault = Find(x, y, piece); fault.Met()) return fault;
     const int64_t stop = std::min(end, piece->first.right);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 
 #include "core/format/places.h"
 #include "core/samples/image.h"
@@ -29,13 +30,21 @@ class GraphicPainter {
 
  private:
   using Piece = std::pair<media::PixelArea, media::SurfacePtr>;
+  SampleFault Decode(media::Drawing& drawing) const;
+  SampleFault Open();
   SampleFault Find(int64_t x, int64_t y, const Piece*& piece);
+  SampleFault PaintRow(int64_t y, int64_t column, int64_t columns, uint8_t* rgb);
 
   const Survey& survey_;
   PlacedSegment place_;
-  media::Drawing drawing_;
+  media::Box view_;               // what is shown of its plane: nothing until it is loaded
   int64_t row_ = 0, column_ = 0;  // of its origin
   int64_t right_ = 0, bottom_ = 0;
+  uint32_t width_ = 0, height_ = 0;  // of the canvas
+  bool isEmpty_ = true;
+  std::optional<media::PixelArea> reached_;  // once it is opened
+  // A large drawing is held while pieces of it are painted, a small one from then on.
+  std::unique_ptr<media::Drawing> drawing_;
   std::unique_ptr<media::DrawingPieces> pieces_;
   std::map<std::pair<int64_t, int64_t>, Piece> painted_;  // of the rows that are painted now
 };

@@ -77,7 +77,8 @@ class ImagePainter::Painter {
  private:
   SampleFault StartRows() {
     for (;; --reduce_) {
-      RowsRequest request = {shown_.bands, column_, columns_, look_.row, look_.rows, reduce_};
+      RowsRequest request = {shown_.bands, column_, columns_,        look_.row,
+                             look_.rows,   reduce_, look_.pieceBytes};
       if (isEnlarged_) request.column = request.columns = 0;
       rows_ = std::make_unique<SampleRows>(survey_, image_, request);
       if (SampleFault fault = rows_->Start(form_); fault.Met()) return fault;

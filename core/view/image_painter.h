@@ -12,7 +12,8 @@ namespace core {
 struct ImageLook {
   std::vector<uint32_t> bands;  ///< that are asked for, one or three; empty for the image's own
   Stretch stretch;
-  uint64_t row = 0, rows = 0;  ///< of the image that will be painted; 0 rows for all
+  uint64_t row = 0, rows = 0;     ///< of the image that will be painted; 0 rows for all
+  uint64_t pieceBytes = 1 << 20;  ///< about what is held of uncompressed data
   uint32_t reduce =
       0;  ///< of what its codec reduces: pictures of 1/2^reduce, whose nearest pixels are shown
 };

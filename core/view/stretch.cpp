@@ -235,7 +235,7 @@ SampleFault FindTones(const Survey& survey, const SurveyedPart& image, const Sho
 uint8_t ToneOf(double value, const ToneRange& range) {
   if (!(value > range.low)) return 0;
   if (value >= range.high) return 255;
-  return static_cast<uint8_t>((value - range.low) * 255 / (range.high - range.low) + 0.5);
+  return static_cast<uint8_t>(std::lround((value - range.low) * 255 / (range.high - range.low)));
 }
 
 }  // namespace core

@@ -105,6 +105,9 @@ class FileView::Drawer {
         AddGraphic(item);
       }
     }
+    // All of them may be painted on a row.
+    constexpr uint64_t kHeld = 64 << 20, kLeast = 32 << 10, kMost = 1 << 20;
+    look_.pieceBytes = std::clamp(kHeld / std::max<uint64_t>(1, items_.size()), kLeast, kMost);
     std::stable_sort(items_.begin(), items_.end(),
                      [](const Item& a, const Item& b) { return a.place.level < b.place.level; });
     return {};

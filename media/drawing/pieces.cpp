@@ -30,10 +30,10 @@ DrawingPieces::DrawingPieces(const Drawing& drawing, const DeviceMap& whole, uin
       reached_(WithinCanvas(reach_.Whole(), width, height)),
       painting_(drawing, PaintLimit(reached_.Count(), static_cast<double>(drawing.bytes))) {}
 
-PixelArea DrawingPieces::PieceAt(int64_t x, int64_t y) const {
-  const int64_t left = reached_.left + (x - reached_.left) / kPiece * kPiece,
-                top = reached_.top + (y - reached_.top) / kPiece * kPiece;
-  return {left, top, std::min(left + kPiece, reached_.right), std::min(top + kPiece, reached_.bottom)};
+PixelArea PieceOf(const PixelArea& reached, int64_t x, int64_t y) {
+  const int64_t left = reached.left + (x - reached.left) / kPiece * kPiece,
+                top = reached.top + (y - reached.top) / kPiece * kPiece;
+  return {left, top, std::min(left + kPiece, reached.right), std::min(top + kPiece, reached.bottom)};
 }
 
 Outcome DrawingPieces::Paint(const PixelArea& piece, SurfacePtr& surface) {

@@ -12,6 +12,9 @@ struct PixelArea {
   double Count() const;
 };
 
+/// The piece that holds a pixel of what is reached.
+PixelArea PieceOf(const PixelArea& reached, int64_t x, int64_t y);
+
 /// The pieces that a drawing is painted in: a grid that begins where the drawing does, whatever part of
 /// it is wanted.
 class DrawingPieces {
@@ -21,7 +24,7 @@ class DrawingPieces {
   /// What the drawing may touch of the canvas.
   const PixelArea& Reached() const { return reached_; }
   /// The piece that holds a pixel of what is reached.
-  PixelArea PieceAt(int64_t x, int64_t y) const;
+  PixelArea PieceAt(int64_t x, int64_t y) const { return PieceOf(reached_, x, y); }
   /// Paints a piece; no surface where nothing touches it. OverBudget; NoMemory; BadData.
   Outcome Paint(const PixelArea& piece, SurfacePtr& surface);
 
