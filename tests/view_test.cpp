@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "core/pictures/load.h"
+#include "core/pictures/picture.h"
 #include "core/view/view.h"
 #include "media/work.h"
 #include "tests/support/encoders.h"
@@ -127,6 +129,35 @@ TEST_F(ViewTest, SmallerPicturesAreMeansOfTheWhole) {
     const Drawn nearest = Draw(survey, request);
     ASSERT_EQ(nearest.width, areas.width);
     ASSERT_EQ(nearest.height, areas.height);
+  }
+}
+
+// A picture's file of a form, as a reader of pictures takes it.
+core::Picture ThroughFile(const Drawn& drawn, core::PictureForm form) {
+  test::TempFile out("", core::EndingOf(form));
+  std::FILE* file = std::fopen(out.Path().c_str(), "wb+");
+  const auto writer = core::PictureWriter::Start(form, file, drawn.width, drawn.height);
+  for (uint32_t y = 0; y < drawn.height; ++y) EXPECT_TRUE(writer->PutRow(drawn.At(0, y)));
+  EXPECT_TRUE(writer->Finish());
+  std::fclose(file);
+  core::Picture picture;
+  EXPECT_EQ(core::LoadPicture(out.Contents(), picture), media::Outcome::Ok);
+  return picture;
+}
+
+TEST_F(ViewTest, EveryFormHasTheSamePixels) {
+  for (int i = 0; i < Times(30, 300); ++i) {
+    const RandomFile file = test::MakeRandomFile(random_);
+    SCOPED_TRACE(file.family);
+    const Drawn drawn = DrawBytes(file.bytes);
+    for (const auto form : {core::PictureForm::Png, core::PictureForm::Ppm, core::PictureForm::Tiff}) {
+      SCOPED_TRACE(core::EndingOf(form));
+      const core::Picture picture = ThroughFile(drawn, form);
+      ASSERT_EQ(picture.width, drawn.width);
+      ASSERT_EQ(picture.height, drawn.height);
+      ASSERT_EQ(picture.channels, 3u);
+      ASSERT_TRUE(picture.samples == drawn.rgb);
+    }
   }
 }
 

@@ -178,7 +178,7 @@ ToneRange FullRange(const SampleImage& form) {
 }  // namespace
 
 SampleFault DescribeShown(const SurveyedPart& image, SampleImage& form) {
-  const SampleFault fault = DescribeSamples(image, form);
+  SampleFault fault = DescribeSamples(image, form);
   if (image.Text("PJUST") == "L") form.significantBits = form.bits;
   return fault;
 }
