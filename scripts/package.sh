@@ -39,9 +39,9 @@ inside() { "${as_root[@]}" chroot "$root" env -i PATH=/usr/sbin:/usr/bin:/sbin:/
 inside apt-get update -qq
 inside bash -c 'cd /orbntf && apt-get install -y -qq --no-install-recommends ./orbntf_*.deb ./liborbntf?_*.deb' >>build/package/root.log 2>&1
 inside orbntf --version
-inside bash -c 'cd /tmp && echo words >words.txt && orbntf new -o a.ntf --text words.txt && orbntf render a.ntf -o a.png && orbntf info a.ntf'
+inside bash -c 'cd /tmp && printf "P6 2 2 255 abcdefghijkl" >a.ppm && orbntf new -o a.ntf --image a.ppm && orbntf render a.ntf -o a.png && orbntf info a.ntf'
 inside apt-get install -y -qq --no-install-recommends man-db bash-completion >>build/package/root.log 2>&1
-inside man orbntf | grep -q 'Draw the composite display'
+inside man orbntf | grep -q 'Draw the composite, or one image'
 for section in EXAMPLES FIELDS; do inside man orbntf | grep -q "^$section"; done
 inside bash -c 'source /usr/share/bash-completion/bash_completion; _completion_loader orbntf || true; complete -p orbntf' |
   grep -q _orbntf
