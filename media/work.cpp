@@ -50,6 +50,7 @@ bool Spend(uint64_t nanoseconds) { return Take(nanoseconds, current.nanoseconds)
 bool SpendSamples(uint64_t samples) { return Take(samples, current.samples); }
 
 void SetMaxPixels(uint64_t pixels) { maxPixels = pixels; }
+uint64_t MaxPixels() { return maxPixels; }
 bool AllowsPixels(uint64_t pixels) {
   const uint64_t limit = maxPixels;
   return limit == 0 || pixels <= limit;

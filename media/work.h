@@ -40,6 +40,8 @@ bool SpendSamples(uint64_t samples);
 
 /// Refuses pictures of more pixels than this, those that codecs work on included; 0 lifts the limit.
 void SetMaxPixels(uint64_t pixels);
+/// The limit; 0 for none.
+uint64_t MaxPixels();
 /// Whether a picture of as many pixels may be made at all.
 bool AllowsPixels(uint64_t pixels);
 

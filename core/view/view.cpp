@@ -169,7 +169,9 @@ class FileView::Drawer {
     constexpr uint64_t kAlways = uint64_t{1} << 30, kPerByte = 1024;
     if (!media::AllowsPixels(PixelsToMake()))
       return {media::Outcome::NoMemory,
-              "its picture has " + std::to_string(PixelsToMake()) + " pixels, more than are allowed"};
+              "its picture has " + std::to_string(PixelsToMake()) + " pixels, more than the " +
+                  std::to_string(media::MaxPixels()) +
+                  " that are allowed; a part of it, or a smaller picture of nearest pixels, has fewer"};
     if (PixelsToMake() <= kAlways + kPerByte * survey_.file.Size()) return {};
     return {media::Outcome::OverBudget,
             "its picture has " + std::to_string(window_.rows) + " rows and " +
