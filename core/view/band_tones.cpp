@@ -6,6 +6,26 @@
 
 namespace core {
 
+// Samples so many bytes apart, and which of their bits count.
+struct BandTones::Samples {
+  const uint8_t* first;
+  size_t step;
+  uint32_t mask;
+};
+
+namespace {
+
+template <class Word, class Of, class Put>
+void ForEachWord(Of of, uint64_t pixels, uint8_t* rgb, Put put) {
+  for (; pixels > 0; --pixels, of.first += of.step, rgb += 3) {
+    Word word;
+    std::memcpy(&word, of.first, sizeof word);
+    put(word & of.mask, rgb);
+  }
+}
+
+}  // namespace
+
 uint64_t BitsOf(const SampleImage& form, const uint8_t* sample) {
   uint64_t bits = 0;
   std::memcpy(&bits, sample, form.sampleBytes);
@@ -27,24 +47,33 @@ BandTones::BandTones(const SampleImage& form, const BandTable& table, const Tone
   for (size_t i = 0; i < known_.size(); ++i) isIdentity_ = isIdentity_ && known_[i] == i;
 }
 
-void BandTones::Show(const uint8_t* samples, size_t step, uint64_t pixels, uint8_t* rgb) const {
+void BandTones::Show(const uint8_t* samples, size_t step, uint64_t pixels, uint8_t* rgb,
+                     bool isGrey) const {
+  if (!known_.empty()) {
+    const Samples of = {samples, step, (1u << form_.bits) - 1};
+    return form_.sampleBytes == 2 ? ShowWords<uint16_t>(of, pixels, rgb, isGrey)
+                                  : ShowWords<uint8_t>(of, pixels, rgb, isGrey);
+  }
   for (; pixels > 0; --pixels, samples += step, rgb += 3) {
-    if (known_.empty()) {
-      Find(samples, rgb);
-      continue;
-    }
-    uint32_t bits = *samples;
-    if (form_.sampleBytes == 2) {
-      uint16_t word;
-      std::memcpy(&word, samples, sizeof word);
-      bits = word;
-    }
-    const uint8_t* shown = &known_[size_t{bits & ((1u << form_.bits) - 1)} * Bytes()];
-    rgb[0] = shown[0];
-    if (Bytes() == 3) {
-      rgb[1] = shown[1];
-      rgb[2] = shown[2];
-    }
+    Find(samples, rgb);
+    if (isGrey && Bytes() == 1) rgb[1] = rgb[2] = rgb[0];
+  }
+}
+
+template <class Word>
+void BandTones::ShowWords(const Samples& of, uint64_t pixels, uint8_t* rgb, bool isGrey) const {
+  const uint8_t* known = known_.data();
+  if (Bytes() == 3) {
+    ForEachWord<Word>(of, pixels, rgb, [known](uint32_t bits, uint8_t* pixel) {
+      std::memcpy(pixel, known + size_t{3} * bits, 3);
+    });
+  } else if (isGrey) {
+    ForEachWord<Word>(of, pixels, rgb, [known](uint32_t bits, uint8_t* pixel) {
+      pixel[0] = pixel[1] = pixel[2] = known[bits];
+    });
+  } else {
+    ForEachWord<Word>(of, pixels, rgb,
+                      [known](uint32_t bits, uint8_t* pixel) { pixel[0] = known[bits]; });
   }
 }
 

@@ -16,10 +16,14 @@ class BandTones {
   uint32_t Bytes() const { return table_.isColour ? 3 : 1; }
   /// Whether a sample is shown as the byte that it is.
   bool IsIdentity() const { return isIdentity_; }
-  /// Puts the bytes of some samples, so many bytes apart, to pixels of three bytes.
-  void Show(const uint8_t* samples, size_t step, uint64_t pixels, uint8_t* rgb) const;
+  /// Puts the bytes of some samples, so many bytes apart, to pixels of three bytes; of grey ones a single
+  /// byte three times.
+  void Show(const uint8_t* samples, size_t step, uint64_t pixels, uint8_t* rgb, bool isGrey) const;
 
  private:
+  struct Samples;
+  template <class Word>
+  void ShowWords(const Samples& of, uint64_t pixels, uint8_t* rgb, bool isGrey) const;
   void Find(const uint8_t* sample, uint8_t* shown) const;
   uint8_t Tone(uint64_t bits, const uint8_t* sample) const;
 

@@ -116,16 +116,13 @@ class ImagePainter::Painter {
     }
     if (bands_.size() == 1) {
       if (bands_[0]->IsIdentity()) return media::TripleBytes(samples, count, rgb);
-      bands_[0]->Show(samples, step, pixels, rgb);
-      for (uint64_t x = 0; bands_[0]->Bytes() == 1 && x < pixels; ++x)
-        rgb[3 * x + 1] = rgb[3 * x + 2] = rgb[3 * x];
-      return;
+      return bands_[0]->Show(samples, step, pixels, rgb, true);
     }
     const bool asTheyAre =
         std::all_of(bands_.begin(), bands_.end(), [](const auto& band) { return band->IsIdentity(); });
     if (asTheyAre) std::memcpy(rgb, samples, 3 * pixels);
     for (size_t i = 0; !asTheyAre && i < bands_.size(); ++i)
-      bands_[i]->Show(samples + i * form_.sampleBytes, step, pixels, rgb + i);
+      bands_[i]->Show(samples + i * form_.sampleBytes, step, pixels, rgb + i, false);
     if (shown_.as == ShownAs::Differences) ToColours(rgb, pixels);
   }
 
