@@ -157,6 +157,16 @@ void WriteDrawingBombs() {
     many.Graphic(WholeCanvas(16, i + 1), cgm);
   }
   Write("cgm_20_of_1mb", many);
+  // Each reaches over many pieces, all the way down a narrow canvas.
+  constexpr int kTall = 30000;
+  NitfBuilder tall;
+  for (int i = 0; i < 20; ++i) {
+    const std::string cgm = test::Metafile(solid + Repeated(Element(4, 11, I({0, 0, 9, -kTall})), 990000),
+                                           "", I({0, 0, 15, kTall}));
+    test::Record record = WholeCanvas(16, i + 1);
+    tall.Graphic(record.Set("SBND2", test::Digits(kTall, 5) + test::Digits(15, 5)), cgm);
+  }
+  Write("cgm_20_tall", tall);
 }
 
 // ---------------------------------------------------------------- images without pixels

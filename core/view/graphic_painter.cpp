@@ -8,6 +8,7 @@
 #include "media/drawing/metafile.h"
 #include "media/drawing/outline.h"
 #include "media/drawing/paint.h"
+#include "media/work.h"
 
 namespace core {
 
@@ -58,12 +59,16 @@ SampleFault GraphicPainter::Load() {
   return {};
 }
 
-void GraphicPainter::Start(uint32_t width, uint32_t height) {
+void GraphicPainter::Start(uint32_t width, uint32_t height, bool isHeld) {
+  isHeld_ = isHeld;
   width_ = width;
   height_ = height;
 }
 
 SampleFault GraphicPainter::Open() {
+  constexpr uint64_t kDecoding = 60;  // nanoseconds a byte
+  if (reached_ && !media::Spend(kDecoding * Bytes()))
+    return FaultOf(media::Outcome::OverBudget, "the drawing");
   auto drawing = std::make_unique<media::Drawing>();
   if (SampleFault fault = Decode(*drawing); fault.Met()) return fault;
   media::SetExtent(*drawing, view_);
@@ -97,7 +102,6 @@ SampleFault GraphicPainter::Find(int64_t x, int64_t y, const Piece*& piece) {
 }
 
 SampleFault GraphicPainter::Paint(int64_t y, int64_t column, int64_t columns, uint8_t* rgb) {
-  constexpr uint64_t kLarge = 64 << 10;
   // A drawing is decoded when its first row is painted.
   const auto row = static_cast<double>(y - row_);
   if (isEmpty_ || row < -view_.second.y - 1 || row > -view_.first.y + 1) return {};
@@ -105,7 +109,7 @@ SampleFault GraphicPainter::Paint(int64_t y, int64_t column, int64_t columns, ui
     if (SampleFault fault = Open(); fault.Met() || isEmpty_) return fault;
   }
   SampleFault fault = PaintRow(y, column, columns, rgb);
-  if (drawing_ != nullptr && drawing_->bytes > kLarge) {
+  if (!isHeld_ || y + 1 >= reached_->bottom) {
     pieces_.reset();
     drawing_.reset();
   }

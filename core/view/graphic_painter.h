@@ -23,8 +23,11 @@ class GraphicPainter {
   int64_t Right() const { return right_; }
   int64_t Bottom() const { return bottom_; }
 
-  /// Begins to paint on a canvas of a size.
-  void Start(uint32_t width, uint32_t height);
+  /// Bytes of the metafile.
+  uint64_t Bytes() const { return place_.part->dataLength; }
+  /// Begins to paint on a canvas of a size. A drawing is held until its last row, or else decoded for
+  /// each row of its pieces.
+  void Start(uint32_t width, uint32_t height, bool isHeld);
   /// Paints on some pixels of a row of the canvas. OverBudget.
   SampleFault Paint(int64_t y, int64_t column, int64_t columns, uint8_t* rgb);
 
@@ -41,9 +44,8 @@ class GraphicPainter {
   int64_t row_ = 0, column_ = 0;  // of its origin
   int64_t right_ = 0, bottom_ = 0;
   uint32_t width_ = 0, height_ = 0;  // of the canvas
-  bool isEmpty_ = true;
+  bool isEmpty_ = true, isHeld_ = true;
   std::optional<media::PixelArea> reached_;  // once it is opened
-  // A large drawing is held while pieces of it are painted, a small one from then on.
   std::unique_ptr<media::Drawing> drawing_;
   std::unique_ptr<media::DrawingPieces> pieces_;
   std::map<std::pair<int64_t, int64_t>, Piece> painted_;  // of the rows that are painted now

@@ -44,10 +44,7 @@ class FileView::Drawer {
                                             std::to_string(height_) + " pixels, more than " +
                                             std::to_string(kMostSide) + " a side"};
     if (SampleFault fault = TakeWindow(); fault.Met()) return fault;
-    for (Item& item : items_) {
-      if (item.graphic != nullptr)
-        item.graphic->Start(static_cast<uint32_t>(width_), static_cast<uint32_t>(height_));
-    }
+    StartGraphics();
     TakeSize();
     TakeBackground();
     return Weigh();
@@ -122,6 +119,18 @@ class FileView::Drawer {
       return;
     }
     Widen(item.graphic->Right(), item.graphic->Bottom());
+  }
+
+  // Drawings take many times the memory of their bytes: few large ones are held.
+  void StartGraphics() {
+    constexpr uint64_t kHeld = 1 << 20;
+    uint64_t held = 0;
+    for (Item& item : items_) {
+      if (item.graphic == nullptr) continue;
+      const bool isHeld = item.graphic->Bytes() <= kHeld - held;
+      if (isHeld) held += item.graphic->Bytes();
+      item.graphic->Start(static_cast<uint32_t>(width_), static_cast<uint32_t>(height_), isHeld);
+    }
   }
 
   void Widen(int64_t right, int64_t bottom) {
