@@ -123,6 +123,28 @@ void WriteMarkerBombs() {
   WriteDrawing("markers_single", Repeated(Element(4, 3, I({1000, 1000})), 960000));
 }
 
+// Many drawings, of which few can be held at once.
+void WriteManyDrawings() {
+  const std::string solid = Element(5, 22, I({1}));
+  NitfBuilder many;
+  for (int i = 0; i < 20; ++i) {
+    const std::string cgm =
+        test::Metafile(solid + Repeated(Element(4, 11, I({0, 0, 9, 9})), 990000), "", I({0, 0, 15, 15}));
+    many.Graphic(WholeCanvas(16, i + 1), cgm);
+  }
+  Write("cgm_20_of_1mb", many);
+  // Each reaches over many pieces, all the way down a narrow canvas.
+  constexpr int kTall = 30000;
+  NitfBuilder tall;
+  for (int i = 0; i < 20; ++i) {
+    const std::string cgm = test::Metafile(solid + Repeated(Element(4, 11, I({0, 0, 9, -kTall})), 990000),
+                                           "", I({0, 0, 15, kTall}));
+    test::Record record = WholeCanvas(16, i + 1);
+    tall.Graphic(record.Set("SBND2", test::Digits(kTall, 5) + test::Digits(15, 5)), cgm);
+  }
+  Write("cgm_20_tall", tall);
+}
+
 void WriteDrawingBombs() {
   constexpr int kMost = 2047;
   const std::string solid = Element(5, 22, I({1})), full = Element(4, 11, I({0, 0, kMost, kMost}));
@@ -150,23 +172,6 @@ void WriteDrawingBombs() {
                                   Repeated(Element(4, 4, I({99, 99, 1}) + test::S("text")), 990000));
   WriteDrawing("dashes",
                Element(5, 2, I({3})) + Repeated(Element(4, 1, I({0, 0, kMost, kMost})), 240000));
-  NitfBuilder many;
-  for (int i = 0; i < 20; ++i) {
-    const std::string cgm =
-        test::Metafile(solid + Repeated(Element(4, 11, I({0, 0, 9, 9})), 990000), "", I({0, 0, 15, 15}));
-    many.Graphic(WholeCanvas(16, i + 1), cgm);
-  }
-  Write("cgm_20_of_1mb", many);
-  // Each reaches over many pieces, all the way down a narrow canvas.
-  constexpr int kTall = 30000;
-  NitfBuilder tall;
-  for (int i = 0; i < 20; ++i) {
-    const std::string cgm = test::Metafile(solid + Repeated(Element(4, 11, I({0, 0, 9, -kTall})), 990000),
-                                           "", I({0, 0, 15, kTall}));
-    test::Record record = WholeCanvas(16, i + 1);
-    tall.Graphic(record.Set("SBND2", test::Digits(kTall, 5) + test::Digits(15, 5)), cgm);
-  }
-  Write("cgm_20_tall", tall);
 }
 
 // ---------------------------------------------------------------- images without pixels
@@ -241,6 +246,7 @@ int main(int argc, char** argv) {
   WriteCodecBombs();
   WriteVectorBombs();
   WriteDrawingBombs();
+  WriteManyDrawings();
   WriteBlankBombs();
   WriteHeaderBombs();
   return 0;
