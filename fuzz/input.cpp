@@ -1,31 +1,54 @@
+#include <fcntl.h>
+
+#include "core/edit/add.h"
+#include "core/edit/prove.h"
 #include "fuzz/support.h"
-#include "tools/orbntf/inspect/load.h"
+
+namespace {
+
+constexpr core::StoreOptions::Way kWays[] = {
+    core::StoreOptions::Way::Plain, core::StoreOptions::Way::Jpeg, core::StoreOptions::Way::Jpeg2000};
+
+// A picture file, a metafile or a text as the segment of a new file, which is proven.
+void Store(const std::string& path, fuzz::Choices choices) {
+  static fuzz::MemoryFile saved;
+  const core::Labels labels = {"20261126120000", ""};
+  core::Draft draft = core::NewFile(labels);
+  std::vector<std::string> notes;
+  const uint8_t kind = choices.Byte();
+  if (kind % 4 < 2) {
+    core::StoreOptions options;
+    options.way = kWays[choices.Byte() % 3];
+    options.block = choices.Byte() % 2 == 0 ? 0 : 64;
+    options.mode = "BPRS"[choices.Byte() % 4];
+    options.isAsIs = kind % 16 == 1;
+    if (choices.Byte() % 2 == 0) options.background = {255, 255, 255};
+    core::AddImages(draft, core::StorePicture(draft, path, "", options, notes), {}, labels);
+  } else if (kind % 4 == 2) {
+    core::AddGraphic(draft, core::ReadWhole(path), {}, labels);
+  } else {
+    core::AddText(draft, core::ReadWhole(path), labels);
+  }
+  saved.Fill("", 0);
+  const core::Descriptor descriptor(open(saved.Path().c_str(), O_WRONLY | O_TRUNC));
+  const core::Proof proof =
+      core::WriteProven(draft, descriptor.Get(), saved.Path(), core::RecordDefinitions());
+  fuzz::Require(proof.fault.empty(), proof.fault.c_str());
+}
+
+}  // namespace
 
 int fuzz::Input(const uint8_t* data, size_t size) {
-  static MemoryFile file, saved;
+  static MemoryFile file;
   Begin(size);
-  const uint8_t choice = Choices(data, size).Byte();
+  size_t fileSize = size;
+  const Choices choices(data, fileSize);
   file.Fill(data, size);
-  NitfHandle document = nullptr;
-  Require(Orb_NITFCreate(&document, nullptr) == ORB_SUCCESS, "an empty document");
-  int32_t added = 0;
-  if (choice % 2 == 0) {
-    core::Picture picture;
-    tool::Bitmap bitmap;
-    if (tool::LoadInput(file.Path(), picture) == kHostOk && picture.bits == 8 &&
-        bitmap.Take(picture) == kHostOk)
-      added =
-          Orb_NITFAppendImageSegment(document, &bitmap.record, kFormatJpegRgb, picture.channels * 8, 30);
-  } else {
-    added = Orb_NITFAppendTextSegment(document, file.Wide());
+  try {
+    Store(file.Path(), choices);
+  } catch (const core::PictureError&) {
+  } catch (const core::EditError&) {
   }
-  if (added == ORB_SUCCESS) {
-    Require(Orb_NITFSaveFileA(document, saved.Path().c_str()) == ORB_SUCCESS, "what was taken is saved");
-    NitfHandle again = nullptr;
-    Require(Orb_NITFCreateA(&again, saved.Path().c_str()) == ORB_SUCCESS, "what was saved opens");
-    Orb_NITFDestroy(&again);
-  }
-  Orb_NITFDestroy(&document);
   RequireNothingHeld();
   return 0;
 }

@@ -41,7 +41,7 @@ int main(int argc, char** argv) {
     }
     for (int i = 1; i < argc; ++i) {
       count += RunFolder(target, std::filesystem::path(argv[i]) / target.name);
-      if (target.run == &fuzz::Insight || target.run == &fuzz::Core)
+      if (target.run == &fuzz::Insight || target.run == &fuzz::Core || target.run == &fuzz::Edit)
         count += RunFolder(target, std::filesystem::path(argv[i]) / "filter");
     }
   }

@@ -21,7 +21,7 @@ int Facsimile(const uint8_t* data, size_t size);
 int Vector(const uint8_t* data, size_t size);
 /// A metafile read, measured, painted, written and read again.
 int Drawing(const uint8_t* data, size_t size);
-/// What the tool takes in: pictures, and texts to append.
+/// What new files are made of: pictures, metafiles and texts; the last bytes choose how they are stored.
 int Input(const uint8_t* data, size_t size);
 /// What the tool tells of a file; the last byte chooses how far samples are reduced. It replays what is
 /// kept for `filter` as well.
@@ -31,6 +31,9 @@ int Insight(const uint8_t* data, size_t size);
 /// well.
 int Core(const uint8_t* data, size_t size);
 
+/// A file that is changed by splicing, and proven. It replays what is kept for `filter` as well.
+int Edit(const uint8_t* data, size_t size);
+
 struct NamedTarget {
   const char* name;
   Target run;
@@ -38,7 +41,7 @@ struct NamedTarget {
 inline constexpr NamedTarget kTargets[] = {
     {"filter", &Filter},       {"api", &Api},       {"jpeg", &Jpeg},       {"jpeg2000", &Jpeg2000},
     {"facsimile", &Facsimile}, {"vector", &Vector}, {"drawing", &Drawing}, {"input", &Input},
-    {"insight", &Insight},     {"core", &Core},
+    {"insight", &Insight},     {"core", &Core},     {"edit", &Edit},
 };
 
 }  // namespace fuzz

@@ -3,16 +3,13 @@
 
 #include <tiffio.h>
 
-#include "core/format/bytes.h"
-#include "core/pictures/load.h"
 #include "core/pictures/sample_files.h"
 #include "hostkit/hostkit.h"
 #include "tests/support/extract.h"
+#include "tests/support/raster.h"
 #include "tests/support/samples.h"
 
 namespace {
-
-using media::Outcome;
 
 using core::SampleImage;
 using test::ExtractTest;
@@ -96,10 +93,10 @@ TEST_F(ExtractTest, TablesArePalettes) {
   ASSERT_EQ(core::WhyNotAs("png", image), "");
   EXPECT_TRUE(core::WritePng(file, image));
   std::fclose(file);
-  core::Picture picture;
-  ASSERT_EQ(core::LoadPicture(core::ReadWhole(out.Path()), picture), Outcome::Ok);
-  EXPECT_EQ(std::string(picture.samples.begin(), picture.samples.end()),
-            "\x0A\x1A\x2A\x0B\x1B\x2B\x0C\x1C\x2C\x0B\x1B\x2B");
+  const test::WholeRaster picture = test::ReadRaster(out.Path());
+  EXPECT_EQ(picture.samples, "\0\1\2\1"s);
+  EXPECT_EQ(std::string(picture.form.palette.begin(), picture.form.palette.begin() + 9),
+            "\x0A\x1A\x2A\x0B\x1B\x2B\x0C\x1C\x2C");
 }
 
 TEST_F(ExtractTest, PngAndRawHoldWhatTheyCan) {
@@ -111,10 +108,9 @@ TEST_F(ExtractTest, PngAndRawHoldWhatTheyCan) {
   std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
   EXPECT_TRUE(core::WritePng(file, image));
   std::fclose(file);
-  core::Picture picture;
-  ASSERT_EQ(core::LoadPicture(core::ReadWhole(out.Path()), picture), Outcome::Ok);
-  EXPECT_EQ(picture.bits, 16u);
-  EXPECT_EQ(std::string(picture.samples.begin(), picture.samples.end()), data);
+  const test::WholeRaster picture = test::ReadRaster(out.Path());
+  EXPECT_EQ(picture.form.bits, 16u);
+  EXPECT_EQ(picture.samples, std::string(image.samples.begin(), image.samples.end()));
   file = std::fopen(out.Path().c_str(), "w+b");
   EXPECT_TRUE(core::WriteRaw(file, image));
   std::fclose(file);
@@ -153,69 +149,6 @@ TEST_F(ExtractTest, SignsAndPartsOfNumbersAreKept) {
   EXPECT_EQ(Read(form, "ab", image).Code(), -16);
 }
 
-// A TIFF of one or more pages of 4 x 2 samples.
-struct TiffPlan {
-  uint16_t bits = 8, bands = 1, format = SAMPLEFORMAT_UINT, planar = PLANARCONFIG_CONTIG;
-  bool tiled = false;
-  int pages = 1;
-};
-std::string MakeTiff(const TiffPlan& plan) {
-  const test::TempFile file("", ".tif");
-  TIFF* tiff = TIFFOpen(file.Path().c_str(), "w");
-  for (int page = 0; page < plan.pages; ++page) {
-    TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, 4);
-    TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, 2);
-    TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, plan.bits);
-    TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, plan.bands);
-    TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, plan.format);
-    TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, plan.planar);
-    TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, plan.bands == 3 ? PHOTOMETRIC_RGB : PHOTOMETRIC_MINISBLACK);
-    if (plan.tiled) {
-      TIFFSetField(tiff, TIFFTAG_TILEWIDTH, 16);
-      TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
-      std::string tile(static_cast<size_t>(TIFFTileSize(tiff)), 't');
-      TIFFWriteTile(tiff, tile.data(), 0, 0, 0, 0);
-    } else {
-      std::string row(static_cast<size_t>(TIFFScanlineSize(tiff)), 'r');
-      const uint16_t planes = plan.planar == PLANARCONFIG_SEPARATE ? plan.bands : 1;
-      for (uint16_t plane = 0; plane < planes; ++plane) {
-        for (uint32_t y = 0; y < 2; ++y) TIFFWriteScanline(tiff, row.data(), y, plane);
-      }
-    }
-    TIFFWriteDirectory(tiff);
-  }
-  TIFFClose(tiff);
-  return file.Contents();
-}
-
-TEST_F(ExtractTest, TiffsThatWouldLoseSomethingAreTold) {
-  const auto why = [](const TiffPlan& plan) {
-    core::Picture picture;
-    // What libtiff cannot show is not taken at all.
-    const Outcome outcome = core::LoadPicture(MakeTiff(plan), picture);
-    EXPECT_TRUE(outcome == Outcome::Ok || !picture.whyNotLossless.empty())
-        << plan.bits << " bits, " << plan.bands << " bands, tiled " << plan.tiled << ": "
-        << static_cast<int>(outcome);
-    return picture.whyNotLossless;
-  };
-  EXPECT_EQ(why({}), "");
-  EXPECT_EQ(why({.bits = 16}), "");
-  EXPECT_EQ(why({.bits = 16, .bands = 3}), "");
-  EXPECT_EQ(why({.tiled = true}), "");
-  EXPECT_NE(why({.bits = 16, .tiled = true}), "");
-  EXPECT_NE(why({.bits = 16, .bands = 3, .planar = PLANARCONFIG_SEPARATE}), "");
-  EXPECT_NE(why({.format = SAMPLEFORMAT_INT}), "");
-  EXPECT_NE(why({.bits = 16, .format = SAMPLEFORMAT_INT}), "");
-  EXPECT_NE(why({.bands = 5}), "");
-  EXPECT_NE(why({.pages = 2}), "");
-  for (const TiffPlan& plan : {TiffPlan{.bits = 32}, TiffPlan{.bits = 32, .format = SAMPLEFORMAT_IEEEFP},
-                               TiffPlan{.bits = 64, .format = SAMPLEFORMAT_COMPLEXIEEEFP}}) {
-    core::Picture picture;
-    EXPECT_EQ(core::LoadPicture(MakeTiff(plan), picture), Outcome::Unsupported);
-    EXPECT_NE(picture.refusal.find(std::to_string(plan.bits) + " bits"), std::string::npos);
-  }
-}
-
 TEST_F(ExtractTest, PngShowsColourDifferencesAsColours) {
   ImageForm form{.width = 3, .height = 1, .bands = 3, .mode = "P"};
   form.representation = "YCbCr601";
@@ -225,11 +158,11 @@ TEST_F(ExtractTest, PngShowsColourDifferencesAsColours) {
   std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
   EXPECT_TRUE(core::WritePng(file, image));
   std::fclose(file);
-  core::Picture picture;
-  ASSERT_EQ(core::LoadPicture(core::ReadWhole(out.Path()), picture), Outcome::Ok);
+  const test::WholeRaster picture = test::ReadRaster(out.Path());
   const std::vector<int> wanted = {128, 128, 128, 254, 0, 0, 0, 0, 254};
   ASSERT_EQ(picture.samples.size(), wanted.size());
-  for (size_t i = 0; i < wanted.size(); ++i) EXPECT_NEAR(picture.samples[i], wanted[i], 1) << i;
+  for (size_t i = 0; i < wanted.size(); ++i)
+    EXPECT_NEAR(static_cast<uint8_t>(picture.samples[i]), wanted[i], 1) << i;
 }
 
 }  // namespace

@@ -14,8 +14,8 @@ printf 'Some words\r\n' >words.txt
 expect 0 '' "$tool" new -o good.ntf --station S --image tiny.ppm --lossless --text words.txt
 [ ! -s err.txt ] || fail "a sound file is written without a word: $(cat err.txt)"
 printf 'A\n\x80' >odd.txt
-expect 0 'orbntf: new: bad.ntf: warning: file.station: file header, OSTAID is blank' "$tool" new -o bad.ntf --text odd.txt
-grep -qF 'warning: text.characters' err.txt || fail "errors are told as warnings"
+expect 1 'not written: it would break a rule: text.characters' "$tool" new -o bad.ntf --text odd.txt
+expect 0 'orbntf: new: bad.ntf: warning: text.characters: text 0' "$tool" new -o bad.ntf --text odd.txt --force
 grep -qF 'text.lines' err.txt && fail "warnings are for check"
 
 # check
@@ -26,7 +26,7 @@ expect 1 '' "$tool" check good.ntf bad.ntf
 holds 'error text.characters: text 0, TXTFMT, byte '
 expect 1 '' "$tool" check --json good.ntf bad.ntf
 valid
-holds '"rule": "file.station"'
+holds '"rule": "text.characters"'
 printf 'A\n' >lines.txt
 expect 0 '' "$tool" new -o lines.ntf --station S --text lines.txt
 expect 0 '' "$tool" check lines.ntf

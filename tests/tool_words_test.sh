@@ -22,8 +22,8 @@ patched() {
 printf 'P5\n6 4\n255\n%24s' x >grey.pgm
 printf 'line one\nline \033[31mtwo' >words.txt
 export SOURCE_DATE_EPOCH=1700000000
-"$tool" new -o a.ntf --image grey.pgm --at 3,4 --text words.txt --title 'A title' --station Depot --class S \
-  --field 'ONAME=Someone' --field image:0 --field IID1=First
+"$tool" new -o a.ntf --force --image grey.pgm --at 3,4 --text words.txt --title 'A title' --station Depot --class S \
+  --field 'ONAME=Someone' --field image:0 --field IID1=First 2>/dev/null
 
 # Why a file is refused.
 expect 1 'status -7: no such file' "$tool" info none.ntf
@@ -31,7 +31,8 @@ mkdir folder
 expect 1 'status -7: is a folder' "$tool" info folder
 expect 1 ': is a folder' "$tool" render folder -o x.png
 patched a.ntf 4 01.00
-expect 1 'version "01.00"; this reader takes 02.10' "$tool" copy patched.ntf -o x.ntf
+expect 1 'version "01.00"; this reader takes 02.10' "$tool" copy --module patched.ntf -o x.ntf
+expect 1 'is NITF, version "01.00"; NITF 02.10 and NSIF 01.00 are changed' "$tool" set patched.ntf -o x.ntf FTITLE=x
 expect 1 'status -78' "$tool" info patched.ntf
 patched a.ntf 0 NSIF01.0005
 shows 'image 0: "First' "$tool" info patched.ntf
@@ -70,13 +71,19 @@ grep -q 'ISCLAS": "S"' <("$tool" info --json a.ntf) || fail "--class is for segm
 "$tool" info --json geo.ntf | tr -d ' \n' | grep -qF '"coordinates":[[[-20.25,10.5],[-20.25,9.5]' || fail "GeoJSON"
 
 # What set refuses, and takes with --force.
-for change in FDT=20230230000000 FSCLAS=X FSDGDT=2023 'OSTAID= '; do
+for change in FDT=20230230000000 FSCLAS=X FSDGDT=2023 'OSTAID= ' FL=1 NUMI=2 'OSTAID=é'; do
   expect 2 "${change%%=*}: " "$tool" set a.ntf -o x.ntf "$change"
 done
 for change in IDATIM=20231301000000 IGEOLO=nowhere ISDCTP=QQ IDLVL=0 NROWS=9 IC=NC; do
   expect 2 "${change%%=*}: " "$tool" set a.ntf -o x.ntf image:0 "$change"
 done
-expect 0 '' "$tool" set a.ntf -o forced.ntf --force image:0 ISDCTP=QQ
+expect 0 'warning: security.type: image 0' "$tool" set a.ntf -o forced.ntf --force image:0 ISDCTP=QQ
+expect 1 'not written: it would break a rule: level.number' "$tool" set a.ntf -o x.ntf CLEVEL=08
+expect 2 'the classification system' "$tool" set a.ntf -o x.ntf --class T
+expect 0 '' "$tool" set a.ntf -o secret.ntf --class T all:CLSY=US
+[ "$("$tool" info --json secret.ntf | grep -c 'CLAS": "T"')" -eq 3 ] || fail "all headers are classified"
+expect 0 '2 files, 0 failed' "$tool" set a.ntf secret.ntf -O titled FTITLE=Both
+cmp <("$tool" text titled/a.ntf) words.txt || fail "many files are changed"
 expect 2 'describes the pixels' "$tool" set a.ntf -o x.ntf --force image:0 NROWS=9
 
 # Pictures at their own depth.
@@ -95,7 +102,7 @@ for ending in png tif jpg; do
   [ $ending = jpg ] || { "$tool" render again.ntf -o again.ppm && cmp colour.ppm again.ppm; } || fail "$ending"
 done
 printf 'P5\n9000 2\n255\n' >wide.pgm && head -c 18000 /dev/zero >>wide.pgm
-expect 0 'level.canvas: file header, the file has 9000 pixels on a side of its canvas, level 03 allows 2048' "$tool" new -o wide.ntf --image wide.pgm --lossless
+expect 0 'wide.ntf: CLEVEL is 06; the module opens files of level 03' "$tool" new -o wide.ntf --image wide.pgm --lossless
 shows 'in 9 x 1 blocks' "$tool" info wide.ntf
 
 # One image, a part.

@@ -3,12 +3,12 @@
 #include <filesystem>
 #include <fstream>
 
-#include "core/pictures/load.h"
 #include "core/pictures/picture.h"
 #include "core/view/view.h"
 #include "media/work.h"
 #include "tests/support/encoders.h"
 #include "tests/support/random_files.h"
+#include "tests/support/raster.h"
 #include "tests/support/samples.h"
 #include "tests/support/support.h"
 
@@ -133,16 +133,14 @@ TEST_F(ViewTest, SmallerPicturesAreMeansOfTheWhole) {
 }
 
 // A picture's file of a form, as a reader of pictures takes it.
-core::Picture ThroughFile(const Drawn& drawn, core::PictureForm form) {
+test::WholeRaster ThroughFile(const Drawn& drawn, core::PictureForm form) {
   test::TempFile out("", core::EndingOf(form));
   std::FILE* file = std::fopen(out.Path().c_str(), "wb+");
   const auto writer = core::PictureWriter::Start(form, file, drawn.width, drawn.height);
   for (uint32_t y = 0; y < drawn.height; ++y) EXPECT_TRUE(writer->PutRow(drawn.At(0, y)));
   EXPECT_TRUE(writer->Finish());
   std::fclose(file);
-  core::Picture picture;
-  EXPECT_EQ(core::LoadPicture(out.Contents(), picture), media::Outcome::Ok);
-  return picture;
+  return test::ReadRaster(out.Path());
 }
 
 TEST_F(ViewTest, EveryFormHasTheSamePixels) {
@@ -152,11 +150,13 @@ TEST_F(ViewTest, EveryFormHasTheSamePixels) {
     const Drawn drawn = DrawBytes(file.bytes);
     for (const auto form : {core::PictureForm::Png, core::PictureForm::Ppm, core::PictureForm::Tiff}) {
       SCOPED_TRACE(core::EndingOf(form));
-      const core::Picture picture = ThroughFile(drawn, form);
-      ASSERT_EQ(picture.width, drawn.width);
-      ASSERT_EQ(picture.height, drawn.height);
-      ASSERT_EQ(picture.channels, 3u);
-      ASSERT_TRUE(picture.samples == drawn.rgb);
+      const test::WholeRaster picture = ThroughFile(drawn, form);
+      ASSERT_EQ(picture.form.width, drawn.width);
+      ASSERT_EQ(picture.form.height, drawn.height);
+      ASSERT_EQ(picture.form.bands, 3u);
+      ASSERT_TRUE(std::equal(drawn.rgb.begin(), drawn.rgb.end(), picture.samples.begin(),
+                             picture.samples.end(),
+                             [](uint8_t a, char b) { return a == static_cast<uint8_t>(b); }));
     }
   }
 }

@@ -101,7 +101,7 @@ std::string FileBytes::At(uint64_t offset, uint64_t count) const {
   return bytes;
 }
 
-bool FileBytes::Read(uint64_t offset, void* to, size_t count) const {
+bool FileBytes::ReadStored(uint64_t offset, void* to, size_t count) const {
   if (offset > size_ || count > size_ - offset) return false;
   auto* bytes = static_cast<char*>(to);
   if (memory_.data() != nullptr) {
@@ -109,8 +109,25 @@ bool FileBytes::Read(uint64_t offset, void* to, size_t count) const {
   } else if (ReadFrom(descriptor_.Get(), bytes, count, offset, path_) != count) {
     throw ReadError(path_, "became shorter while it was read");
   }
-  if (offset < front_.size()) front_.copy(bytes, count, static_cast<size_t>(offset));
   return true;
+}
+
+bool FileBytes::Read(uint64_t offset, void* to, size_t count) const {
+  if (!ReadStored(offset, to, count)) return false;
+  if (offset < front_.size()) front_.copy(static_cast<char*>(to), count, static_cast<size_t>(offset));
+  return true;
+}
+
+bool FileBytes::NextStored(uint64_t offset, uint64_t end, uint64_t& first, uint64_t& last) const {
+  first = offset;
+  last = std::min(end, size_);
+  if (memory_.data() != nullptr || first >= last) return first < last;
+  const off_t data = lseek(descriptor_.Get(), static_cast<off_t>(offset), SEEK_DATA);
+  if (data < 0) return errno != ENXIO;  // a file system that knows of no holes
+  first = static_cast<uint64_t>(data);
+  const off_t hole = lseek(descriptor_.Get(), data, SEEK_HOLE);
+  if (hole > data) last = std::min(last, static_cast<uint64_t>(hole));
+  return first < last;
 }
 
 PartBytes::PartBytes(const FileBytes& file, uint64_t offset, uint64_t length)

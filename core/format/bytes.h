@@ -40,6 +40,11 @@ class Descriptor {
   Descriptor& operator=(const Descriptor&) = delete;
   int Get() const { return fd_; }
   void Close();
+  /// Another one in its place.
+  void Take(int fd) {
+    Close();
+    fd_ = fd;
+  }
 
  private:
   int fd_;
@@ -58,6 +63,8 @@ class FileBytes {
   explicit FileBytes(const std::string& path);
   /// Bytes that the caller keeps where they are.
   explicit FileBytes(std::string_view memory);
+  /// A file that is open, which is closed with its owner.
+  FileBytes(int descriptor, uint64_t size) : descriptor_(descriptor), size_(size) {}
   FileBytes(const FileBytes&) = delete;
   FileBytes& operator=(const FileBytes&) = delete;
 
@@ -68,6 +75,11 @@ class FileBytes {
   std::string At(uint64_t offset, uint64_t count) const;
   /// Copies the bytes from an offset on; false where they are not all there. ReadError.
   bool Read(uint64_t offset, void* to, size_t count) const;
+  /// The same, of the bytes as they are stored, whatever is shown in place of the first ones.
+  bool ReadStored(uint64_t offset, void* to, size_t count) const;
+  /// The first run of bytes that are stored from an offset on, up to an end: what lies in front of it and
+  /// behind it is a hole, which reads as zeros. False where there is none.
+  bool NextStored(uint64_t offset, uint64_t end, uint64_t& first, uint64_t& last) const;
   /// Shows other bytes in place of the first ones.
   void Replace(std::string front) { front_ = std::move(front); }
 

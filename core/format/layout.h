@@ -7,11 +7,16 @@
 
 namespace core {
 
-/// A field: its mnemonic, its bytes, and its meaning for people.
+/// What a field holds: characters of the basic set (BCS-A) or of the extended one (ECS-A, Latin-1),
+/// digits (BCS-N positive integers), a row and a column of five characters each, or bytes.
+enum class FieldForm : uint8_t { Basic, Extended, Number, Place, Bytes };
+
+/// A field: its mnemonic, its bytes, its meaning for people, and what it holds.
 struct LayoutRow {
   const char* name;
   uint16_t width;
   const char* meaning;
+  FieldForm form = FieldForm::Basic;
 };
 using Layout = std::span<const LayoutRow>;
 

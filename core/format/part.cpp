@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "core/format/layout.h"
-
 namespace core {
 
 const char* NameOf(PartKind kind) {
@@ -92,7 +90,7 @@ void SurveyedPart::ForEachBandField(size_t band,
   const auto next = [&](const LayoutRow& row, uint64_t width, const std::string& suffix) {
     if (width > bytes.size() - at) return false;
     const std::string_view text = bytes.substr(static_cast<size_t>(at), static_cast<size_t>(width));
-    take({row.name + suffix, offset + at, text, row.meaning});
+    take({row.name + suffix, offset + at, text, row.meaning, row.form});
     at += width;
     return true;
   };

@@ -10,6 +10,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "core/format/layout.h"
+
 namespace core {
 
 enum class PartKind { File, Image, Graphic, Text, DataExtension, Reserved };
@@ -21,6 +23,7 @@ struct SurveyedField {
   uint64_t offset;
   std::string_view text;  ///< within its part's bytes
   const char* meaning;
+  FieldForm form;
 };
 
 /// The tagged records of a header.

@@ -28,12 +28,20 @@ PlacedSegment PlaceGraphic(const SurveyedPart& part) {
   return place;
 }
 
+std::vector<const SurveyedPart*> PartsOf(const Survey& survey) {
+  std::vector<const SurveyedPart*> parts;
+  for (const SurveyedPart& part : survey.parts) parts.push_back(&part);
+  return parts;
+}
+
 }  // namespace
 
-Places::Places(const Survey& survey) {
-  for (const SurveyedPart& part : survey.parts) {
-    if (part.kind == PartKind::Image) segments_.push_back(PlaceImage(part));
-    if (part.kind == PartKind::Graphic) segments_.push_back(PlaceGraphic(part));
+Places::Places(const Survey& survey) : Places(PartsOf(survey)) {}
+
+Places::Places(const std::vector<const SurveyedPart*>& parts) {
+  for (const SurveyedPart* part : parts) {
+    if (part->kind == PartKind::Image) segments_.push_back(PlaceImage(*part));
+    if (part->kind == PartKind::Graphic) segments_.push_back(PlaceGraphic(*part));
   }
   for (size_t i = 0; i < segments_.size(); ++i) {
     if (segments_[i].level >= 0) levels_.emplace(segments_[i].level, i);

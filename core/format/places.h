@@ -23,6 +23,8 @@ struct PlacedSegment {
 class Places {
  public:
   explicit Places(const Survey& survey);
+  /// Of parts that stay where they are.
+  explicit Places(const std::vector<const SurveyedPart*>& parts);
   Places(const Places&) = delete;
   Places& operator=(const Places&) = delete;
   const std::vector<PlacedSegment>& All() const { return segments_; }

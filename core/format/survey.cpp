@@ -33,11 +33,12 @@ void TakeLists(FieldTaker& taker, SurveyedPart& header, std::vector<SurveyedPart
   }
 }
 
-void SurveyHeader(const FileBytes& file, std::vector<SurveyedPart>& parts) {
-  constexpr uint64_t kLongest = 999999 + 999 * 60;
+constexpr uint64_t kLongestHeader = 999999 + 999 * 60;
+
+void SurveyHeader(std::string bytes, std::vector<SurveyedPart>& parts) {
   std::vector<SurveyedPart> segments;
   SurveyedPart& header = parts.emplace_back();
-  FieldTaker taker(file.At(0, kLongest), header);
+  FieldTaker taker(std::move(bytes), header);
   taker.Take(kFileFrontLayout);
   taker.Take(kSecurityLayout, "FS");
   taker.Take(kFileMiddleLayout);
@@ -51,9 +52,11 @@ void SurveyHeader(const FileBytes& file, std::vector<SurveyedPart>& parts) {
                std::make_move_iterator(segments.end()));
 }
 
+constexpr uint64_t kMargin = 11;  // a mark and a length around replacement data
+
 // The replacement data at the end of a streamed file; empty when there is none.
 std::string FindReplacement(const FileBytes& file) {
-  constexpr uint64_t kMargin = 11, kMark = 4, kLength = 7;
+  constexpr uint64_t kMark = 4, kLength = 7;
   const std::string_view kFirst = "\x0A\x6E\x1D\x97", kSecond = "\x0E\xCA\x14\xBF";
   if (file.Size() < 2 * kMargin) return "";
   const std::string tail = file.At(file.Size() - kMargin, kMargin);
@@ -67,6 +70,12 @@ std::string FindReplacement(const FileBytes& file) {
 }
 
 }  // namespace
+
+SurveyedPart SurveyFileHeader(std::string bytes) {
+  std::vector<SurveyedPart> parts;
+  SurveyHeader(std::move(bytes), parts);
+  return std::move(parts.front());
+}
 
 bool WaitsForLengths(const FileBytes& file, const std::vector<SurveyedPart>& parts) {
   const SurveyedPart& header = parts.front();
@@ -83,19 +92,26 @@ bool WaitsForLengths(const FileBytes& file, const std::vector<SurveyedPart>& par
 
 Survey::Survey(const std::string& from) : path(from), file(from) { Take(); }
 Survey::Survey(std::string_view memory) : file(memory) { Take(); }
+Survey::Survey(int descriptor, uint64_t size) : file(descriptor, size) { Take(); }
+Survey::Survey(const std::string& from, std::string front) : path(from), file(from) {
+  file.Replace(std::move(front));
+  Take();
+}
 
 void Survey::Take() {
   if (!file.IsOpen()) {
     parts.emplace_back();
     return;
   }
-  SurveyHeader(file, parts);
+  SurveyHeader(file.At(0, kLongestHeader), parts);
   if (WaitsForLengths(file, parts)) {
     if (std::string front = FindReplacement(file); !front.empty()) {
+      replacementBytes = front.size();
+      replacementAt = file.Size() - kMargin - replacementBytes;
       file.Replace(std::move(front));
       streamed = true;
       parts.clear();
-      SurveyHeader(file, parts);
+      SurveyHeader(file.At(0, kLongestHeader), parts);
     }
   }
   waits = WaitsForLengths(file, parts);

@@ -10,15 +10,24 @@
 
 namespace core {
 
+/// The fields of a file header that begins with some bytes.
+SurveyedPart SurveyFileHeader(std::string bytes);
+
 class Survey {
  public:
   explicit Survey(const std::string& path);
   /// Of bytes that the caller keeps where they are.
   explicit Survey(std::string_view memory);
+  /// Of an open file of a size, which is closed with this.
+  Survey(int descriptor, uint64_t size);
+  /// Of a file whose first bytes are read as others.
+  Survey(const std::string& path, std::string front);
 
   const std::string path;
   FileBytes file;
-  bool streamed = false;            ///< the front is that of a streaming file header's replacement data
+  bool streamed = false;       ///< the front is that of a streaming file header's replacement data
+  uint64_t replacementAt = 0;  ///< where that data is, which begins as the file does
+  uint64_t replacementBytes = 0;
   bool waits = false;               ///< lengths of its header are placeholders
   std::vector<SurveyedPart> parts;  ///< the file header and the segments in file order
   uint64_t segmentsEnd = 0;         ///< where the lengths say that the last one ends

@@ -108,21 +108,21 @@ void FieldTaker::Take(Layout rows, const char* prefix, const std::string& suffix
 }
 
 void FieldTaker::Take(const LayoutRow& row, const std::string& prefix, const std::string& suffix) {
-  Add(prefix + row.name + suffix, row.width, row.meaning);
+  Add(prefix + row.name + suffix, row.width, row);
 }
 
 void FieldTaker::TakeWide(const LayoutRow& row, uint64_t width, const std::string& suffix) {
-  Add(row.name + suffix, width, row.meaning);
+  Add(row.name + suffix, width, row);
 }
 
-void FieldTaker::Add(std::string name, uint64_t width, const char* meaning) {
+void FieldTaker::Add(std::string name, uint64_t width, const LayoutRow& row) {
   if (ended_ || Left() < width) {
     ended_ = true;
     return;
   }
   const std::string_view text = bytes_.substr(static_cast<size_t>(at_), static_cast<size_t>(width));
   part_.index_.emplace(name, part_.fields_.size());
-  part_.fields_.push_back({std::move(name), part_.offset + at_, text, meaning});
+  part_.fields_.push_back({std::move(name), part_.offset + at_, text, row.meaning, row.form});
   at_ += width;
 }
 

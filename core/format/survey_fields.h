@@ -30,7 +30,7 @@ class FieldTaker {
   void Finish();
 
  private:
-  void Add(std::string name, uint64_t width, const char* meaning);
+  void Add(std::string name, uint64_t width, const LayoutRow& row);
   // A number of the bytes in front of the next field; -1 for none.
   int64_t NumberBehind(uint64_t width) const;
 

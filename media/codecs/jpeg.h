@@ -80,11 +80,16 @@ Outcome DecodeWideJpeg(Bytes bytes, const JpegFrame& frame, const TakeRow& take)
 struct JpegPlan {
   uint32_t width, height;
   bool isGrey;
-  bool storesRgb;  ///< colour as red, green, blue components instead of luminance and differences
-  int quality;     ///< 1 to 100
+  bool storesRgb;      ///< colour as red, green, blue components instead of luminance and differences
+  int quality;         ///< 1 to 100
+  bool isYcc = false;  ///< what is given are luminance and differences, in this order, which are stored
 };
 /// Encodes rows of grey, or of blue, green and red. Throws std::bad_alloc.
 Outcome EncodeJpeg(const JpegPlan& plan, const std::function<const uint8_t*(uint32_t y)>& row,
                    std::string& bytes);
+
+/// Encodes one band of 12 bits, row after row. Unsupported where this build has no codec for it. Throws
+/// std::bad_alloc.
+Outcome EncodeWideJpeg(const JpegPlan& plan, const uint16_t* samples, std::string& bytes);
 
 }  // namespace media

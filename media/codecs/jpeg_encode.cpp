@@ -47,7 +47,7 @@ bool RunEncoder(jpeg_compress_struct& codec, JpegErrors& errors, const JpegPlan&
   codec.image_width = plan.width;
   codec.image_height = plan.height;
   codec.input_components = plan.isGrey ? 1 : 3;
-  codec.in_color_space = plan.isGrey ? JCS_GRAYSCALE : JCS_EXT_BGR;
+  codec.in_color_space = plan.isGrey ? JCS_GRAYSCALE : plan.isYcc ? JCS_YCbCr : JCS_EXT_BGR;
   jpeg_set_defaults(&codec);
   if (!plan.isGrey) jpeg_set_colorspace(&codec, plan.storesRgb ? JCS_RGB : JCS_YCbCr);
   jpeg_set_quality(&codec, plan.quality, TRUE);

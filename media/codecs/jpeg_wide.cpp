@@ -9,6 +9,7 @@
 #include <dcmtk/dcmjpeg/djdijg12.h>
 #include <dcmtk/dcmjpeg/djdijg16.h>
 #include <dcmtk/dcmjpeg/djdijg8.h>
+#include <dcmtk/dcmjpeg/djeijg12.h>
 #include <dcmtk/oflog/oflog.h>
 
 #include "media/codecs/jpeg.h"
@@ -67,6 +68,23 @@ Outcome DecodeWideJpeg(Bytes bytes, const JpegFrame& frame, const TakeRow& take)
     const Outcome taken = take(form, y, &samples[static_cast<size_t>(rowBytes) * y]);
     if (taken != Outcome::Ok) return taken;
   }
+  return Outcome::Ok;
+}
+
+Outcome EncodeWideJpeg(const JpegPlan& plan, const uint16_t* samples, std::string& bytes) {
+  SilenceOnce();
+  const DJCodecParameter parameters(ECC_lossyYCbCr, EDC_never, EUC_default, EPC_default);
+  DJCompressIJG12Bit encoder(parameters, EJM_sequential, static_cast<Uint8>(plan.quality));
+  Uint8* made = nullptr;
+  Uint32 length = 0;
+  const OFCondition result =
+      encoder.encode(static_cast<Uint16>(plan.width), static_cast<Uint16>(plan.height), EPI_Monochrome2,
+                     1, const_cast<Uint16*>(samples), made, length);
+  const std::unique_ptr<Uint8[]> owned(made);
+  if (result.bad() || made == nullptr) return Outcome::BadData;
+  bytes.assign(made, made + length);
+  // It is filled up to an even length.
+  while (bytes.size() > 2 && bytes.compare(bytes.size() - 2, 2, "\xFF\xD9") != 0) bytes.pop_back();
   return Outcome::Ok;
 }
 

@@ -7,4 +7,6 @@ bool HasWideJpeg() { return false; }
 
 Outcome DecodeWideJpeg(Bytes, const JpegFrame&, const TakeRow&) { return Outcome::Unsupported; }
 
+Outcome EncodeWideJpeg(const JpegPlan&, const uint16_t*, std::string&) { return Outcome::Unsupported; }
+
 }  // namespace media

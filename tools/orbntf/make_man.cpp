@@ -5,7 +5,7 @@
 #include <iostream>
 #include <sstream>
 
-#include "tools/orbntf/commands/change.h"
+#include "core/edit/fields.h"
 #include "tools/orbntf/tool.h"
 
 namespace {
@@ -30,10 +30,14 @@ void PrintOptions(const tool::Command& command) {
 // What set, new and append change.
 void PrintFields() {
   std::printf(".SH FIELDS\nset, and \\-\\-field of new and append, take these fields.\n");
-  for (const char* kind : {"", "image", "graphic", "text"}) {
+  constexpr std::pair<core::PartKind, const char*> kKinds[] = {{core::PartKind::File, "File header"},
+                                                               {core::PartKind::Image, "image:N"},
+                                                               {core::PartKind::Graphic, "graphic:N"},
+                                                               {core::PartKind::Text, "text:N"},
+                                                               {core::PartKind::DataExtension, "data:N"}};
+  for (const auto& [kind, heading] : kKinds) {
     std::string names;
-    for (const std::string& name : tool::SettableFields(kind)) names += (names.empty() ? "" : " ") + name;
-    const std::string heading = *kind == 0 ? "File header" : kind + std::string(":N");
+    for (const std::string& name : core::SettableFields(kind)) names += (names.empty() ? "" : " ") + name;
     std::printf(".TP\n\\fB%s\\fR\n%s\n", Roff(heading).c_str(), Roff(names).c_str());
   }
   std::printf(

@@ -68,8 +68,9 @@ void DescribeCommandLine(const Command& top, CommandLine& line) {
   top.Take("--max-pixels", line.maxPixels, "refuse bitmaps of more pixels than this");
   top.Take("--records", line.records,
            "a folder of definitions of tagged records, beside those that come along");
-  for (const auto add : {&AddInfo, &AddCheck, &AddReport, &AddRender, &AddText, &AddGraphic, &AddExtract,
-                         &AddDiff, &AddCopy, &AddSet, &AddComposing, &AddCompletion}) {
+  for (const auto add :
+       {&AddInfo, &AddCheck, &AddReport, &AddRender, &AddText, &AddGraphic, &AddExtract, &AddDiff,
+        &AddCopy, &AddSet, &AddRemoving, &AddReplacing, &AddComposing, &AddCompletion}) {
     add(top, line);
   }
 }

@@ -69,6 +69,8 @@ void AddExtract(const Command& top, CommandLine& line);
 void AddGraphic(const Command& top, CommandLine& line);
 void AddCopy(const Command& top, CommandLine& line);
 void AddComposing(const Command& top, CommandLine& line);
+void AddRemoving(const Command& top, CommandLine& line);
+void AddReplacing(const Command& top, CommandLine& line);
 void AddSet(const Command& top, CommandLine& line);
 void AddCompletion(const Command& top, CommandLine& line);
 /// Describes every command and option; parsing then fills the result.

@@ -1,144 +1,203 @@
-// orbntf new and append: documents from pictures, metafiles and texts.
-#include "tools/orbntf/commands/compose.h"
+// orbntf new and append: files from pictures, metafiles, texts and data.
+#include <cstdlib>
+#include <ctime>
 
+#include "core/edit/add.h"
+#include "core/edit/fields.h"
 #include "core/format/words.h"
-#include "tools/orbntf/commands/change.h"
+#include "core/pictures/raster.h"
+#include "orbntf/orbntf.h"
+#include "tools/orbntf/commands/edit_file.h"
+#include "tools/orbntf/commands/store_options.h"
 #include "tools/orbntf/inputs.h"
-#include "tools/orbntf/inspect/opening.h"
-#include "tools/orbntf/output/saving.h"
+#include "tools/orbntf/inspect/verdict.h"
 
 namespace tool {
 namespace {
 
 struct ComposeOptions {
-  std::string file, output;
+  std::string file, output, level;
   std::string station, title, classification;
-  std::vector<std::string> images, graphics, texts, places, fields;
-  std::vector<int32_t> qualities;
-  int64_t lossless = 0;
-  bool force = false;
+  std::map<std::string, std::vector<std::string>> values;  // of options that are given several times
+  std::map<std::string, int64_t> switches;
+  EditOptions edit;
 };
 
-bool ParsePlace(const std::string& text, Item& item) {
+/// One segment to add, in the order of the command line.
+struct Item {
+  std::string option, path;
+  std::string name;  // of a data extension
+  uint32_t version = 1;
+  StoreOptions store;
+  bool isStored = false;  // a way of storing is given
+  std::string on;
+  int64_t row = 0, column = 0;
+};
+
+bool IsItem(const std::string& option) {
+  return option == "--image" || option == "--graphic" || option == "--text" || option == "--data";
+}
+
+std::string TakePlace(const std::string& text, Item& item) {
   const size_t comma = text.find(',');
-  item.placed = true;
-  return comma != std::string::npos && ParseNumber(text.substr(0, comma), item.row) &&
-         ParseNumber(text.substr(comma + 1), item.column);
+  int32_t row = 0, column = 0;
+  const bool isPlace = comma != std::string::npos && ParseNumber(text.substr(0, comma), row) &&
+                       ParseNumber(text.substr(comma + 1), column);
+  item.row = row;
+  item.column = column;
+  return isPlace ? "" : "--at takes ROW,COL";
 }
 
-// --quality and --at belong to the segment in front of them.
-bool CollectItems(const Command& command, const ComposeOptions& options, std::vector<Item>& items,
-                  std::string& problem) {
-  size_t image = 0, graphic = 0, text = 0, place = 0, quality = 0;
-  for (const std::string& name : command.Given()) {
-    if (name == "--image") items.push_back({name, options.images[image++]});
-    if (name == "--graphic") items.push_back({name, options.graphics[graphic++]});
-    if (name == "--text") items.push_back({name, options.texts[text++]});
-    const bool ofImage = name == "--quality" || name == "--lossless";
-    const std::string last = items.empty() ? "" : items.back().option;
-    if ((ofImage && last != "--image") || (name == "--at" && last != "--image" && last != "--graphic")) {
-      problem = name + " follows the " + (ofImage ? "image" : "image or graphic") + " that it is for";
-      return false;
-    }
-    if (name == "--lossless") items.back().lossless = true;
-    if (name == "--quality") items.back().quality = options.qualities[quality++];
-    if (name == "--at" && !ParsePlace(options.places[place++], items.back())) {
-      problem = "--at takes ROW,COL";
-      return false;
-    }
-  }
-  return true;
+// "DESID:VERSION=@FILE".
+std::string TakeData(const std::string& text, Item& item) {
+  const size_t equals = text.find("=@"), colon = text.rfind(':', equals);
+  int64_t version = 1;
+  if (equals == std::string::npos) return "--data takes DESID:VERSION=@FILE";
+  if (colon != std::string::npos) version = DigitsOf(text.substr(colon + 1, equals - colon - 1));
+  if (version < 0 || version > 99) return "--data: a version is a number of up to two digits";
+  item.name = text.substr(0, std::min(colon, equals));
+  item.version = static_cast<uint32_t>(version);
+  item.path = text.substr(equals + 2);
+  return "";
 }
 
-// Dates, names and classes of a file and of the segments from an index on.
-class Labels {
- public:
-  Labels(const std::string& command, const ComposeOptions& options, Document& document)
-      : context_{command, options.file, options.force},
-        options_(options),
-        document_(document),
-        first_{Orb_NITFGetImageHeaderCount(document.get()), Orb_NITFGetGraphicHeaderCount(document.get()),
-               Orb_NITFGetTextHeaderCount(document.get())} {}
-
-  /// Before segments are added.
-  int ApplyToFile(bool isNew) {
-    if (isNew && !Change({}, "FDT=" + DateNow())) return code_;
-    if (!options_.station.empty() && !Change({}, "OSTAID=" + options_.station)) return code_;
-    if (!options_.title.empty() && !Change({}, "FTITLE=" + options_.title)) return code_;
-    if (!options_.classification.empty() && !Change({}, "FSCLAS=" + options_.classification))
-      return code_;
-    return code_;
+// What belongs to the segment in front of it.
+std::string TakeOfItem(const std::string& option, const std::string& value, std::vector<Item>& items) {
+  const bool isPlace = option == "--at" || option == "--on";
+  const std::string last = items.empty() ? "" : items.back().option;
+  if (isPlace && last != "--image" && last != "--graphic")
+    return option + " follows the image or graphic that it is for";
+  if (!isPlace && last != "--image") return option + " follows the image that it is for";
+  Item& item = items.back();
+  if (option == "--at") return TakePlace(value, item);
+  if (option == "--on") {
+    item.on = value;
+    return "";
   }
-  /// To the segments that were added; --field is for the file, or for the segment named before it.
-  int ApplyToSegments() {
-    const std::string date = DateNow();
-    const uint32_t counts[] = {Orb_NITFGetImageHeaderCount(document_.get()),
-                               Orb_NITFGetGraphicHeaderCount(document_.get()),
-                               Orb_NITFGetTextHeaderCount(document_.get())};
-    constexpr const char* kKinds[] = {"image", "graphic", "text"};
-    constexpr const char* kClasses[] = {"ISCLAS=", "SSCLAS=", "TSCLAS="};
-    constexpr const char* kDates[] = {"IDATIM=", nullptr, "TXTDT="};
-    for (size_t kind = 0; kind < std::size(kKinds); ++kind) {
-      for (uint32_t i = first_[kind]; i < counts[kind]; ++i) {
-        const Target target = {kKinds[kind], i};
-        // A magnification that is left blank would come to be 0.
-        if (kind == 0 && !Change(target, "IMAG=1.0 ")) return code_;
-        if (kDates[kind] != nullptr && !Change(target, kDates[kind] + date)) return code_;
-        if (!options_.classification.empty() && !Change(target, kClasses[kind] + options_.classification))
-          return code_;
-      }
+  const bool isWay = option == "--lossless" || option == "--jpeg" || option == "--quality" ||
+                     option == "--jpeg2000" || option == "--as-is";
+  item.isStored = item.isStored || isWay;
+  return TakeStoreOption(option, value, item.store);
+}
+
+std::string CollectItems(const Command& command, const ComposeOptions& options,
+                         std::vector<Item>& items) {
+  std::map<std::string, size_t> taken;
+  for (const std::string& option : command.Given()) {
+    const auto values = options.values.find(option);
+    if (values == options.values.end() && options.switches.count(option) == 0) continue;
+    const std::string value = values != options.values.end() ? values->second[taken[option]++] : "";
+    std::string problem;
+    if (IsItem(option)) {
+      items.emplace_back();
+      items.back().option = option;
+      items.back().path = value;
+      items.back().store.way = StoreOptions::Way::Jpeg;
+      if (option == "--data") problem = TakeData(value, items.back());
+    } else if (option != "--field") {
+      problem = TakeOfItem(option, value, items);
     }
-    Target target;
-    for (const std::string& field : options_.fields) {
-      if (field.find('=') == std::string::npos && ParseTarget(field, target)) continue;
-      if (!Change(target, field)) return code_;
-    }
-    return code_;
+    if (!problem.empty()) return problem;
   }
+  return "";
+}
 
- private:
-  bool Change(const Target& target, const std::string& assignment) {
-    code_ = ApplyChange(context_, document_, target, assignment);
-    return code_ == kExitOk;
-  }
+// Now in UTC, or SOURCE_DATE_EPOCH, as CCYYMMDDhhmmss.
+std::string DateNow() {
+  std::time_t now = std::time(nullptr);
+  if (const char* epoch = std::getenv("SOURCE_DATE_EPOCH"); epoch != nullptr && *epoch != 0)
+    now = static_cast<std::time_t>(std::strtoll(epoch, nullptr, 10));
+  std::tm parts = {};
+  if (gmtime_r(&now, &parts) == nullptr) return "19700101000000";
+  char text[16] = {};
+  (void)std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &parts);
+  return text;
+}
 
-  ChangeContext context_;
-  const ComposeOptions& options_;
-  Document& document_;
-  uint32_t first_[3];
-  int code_ = kExitOk;
-};
+void AddPicture(const std::string& command, Draft& draft, const Item& item, const std::string& folder,
+                const Placing& placing, const Labels& labels) {
+  std::vector<std::string> notes;
+  std::vector<StoredImage> images = StorePicture(draft, item.path, folder, item.store, notes);
+  for (const std::string& note : notes)
+    std::fprintf(stderr, "orbntf: %s: %s: %s\n", command.c_str(), Printable(InputName(item.path)).c_str(),
+                 note.c_str());
+  AddImages(draft, std::move(images), placing, labels);
+}
 
-int AddItems(const std::string& name, const std::vector<Item>& items, Document& document) {
+void AddItem(const std::string& command, Draft& draft, const Item& item, const std::string& folder,
+             const Labels& labels) {
+  const Placing placing = {item.on.empty() ? nullptr : &NamedPart(draft, item.on), item.row, item.column};
+  const WorkAccount account(item.path);
+  if (item.option == "--image") return AddPicture(command, draft, item, folder, placing, labels);
+  const std::string bytes = ReadWhole(item.path);
+  if (item.option == "--graphic") AddGraphic(draft, bytes, placing, labels);
+  if (item.option == "--text") AddText(draft, bytes, labels);
+  if (item.option == "--data") AddData(draft, item.name, item.version, bytes, labels);
+}
+
+int AddItems(const std::string& command, Draft& draft, const std::vector<Item>& items,
+             const std::string& folder, const Labels& labels) {
   for (const Item& item : items) {
-    std::string words, warning;
-    const int32_t status = AppendItem(document, item, words, warning);
-    if (status != ORB_SUCCESS) return Report(name, item.path, status, words);
-    if (!warning.empty())
-      std::fprintf(stderr, "orbntf: %s: %s: %s\n", name.c_str(), Printable(item.path).c_str(),
-                   warning.c_str());
+    try {
+      AddItem(command, draft, item, folder, labels);
+    } catch (const PictureError& error) {
+      std::fprintf(stderr, "orbntf: %s: %s: %s\n", command.c_str(),
+                   Printable(InputName(item.path)).c_str(), Printable(error.what()).c_str());
+      return kExitStatus;
+    }
   }
   return kExitOk;
 }
 
+// --station, --title, --class and --field, which is of the file, or of the segment named before it.
+void SetFields(Draft& draft, const ComposeOptions& options) {
+  const bool force = options.edit.force;
+  if (!options.station.empty()) SetField(draft.file, {"OSTAID", options.station, force});
+  if (!options.title.empty()) SetField(draft.file, {"FTITLE", options.title, force});
+  DraftPart* part = &draft.file;
+  for (const std::string& field : options.values.at("--field")) {
+    const size_t equals = field.find('=');
+    if (equals == std::string::npos) {
+      part = &NamedPart(draft, field);
+    } else {
+      SetField(*part, {field.substr(0, equals), field.substr(equals + 1), force});
+    }
+  }
+}
+
+// What the module would not draw is said; files of other levels it does not open at all.
+std::string TellOfModule(const Draft& draft, const std::string& path) {
+  const std::string level(draft.file.Fields().Text("CLEVEL"));
+  if (level != "03") return "CLEVEL is " + level + "; the module opens files of level 03";
+  const Verdict verdict = AskModule(path);
+  const bool isEmpty = verdict.status == ORB_SUCCESS || draft.Count(PartKind::Image) == 0;
+  return isEmpty ? "" : "the module does not draw it: " + verdict.words;
+}
+
 int RunCompose(const std::string& name, const Command& command, ComposeOptions& options) {
   std::vector<Item> items;
-  std::string problem;
-  if (!CollectItems(command, options, items, problem)) return Refuse(name, problem);
+  if (const std::string problem = CollectItems(command, options, items); !problem.empty())
+    return Refuse(name, problem);
   Inputs inputs;
-  if (!options.file.empty()) inputs.Add(options.file = TakeInput(options.file));
+  const bool isNew = options.file.empty();
+  if (!isNew) inputs.Add(options.file = TakeInput(options.file));
   for (Item& item : items) inputs.Add(item.path = TakeInput(item.path));
   if (inputs.Hold(options.output)) return Refuse(name, "the output is an input");
-  Document document;
-  const bool isNew = options.file.empty();
-  const int opened = isNew ? Report(name, options.file, document.StartEmpty())
-                           : OpenDocument(name, document, options.file);
-  if (opened != kExitOk) return opened;
-  Labels labels(name, options, document);
-  if (const int code = labels.ApplyToFile(isNew); code != kExitOk) return code;
-  if (const int code = AddItems(name, items, document); code != kExitOk) return code;
-  if (const int code = labels.ApplyToSegments(); code != kExitOk) return code;
-  return SaveAs(name, document, options.file, options.output);
+  return Edited(name, isNew ? options.output : options.file, [&] {
+    const Labels labels = {DateNow(), options.classification};
+    std::unique_ptr<Survey> survey;
+    if (!isNew) survey = OpenToEdit(name, options.file, options.edit.mend);
+    Draft draft = isNew ? NewFile(labels) : DraftOf(*survey, options.edit.mend);
+    if (!isNew && !options.classification.empty())
+      SetField(draft.file, {"FSCLAS", options.classification, options.edit.force});
+    if (const int code = AddItems(name, draft, items, ScratchFolderOf(options.output), labels);
+        code != kExitOk)
+      return code;
+    SetFields(draft, options);
+    ApplyLevel(name, draft, isNew && options.level.empty() ? "lowest" : options.level, !isNew);
+    return SaveDraft(name, draft, options.output, options.edit,
+                     [&](const std::string& path) { return isNew ? TellOfModule(draft, path) : ""; });
+  });
 }
 
 void AddCompose(const Command& top, CommandLine& line, const std::string& name,
@@ -147,30 +206,38 @@ void AddCompose(const Command& top, CommandLine& line, const std::string& name,
   const Command command = top.Add(name, description);
   if (name == "append") command.Take("FILE", options->file, "file to extend").Required();
   command.Take("-o,--output", options->output, "file to write").Required();
-  const auto repeated = [&](const char* option, auto& values, const char* text) {
-    command.Take(option, values, text).Repeated();
+  const auto repeated = [&](const char* option, const char* text) {
+    command.Take(option, options->values[option], text).Repeated();
   };
-  repeated("--image", options->images, "add a PNG, JPEG, TIFF, PPM or PGM picture");
-  repeated("--quality", options->qualities, "of the picture before: 2 (best) to 255");
-  repeated("--at", options->places, "ROW,COL: place the picture or drawing before");
-  repeated("--graphic", options->graphics, "add a CGM drawing");
-  repeated("--text", options->texts, "add a text file");
-  repeated("--field", options->fields,
+  repeated("--image", "add a picture: PNG, JPEG, JPEG 2000, TIFF, PBM, PGM, PPM, PAM or .npy");
+  for (const StoreOption& option : kStoreOptions) {
+    if (option.takesValue) {
+      repeated(option.name, option.description);
+    } else {
+      command.Flag(option.name, options->switches[option.name], option.description);
+    }
+  }
+  repeated("--at", "ROW,COL: place the picture or drawing before");
+  repeated("--on", "image:N or graphic:N that the one before is attached to: --at counts from there");
+  repeated("--graphic", "add a CGM drawing");
+  repeated("--text", "add a text file");
+  repeated("--data", "DESID:VERSION=@FILE: add a data extension");
+  repeated("--field",
            "FIELD=VALUE, of the file header or of the segment named by a --field before: image:N, ...");
-  command.Flag("--lossless", options->lossless, "store the picture before as it is, uncompressed");
   command.Take("--station", options->station, "the originating station, OSTAID");
   command.Take("--title", options->title, "the file's title, FTITLE");
   command.Take("--class", options->classification,
                "T, S, C, R or U: classification of the file and of what is added");
-  command.Flag("--force", options->force, "take values that the format does not allow");
+  AddLevelOption(command, options->level);
+  AddEditOptions(command, options->edit);
   command.Runs(line.work, [options, command, name] { return RunCompose(name, command, *options); });
 }
 
 }  // namespace
 
 void AddComposing(const Command& top, CommandLine& line) {
-  AddCompose(top, line, "new", "Make a file of pictures, drawings and texts");
-  AddCompose(top, line, "append", "Add pictures, drawings and texts to a file");
+  AddCompose(top, line, "new", "Make a file of pictures, drawings, texts and data");
+  AddCompose(top, line, "append", "Add pictures, drawings, texts and data to a file");
 }
 
 }  // namespace tool
