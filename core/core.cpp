@@ -2,18 +2,15 @@
 #include "orbntf/core.hpp"
 
 #include <algorithm>
-#include <new>
 
 #include "core/check/check_file.h"
-#include "core/format/survey.h"
+#include "core/core_state.h"
 #include "core/samples/samples.h"
 #include "core/view/view.h"
 #include "media/work.h"
 
 namespace orbntf::core {
 namespace {
-
-using ::core::SurveyedPart;
 
 ErrorKind KindOf(media::Outcome outcome) {
   switch (outcome) {
@@ -33,22 +30,6 @@ ErrorKind KindOf(media::Outcome outcome) {
   }
 }
 
-// Runs what may throw what the library does not.
-template <class Work>
-auto Guarded(Work work) {
-  try {
-    return work();
-  } catch (const Error&) {
-    throw;
-  } catch (const ::core::ReadError& error) {
-    throw Error(ErrorKind::Unreadable, error.what());
-  } catch (const std::bad_alloc&) {
-    throw Error(ErrorKind::TooMuch, "there is not enough memory");
-  } catch (const std::exception& error) {
-    throw Error(ErrorKind::Damaged, error.what());
-  }
-}
-
 // A caller's function that throws stops the work as one that answers false.
 std::function<bool(double)> Calm(const std::function<bool(double)>& progress) {
   if (!progress) return {};
@@ -59,19 +40,6 @@ std::function<bool(double)> Calm(const std::function<bool(double)>& progress) {
       return false;
     }
   };
-}
-
-SegmentInfo InfoOf(const SurveyedPart& part) {
-  SegmentInfo info;
-  info.kind = static_cast<SegmentKind>(part.kind);
-  info.index = part.index;
-  info.offset = part.offset;
-  info.headerLength = part.headerLength;
-  info.dataOffset = part.dataOffset;
-  info.dataLength = part.dataLength;
-  info.complete = part.complete;
-  info.title = part.Title();
-  return info;
 }
 
 FieldText TextOf(const ::core::SurveyedField& field) {
@@ -120,25 +88,22 @@ Samples SamplesOf(::core::SampleImage&& image) {
 
 }  // namespace
 
+SegmentInfo InfoOf(const SurveyedPart& part) {
+  SegmentInfo info;
+  info.kind = static_cast<SegmentKind>(part.kind);
+  info.index = part.index;
+  info.offset = part.offset;
+  info.headerLength = part.headerLength;
+  info.dataOffset = part.dataOffset;
+  info.dataLength = part.dataLength;
+  info.complete = part.complete;
+  info.title = part.Title();
+  return info;
+}
+
 Error::Error(ErrorKind kind, const std::string& words, std::string segment, std::optional<uint64_t> byte)
     : std::runtime_error(words), kind_(kind), segment_(std::move(segment)), byte_(byte) {}
 Error::~Error() = default;
-
-struct File::State {
-  template <class Source>
-  explicit State(const Source& source) : survey(source) {
-    for (const SurveyedPart& part : survey.parts) segments.push_back(InfoOf(part));
-  }
-  const SurveyedPart& Part(const SegmentInfo& segment) const {
-    const SurveyedPart* part = survey.Find(static_cast<::core::PartKind>(segment.kind), segment.index);
-    if (part == nullptr) throw Error(ErrorKind::Invalid, "there is no such segment", segment.title);
-    return *part;
-  }
-
-  ::core::Survey survey;
-  ::core::RecordDefinitions definitions;
-  std::vector<SegmentInfo> segments;
-};
 
 File::File(std::unique_ptr<State> state) : state_(std::move(state)) {
   const SurveyedPart& header = state_->survey.Header();

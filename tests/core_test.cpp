@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <cstring>
+#include <filesystem>
 #include <thread>
 
 #include "tests/support/encoders.h"
@@ -13,6 +14,7 @@
 namespace test {
 namespace {
 
+using orbntf::core::Edit;
 using orbntf::core::Error;
 using orbntf::core::ErrorKind;
 using orbntf::core::File;
@@ -204,6 +206,81 @@ TEST(Core, FilesMayBeUsedInThreads) {
   for (std::thread& thread : threads) thread.join();
   for (const auto& result : results) EXPECT_EQ(result, results[0]);
   EXPECT_EQ(results[0].size(), size_t{3} * kSide * kSide);
+}
+
+TEST(Core, ChangesAreWrittenUnderAnotherName) {
+  const TempFile source(SoundWith({}, Ramp()).Bytes()), out("before");
+  const std::string bytes = source.Contents();
+  const File file = File::Open(source.Path());
+  Edit edit(file);
+  edit.Set(SegmentKind::FileHeader, 0, "FTITLE", "A title")
+      .SetAll("CLAS", "S")
+      .SetRecord(SegmentKind::Image, 0, "MADEUP", "abc");
+  EXPECT_EQ(edit.AppendText("Words"), 1u);
+  edit.Save(out.Path());
+  const File changed = File::Open(out.Path());
+  EXPECT_EQ(changed.Field(changed.Segment(SegmentKind::Image), "ISCLAS")->text, "S");
+  EXPECT_EQ(changed.Records(changed.Segment(SegmentKind::Image))[0].bytes, "abc");
+  EXPECT_EQ(changed.Data(changed.Segment(SegmentKind::Text, 1), 0, 100), "Words");
+  EXPECT_TRUE(changed.Check().empty());
+  Edit back(changed);
+  back.Remove(SegmentKind::Text, 1).RemoveRecord(SegmentKind::Image, 0, "MADEUP").SetAll("CLAS", "U");
+  back.Set(SegmentKind::FileHeader, 0, "FTITLE",
+           std::string(file.Field(file.Segments()[0], "FTITLE")->text));
+  const TempFile original;
+  back.Save(original.Path());
+  EXPECT_EQ(original.Contents(), bytes);
+}
+
+TEST(Core, WhatIsNotWrittenLeavesWhatWasThere) {
+  const TempFile source(SoundWith({}, Ramp()).Bytes()), out("before");
+  const File file = File::Open(source.Path());
+  Edit edit(file);
+  EXPECT_EQ(KindOf([&] { edit.Set(SegmentKind::Image, 7, "IID1", "x"); }), ErrorKind::Invalid);
+  EXPECT_EQ(KindOf([&] { edit.Set(SegmentKind::FileHeader, 0, "FTITLE", std::string(81, 'x')); }),
+            ErrorKind::Invalid);
+  EXPECT_EQ(KindOf([&] { edit.AppendImage(out.Path()); }), ErrorKind::Unsupported);
+  EXPECT_EQ(KindOf([&] { edit.AppendImage("/none/such"); }), ErrorKind::Unreadable);
+  edit.Set(SegmentKind::Image, 0, "ISCLAS", "T");
+  EXPECT_EQ(KindOf([&] { edit.Save(out.Path()); }), ErrorKind::BreaksRule);
+  EXPECT_EQ(KindOf([&] { edit.Save(source.Path(), true); }), ErrorKind::Invalid)
+      << "the output is the input";
+  EXPECT_EQ(KindOf([&] { edit.Save("/none/such/file.ntf", true); }), ErrorKind::NotWritten);
+  EXPECT_EQ(out.Contents(), "before");
+  for (const auto& entry :
+       std::filesystem::directory_iterator(std::filesystem::path(out.Path()).parent_path()))
+    EXPECT_NE(entry.path().filename().string().substr(0, 8), ".orbntf-");
+  edit.Save(out.Path(), true);
+  EXPECT_EQ(out.Contents().size(), file.Size());
+}
+
+TEST(Core, SamplesBecomeANewFile) {
+  const TempFile source(SoundWith({}, Ramp()).Bytes()), out;
+  const File file = File::Open(source.Path());
+  const Samples samples = file.ReadSamples(file.Segment(SegmentKind::Image));
+  for (const auto way : {orbntf::core::StorageWay::Uncompressed, orbntf::core::StorageWay::Jpeg2000}) {
+    orbntf::core::Storage storage;
+    storage.way = way;
+    Edit edit = Edit::New("20261126120000");
+    EXPECT_EQ(edit.AppendImage(samples, storage), 0u);
+    orbntf::core::Placement place;
+    place.on = file.Segment(SegmentKind::Image);
+    place.row = 3;
+    EXPECT_EQ(edit.AppendImage(samples, storage, place), 1u);
+    edit.SetLevel();
+    edit.Save(out.Path());
+    const File made = File::Open(out.Path());
+    EXPECT_EQ(made.ReadSamples(made.Segment(SegmentKind::Image, 1)).data, samples.data);
+    EXPECT_EQ(made.Field(made.Segment(SegmentKind::Image, 1), "ILOC")->text, "0000300000");
+    Edit again(made);
+    storage.way = orbntf::core::StorageWay::Jpeg2000;
+    again.Recompress(0, storage).Merge(file);
+    const TempFile other;
+    again.Save(other.Path());
+    const File packed = File::Open(other.Path());
+    EXPECT_EQ(packed.Field(packed.Segment(SegmentKind::Image), "IC")->text, "C8");
+    EXPECT_EQ(packed.ReadSamples(packed.Segment(SegmentKind::Image)).data, samples.data);
+  }
 }
 
 }  // namespace

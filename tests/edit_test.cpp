@@ -359,7 +359,10 @@ TEST(EditTest, LengthsAreMendedWhereTheyCanBeKnown) {
 TEST(EditTest, EveryFileComesBack) {
   std::vector<std::filesystem::path> paths = test::SamplePaths();
   if (const char* folder = std::getenv("ORBNTF_KEPT_FILES"))
-    for (const auto& entry : std::filesystem::directory_iterator(folder)) paths.push_back(entry.path());
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+      // There are many thousands; names are hashes.
+      if (std::hash<std::string>()(entry.path().filename()) % 12 == 0) paths.push_back(entry.path());
+    }
   if (paths.empty()) GTEST_SKIP() << "no files are kept";
   int changed = 0, added = 0;
   for (const std::filesystem::path& path : paths) {

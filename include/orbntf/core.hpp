@@ -1,6 +1,6 @@
 // orbntf core for C++17: NITF 2.1 and NSIF 1.0 files by the published standard (MIL-STD-2500C, JBP).
-// Structure, fields and their meaning, tagged records, findings, and samples of image segments in
-// windows.
+// Structure, fields and their meaning, tagged records, findings, samples of image segments in windows,
+// pictures, and changes that leave every other byte as it is.
 //
 // Any number of files may be used in any threads; one file in one thread at a time. What a function gives
 // belongs to the caller. The only exception that leaves is orbntf::core::Error. Work and memory of a call
@@ -35,6 +35,8 @@ enum class ErrorKind {
   Invalid,      ///< an argument that makes no sense: a segment, window or band that is not there
   TooMuch,      ///< more memory or work than there is, or than the file's bytes are worth
   Stopped,      ///< the caller's progress function answered false
+  NotWritten,   ///< an output cannot be written
+  BreaksRule,   ///< an output would break a rule of the format that was kept before
 };
 
 /// What every function throws, and nothing else.
@@ -209,8 +211,91 @@ class ORBNTF_CORE_API File {
   Samples ReadSamples(const SegmentInfo& image, const SampleRequest& request = {}) const;
 
  private:
+  friend class Edit;
   struct State;
   explicit File(std::unique_ptr<State> state);
+  std::unique_ptr<State> state_;
+};
+
+/// How the samples of an image are stored.
+enum class StorageWay {
+  Uncompressed,  ///< every depth and kind
+  Jpeg,          ///< 8 bits of one band or three of colour, 12 bits of one band
+  Jpeg2000,      ///< whole numbers of up to 31 bits
+};
+struct Storage {
+  StorageWay way = StorageWay::Uncompressed;
+  int quality = 85;     ///< of JPEG, 1 to 100
+  double rate = 0;      ///< of JPEG 2000, bits a sample; 0 for numerically lossless
+  uint32_t block = 0;   ///< side of blocks up to 8192; 0 for one, or 1024 where a side exceeds 8192
+  char mode = 'B';      ///< IMODE of uncompressed data: B, P, R or S
+  bool masked = false;  ///< blocks whose pixels are all no data are left out
+  bool asIs = false;    ///< the stream of a JPEG or JPEG 2000 file itself
+  std::optional<uint32_t> page;        ///< of a TIFF file, from 0
+  std::optional<uint32_t> background;  ///< 0xRRGGBB that shines through transparent pixels
+};
+
+/// Where a new image or graphic stands.
+struct Placement {
+  int64_t row = 0, column = 0;
+  /// The image or graphic that it is attached to, from which row and column count; none for the canvas.
+  std::optional<SegmentInfo> on;
+};
+
+/// Changes to a file, which are written under a name by Save; the file itself stays as it is. What is not
+/// named keeps its bytes. Segments are named by kind and number as they are at that time.
+///
+/// Invalid where a change makes no sense, with the field or character in its words.
+class ORBNTF_CORE_API Edit {
+ public:
+  /// Begins as a file, which outlives this.
+  explicit Edit(const File& file);
+  /// Begins as a new file without segments, dated CCYYMMDDhhmmss.
+  static Edit New(const std::string& date);
+  Edit(Edit&&) noexcept;
+  Edit& operator=(Edit&&) noexcept;
+  ~Edit();
+
+  /// Sets a field: UTF-8, places as "ROW,COL", FBKGC as "#RRGGBB". With `force` also to what the format
+  /// does not allow.
+  Edit& Set(SegmentKind kind, uint32_t index, const std::string& field, const std::string& value,
+            bool force = false);
+  /// Sets a field in every header that has it; those of classification without their prefix ("CLAS").
+  Edit& SetAll(const std::string& field, const std::string& value, bool force = false);
+  /// Gives the first record of a tag other data, or adds it.
+  Edit& SetRecord(SegmentKind kind, uint32_t index, const std::string& tag, const std::string& data);
+  /// Sets a field of it by its definition.
+  Edit& SetRecordField(SegmentKind kind, uint32_t index, const std::string& tag, const std::string& field,
+                       const std::string& value);
+  Edit& RemoveRecord(SegmentKind kind, uint32_t index, const std::string& tag);
+  /// Takes a segment out; what is attached to it stays at its place.
+  Edit& Remove(SegmentKind kind, uint32_t index);
+  /// Adds the segments of another file, which outlives this.
+  Edit& Merge(const File& other);
+
+  /// Adds a picture file as an image above all others, one segment or several below each other. Its
+  /// number among the images. Unreadable; Unsupported.
+  uint32_t AppendImage(const std::string& path, const Storage& storage = {}, const Placement& place = {});
+  /// The same of samples as ReadSamples gives them; three bands are red, green and blue.
+  uint32_t AppendImage(const Samples& samples, const Storage& storage = {}, const Placement& place = {});
+  /// Adds a metafile (CGM) as it is, a text, a data extension of a registered name.
+  uint32_t AppendGraphic(const std::string& metafile, const Placement& place = {});
+  uint32_t AppendText(const std::string& text);
+  uint32_t AppendData(const std::string& name, uint32_t version, const std::string& data);
+  /// Stores an image of the file anew; ways that lose nothing are read again and compared.
+  Edit& Recompress(uint32_t image, const Storage& storage);
+  /// Sets CLEVEL; 0 for the lowest that the file fits.
+  Edit& SetLevel(uint32_t level = 0);
+
+  /// Writes all of it under a name, which may be that of no input, after it was proven: segments and
+  /// fields that were not named are as they were, lengths add up, no rule is broken that was kept. With
+  /// `force` rules may be broken. NotWritten; BreaksRule; Unreadable. What the name stood for is kept on
+  /// failure.
+  void Save(const std::string& path, bool force = false);
+
+ private:
+  struct State;
+  explicit Edit(std::unique_ptr<State> state);
   std::unique_ptr<State> state_;
 };
 

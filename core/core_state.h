@@ -1,0 +1,56 @@
+// What the parts of the library's surface share.
+#pragma once
+
+#include <new>
+
+#include "core/edit/draft.h"
+#include "core/format/definitions.h"
+#include "core/format/survey.h"
+#include "core/pictures/raster.h"
+#include "orbntf/core.hpp"
+
+namespace orbntf::core {
+
+using ::core::SurveyedPart;
+
+// Runs what may throw what the library does not.
+template <class Work>
+decltype(auto) Guarded(Work work) {
+  try {
+    return work();
+  } catch (const Error&) {
+    throw;
+  } catch (const ::core::ReadError& error) {
+    throw Error(ErrorKind::Unreadable, error.what());
+  } catch (const ::core::EditError& error) {
+    throw Error(ErrorKind::Invalid, error.what());
+  } catch (const ::core::WriteError& error) {
+    throw Error(ErrorKind::NotWritten, error.what());
+  } catch (const ::core::PictureError& error) {
+    throw Error(ErrorKind::Unsupported, error.what());
+  } catch (const std::bad_alloc&) {
+    throw Error(ErrorKind::TooMuch, "there is not enough memory");
+  } catch (const std::exception& error) {
+    throw Error(ErrorKind::Damaged, error.what());
+  }
+}
+
+SegmentInfo InfoOf(const SurveyedPart& part);
+
+struct File::State {
+  template <class Source>
+  explicit State(const Source& source) : survey(source) {
+    for (const SurveyedPart& part : survey.parts) segments.push_back(InfoOf(part));
+  }
+  const SurveyedPart& Part(const SegmentInfo& segment) const {
+    const SurveyedPart* part = survey.Find(static_cast<::core::PartKind>(segment.kind), segment.index);
+    if (part == nullptr) throw Error(ErrorKind::Invalid, "there is no such segment", segment.title);
+    return *part;
+  }
+
+  ::core::Survey survey;
+  ::core::RecordDefinitions definitions;
+  std::vector<SegmentInfo> segments;
+};
+
+}  // namespace orbntf::core
