@@ -60,6 +60,7 @@ TEST_F(CheckImagesTest, Subheaders) {
             }),
       ChangeImage("image.isync", "ISYNC", "1"),
       ChangeImage("image.magnification", "IMAG", "0.0"),
+      ChangeImage("image.magnification", "IMAG", "/3"),
   });
   for (const char* magnification : {"/2", "2.0", "/128", "1"}) {
     const Broken sound = ChangeImage("", "IMAG", magnification);
@@ -101,6 +102,8 @@ TEST_F(CheckImagesTest, SamplesAndBands) {
       Other("table.entries", grey, Pixels(64)),
       Other("table.values", with(384, 3), Pixels(64)),
       Other("table.type", signedTable, Pixels(64)),
+      ChangeImage("table.missing", "IREPBAND0", "LU"),
+      ChangeImage("band.filter", "IFC0", "Q"),
   });
   EXPECT_EQ(test::RulesBroken(test::SoundWith(palette, Bytes(64)).Bytes()), std::set<std::string>());
   EXPECT_EQ(test::RulesBroken(test::SoundWith(colours, Bytes(192)).Bytes()), std::set<std::string>());
@@ -112,7 +115,12 @@ TEST_F(CheckImagesTest, Blocks) {
       ChangeImage("block.sequential", "IMODE", "S"),
       ChangeImage("block.cover", "NROWS", "00000009"),
       ChangeImage("block.cover", "NCOLS", "00000009"),
-      ChangeImage("block.side", "NPPBH", "0000"),
+      ChangeImage("block.zero", "NPPBH", "0000"),
+      Change("block.side",
+             [](NitfBuilder& file) {
+               file.images[0].subheader.Set("NPPBH", 9000).Set("IC", "NM");
+               file.images[0].data = test::MaskBytes({{0xFFFFFFFF}, {}, -1});
+             }),
       Other("block.length", {}, Pixels(63)),
       Other("block.length", {.width = 16, .bits = 12}, Pixels(193)),
   });
@@ -176,6 +184,18 @@ std::string Without(std::string stream, const std::string& marker) {
   return stream;
 }
 
+// One with restart markers, and with the first two of them exchanged.
+std::string Restarting() {
+  const std::string stream = test::MakeJpeg({.width = kSide, .height = kSide, .restart = 2},
+                                            [](int x, int y, int) { return test::Sample(x, y, 0); });
+  return stream.substr(0, 2) + "\xFF\xE6\0\x07NITF\0"s + stream.substr(2);
+}
+std::string Swapped(std::string stream) {
+  const size_t first = stream.find("\xFF\xD0"), second = stream.find("\xFF\xD1");
+  std::swap(stream[first + 1], stream[second + 1]);
+  return stream;
+}
+
 TEST_F(CheckImagesTest, JpegStreams) {
   const auto jpeg = [](const std::string& rule, const std::string& data, int bands = 1) {
     return Other(rule, Form("C3", "00.0", bands), [=] { return data; });
@@ -200,6 +220,9 @@ TEST_F(CheckImagesTest, JpegStreams) {
       jpeg("jpeg.tables", Without(sound, "\xFF\xC4")),
       jpeg("jpeg.tables", Without(sound, "\xFF\xDB")),
       jpeg("jpeg.restarts", Jpeg(1, kSide, "\xFF\xDD\0\x04\0\x01"s)),
+      jpeg("jpeg.restarts.order", Swapped(Restarting())),
+      jpeg("jpeg.codes", sound.substr(0, sound.size() - 100) + "\xFF\xD9"),
+      jpeg("jpeg.undecoded", sound + std::string((8 << 20) + 1, '\0')),
       jpeg("jpeg.application", Without(sound, "\xFF\xE6")),
       Other("block.colour", byBlock, [] { return Jpeg(3); }),
       Other("block.downsampled", two, [=] { return sound + sound; }),
@@ -241,7 +264,7 @@ TEST_F(CheckImagesTest, AStreamOfMoreThanAGibibyteIsWalkedToItsEnd) {
   for (const core::Finding& finding : core::FindFaults(survey, core::RecordDefinitions()))
     rules.insert(finding.rule->id);
   // Such a length takes the highest level.
-  EXPECT_EQ(rules, std::set<std::string>{"level.size"});
+  EXPECT_EQ(rules, (std::set<std::string>{"level.size", "jpeg.undecoded"}));
 }
 
 // A codestream beside the record that tells its layers.
@@ -249,13 +272,35 @@ Broken Codestream(const std::string& rule, const std::string& data, ImageForm fo
                   bool told = true) {
   return {rule, [=] {
             NitfBuilder file = test::SoundWith(form, data);
-            const std::string record = "J2KLRA0002300100001001" + "000"s + "08.000000";
+            const std::string record = "J2KLRA0002300500001001" + "000"s + "08.000000";
             if (told)
               file.images[0]
                   .subheader.Set("IXSHDL", static_cast<int64_t>(3 + record.size()))
                   .InsertAfter("IXSHDL", "IXS", "000" + record);
             return file.Bytes();
           }};
+}
+
+// Codestreams with another marker, with a tile part that is longer than all, with tiles of half the
+// width, of which the second is not there, with tiles that begin in front of the image, and with another
+// layer.
+std::string Renamed(std::string stream, const std::string& marker, char code) {
+  stream[stream.find(marker) + 1] = code;
+  return stream;
+}
+std::string LongPart(std::string stream) {
+  stream[stream.find("\xFF\x90") + 7] = '\x7F';
+  return stream;
+}
+std::string Narrow(std::string stream) { return stream.replace(24, 4, test::Big(kSide / 2, 4)); }
+std::string Moved(std::string stream) {
+  for (const size_t at : {size_t{8}, size_t{16}})
+    stream.replace(at, 4, test::Big(at == 8 ? kSide + 8 : 8, 4));
+  return stream.replace(24, 4, test::Big(kSide + 8, 4));
+}
+std::string Layered(std::string stream) {
+  stream[stream.find("\xFF\x52") + 7] = 2;
+  return stream;
 }
 
 TEST_F(CheckImagesTest, Codestreams) {
@@ -271,6 +316,12 @@ TEST_F(CheckImagesTest, Codestreams) {
       Codestream("j2k.tiles", test::EncodeJpeg2000(2 * kSide, kSide, {0}), two),
       Codestream("j2k.components", test::EncodeJpeg2000(kSide, kSide, {0, 1, 2})),
       Codestream("j2k.depth", sound, deep),
+      Codestream("j2k.wrapped", test::EncodeJpeg2000(kSide, kSide, {0}, {.jp2 = true})),
+      Codestream("j2k.header", Renamed(sound, "\xFF\x5C", '\x64')),
+      Codestream("j2k.parts", LongPart(sound)),
+      Codestream("j2k.missing", Narrow(sound)),
+      Codestream("j2k.offset", Moved(sound)),
+      Codestream("j2k.layers.count", Layered(sound)),
       Codestream("j2k.layers", sound, Form("C8", "N080"), false),
       Codestream("image.rate", sound, Form("C8", "fast")),
   });

@@ -55,6 +55,12 @@ std::string Streamed() {
   return file.Patch("FL", "999999999999").Bytes();
 }
 
+// The same where the replacement data is that of another extension; that it was streamed is told as well.
+std::string StreamedElsewhere() {
+  std::string bytes = Streamed();
+  return bytes.replace(bytes.rfind("STREAMING_FILE_HEADER"), 21, "XML_DATA_CONTENT     ");
+}
+
 TEST_F(CheckTest, ASoundFileBreaksNoRule) {
   EXPECT_EQ(test::RulesBroken(test::SoundFile().Bytes()), std::set<std::string>());
   NitfBuilder linked = test::SoundFile();
@@ -91,6 +97,7 @@ TEST_F(CheckTest, TheFileHeader) {
       Header("file.numx", "NUMX", "001"),
       {"file.reserved", Reserved},
       Header("header.characters", "FTITLE", "a\x01z"),
+      Header("header.characters", "OSTAID", "Caf\xE9"),
       ChangeImage("segment.mark", "IM", "XX"),
   });
 }
@@ -106,6 +113,7 @@ TEST_F(CheckTest, Lengths) {
       {"file.sum", [=] { return test::SoundFile().Patch("FL", withLength(1)).Bytes() + "x"; }},
       Change("file.placeholder", [](NitfBuilder& file) { file.Patch("FL", "999999999999"); }),
       {"file.streamed", Streamed},
+      {"file.streamed.extension", StreamedElsewhere},
       Change("segment.subheader",
              [](NitfBuilder& file) { file.images[0].subheader.InsertAfter("IXSHDL", "PAD", "  "); }),
       {"segment.data",
@@ -167,6 +175,8 @@ TEST_F(CheckTest, Classification) {
       Header("security.class", "FSCLAS", "X"),
       ChangeImage("security.order", "ISCLAS", "R"),
       Header("security.system", "FSCODE", "AB"),
+      Security("security.country", {{"FSCLSY", "QX"}}),
+      Security("security.exemption.code", {{"FSDCTP", "X"}, {"FSDCXM", "ZZ"}}),
       Security("security.type", {{"FSDCTP", "ZZ"}}),
       Security("security.declassification", {{"FSDCTP", "DD"}}),
       Security("security.declassification", {{"FSDCTP", "X"}, {"FSDCXM", "X1"}, {"FSDCDT", "20270101"}}),
@@ -189,6 +199,9 @@ TEST_F(CheckTest, RecordsAndExtensions) {
       Change("records.end", [](NitfBuilder& file) { PutRecords(file, "TAGONE00000TAG"); }),
       Change("records.end", [](NitfBuilder& file) { PutRecords(file, "TAGONE00009abc"); }),
       Change("records.fit", [](NitfBuilder& file) { PutRecords(file, "BLOCKA00003abc"); }),
+      Change(
+          "records.values",
+          [](NitfBuilder& file) { PutRecords(file, "J2KLRA0002300500001001" + "000"s + "08.00000x"); }),
       Change("extension.name", extension("UNKNOWN")),
       Change("extension.overflow", [](NitfBuilder& file) { PutRecords(file, "", "001"); }),
       Change("extension.back",
@@ -215,6 +228,7 @@ TEST_F(CheckTest, GraphicsAndTexts) {
   test::ExpectBroken({
       graphic("graphic.form", "SFMT", "B"),
       graphic("graphic.colour", "SCOLOR", "X"),
+      graphic("graphic.reserved", "SSTRUCT", "0000000000001"),
       graphic("graphic.bounds", "SBND1", "0001100000"),
       drawing("cgm.begin", sound.substr(8)),
       drawing("cgm.begin", ""),

@@ -13,8 +13,8 @@ void AskSequential(Checking& checking, const SurveyedPart& part) {
   const Blocks blocks(part);
   if (part.Text("IMODE") != "S" || !blocks.Known() || (part.Bands() > 1 && blocks.Count() > 1)) return;
   checking.Fail(part, "IMODE",
-                "IMODE is S with " + std::to_string(part.Bands()) + " bands and " +
-                    std::to_string(blocks.Count()) + " blocks");
+                "IMODE is S with " + Count(static_cast<uint64_t>(part.Bands()), "band") + " and " +
+                    Count(static_cast<uint64_t>(blocks.Count()), "block"));
 }
 
 void AskColourMode(Checking& checking, const SurveyedPart& part) {
@@ -31,24 +31,33 @@ void AskSide(Checking& checking, const SurveyedPart& part, const char* whole, co
   if (pixels < 1 || blocks < 0 || side < 0) return;
   if (blocks >= 1 && blocks * side >= pixels && (blocks - 1) * side < pixels) return;
   checking.Fail(part, count,
-                std::to_string(blocks) + " blocks of " + std::to_string(side) + " for " +
+                Count(static_cast<uint64_t>(blocks), "block") + " of " + std::to_string(side) + " for " +
                     std::to_string(pixels) + " of " + whole);
 }
 
 void AskCover(Checking& checking, const SurveyedPart& part) {
-  if (!part.Has("NPPBV")) return;
+  if (!part.Has("NPPBV") || (checking.CodestreamOf(part).beginsElsewhere)) return;
   AskSide(checking, part, "NCOLS", "NBPR", "NPPBH");
   AskSide(checking, part, "NROWS", "NBPC", "NPPBV");
 }
 
 void AskBlockSide(Checking& checking, const SurveyedPart& part) {
   constexpr int64_t kLongest = 8192;
-  for (const auto& [side, count, whole] :
-       {std::tuple{"NPPBH", "NBPR", "NCOLS"}, std::tuple{"NPPBV", "NBPC", "NROWS"}}) {
+  for (const auto& [side, count] : {std::pair{"NPPBH", "NBPR"}, {"NPPBV", "NBPC"}}) {
     const int64_t pixels = part.Number(side);
     if (!part.Has(side)) continue;
-    const bool isOneLong = part.Number(count) == 1 && part.Number(whole) > kLongest;
-    if (pixels < 0 || pixels > kLongest || (pixels == 0 && !isOneLong)) checking.FailAt(part, side);
+    if (pixels < 0 || pixels > kLongest || (pixels == 0 && part.Number(count) != 1))
+      checking.FailAt(part, side);
+  }
+}
+
+void AskZeroSide(Checking& checking, const SurveyedPart& part) {
+  constexpr int64_t kLongest = 8192;
+  for (const auto& [side, count, whole] :
+       {std::tuple{"NPPBH", "NBPR", "NCOLS"}, std::tuple{"NPPBV", "NBPC", "NROWS"}}) {
+    if (part.Number(side) == 0 && part.Number(count) == 1 && part.Number(whole) <= kLongest)
+      checking.Fail(part, side,
+                    std::string(side) + " is 0 for a block of " + std::to_string(part.Number(whole)));
   }
 }
 
@@ -59,7 +68,8 @@ void AskOneBlock(Checking& checking, const SurveyedPart& part, std::string_view 
   if (part.Text("IC") != compression || !blocks.Known()) return;
   if (blocks.Count() == 1 && blocks.width <= columns && blocks.height <= rows) return;
   checking.Fail(part, "NBPR",
-                std::string(compression) + " with " + std::to_string(blocks.Count()) + " blocks of " +
+                std::string(compression) + " with " +
+                    Count(static_cast<uint64_t>(blocks.Count()), "block") + " of " +
                     std::to_string(blocks.width) + " x " + std::to_string(blocks.height));
 }
 
@@ -75,9 +85,9 @@ void AskLength(Checking& checking, const SurveyedPart& part) {
   if (part.Text("IC") != "NC" || !blocks.Known()) return;
   const uint64_t wanted = blocks.Bytes();
   if (wanted == part.dataLength) return;
-  checking.Fail(part, "IC",
-                "the pixels take " + std::to_string(wanted) + " bytes, the data has " +
-                    std::to_string(part.dataLength));
+  checking.FailAtLength(
+      part, true,
+      "the pixels take " + Count(wanted, "byte") + ", the data has " + std::to_string(part.dataLength));
 }
 
 constexpr const char kTableA3[] = "MIL-STD-2500C, table A-3";
@@ -91,6 +101,8 @@ constexpr Rule kRules[] = {
      "The blocks cover the image, and none lies outside it.", AskCover},
     {"block.side", Severity::Error, On::Image, "NPPBH", kTableA3,
      "A block's side is 1 to 8192, or 0 where one block is longer than that.", AskBlockSide},
+    {"block.zero", Severity::Note, On::Image, "NPPBH", kTableA3,
+     "A side of 0 stands for one block that is longer than 8192.", AskZeroSide},
     {"block.downsampled", Severity::Error, On::Image, "NBPR", "NGA.STND.0012, downsampled JPEG",
      "A downsampled JPEG image is one block of at most 2048 x 2048.", AskDownsampled},
     {"block.facsimile", Severity::Error, On::Image, "NBPR", "MIL-STD-188-196",

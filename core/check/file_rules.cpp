@@ -11,7 +11,10 @@ namespace {
 void AskMark(Checking& checking, const SurveyedPart& part) {
   const std::string mark = std::string(part.Text("FHDR")) + std::string(part.Text("FVER"));
   if (mark != "NITF02.10" && mark != "NSIF01.00")
-    checking.Fail(part, "FHDR", "the file begins with " + Quoted(mark));
+    checking.Fail(part, "FHDR",
+                  IsOneOf(mark.substr(0, 4), "NITF|NSIF")
+                      ? "this is " + mark.substr(0, 4) + " " + mark.substr(4)
+                      : "the file begins with " + Quoted(mark));
 }
 
 void AskType(Checking& checking, const SurveyedPart& part) { checking.FailUnlessAllowed(part, "STYPE"); }
@@ -72,8 +75,12 @@ void AskCharacters(Checking& checking, const SurveyedPart& part) {
     if (HoldsBytes(field.name)) return;
     for (const char c : field.text) {
       const auto byte = static_cast<uint8_t>(c);
-      if (byte >= 0x20 && byte != 0x7F && !(byte >= 0x80 && byte < 0xA0)) continue;
-      checking.Fail(part, field.name, field.name + " holds the control character " + HexOf({&c, 1}));
+      const bool isBasic = byte >= 0x20 && byte < 0x7F;
+      if (isBasic || (field.form == FieldForm::Extended && byte >= 0xA0)) continue;
+      const bool isControl = byte < 0x20 || (byte >= 0x7F && byte < 0xA0);
+      checking.Fail(part, field.name,
+                    field.name + " holds the " + (isControl ? "control character " : "byte ") +
+                        HexOf({&c, 1}) + (isControl ? "" : ", which is none of the basic character set"));
       break;
     }
   });
@@ -105,7 +112,8 @@ constexpr Rule kRules[] = {
     {"file.reserved", Severity::Error, On::File, "NUMRES", kTableA1,
      "No reserved extension is approved: NUMRES is 000.", AskReservedExtensions},
     {"header.characters", Severity::Error, On::Header, "FTITLE", "MIL-STD-2500C, 5.1.7",
-     "Fields hold characters, no control codes.", AskCharacters},
+     "Fields hold characters of their set: basic (BCS-A), or extended (ECS-A) where the tables say so.",
+     AskCharacters},
     {"segment.mark", Severity::Error, On::Header, "IM", "MIL-STD-2500C, tables A-3 to A-8",
      "A subheader begins with the mark of its kind.", AskBegin},
 };

@@ -20,6 +20,13 @@ void AskBounds(Checking& checking, const SurveyedPart& part) {
                     Quoted(part.Text("SBND2")));
 }
 
+void AskReserved(Checking& checking, const SurveyedPart& part) {
+  for (const char* name : {"SSTRUCT", "SRES"}) {
+    if (part.Has(name) && part.Text(name).find_first_not_of('0') != std::string_view::npos)
+      checking.FailAt(part, name);
+  }
+}
+
 bool IsMetafile(const SurveyedPart& part) { return part.complete && part.Text("SFMT") == "C"; }
 
 bool Is(const MetafileElement& element, uint32_t elementClass, uint32_t id) {
@@ -55,8 +62,7 @@ void AskPicture(Checking& checking, const SurveyedPart& part) {
     pictures += begins;
   }
   if (pictures > 1)
-    checking.FailAtByte(part, part.dataOffset,
-                        "the metafile has " + std::to_string(pictures) + " pictures");
+    checking.FailAtByte(part, part.dataOffset, "the metafile has " + Count(pictures, "picture"));
 }
 
 void AskVersion(Checking& checking, const SurveyedPart& part) {
@@ -106,6 +112,8 @@ constexpr Rule kRules[] = {
      "A graphic is in colour or monochrome: C or M.", AskColour},
     {"graphic.bounds", Severity::Error, On::Graphic, "SBND1", kTableA5,
      "The first bound lies above and left of the second.", AskBounds},
+    {"graphic.reserved", Severity::Error, On::Graphic, "SSTRUCT", kTableA5,
+     "SSTRUCT and SRES are reserved: zeros.", AskReserved},
     {"cgm.begin", Severity::Error, On::Graphic, "SFMT", kProfileText, "A metafile begins with its mark.",
      AskBegin},
     {"cgm.end", Severity::Error, On::Graphic, "SFMT", kProfileText, "A metafile ends with its mark.",

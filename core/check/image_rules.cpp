@@ -95,8 +95,10 @@ void AskMagnification(Checking& checking, const SurveyedPart& part) {
   const size_t digits = text.find_first_not_of("0123456789.");
   const bool isNumber = !text.empty() && digits == std::string_view::npos &&
                         text.find_first_of("123456789") != std::string_view::npos;
-  if (!isNumber || (isFraction && text.find('.') != std::string_view::npos))
-    checking.FailAt(part, "IMAG");
+  // A reciprocal is that of a power of two.
+  const int64_t divisor = isFraction ? DigitsOf(text) : 1;
+  const bool isPower = divisor > 0 && (divisor & (divisor - 1)) == 0;
+  if (!isNumber || !isPower) checking.FailAt(part, "IMAG");
 }
 
 constexpr const char kTableA3[] = "MIL-STD-2500C, table A-3";
@@ -120,7 +122,8 @@ constexpr Rule kRules[] = {
     {"image.isync", Severity::Error, On::Image, "ISYNC", kTableA3, "ISYNC is reserved, 0.",
      AskSynchronisation},
     {"image.magnification", Severity::Error, On::Image, "IMAG", kTableA3,
-     "The magnification is a number, or a slash and the number that divides.", AskMagnification},
+     "The magnification is a decimal number, or a slash and a power of two that divides.",
+     AskMagnification},
 };
 
 }  // namespace

@@ -2,6 +2,8 @@
 // bands.
 #include "core/check/rule.h"
 #include "core/format/blocks.h"
+#include "media/codecs/jpeg.h"
+#include "media/work.h"
 
 namespace core {
 namespace {
@@ -17,11 +19,13 @@ const std::vector<FoundJpeg>& StreamsOf(const Checking& checking, const Surveyed
 
 // The first stream that a test does not hold for is told; `words` says what is wrong with one.
 template <class Words>
-void AskStreams(Checking& checking, const SurveyedPart& part, Words words) {
+void AskStreams(Checking& checking, const SurveyedPart& part, Words words, const char* field = nullptr) {
   const std::vector<FoundJpeg>& streams = StreamsOf(checking, part);
   for (size_t n = 0; n < streams.size(); ++n) {
     const std::string problem = words(streams[n].stream);
     if (problem.empty()) continue;
+    if (field != nullptr)
+      return checking.Fail(part, field, "stream " + std::to_string(n) + ": " + problem);
     return checking.FailAtByte(part, part.dataOffset + streams[n].offset,
                                "stream " + std::to_string(n) + ": " + problem);
   }
@@ -60,30 +64,35 @@ void AskCount(Checking& checking, const SurveyedPart& part) {
 void AskSize(Checking& checking, const SurveyedPart& part) {
   const Blocks blocks(part);
   if (part.Text("IC") == "I1" || !blocks.Known()) return;
-  AskStreams(checking, part, [&](const JpegStream& stream) -> std::string {
+  const auto words = [&](const JpegStream& stream) -> std::string {
     if (!stream.hasFrame || (stream.width == blocks.width && stream.height == blocks.height)) return "";
     return std::to_string(stream.width) + " x " + std::to_string(stream.height) +
            " pixels, the block has " + std::to_string(blocks.width) + " x " +
            std::to_string(blocks.height);
-  });
+  };
+  const std::vector<FoundJpeg>& streams = StreamsOf(checking, part);
+  const bool isHigh = !streams.empty() && streams[0].stream.width == blocks.width;
+  AskStreams(checking, part, words, isHigh ? "NPPBV" : "NPPBH");
 }
 
 void AskComponents(Checking& checking, const SurveyedPart& part) {
   const Blocks blocks(part);
   const int64_t wanted = blocks.sequential ? 1 : blocks.bands;
-  AskStreams(checking, part, [&](const JpegStream& stream) -> std::string {
+  const auto words = [&](const JpegStream& stream) -> std::string {
     if (!stream.hasFrame || stream.components == wanted) return "";
-    return std::to_string(stream.components) + " components for " + std::to_string(wanted) + " bands";
-  });
+    return Count(stream.components, "component") + " for " + Count(static_cast<uint64_t>(wanted), "band");
+  };
+  AskStreams(checking, part, words, part.Has("XBANDS") ? "XBANDS" : "NBANDS");
 }
 
 void AskPrecision(Checking& checking, const SurveyedPart& part) {
   const int64_t significant = part.Number("ABPP"), stored = part.Number("NBPP");
-  AskStreams(checking, part, [&](const JpegStream& stream) -> std::string {
+  const auto words = [&](const JpegStream& stream) -> std::string {
     if (!stream.hasFrame || stream.precision == stored || stream.precision == significant) return "";
     return std::to_string(stream.precision) + " bits where NBPP is " + std::to_string(stored) +
            " and ABPP " + std::to_string(significant);
-  });
+  };
+  AskStreams(checking, part, words, "ABPP");
 }
 
 void AskProcess(Checking& checking, const SurveyedPart& part) {
@@ -101,15 +110,55 @@ void AskTables(Checking& checking, const SurveyedPart& part) {
 }
 
 // Of one scan, restarts stand between intervals; several scans have theirs each.
+std::string RestartProblem(const JpegStream& stream) {
+  if (!stream.ends || stream.scans != 1 || stream.Units() == 0) return "";
+  if (stream.interval == 0) return stream.restarts == 0 ? "" : "restarts without an interval";
+  const uint64_t wanted = (stream.Units() + stream.interval - 1) / stream.interval - 1;
+  if (stream.restarts == wanted) return "";
+  return Count(stream.restarts, "restart") + " where its interval of " + std::to_string(stream.interval) +
+         " makes " + std::to_string(wanted);
+}
+
 void AskRestarts(Checking& checking, const SurveyedPart& part) {
+  AskStreams(checking, part, RestartProblem);
+}
+
+void AskRestartOrder(Checking& checking, const SurveyedPart& part) {
   AskStreams(checking, part, [](const JpegStream& stream) -> std::string {
-    if (!stream.ends || stream.scans != 1 || stream.Units() == 0) return "";
-    if (stream.interval == 0) return stream.restarts == 0 ? "" : "restarts without an interval";
-    const uint64_t wanted = (stream.Units() + stream.interval - 1) / stream.interval - 1;
-    if (stream.restarts == wanted) return "";
-    return std::to_string(stream.restarts) + " restarts where its interval of " +
-           std::to_string(stream.interval) + " makes " + std::to_string(wanted);
+    return stream.restartsInOrder ? "" : "its restart markers do not count from RST0 to RST7 and again";
   });
+}
+
+constexpr uint64_t kMostDecoded = 8 << 20;  // bytes of an image's data
+
+// Streams that are whole by their markers are decoded: their codes may still be wrong.
+void AskCodes(Checking& checking, const SurveyedPart& part) {
+  if (part.dataLength > kMostDecoded) return;
+  const std::vector<FoundJpeg>& streams = StreamsOf(checking, part);
+  for (size_t n = 0; n < streams.size(); ++n) {
+    const JpegStream& stream = streams[n].stream;
+    const bool isTold =
+        stream.missing != nullptr || !stream.restartsInOrder || !RestartProblem(stream).empty();
+    if (!stream.ends || !stream.hasScan || isTold) continue;
+    const std::string bytes = checking.survey.file.At(part.dataOffset + streams[n].offset, stream.size);
+    media::JpegRequest request;
+    request.readsEnd = true;
+    request.isStrict = true;
+    media::AllowPixels(uint64_t{stream.width} * stream.height);
+    const media::Outcome outcome = media::DecodeJpeg(
+        media::Bytes(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()), request,
+        [](const media::RowForm&, uint32_t, const uint8_t*) { return media::Outcome::Ok; });
+    if (outcome == media::Outcome::BadData || outcome == media::Outcome::ShortData)
+      return checking.FailAtByte(part, part.dataOffset + streams[n].offset,
+                                 "stream " + std::to_string(n) + ": its codes do not decode");
+  }
+}
+
+void AskUndecoded(Checking& checking, const SurveyedPart& part) {
+  if (part.dataLength > kMostDecoded && !StreamsOf(checking, part).empty())
+    checking.FailAtByte(
+        part, part.dataOffset,
+        "the codes in " + std::to_string(part.dataLength) + " bytes of data were not decoded");
 }
 
 void AskApplication(Checking& checking, const SurveyedPart& part) {
@@ -137,6 +186,12 @@ constexpr Rule kRules[] = {
      "A JPEG stream defines the tables that it uses.", AskTables},
     {"jpeg.restarts", Severity::Error, On::Image, "IC", kJpeg,
      "Restart markers stand where the restart interval says.", AskRestarts},
+    {"jpeg.restarts.order", Severity::Error, On::Image, "IC", "ISO/IEC 10918-1, B.2.1",
+     "Restart markers count from RST0 to RST7 and again.", AskRestartOrder},
+    {"jpeg.codes", Severity::Error, On::Image, "IC", kJpeg, "The codes of a JPEG stream decode.",
+     AskCodes},
+    {"jpeg.undecoded", Severity::Note, On::Image, "IC", kJpeg,
+     "Data of up to 8 MiB is decoded once; of more, markers alone are examined.", AskUndecoded},
     {"jpeg.application", Severity::Note, On::Image, "IC", "MIL-STD-188-198A",
      "A JPEG stream says in an APP6 segment that it is one of a NITF file.", AskApplication},
 };

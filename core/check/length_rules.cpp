@@ -44,8 +44,15 @@ void AskPlaceholders(Checking& checking, const SurveyedPart& part) {
   if (!waits.empty()) checking.Fail(part, waits, waits + " is all nines, and no replacement was found");
 }
 
+bool HasStreamHeader(const Survey& survey) {
+  for (const SurveyedPart& part : survey.parts) {
+    if (part.Trimmed("DESID") == "STREAMING_FILE_HEADER") return true;
+  }
+  return false;
+}
+
 void AskStreamed(Checking& checking, const SurveyedPart& part) {
-  if (checking.survey.streamed)
+  if (checking.survey.streamed && HasStreamHeader(checking.survey))
     checking.Fail(part, "FHDR", "the header is read from the replacement data at the end of the file");
 }
 
@@ -55,19 +62,25 @@ void AskSubheader(Checking& checking, const SurveyedPart& part) {
   if (!part.complete) {
     std::string last = "nothing";
     part.ForEachField([&](const SurveyedField& field) { last = field.name; });
-    return checking.FailAtByte(part, part.offset, "the subheader ends behind " + last);
+    return checking.FailAtLength(part, false, "the subheader ends behind " + last);
   }
   if (part.fieldsEnd != end)
-    checking.FailAtByte(part, part.fieldsEnd,
-                        std::to_string(end - part.fieldsEnd) + " bytes of the subheader are no field");
+    checking.FailAtLength(part, false,
+                          Count(end - part.fieldsEnd, "byte") + " of the subheader are no field");
 }
 
 void AskData(Checking& checking, const SurveyedPart& part) {
   const uint64_t size = checking.survey.file.Size(), end = part.dataOffset + part.dataLength;
   if (part.kind == PartKind::File || end <= size) return;
-  checking.FailAtByte(
-      part, part.dataOffset,
+  checking.FailAtLength(
+      part, true,
       part.Title() + " ends at byte " + std::to_string(end) + ", the file at " + std::to_string(size));
+}
+
+void AskStreamHeader(Checking& checking, const SurveyedPart& part) {
+  if (!checking.survey.streamed || HasStreamHeader(checking.survey)) return;
+  checking.Fail(part, "FL",
+                "the true header stands at the end of the file in no STREAMING_FILE_HEADER extension");
 }
 
 constexpr const char kTableA1[] = "MIL-STD-2500C, table A-1";
@@ -82,6 +95,10 @@ constexpr Rule kRules[] = {
      "Lengths of nines are replaced by a streaming file header.", AskPlaceholders},
     {"file.streamed", Severity::Note, On::File, "FHDR", "MIL-STD-2500C, table A-8(B)",
      "A streamed file has its true header at its end.", AskStreamed},
+    {"file.streamed.extension", Severity::Error, On::File, "FL",
+     "MIL-STD-2500C, 5.8.3.3 and table A-8(B)",
+     "The header of a streamed file is replaced by a data extension, STREAMING_FILE_HEADER.",
+     AskStreamHeader},
     {"segment.subheader", Severity::Error, On::Header, "LISH", kTableA1,
      "A subheader's length is what its fields take.", AskSubheader},
     {"segment.data", Severity::Error, On::Header, "LI", kTableA1, "A segment ends inside the file.",

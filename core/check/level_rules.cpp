@@ -19,39 +19,40 @@ void AskNumber(Checking& checking, const SurveyedPart& part) {
 }
 
 // One limit of the level against what the file needs.
-void AskLimit(Checking& checking, const SurveyedPart& part, int64_t FileNeeds::*limit, const char* what) {
+void AskLimit(Checking& checking, const SurveyedPart& part, int64_t FileNeeds::*limit, const char* what,
+              const char* behind = "") {
   const ComplexityLevel* level = LevelOf(part);
   const FileNeeds needs = NeedsOf(checking.survey, checking.places);
   if (level == nullptr || needs.*limit <= level->most.*limit) return;
   checking.Fail(part, "CLEVEL",
-                "the file has " + std::to_string(needs.*limit) + what + ", level " +
+                "the file has " + Count(static_cast<uint64_t>(needs.*limit), what) + behind + ", level " +
                     std::string(part.Text("CLEVEL")) + " allows " + std::to_string(level->most.*limit));
 }
 
 void AskSide(Checking& checking, const SurveyedPart& part) {
-  AskLimit(checking, part, &FileNeeds::side, " pixels on a side of its canvas");
+  AskLimit(checking, part, &FileNeeds::side, "pixel", " on a side of its canvas");
 }
 void AskBytes(Checking& checking, const SurveyedPart& part) {
-  AskLimit(checking, part, &FileNeeds::bytes, " bytes");
+  AskLimit(checking, part, &FileNeeds::bytes, "byte");
 }
 void AskBands(Checking& checking, const SurveyedPart& part) {
-  AskLimit(checking, part, &FileNeeds::bands, " bands in an image");
+  AskLimit(checking, part, &FileNeeds::bands, "band", " in an image");
 }
 void AskImages(Checking& checking, const SurveyedPart& part) {
-  AskLimit(checking, part, &FileNeeds::images, " images");
+  AskLimit(checking, part, &FileNeeds::images, "image");
 }
 void AskExtensions(Checking& checking, const SurveyedPart& part) {
-  AskLimit(checking, part, &FileNeeds::extensions, " data extensions");
+  AskLimit(checking, part, &FileNeeds::extensions, "data extension");
 }
 void AskGraphics(Checking& checking, const SurveyedPart& part) {
-  AskLimit(checking, part, &FileNeeds::graphicBytes, " bytes of graphics");
+  AskLimit(checking, part, &FileNeeds::graphicBytes, "byte", " of graphics");
 }
 
 void AskGraphicCount(Checking& checking, const SurveyedPart& part) {
-  AskLimit(checking, part, &FileNeeds::graphics, " graphics");
+  AskLimit(checking, part, &FileNeeds::graphics, "graphic");
 }
 void AskTexts(Checking& checking, const SurveyedPart& part) {
-  AskLimit(checking, part, &FileNeeds::texts, " texts");
+  AskLimit(checking, part, &FileNeeds::texts, "text");
 }
 
 void AskLowest(Checking& checking, const SurveyedPart& part) {

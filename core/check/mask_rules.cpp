@@ -79,6 +79,22 @@ std::vector<uint32_t> Stored(const std::vector<uint32_t>& records) {
   return stored;
 }
 
+// Where the n-th record of blocks or pads stands in the file.
+uint64_t RecordByte(const SurveyedPart& part, bool isPad, size_t n) {
+  const SurveyedMask& mask = part.mask;
+  return part.dataOffset + kHead + mask.padCode.size() + 4 * ((isPad ? mask.blocks.size() : 0) + n);
+}
+
+// At the first record of a value, with its block and the record's name.
+void FailAtRecord(Checking& checking, const SurveyedPart& part, const std::string& name, uint32_t value,
+                  const std::string& words) {
+  const bool isPad = name == "TMR";
+  const std::vector<uint32_t>& records = isPad ? part.mask.pads : part.mask.blocks;
+  const auto n = static_cast<size_t>(std::find(records.begin(), records.end(), value) - records.begin());
+  checking.FailAt(part, name + std::to_string(n), RecordByte(part, isPad, n),
+                  "block " + std::to_string(n) + words);
+}
+
 void AskInside(Checking& checking, const SurveyedPart& part) {
   const Blocks blocks(part);
   const uint64_t least = part.Text("IC") == "NM" && blocks.Known() ? blocks.BlockBytes() : 1;
@@ -86,9 +102,8 @@ void AskInside(Checking& checking, const SurveyedPart& part) {
   for (const auto* records : {&part.mask.blocks, &part.mask.pads}) {
     for (const uint32_t record : Stored(*records)) {
       if (record < room && least <= room - record) continue;
-      return checking.FailAtByte(
-          part, part.dataOffset,
-          "a block begins at " + std::to_string(record) + " of " + std::to_string(room) + " bytes");
+      return FailAtRecord(checking, part, *records == part.mask.blocks ? "BMR" : "TMR", record,
+                          " begins at " + std::to_string(record) + " of " + Count(room, "byte"));
     }
   }
 }
@@ -100,9 +115,9 @@ void AskOverlap(Checking& checking, const SurveyedPart& part) {
   const uint64_t least = part.Text("IC") == "NM" && blocks.Known() ? blocks.BlockBytes() : 1;
   for (size_t i = 1; i < stored.size(); ++i) {
     if (stored[i] >= stored[i - 1] + least) continue;
-    return checking.FailAtByte(part, part.dataOffset,
-                               "a block at " + std::to_string(stored[i]) + " lies in the one at " +
-                                   std::to_string(stored[i - 1]));
+    return FailAtRecord(
+        checking, part, "BMR", stored[i],
+        " at " + std::to_string(stored[i]) + " lies in the one at " + std::to_string(stored[i - 1]));
   }
 }
 
@@ -112,8 +127,8 @@ void AskPads(Checking& checking, const SurveyedPart& part) {
   if (mask.blocks.empty()) return;
   for (size_t i = 0; i < mask.pads.size() && i < mask.blocks.size(); ++i) {
     if (mask.pads[i] == kNoRecord || mask.pads[i] == mask.blocks[i]) continue;
-    return checking.FailAtByte(
-        part, part.dataOffset,
+    return checking.FailAt(
+        part, "TMR" + std::to_string(i), RecordByte(part, true, i),
         "the pad record of block " + std::to_string(i) + " is not where the block begins");
   }
 }

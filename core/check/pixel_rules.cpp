@@ -12,6 +12,11 @@ void AskDepth(Checking& checking, const SurveyedPart& part) {
   struct Depths {
     std::string_view type, depths;
   };
+  if (IsOneOf(part.Text("IC"), "C8|M8")) {
+    constexpr int64_t kMost = 38;
+    if (part.Number("NBPP") < 1 || part.Number("NBPP") > kMost) checking.FailAt(part, "NBPP");
+    return;
+  }
   constexpr Depths kDepths[] = {
       {"B", "01"}, {"INT", "08|12|16|32|64"}, {"SI", "08|12|16|32|64"}, {"R", "32|64"}, {"C", "64"}};
   for (const Depths& allowed : kDepths) {
@@ -25,6 +30,8 @@ void AskDepth(Checking& checking, const SurveyedPart& part) {
 void AskSignificant(Checking& checking, const SurveyedPart& part) {
   const int64_t stored = part.Number("NBPP"), significant = part.Number("ABPP");
   if (!part.Has("NBPP")) return;
+  if (significant < 0)
+    return checking.Fail(part, "ABPP", "ABPP is " + Quoted(part.Text("ABPP")) + ", it wants two digits");
   if (significant < 1 || (stored > 0 && significant > stored))
     checking.Fail(part, "ABPP",
                   "ABPP is " + Quoted(part.Text("ABPP")) + " where NBPP is " + Quoted(part.Text("NBPP")));
@@ -68,7 +75,8 @@ void AskBands(Checking& checking, const SurveyedPart& part) {
   const Representation* known = RepresentationOf(part);
   const int64_t bands = part.Bands();
   if (known == nullptr || bands == 0 || (bands >= known->least && bands <= known->most)) return;
-  checking.Fail(part, "NBANDS", std::string(known->name) + " with " + std::to_string(bands) + " bands");
+  checking.Fail(part, "NBANDS",
+                std::string(known->name) + " with " + Count(static_cast<uint64_t>(bands), "band"));
 }
 
 void AskBandCount(Checking& checking, const SurveyedPart& part) {
@@ -118,12 +126,29 @@ void AskEntries(Checking& checking, const SurveyedPart& part) {
   }
 }
 
+void AskMissingTable(Checking& checking, const SurveyedPart& part) {
+  for (int64_t band = 1; band <= part.Bands() && part.complete; ++band) {
+    const std::string number = std::to_string(band);
+    if (part.Trimmed("IREPBAND" + number) == "LU" && part.Number("NLUTS" + number) == 0)
+      return checking.Fail(part, "IREPBAND" + number,
+                           "IREPBAND" + number + " is LU, and NLUTS" + number + " 0");
+  }
+}
+
+void AskFilter(Checking& checking, const SurveyedPart& part) {
+  for (int64_t band = 1; band <= part.Bands() && part.complete; ++band) {
+    const std::string name = "IFC" + std::to_string(band);
+    if (part.Text(name) != "N") return checking.FailAt(part, name);
+  }
+}
+
 void AskValues(Checking& checking, const SurveyedPart& part) {
   const int64_t bits = part.Number("ABPP"), entries = part.Number("NELUT1");
   if (part.Trimmed("IREP") != "RGB/LUT" || bits < 1 || bits > 16 || entries < 1) return;
   if (entries < int64_t{1} << bits)
     checking.Fail(part, "NELUT1",
-                  std::to_string(entries) + " entries for samples of " + std::to_string(bits) + " bits");
+                  std::to_string(entries) + (entries == 1 ? " entry" : " entries") + " for samples of " +
+                      std::to_string(bits) + " bits");
 }
 
 void AskTableType(Checking& checking, const SurveyedPart& part) {
@@ -132,14 +157,18 @@ void AskTableType(Checking& checking, const SurveyedPart& part) {
 }
 
 void AskTableCompression(Checking& checking, const SurveyedPart& part) {
-  if (HasTables(part) && !IsOneOf(part.Text("IC"), "NC|NM|C1|M1|C4|M4"))
+  const Codestream& stream = checking.CodestreamOf(part);
+  const bool keepsAll = stream.isReversible && stream.layers == 1;
+  if (HasTables(part) && !keepsAll && !IsOneOf(part.Text("IC"), "NC|NM|C1|M1|C4|M4|C5|M5"))
     checking.Fail(part, "IC", "lookup tables where IC is " + Quoted(part.Text("IC")));
 }
 
 void AskPalette(Checking& checking, const SurveyedPart& part) {
   if (part.Trimmed("IREP") == "RGB/LUT" && part.Has("NLUTS1") && part.Number("NLUTS1") != 3)
-    checking.Fail(part, "NLUTS1",
-                  "RGB/LUT with " + std::to_string(part.Number("NLUTS1")) + " lookup tables");
+    checking.Fail(
+        part, "NLUTS1",
+        "RGB/LUT with " +
+            Count(static_cast<uint64_t>(std::max<int64_t>(0, part.Number("NLUTS1"))), "lookup table"));
 }
 
 constexpr const char kTableA3[] = "MIL-STD-2500C, table A-3";
@@ -147,7 +176,9 @@ constexpr Rule kRules[] = {
     {"pixel.type", Severity::Error, On::Image, "PVTYPE", kTableA3, "Samples are INT, B, SI, R or C.",
      AskType},
     {"pixel.depth", Severity::Error, On::Image, "NBPP", kTableA3,
-     "The depth goes with the type: 1 for B, 8, 12, 16, 32, 64 for INT and SI, 32 or 64 for R, 64 for C.",
+     "The depth goes with the type: 1 for B, 8, 12, 16, 32, 64 for INT and SI, 32 or 64 for R, 64 for C; "
+     "1 "
+     "to 38 of JPEG 2000.",
      AskDepth},
     {"pixel.significant", Severity::Error, On::Image, "ABPP", kTableA3,
      "There are at most as many significant bits as stored ones.", AskSignificant},
@@ -167,6 +198,10 @@ constexpr Rule kRules[] = {
      "RGB/LUT has three lookup tables: red, green and blue.", AskPalette},
     {"table.entries", Severity::Error, On::Image, "NELUT", kTableA3,
      "Lookup tables have 1 to 65536 entries.", AskEntries},
+    {"table.missing", Severity::Error, On::Image, "IREPBAND", kTableA3,
+     "A band that shows a lookup table has one.", AskMissingTable},
+    {"band.filter", Severity::Error, On::Image, "IFC", kTableA3, "The filter condition is N: none.",
+     AskFilter},
     {"table.values", Severity::Warning, On::Image, "NELUT", kTableA3,
      "The lookup tables of RGB/LUT have an entry for every value that a sample can have.", AskValues},
     {"table.type", Severity::Error, On::Image, "NLUTS", kTableA3,

@@ -15,9 +15,9 @@ void AskLength(Checking& checking, const SurveyedPart& part) {
 void AskEnd(Checking& checking, const SurveyedPart& part) {
   for (const TaggedRecord& record : checking.Records(part)) {
     if (!record.tag.empty()) continue;
-    checking.FailAtByte(part, record.offset,
-                        std::to_string(record.bytes.size()) + " bytes of " + record.area +
-                            " are no record: " + record.problem);
+    checking.FailAt(part, record.area, record.offset,
+                    Count(record.bytes.size(), "byte") + " of " + record.area +
+                        (record.bytes.size() == 1 ? " is" : " are") + " no record: " + record.problem);
   }
 }
 
@@ -26,10 +26,35 @@ void AskFit(Checking& checking, const SurveyedPart& part) {
     if (record.definition == nullptr || record.problem.empty()) continue;
     const std::string wanted =
         record.definition->length ? ", not " + std::to_string(*record.definition->length) : "";
-    checking.FailAtByte(part, record.offset,
-                        std::string(TrimmedText(record.tag)) + " has " +
-                            std::to_string(record.bytes.size()) + " bytes" + wanted +
-                            ": its fields do not fit");
+    checking.FailAt(part, record.area, record.offset,
+                    std::string(TrimmedText(record.tag)) + " has " + Count(record.bytes.size(), "byte") +
+                        wanted + ": its fields do not fit");
+  }
+}
+
+// The first field of a number that holds something else, and where it begins behind the record's head.
+const DecodedField* FindNoNumber(const std::vector<DecodedField>& fields, uint64_t& at) {
+  for (const DecodedField& field : fields) {
+    const ValueKind kind = field.field->kind;
+    const bool isNumber = field.turns.empty() && field.field->fields.empty() &&
+                          (kind == ValueKind::Number || kind == ValueKind::Real);
+    if (isNumber && !IsAbsent(field) && !ValueOf(field)) return &field;
+    at += field.text.size();
+    for (const auto& turn : field.turns) {
+      if (const DecodedField* found = FindNoNumber(turn, at)) return found;
+    }
+  }
+  return nullptr;
+}
+
+void AskValues(Checking& checking, const SurveyedPart& part) {
+  constexpr uint64_t kHead = 11;
+  for (const TaggedRecord& record : checking.Records(part)) {
+    uint64_t at = record.offset + kHead;
+    if (const DecodedField* field = FindNoNumber(record.fields, at))
+      checking.FailAt(part, record.area, at,
+                      field->field->name + " of " + std::string(TrimmedText(record.tag)) + " is " +
+                          Quoted(field->text) + ", no number");
   }
 }
 
@@ -40,6 +65,8 @@ constexpr Rule kRules[] = {
      "Tagged records, of six letters and five digits, end where their area ends.", AskEnd},
     {"records.fit", Severity::Warning, On::Header, "UDHD", "The document that registers the record",
      "A record has the length that its fields take.", AskFit},
+    {"records.values", Severity::Warning, On::Header, "UDHD", "The document that registers the record",
+     "Fields of numbers hold numbers.", AskValues},
 };
 
 }  // namespace

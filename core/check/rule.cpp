@@ -76,10 +76,15 @@ const std::vector<TaggedRecord>& Checking::Records(const SurveyedPart& part) con
 bool Checking::Run(const std::function<bool(double)>& progress) {
   const std::vector<const Rule*> rules = AllRules();
   const double all = static_cast<double>(survey.parts.size());
+  // A file of another version is read by no table of this one: its mark is all that is told.
+  const std::string mark =
+      std::string(survey.Header().Text("FHDR")) + std::string(survey.Header().Text("FVER"));
+  const bool isOther = mark.size() == 9 && mark != "NITF02.10" && mark != "NSIF01.00" &&
+                       (mark.substr(0, 4) == "NITF" || mark.substr(0, 4) == "NSIF");
   for (size_t i = 0; i < survey.parts.size(); ++i) {
     const SurveyedPart& part = survey.parts[i];
     for (size_t n = 0; n < rules.size(); ++n) {
-      if (!IsAbout(rules[n]->on, part.kind)) continue;
+      if (!IsAbout(rules[n]->on, part.kind) || (isOther && rules[n] != rules[0])) continue;
       const double done =
           static_cast<double>(i) + static_cast<double>(n) / static_cast<double>(rules.size());
       if (progress && !progress(done / all)) return false;
@@ -100,6 +105,22 @@ void Checking::FailUnlessAllowed(const SurveyedPart& part, const std::string& fi
 
 void Checking::FailAt(const SurveyedPart& part, const std::string& field) {
   Fail(part, field, field + " is " + Quoted(part.Text(field)));
+}
+
+void Checking::FailAt(const SurveyedPart& part, const std::string& field, uint64_t offset,
+                      const std::string& words) {
+  findings.push_back({asked_, part.Title(), field, offset, words});
+}
+
+void Checking::FailAtLength(const SurveyedPart& part, bool isData, const std::string& words) {
+  const ListLayout& list = kListLayouts[static_cast<size_t>(part.kind) - 1];
+  const std::string name = (isData ? list.data : list.subheader).name + std::to_string(part.index + 1);
+  const std::optional<SurveyedField> field = survey.Header().Find(name);
+  FailAt(part, name, field ? field->offset : part.offset, words);
+}
+
+std::string Count(uint64_t number, const std::string& one) {
+  return std::to_string(number) + " " + one + (number == 1 ? "" : "s");
 }
 
 void Checking::FailAtByte(const SurveyedPart& part, uint64_t offset, const std::string& words) {

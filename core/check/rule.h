@@ -65,6 +65,11 @@ class Checking {
   void FailAt(const SurveyedPart& part, const std::string& field);
   /// The same at a byte of the file.
   void FailAtByte(const SurveyedPart& part, uint64_t offset, const std::string& words);
+  /// The same at a byte and a field of its own.
+  void FailAt(const SurveyedPart& part, const std::string& field, uint64_t offset,
+              const std::string& words);
+  /// The same at a length of the file header that is a segment's: LISH and its like, or LI with `isData`.
+  void FailAtLength(const SurveyedPart& part, bool isData, const std::string& words);
   /// The same at a field that is there with a text that it may not have.
   void FailUnlessAllowed(const SurveyedPart& part, const std::string& field);
 
@@ -86,6 +91,9 @@ struct Rule {
   const char* sentence;  ///< what has to hold, for people
   void (*ask)(Checking& checking, const SurveyedPart& part);
 };
+
+/// "1 band", "2 bands".
+std::string Count(uint64_t number, const std::string& one);
 
 using Rules = std::span<const Rule>;
 extern const Rules kFileRules, kLevelRules, kLengthRules, kSecurityRules, kRecordRules, kImageRules,

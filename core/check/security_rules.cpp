@@ -3,6 +3,7 @@
 
 #include "core/check/rule.h"
 #include "core/format/allowed.h"
+#include "core/format/countries.h"
 #include "core/format/numbers.h"
 
 namespace core {
@@ -85,6 +86,28 @@ void AskDowngradeDate(Checking& checking, const SurveyedPart& part) {
   AskBelonging(checking, part, "DGDT", "GD");
 }
 
+// X1 to X8, X251 to X259, 25X1 to 25X9, 50X1 and its like, DN10, DNI.
+bool IsExemption(std::string_view text) {
+  const auto isOf = [&](std::string_view pattern) {
+    return text.size() == pattern.size() &&
+           std::equal(text.begin(), text.end(), pattern.begin(),
+                      [](char c, char p) { return p == '#' ? c >= '1' && c <= '9' : c == p; });
+  };
+  return text.empty() || isOf("X#") || isOf("X25#") || isOf("25X#") || isOf("50X#") || isOf("75X#") ||
+         text == "75X" || text == "DN10" || text == "DNI";
+}
+
+void AskExemptionCode(Checking& checking, const SurveyedPart& part) {
+  const std::string name = NameIn(part, "DCXM");
+  if (part.Has(name) && !IsExemption(part.Trimmed(name))) checking.FailAt(part, name);
+}
+
+void AskCountry(Checking& checking, const SurveyedPart& part) {
+  const std::string name = NameIn(part, "CLSY");
+  if (part.Has(name) && !part.Trimmed(name).empty() && !IsCountry(part.Text(name)))
+    checking.FailAt(part, name);
+}
+
 void AskDays(Checking& checking, const SurveyedPart& part) {
   for (const char* field : {"DCDT", "DGDT", "SRDT"}) {
     const std::string name = NameIn(part, field);
@@ -101,6 +124,11 @@ constexpr Rule kRules[] = {
      "A file is classified at least as high as each of its segments.", AskOrder},
     {"security.system", Severity::Error, On::Header, "FSCLSY", kTables,
      "Where other security fields are set, the classification system is named.", AskSystem},
+    {"security.country", Severity::Error, On::Header, "FSCLSY", kTables,
+     "The classification system is named by a country's code (ISO 3166 or FIPS 10-4) or an alliance's.",
+     AskCountry},
+    {"security.exemption.code", Severity::Error, On::Header, "FSDCXM", kTables,
+     "A declassification exemption is one of those that there are.", AskExemptionCode},
     {"security.type", Severity::Error, On::Header, "FSDCTP", kTables,
      "The declassification type is DD, DE, GD, GE, O, X or blank.", AskType},
     {"security.declassification", Severity::Error, On::Header, "FSDCDT", kTables,

@@ -14,6 +14,11 @@ void AskBegin(Checking& checking, const SurveyedPart& part) {
     checking.FailAtByte(part, part.dataOffset, "the data is no JPEG 2000 codestream");
 }
 
+void AskWrapped(Checking& checking, const SurveyedPart& part) {
+  if (checking.CodestreamOf(part).isWrapped)
+    checking.FailAtByte(part, part.dataOffset, "the data is a JP2 file around a codestream");
+}
+
 void AskEnd(Checking& checking, const SurveyedPart& part) {
   const Codestream& stream = checking.CodestreamOf(part);
   if (stream.begins && !stream.ends)
@@ -23,11 +28,11 @@ void AskEnd(Checking& checking, const SurveyedPart& part) {
 void AskSize(Checking& checking, const SurveyedPart& part) {
   const Codestream& stream = checking.CodestreamOf(part);
   if (!stream.begins) return;
-  if (static_cast<int64_t>(stream.width) != part.Number("NCOLS") ||
-      static_cast<int64_t>(stream.height) != part.Number("NROWS"))
-    checking.FailAtByte(part, part.dataOffset,
-                        "the codestream has " + std::to_string(stream.width) + " x " +
-                            std::to_string(stream.height) + " pixels");
+  const bool isWide = static_cast<int64_t>(stream.width) != part.Number("NCOLS");
+  if (isWide || static_cast<int64_t>(stream.height) != part.Number("NROWS"))
+    checking.Fail(part, isWide ? "NCOLS" : "NROWS",
+                  "the codestream has " + std::to_string(stream.width) + " x " +
+                      std::to_string(stream.height) + " pixels");
 }
 
 // One block may be a codestream of any tiles.
@@ -35,20 +40,48 @@ void AskTiles(Checking& checking, const SurveyedPart& part) {
   const Blocks blocks(part);
   const Codestream& stream = checking.CodestreamOf(part);
   if (!stream.begins || !blocks.Known() || blocks.Count() == 1) return;
-  if (static_cast<int64_t>(stream.tileWidth) != blocks.width ||
-      static_cast<int64_t>(stream.tileHeight) != blocks.height)
+  const bool isWide = static_cast<int64_t>(stream.tileWidth) != blocks.width;
+  if (isWide || static_cast<int64_t>(stream.tileHeight) != blocks.height)
+    checking.Fail(part, isWide ? "NPPBH" : "NPPBV",
+                  "tiles of " + std::to_string(stream.tileWidth) + " x " +
+                      std::to_string(stream.tileHeight) + ", blocks of " + std::to_string(blocks.width) +
+                      " x " + std::to_string(blocks.height));
+}
+
+void AskTileOffset(Checking& checking, const SurveyedPart& part) {
+  if (checking.CodestreamOf(part).beginsElsewhere)
     checking.FailAtByte(part, part.dataOffset,
-                        "tiles of " + std::to_string(stream.tileWidth) + " x " +
-                            std::to_string(stream.tileHeight) + ", blocks of " +
-                            std::to_string(blocks.width) + " x " + std::to_string(blocks.height));
+                        "the codestream's tiles do not begin at the image's corner");
+}
+
+void AskHeader(Checking& checking, const SurveyedPart& part) {
+  const Codestream& stream = checking.CodestreamOf(part);
+  if (!stream.begins || (stream.hasStyle && stream.hasQuantisation)) return;
+  checking.FailAtByte(
+      part, part.dataOffset,
+      std::string("the main header has no ") + (stream.hasStyle ? "QCD" : "COD") + " segment");
+}
+
+void AskParts(Checking& checking, const SurveyedPart& part) {
+  const Codestream& stream = checking.CodestreamOf(part);
+  if (stream.begins && !stream.parts.words.empty())
+    checking.FailAtByte(part, part.dataOffset + stream.parts.at, stream.parts.words);
+}
+
+void AskMissing(Checking& checking, const SurveyedPart& part) {
+  const Codestream& stream = checking.CodestreamOf(part);
+  if (!stream.begins || !stream.parts.words.empty() || stream.tilesMissing == 0) return;
+  checking.FailAtByte(
+      part, part.dataOffset,
+      std::to_string(stream.tilesMissing) + " of " + Count(stream.Tiles(), "tile") + " have no part");
 }
 
 void AskComponents(Checking& checking, const SurveyedPart& part) {
   const Codestream& stream = checking.CodestreamOf(part);
   if (stream.begins && static_cast<int64_t>(stream.components) != part.Bands())
-    checking.FailAtByte(
-        part, part.dataOffset,
-        std::to_string(stream.components) + " components for " + std::to_string(part.Bands()) + " bands");
+    checking.Fail(part, part.Has("XBANDS") ? "XBANDS" : "NBANDS",
+                  Count(stream.components, "component") + " for " +
+                      Count(static_cast<uint64_t>(part.Bands()), "band"));
 }
 
 void AskDepth(Checking& checking, const SurveyedPart& part) {
@@ -56,9 +89,8 @@ void AskDepth(Checking& checking, const SurveyedPart& part) {
   if (!stream.begins || stream.most == 0) return;
   const auto significant = static_cast<uint64_t>(std::max<int64_t>(0, part.Number("ABPP")));
   if (stream.most != significant)
-    checking.FailAtByte(
-        part, part.dataOffset,
-        std::to_string(stream.most) + " bits where ABPP is " + std::to_string(significant));
+    checking.Fail(part, "ABPP",
+                  Count(stream.most, "bit") + " where ABPP is " + Quoted(part.Text("ABPP")));
 }
 
 void AskLayers(Checking& checking, const SurveyedPart& part) {
@@ -67,6 +99,26 @@ void AskLayers(Checking& checking, const SurveyedPart& part) {
     if (record.tag == "J2KLRA") return;
   }
   checking.Fail(part, "IC", "no J2KLRA record tells the layers of the codestream");
+}
+
+// What the record tells of this image: of one that was parsed its last fields.
+void AskLayerCount(Checking& checking, const SurveyedPart& part) {
+  const Codestream& stream = checking.CodestreamOf(part);
+  if (!stream.begins || !stream.hasStyle) return;
+  for (const TaggedRecord& record : checking.Records(part)) {
+    if (TrimmedText(record.tag) != "J2KLRA") continue;
+    for (const auto& [name, own, has, what] :
+         {std::tuple{"NLAYERS_I", "NLAYERS_O", stream.layers, "layer"},
+          {"NLEVELS_I", "NLEVELS_O", stream.levels, "level"}}) {
+      const DecodedField* field = FindField(record.fields, name);
+      if (field == nullptr) field = FindField(record.fields, own);
+      const int64_t told = field != nullptr ? DigitsOf(field->text) : -1;
+      if (told >= 0 && static_cast<uint64_t>(told) != has)
+        return checking.FailAt(part, record.area, record.offset,
+                               "the codestream has " + Count(has, what) + ", " + field->field->name +
+                                   " of J2KLRA is " + field->text);
+    }
+  }
 }
 
 // ---------------------------------------------------------------- facsimile
@@ -149,6 +201,16 @@ constexpr const char kJ2k[] = "ISO/IEC 15444-1; BPJ2K01.10";
 constexpr Rule kRules[] = {
     {"j2k.begin", Severity::Error, On::Image, "IC", kJ2k, "The data is a JPEG 2000 codestream.",
      AskBegin},
+    {"j2k.wrapped", Severity::Warning, On::Image, "IC", kJ2k,
+     "The data is a codestream alone, with no file format around it.", AskWrapped},
+    {"j2k.header", Severity::Error, On::Image, "IC", "ISO/IEC 15444-1, A.3",
+     "A codestream's main header has its coding style and its quantisation.", AskHeader},
+    {"j2k.parts", Severity::Error, On::Image, "IC", "ISO/IEC 15444-1, A.4.2",
+     "Tile parts follow one another to the end of the codestream.", AskParts},
+    {"j2k.missing", Severity::Error, On::Image, "IC", "ISO/IEC 15444-1, A.4.2", "Every tile has a part.",
+     AskMissing},
+    {"j2k.offset", Severity::Error, On::Image, "NPPBH", kJ2k,
+     "The codestream's tiles begin at the image's corner, as blocks do.", AskTileOffset},
     {"j2k.end", Severity::Error, On::Image, "IC", kJ2k, "A codestream ends with its marker.", AskEnd},
     {"j2k.size", Severity::Error, On::Image, "NCOLS", kJ2k, "The codestream has the size of the image.",
      AskSize},
@@ -160,6 +222,8 @@ constexpr Rule kRules[] = {
      "The codestream has the depth of the samples.", AskDepth},
     {"j2k.layers", Severity::Note, On::Image, "IXSHD", "BPJ2K01.10, J2KLRA",
      "A record tells the layers of a codestream.", AskLayers},
+    {"j2k.layers.count", Severity::Error, On::Image, "IXSHD", "BPJ2K01.10, J2KLRA",
+     "The record tells the layers and levels that the codestream has.", AskLayerCount},
     {"fax.rows", Severity::Error, On::Image, "NROWS", "ITU-T T.4; MIL-STD-188-196",
      "A facsimile decodes to the rows of its block.", AskRows},
     {"vq.codes", Severity::Error, On::Image, "NPPBH", "MIL-STD-188-199, 5.2",

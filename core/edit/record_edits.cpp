@@ -150,6 +150,7 @@ std::optional<Place> FindRecord(Draft& draft, DraftPart& owner, const RecordName
 void AddRecord(Draft& draft, const RecordName& name, const std::string& record) {
   DraftPart& owner = OwnerOf(draft, name);
   const AreaLayout& area = *AreasOf(name.kind).back();
+  if (!owner.Fields().complete) RefuseFile(owner.Title() + ": its header does not hold all its fields");
   if (DraftPart* overflow = OverflowOf(draft, owner, area)) {
     overflow->data.push_back(PieceOf(record));
     overflow->otherData = true;

@@ -132,8 +132,9 @@ std::string RateText(const char* form, double rate) {
 }
 
 // What the layers were made for (J2KLRA); the last one has the rate that was achieved.
-std::string LayerRecord(const std::vector<double>& layers, uint32_t bands, double achieved) {
-  std::string record = "0" + NumberDigits(kWavelets, 2, "NLEVELS_O") +
+std::string LayerRecord(const media::Jpeg2000Plan& plan, uint32_t bands, double achieved) {
+  const std::vector<double>& layers = plan.layers;
+  std::string record = "0" + NumberDigits(media::LevelsOf(plan), 2, "NLEVELS_O") +
                        NumberDigits(bands, 5, "NBANDS_O") +
                        NumberDigits(layers.size() + 1, 3, "NLAYERS_O");
   for (size_t i = 0; i <= layers.size(); ++i)
@@ -257,7 +258,7 @@ void StoreJpeg2000(Draft& draft, BlockStore& store, const RasterForm& raster, do
   image.form.bits = image.form.significantBits = raster.bits;
   if (raster.bits == 1) image.form.pixelType = "B";
   if (!plan.isLossless) plan.layers.pop_back();
-  image.layers = LayerRecord(plan.layers, form.bands, achieved);
+  image.layers = LayerRecord(plan, form.bands, achieved);
 }
 
 }  // namespace core

@@ -71,7 +71,7 @@ class Taker {
     }
     field.width = Number(json, "width");
     if (field.width == 0) Refuse(field.name + " has no \"width\"");
-    field.kind = Kind(Text(json, "kind"));
+    field.kind = Kind(field.name, Text(json, "kind"));
     return field;
   }
   void TakeRepeat(const Json& json, RecordField& field) {
@@ -96,11 +96,11 @@ class Taker {
       field.whenIn.push_back(text.get<std::string>());
     }
   }
-  ValueKind Kind(const std::string& word) {
+  ValueKind Kind(const std::string& field, const std::string& word) {
     constexpr const char* kWords[] = {"text", "number", "real", "date"};
     const auto* found = std::find(std::begin(kWords), std::end(kWords), word);
     if (found == std::end(kWords))
-      return Refuse("\"kind\" is text, number, real or date"), ValueKind::Text;
+      return Refuse("field " + field + ": \"kind\" is text, number, real or date"), ValueKind::Text;
     return static_cast<ValueKind>(found - std::begin(kWords));
   }
 

@@ -124,6 +124,7 @@ class Walker {
   void TakeScan() {
     stream_.hasScan = true;
     ++stream_.scans;
+    uint8_t next = 0xD0;
     while (at_ + 1 < size_) {
       const uint64_t found = bytes_.Find(0xFF, start_ + at_) - start_;
       if (found + 1 >= size_) {
@@ -132,7 +133,11 @@ class Walker {
       }
       const uint8_t code = Byte(found + 1);
       if (code == 0 || code == 0xFF || (code >= 0xD0 && code <= 0xD7)) {
-        stream_.restarts += code >= 0xD0 && code <= 0xD7;
+        if (code >= 0xD0 && code <= 0xD7) {
+          ++stream_.restarts;
+          stream_.restartsInOrder = stream_.restartsInOrder && code == next;
+          next = static_cast<uint8_t>(0xD0 | ((code + 1) & 7));
+        }
         at_ = found + (code == 0xFF ? 1 : 2);
         continue;
       }

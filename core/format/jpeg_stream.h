@@ -19,6 +19,7 @@ struct JpegStream {
   uint32_t maxAcross = 1, maxDown = 1;  ///< greatest sampling factors
   uint32_t interval = 0;                ///< restart interval in MCUs, 0 for none
   uint32_t scans = 0, restarts = 0;     ///< restart markers in all scans
+  bool restartsInOrder = true;          ///< they count from RST0 to RST7 and again
   bool hasApplication = false;          ///< an APP6 segment "NITF"
   const char* missing = nullptr;        ///< a table that a scan uses and nothing defines
   uint64_t size = 0;                    ///< bytes up to the stream's end

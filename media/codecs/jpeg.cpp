@@ -213,6 +213,8 @@ Outcome JpegRows::Finish() {
   return Outcome::Ok;
 }
 
+bool JpegRows::Guessed() const { return state_->errors.manager.num_warnings != 0; }
+
 namespace {
 
 // The wanted rows of a stream of the usual kind.
@@ -236,7 +238,10 @@ Outcome DecodeNarrow(const Source& source, const JpegRequest& request, const Tak
     if (const Outcome taken = take(form, rows.Position() - 1 - request.top, row); taken != Outcome::Ok)
       return taken;
   }
-  return request.readsEnd ? rows.Finish() : Outcome::Ok;
+  if (request.readsEnd) {
+    if (const Outcome outcome = rows.Finish(); outcome != Outcome::Ok) return outcome;
+  }
+  return request.isStrict && rows.Guessed() ? Outcome::BadData : Outcome::Ok;
 }
 
 }  // namespace

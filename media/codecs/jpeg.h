@@ -37,6 +37,7 @@ struct JpegRequest {
   uint32_t height = 0;
   uint32_t top = 0;       ///< rows in front of it are passed over
   bool readsEnd = false;  ///< what follows the last row must be sound as well
+  bool isStrict = false;  ///< what the decoder guesses, where codes are wrong, is BadData
 };
 
 /// Decodes a stream of any precision that this build can, weighed before memory is taken. Three
@@ -64,6 +65,8 @@ class JpegRows {
   Outcome Next(const uint8_t*& row);
   /// Whether what follows the last row is sound.
   Outcome Finish();
+  /// Whether some of it was guessed.
+  bool Guessed() const;
 
  private:
   struct State;

@@ -44,11 +44,7 @@ opj_cparameters_t ParametersOf(const Jpeg2000Plan& plan) {
   parameters.irreversible = plan.isLossless ? 0 : 1;
   parameters.tcp_mct = plan.isColour && plan.components == 3 ? 1 : 0;
   parameters.prog_order = OPJ_LRCP;
-  const uint32_t side = std::min({plan.width, plan.height, plan.tileWidth, plan.tileHeight});
-  parameters.numresolution = 1;
-  while (parameters.numresolution <= static_cast<int>(plan.levels) &&
-         side >> parameters.numresolution != 0)
-    ++parameters.numresolution;
+  parameters.numresolution = static_cast<int>(LevelsOf(plan)) + 1;
   parameters.cp_disto_alloc = 1;
   parameters.tcp_numlayers = 0;
   for (const double rate : plan.layers)
@@ -79,6 +75,13 @@ ImagePtr ImageOf(const Jpeg2000Plan& plan) {
 }
 
 }  // namespace
+
+uint32_t LevelsOf(const Jpeg2000Plan& plan) {
+  const uint32_t side = std::min({plan.width, plan.height, plan.tileWidth, plan.tileHeight});
+  uint32_t levels = 0;
+  while (levels < plan.levels && side >> (levels + 1) != 0) ++levels;
+  return levels;
+}
 
 Outcome EncodeJpeg2000(const Jpeg2000Plan& plan, const GiveTile& give, const PutBytes& put) {
   opj_cparameters_t parameters = ParametersOf(plan);

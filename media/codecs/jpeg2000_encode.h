@@ -19,6 +19,9 @@ struct Jpeg2000Plan {
   uint32_t levels = 5;  ///< of wavelets
 };
 
+/// Wavelet levels that a plan comes to: a small image has fewer.
+uint32_t LevelsOf(const Jpeg2000Plan& plan);
+
 /// Gives the samples of a tile, one component behind the other, each of 1, 2 or 4 bytes in host order.
 using GiveTile = std::function<void(const Window& place, std::vector<uint8_t>& samples)>;
 /// Takes bytes of the codestream at a place; false where they do not go there.

@@ -20,7 +20,9 @@ inline jpeg_error_mgr* Silent(JpegErrors& errors) {
   jpeg_std_error(&errors.manager);
   errors.manager.error_exit = ReturnJpegError;
   errors.manager.output_message = [](j_common_ptr) {};
-  errors.manager.emit_message = [](j_common_ptr, int) {};
+  errors.manager.emit_message = [](j_common_ptr codec, int level) {
+    if (level < 0) ++codec->err->num_warnings;
+  };
   return &errors.manager;
 }
 

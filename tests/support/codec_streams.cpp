@@ -84,6 +84,7 @@ std::string MakeJpeg(const JpegForm& form, const SampleAt& sample) {
     codec.scan_info = scans.data();
     codec.num_scans = static_cast<int>(scans.size());
   }
+  codec.restart_interval = form.restart;
   if (form.progressive) jpeg_simple_progression(&codec);
   jpeg_start_compress(&codec, TRUE);
   std::vector<unsigned char> row(static_cast<size_t>(form.width) * static_cast<size_t>(form.components));

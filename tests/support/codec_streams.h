@@ -17,6 +17,7 @@ struct JpegForm {
   bool progressive = false;
   int scans = 0;  ///< of a bit of a coefficient each, in place of the usual ones
   int quality = 75;
+  unsigned restart = 0;  ///< MCUs of an interval; 0 for none
 };
 std::string MakeJpeg(const JpegForm& form, const SampleAt& sample);
 
