@@ -105,9 +105,8 @@ struct Edit::State {
 };
 
 Edit::Edit(std::unique_ptr<State> state) : state_(std::move(state)) {}
-Edit::Edit(const File& file)
-    : state_(Guarded(
-          [&] { return std::make_unique<State>(::core::Draft(file.state_->survey), DateNow()); })) {
+Edit::Edit(const File& file) {
+  Guarded([&] { state_ = std::make_unique<State>(::core::Draft(file.state_->survey), DateNow()); });
   state_->inputs.push_back(&file.state_->survey);
 }
 Edit::Edit(Edit&&) noexcept = default;

@@ -131,6 +131,25 @@ std::string RateText(const char* form, double rate) {
   return text;
 }
 
+media::Jpeg2000Plan PlanOf(const BlockForm& form, const RasterForm& raster, double rate) {
+  media::Jpeg2000Plan plan;
+  plan.width = form.width;
+  plan.height = form.height;
+  plan.tileWidth = form.blockWidth;
+  plan.tileHeight = form.blockHeight;
+  plan.components = form.bands;
+  plan.precision = raster.bits;
+  plan.isSigned = raster.kind == SampleKind::Signed;
+  plan.isColour = raster.isColour && form.bands == 3;
+  plan.isLossless = rate == 0;
+  plan.levels = kWavelets;
+  for (const double layer : kLayerRates) {
+    if (layer < (rate == 0 ? plan.precision : rate)) plan.layers.push_back(layer);
+  }
+  if (!plan.isLossless) plan.layers.push_back(rate);
+  return plan;
+}
+
 // What the layers were made for (J2KLRA); the last one has the rate that was achieved.
 std::string LayerRecord(const media::Jpeg2000Plan& plan, uint32_t bands, double achieved) {
   const std::vector<double>& layers = plan.layers;
@@ -217,35 +236,19 @@ void StoreJpeg2000(Draft& draft, BlockStore& store, const RasterForm& raster, do
                    StoredImage& image) {
   const BlockForm& form = store.Form();
   StreamFile stream(draft, "");
-  media::Jpeg2000Plan plan;
-  plan.width = form.width;
-  plan.height = form.height;
-  plan.tileWidth = form.blockWidth;
-  plan.tileHeight = form.blockHeight;
-  plan.components = form.bands;
-  plan.precision = raster.bits;
-  plan.isSigned = raster.kind == SampleKind::Signed;
-  plan.isColour = raster.isColour && form.bands == 3;
-  plan.isLossless = rate == 0;
-  plan.levels = kWavelets;
-  for (const double layer : kLayerRates) {
-    if (layer < (rate == 0 ? plan.precision : rate)) plan.layers.push_back(layer);
-  }
-  if (!plan.isLossless) plan.layers.push_back(rate);
-  RequireEncoded(media::EncodeJpeg2000(
-                     plan,
-                     [&](const media::Window& place, std::vector<uint8_t>& samples) {
-                       GatherTile(store, place, samples);
-                     },
-                     [&](uint64_t at, const uint8_t* bytes, size_t count) {
-                       try {
-                         stream.File().Write(at, bytes, count);
-                         return true;
-                       } catch (const std::exception&) {
-                         return false;
-                       }
-                     }),
-                 "the codestream");
+  media::Jpeg2000Plan plan = PlanOf(form, raster, rate);
+  const auto give = [&](const media::Window& place, std::vector<uint8_t>& samples) {
+    GatherTile(store, place, samples);
+  };
+  const auto put = [&](uint64_t at, const uint8_t* bytes, size_t count) {
+    try {
+      stream.File().Write(at, bytes, count);
+      return true;
+    } catch (const std::exception&) {
+      return false;
+    }
+  };
+  RequireEncoded(media::EncodeJpeg2000(plan, give, put), "the codestream");
   image.data = stream.Data();
   const double achieved = 8.0 * static_cast<double>(LengthOf(image.data)) /
                           (static_cast<double>(form.width) * form.height * form.bands);
