@@ -2,6 +2,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include <nlohmann/json.hpp>
+
 #include "core/format/records.h"
 #include "core/format/words.h"
 #include "core/place/footprint.h"
@@ -30,6 +32,10 @@ std::string Tagged(const std::string& tag, const std::string& data) {
          data;
 }
 
+std::filesystem::path ExamplePath(const std::string& tag, const char* ending) {
+  return std::filesystem::path(PROJECT_SOURCE_DIR) / "tests/records" / (tag + ending);
+}
+
 // Bytes of fields by the text of their definition, with `counts` for those that tell how often others
 // come.
 class Example {
@@ -38,11 +44,12 @@ class Example {
 
   std::string Of(const std::vector<RecordField>& fields) {
     std::string bytes;
-    for (const RecordField& field : fields) counted_.insert(field.countField);
     for (const RecordField& field : fields) {
-      if (!field.whenField.empty() && !field.whenIn.empty() && texts_[field.whenField] != field.whenIn[0])
-        continue;
-      const int64_t turns = field.countField.empty() ? field.count : count_;
+      for (const core::RecordCount& count : field.counts) counted_.insert(count.field);
+    }
+    for (const RecordField& field : fields) {
+      if (!field.when.empty() && texts_[field.when[0].field] != field.when[0].in.at(0)) continue;
+      const int64_t turns = field.counts.empty() ? field.count : count_;
       for (int64_t i = 0; i < turns; ++i) bytes += field.fields.empty() ? One(field) : Of(field.fields);
     }
     return bytes;
@@ -92,7 +99,44 @@ TEST_F(TaggedRecordsTest, DefinitionsTakeTheRegisteredLengths) {
     EXPECT_NE(Records(Tagged(length.tag, data.substr(1)))[0].problem, "") << length.tag;
     told.insert(length.tag);
   }
-  EXPECT_EQ(told.size(), definitions.All().size()) << "every definition has an example";
+  for (const auto& [tag, definition] : definitions.All())
+    EXPECT_TRUE(told.count(tag) != 0 || std::filesystem::exists(ExamplePath(tag, ".bin")))
+        << tag << " has an example";
+}
+
+// The values of all fields in their order, those that repeat one after the other.
+void Flatten(const std::vector<DecodedField>& fields,
+             std::vector<std::pair<std::string, std::string>>& values) {
+  for (const DecodedField& field : fields) {
+    for (const auto& turn : field.turns) Flatten(turn, values);
+    if (field.field->fields.empty() && !(field.field->repeats && field.text.empty()))
+      values.emplace_back(field.field->name, core::ShownText(field));
+  }
+}
+
+// Records with counts and flags set, beside the values that their fields have.
+TEST_F(TaggedRecordsTest, DefinitionsDecodeTheirExamples) {
+  int decoded = 0;
+  for (const auto& [tag, definition] : definitions.All()) {
+    SCOPED_TRACE(tag);
+    if (!std::filesystem::exists(ExamplePath(tag, ".bin"))) continue;
+    const auto records = Records(Tagged(tag, test::ReadFile(ExamplePath(tag, ".bin"))));
+    ASSERT_EQ(records.size(), 1u);
+    ASSERT_EQ(records[0].problem, "");
+    std::vector<std::pair<std::string, std::string>> values;
+    Flatten(records[0].fields, values);
+    const auto wanted = nlohmann::json::parse(test::ReadFile(ExamplePath(tag, ".json")));
+    ASSERT_EQ(values.size(), wanted.size());
+    for (size_t i = 0; i < values.size(); ++i) {
+      EXPECT_EQ(values[i].first, wanted[i][0].get<std::string>()) << i;
+      const auto& value = wanted[i][1];
+      const bool isSame = value.is_string() ? values[i].second == core::Shown(value.get<std::string>())
+                                            : std::stod(values[i].second) == value.get<double>();
+      EXPECT_TRUE(isSame) << values[i].first << " is " << values[i].second;
+    }
+    ++decoded;
+  }
+  EXPECT_EQ(decoded, 47);
 }
 
 TEST_F(TaggedRecordsTest, ConditionsAndRepeatsFollowTheFieldsInFront) {

@@ -1,14 +1,17 @@
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdlib>
 
 #include "core/format/records.h"
+#include "core/format/words.h"
 
 namespace core {
 namespace {
 
 constexpr size_t kTagWidth = 6, kLengthWidth = 5;
 
-// Takes the fields of one record. Repeats and conditions look at the fields in front of them.
+// Takes the fields of one record. Repeats, widths and conditions look at the fields in front of them.
 class RecordTaker {
  public:
   explicit RecordTaker(std::string_view bytes) : bytes_(bytes) {}
@@ -24,44 +27,97 @@ class RecordTaker {
   bool AtEnd() const { return bytes_.empty(); }
 
  private:
-  bool IsThere(const RecordField& field) const {
-    if (field.whenField.empty()) return true;
-    const auto found = seen_.find(field.whenField);
-    if (found == seen_.end()) return false;
-    for (const std::string& text : field.whenIn) {
-      if (found->second == text) return true;
-    }
-    return false;
+  // A field that came before, as it was the last time; null for none.
+  const DecodedField* Seen(const std::string& name) const {
+    const auto found = seen_.find(name);
+    return found != seen_.end() ? &found->second.back() : nullptr;
   }
+  static int64_t NumberIn(const DecodedField& field) {
+    return field.field->kind == ValueKind::Unsigned
+               ? static_cast<int64_t>(BigNumber(field.text) & INT64_MAX)
+               : DigitsOf(TrimmedText(field.text));
+  }
+
+  bool Holds(const RecordCondition& condition) const {
+    const DecodedField* field = Seen(condition.field);
+    if (field == nullptr) return false;
+    const auto isAmong = [&](const std::vector<std::string>& texts) {
+      return std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
+        return field->text == text || TrimmedText(field->text) == TrimmedText(text);
+      });
+    };
+    if (!condition.in.empty() && !isAmong(condition.in)) return false;
+    if (isAmong(condition.notIn)) return false;
+    if (condition.bit && (NumberIn(*field) >> std::min(*condition.bit, 62u) & 1) == 0) return false;
+    return !condition.above || NumberIn(*field) > *condition.above;
+  }
+  bool IsThere(const RecordField& field) const {
+    return std::all_of(field.when.begin(), field.when.end(),
+                       [&](const RecordCondition& condition) { return Holds(condition); });
+  }
+
+  // -1 where it is not told.
+  int64_t WidthOf(const RecordField& field) const {
+    if (field.widthField.empty()) return field.width;
+    const DecodedField* told = Seen(field.widthField);
+    if (told == nullptr) return -1;
+    if (field.widths.empty()) return NumberIn(*told);
+    const auto found = field.widths.find(TrimmedText(told->text));
+    return found != field.widths.end() ? found->second : -1;
+  }
+  int64_t CountOf(const RecordCount& count) const {
+    const auto found = seen_.find(count.field);
+    if (found == seen_.end()) return -1;
+    const std::vector<DecodedField>& all = found->second;
+    if (count.isEach && (turns_.empty() || turns_.front() >= all.size())) return -1;
+    const int64_t number = NumberIn(count.isEach ? all[turns_.front()] : all.back());
+    if (number < 0) return -1;
+    const int64_t rest = std::max<int64_t>(0, number - count.less);
+    return count.isTriangle ? rest * (rest + 1) / 2 : rest;
+  }
+  // No more than the bytes could hold; -1 where it is not told.
+  int64_t TurnsOf(const RecordField& field) const {
+    int64_t turns = field.counts.empty() ? field.count : 1;
+    for (const RecordCount& count : field.counts) {
+      const int64_t number = CountOf(count);
+      if (number < 0) return -1;
+      turns *= std::min<int64_t>(number, kMostTurns);
+      turns = std::min<int64_t>(turns, kMostTurns);
+    }
+    return turns;
+  }
+
   bool TakeOne(const RecordField& field, std::vector<DecodedField>& decoded) {
-    if (bytes_.size() < field.width) return false;
-    decoded.push_back({&field, std::string(bytes_.substr(0, field.width)), {}});
-    bytes_.remove_prefix(field.width);
-    seen_[field.name] = decoded.back().text;
+    const int64_t width = WidthOf(field);
+    if (width < 0 || static_cast<uint64_t>(width) > bytes_.size()) return false;
+    decoded.push_back({&field, std::string(bytes_.substr(0, static_cast<size_t>(width))), {}});
+    bytes_.remove_prefix(static_cast<size_t>(width));
+    seen_[field.name].push_back(decoded.back());
     return true;
   }
   // Every turn takes bytes, so there are no more of them than the record has.
   bool TakeTurns(const RecordField& field, std::vector<DecodedField>& decoded) {
-    int64_t count = field.count;
-    if (!field.countField.empty()) {
-      const auto found = seen_.find(field.countField);
-      count = found != seen_.end() ? DigitsOf(found->second) : -1;
-    }
+    const int64_t count = TurnsOf(field);
     if (count < 0) return false;
     DecodedField whole = {&field, "", {}};
+    if (field.repeats) turns_.push_back(0);
     for (int64_t turn = 0; turn < count; ++turn) {
       const size_t before = bytes_.size();
       std::vector<DecodedField> fields;
+      if (field.repeats) turns_.back() = static_cast<size_t>(turn);
       if (!(field.fields.empty() ? TakeOne(field, fields) : Take(field.fields, fields))) return false;
-      if (bytes_.size() == before) return false;
+      if (bytes_.size() == before && field.repeats) return false;
       whole.turns.push_back(std::move(fields));
     }
+    if (field.repeats) turns_.pop_back();
     decoded.push_back(std::move(whole));
     return true;
   }
 
+  static constexpr int64_t kMostTurns = 100000;
   std::string_view bytes_;
-  std::map<std::string, std::string, std::less<>> seen_;
+  std::map<std::string, std::vector<DecodedField>, std::less<>> seen_;
+  std::vector<size_t> turns_;  // of the loops around, the outermost first
 };
 
 void Explain(TaggedRecord& record, const RecordDefinitions& definitions) {
@@ -124,12 +180,30 @@ std::vector<TaggedRecord> RecordsOf(const SurveyedPart& part, const RecordDefini
 }
 
 bool IsAbsent(const DecodedField& field) {
-  const bool isNumber = field.field->kind != ValueKind::Text;
-  return field.text.find_first_not_of(isNumber ? " -" : " ") == std::string::npos;
+  const ValueKind kind = field.field->kind;
+  if (kind == ValueKind::Unsigned || kind == ValueKind::Float) return field.text.empty();
+  return field.text.find_first_not_of(kind != ValueKind::Text ? " -" : " ") == std::string::npos;
 }
 
+namespace {
+
+std::optional<double> FloatOf(std::string_view bytes) {
+  if (bytes.size() == 4) return std::bit_cast<float>(static_cast<uint32_t>(BigNumber(bytes)));
+  if (bytes.size() == 8) return std::bit_cast<double>(BigNumber(bytes));
+  return std::nullopt;
+}
+
+}  // namespace
+
 std::optional<double> ValueOf(const DecodedField& field) {
-  if (field.field->kind != ValueKind::Number && field.field->kind != ValueKind::Real) return std::nullopt;
+  const ValueKind kind = field.field->kind;
+  if (kind == ValueKind::Unsigned && !field.text.empty())
+    return static_cast<double>(BigNumber(field.text));
+  if (kind == ValueKind::Float) {
+    const std::optional<double> value = FloatOf(field.text);
+    return value && std::isfinite(*value) ? value : std::nullopt;
+  }
+  if (kind != ValueKind::Number && kind != ValueKind::Real) return std::nullopt;
   const std::string text(TrimmedText(field.text));
   const size_t start = text.find_first_not_of(' ');
   if (start == std::string::npos || text.find_first_not_of("0123456789+-.Ee", start) != std::string::npos)
@@ -138,6 +212,16 @@ std::optional<double> ValueOf(const DecodedField& field) {
   const double value = std::strtod(text.c_str() + start, &end);
   return *end == 0 && end != text.c_str() + start && std::isfinite(value) ? std::optional(value)
                                                                           : std::nullopt;
+}
+
+std::string ShownText(const DecodedField& field) {
+  const ValueKind kind = field.field->kind;
+  if (kind == ValueKind::Unsigned) return std::to_string(BigNumber(field.text));
+  if (kind != ValueKind::Float) return Shown(field.text);
+  char text[32];
+  const std::optional<double> value = FloatOf(field.text);
+  (void)std::snprintf(text, sizeof text, field.text.size() == 4 ? "%.9g" : "%.17g", value.value_or(0));
+  return value ? text : HexOf(field.text);
 }
 
 const DecodedField* FindField(const std::vector<DecodedField>& fields, std::string_view name) {

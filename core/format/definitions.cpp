@@ -69,8 +69,7 @@ class Taker {
       field.fields = Fields(json, depth + 1);
       return field;
     }
-    field.width = Number(json, "width");
-    if (field.width == 0) Refuse(field.name + " has no \"width\"");
+    TakeWidth(json, field);
     field.kind = Kind(field.name, Text(json, "kind"));
     return field;
   }
@@ -78,29 +77,82 @@ class Taker {
     const auto found = json.find("repeat");
     field.repeats = found != json.end();
     if (!field.repeats) return;
-    if (found->is_string()) {
-      field.countField = found->get<std::string>();
-    } else {
+    if (found->is_number()) {
       field.count = Number(json, "repeat");
+    } else if (found->is_array()) {
+      for (const Json& factor : *found) field.counts.push_back(Count(factor));
+    } else {
+      field.counts.push_back(Count(*found));
     }
+  }
+  // "NAME", {"of": NAME, "less": N}, {"triangle": NAME} or {"each": NAME}.
+  RecordCount Count(const Json& json) {
+    RecordCount count;
+    if (json.is_string()) {
+      count.field = json.get<std::string>();
+      return count;
+    }
+    if (!json.is_object())
+      return Refuse("\"repeat\" is a number, a name, or says what is counted"), count;
+    count.isTriangle = json.contains("triangle");
+    count.isEach = json.contains("each");
+    count.field = Text(json, count.isTriangle ? "triangle" : count.isEach ? "each" : "of");
+    if (json.contains("less")) count.less = Number(json, "less");
+    if (count.field.empty()) Refuse("\"repeat\" has no \"of\", \"triangle\" or \"each\"");
+    return count;
+  }
+  // A number, the name of the field that tells, or {"by": NAME, "widths": {TEXT: N}}.
+  void TakeWidth(const Json& json, RecordField& field) {
+    const auto found = json.find("width");
+    if (found != json.end() && found->is_string()) {
+      field.widthField = found->get<std::string>();
+    } else if (found != json.end() && found->is_object() && found->contains("widths")) {
+      field.widthField = Text(*found, "by");
+      const Json& widths = (*found)["widths"];
+      for (auto width = widths.begin(); width != widths.end(); ++width)
+        field.widths[width.key()] = Number(widths, width.key().c_str());
+    } else {
+      field.width = Number(json, "width");
+    }
+    if (field.width == 0 && field.widthField.empty()) Refuse(field.name + " has no \"width\"");
   }
   void TakeCondition(const Json& json, RecordField& field) {
     const auto found = json.find("when");
     if (found == json.end()) return;
-    const bool isWhole = found->is_object() && found->contains("in") && (*found)["in"].is_array();
-    if (!isWhole) return Refuse("\"when\" has \"field\" and \"in\"");
-    field.whenField = Text(*found, "field");
-    if (field.whenField.empty()) Refuse("\"when\" has no \"field\"");
-    for (const Json& text : (*found)["in"]) {
-      if (!text.is_string()) return Refuse("\"in\" is a list of texts");
-      field.whenIn.push_back(text.get<std::string>());
+    if (!found->is_array()) return field.when.push_back(Condition(*found));
+    for (const Json& condition : *found) field.when.push_back(Condition(condition));
+  }
+  RecordCondition Condition(const Json& json) {
+    RecordCondition condition;
+    const bool isWhole = json.is_object() && (json.contains("in") || json.contains("notIn") ||
+                                              json.contains("bit") || json.contains("above"));
+    if (!isWhole)
+      return Refuse("\"when\" has \"field\" and one of \"in\", \"notIn\", \"bit\" and \"above\""),
+             condition;
+    condition.field = Text(json, "field");
+    if (condition.field.empty()) Refuse("\"when\" has no \"field\"");
+    condition.in = Texts(json, "in");
+    condition.notIn = Texts(json, "notIn");
+    if (json.contains("bit")) condition.bit = Number(json, "bit");
+    if (json.contains("above")) condition.above = Number(json, "above");
+    return condition;
+  }
+  std::vector<std::string> Texts(const Json& json, const char* key) {
+    std::vector<std::string> texts;
+    const auto found = json.find(key);
+    if (found == json.end()) return texts;
+    for (const Json& text : *found) {
+      if (!text.is_string()) return Refuse(std::string("\"") + key + "\" is a list of texts"), texts;
+      texts.push_back(text.get<std::string>());
     }
+    return texts;
   }
   ValueKind Kind(const std::string& field, const std::string& word) {
-    constexpr const char* kWords[] = {"text", "number", "real", "date"};
+    constexpr const char* kWords[] = {"text", "number", "real", "date", "unsigned", "float"};
     const auto* found = std::find(std::begin(kWords), std::end(kWords), word);
     if (found == std::end(kWords))
-      return Refuse("field " + field + ": \"kind\" is text, number, real or date"), ValueKind::Text;
+      return Refuse("field " + field + ": \"kind\" is text, number, real, date, unsigned or float"),
+             ValueKind::Text;
     return static_cast<ValueKind>(found - std::begin(kWords));
   }
 

@@ -13,20 +13,40 @@
 
 namespace core {
 
-enum class ValueKind { Text, Number, Real, Date };
+/// Texts of characters, and big-endian bytes: whole numbers without a sign, and IEEE 754 reals.
+enum class ValueKind { Text, Number, Real, Date, Unsigned, Float };
+
+/// What an earlier field has to be, without the blanks behind it.
+struct RecordCondition {
+  std::string field;
+  std::vector<std::string> in;     ///< one of these texts, where there are any
+  std::vector<std::string> notIn;  ///< none of these
+  std::optional<uint32_t> bit;     ///< a number in which this bit is set, 0 being the lowest
+  std::optional<int64_t> above;    ///< a number greater than this
+};
+
+/// A number that an earlier field tells: its own, less some, its triangle n(n + 1) / 2, or, of a field
+/// that came once for each turn of the outermost loop, that of this turn.
+struct RecordCount {
+  std::string field;
+  uint32_t less = 0;
+  bool isTriangle = false, isEach = false;
+};
 
 /// A field, or a group of them that repeats or comes only sometimes.
 struct RecordField {
   std::string name;
-  uint32_t width = 0;  ///< 0 for a group
+  uint32_t width = 0;      ///< 0 for a group, and where another field tells
+  std::string widthField;  ///< the earlier field that tells the width
+  std::map<std::string, uint32_t, std::less<>>
+      widths;  ///< by its text, where that is not the width itself
   ValueKind kind = ValueKind::Text;
   std::string unit, note;
   bool repeats = false;
-  uint32_t count = 1;               ///< how often it comes, where no field tells
-  std::string countField;           ///< or the earlier field that tells it
-  std::string whenField;            ///< it comes only where this earlier field …
-  std::vector<std::string> whenIn;  ///< … has one of these texts
-  std::vector<RecordField> fields;  ///< of a group
+  uint32_t count = 1;                 ///< how often it comes, where no field tells
+  std::vector<RecordCount> counts;    ///< or the numbers whose product tells it
+  std::vector<RecordCondition> when;  ///< it comes only where all of these hold
+  std::vector<RecordField> fields;    ///< of a group
 };
 
 struct RecordDefinition {

@@ -36,6 +36,8 @@ bool Decode(const RecordDefinition& definition, std::string_view bytes,
 bool IsAbsent(const DecodedField& field);
 /// The number of a field of kind Number or Real; none where it is absent or no number.
 std::optional<double> ValueOf(const DecodedField& field);
+/// A field's value for people: of bytes the number.
+std::string ShownText(const DecodedField& field);
 /// The first field of a name outside groups; null when there is none.
 const DecodedField* FindField(const std::vector<DecodedField>& fields, std::string_view name);
 

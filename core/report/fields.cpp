@@ -41,7 +41,7 @@ void AddRows(const std::vector<DecodedField>& fields, const std::string& number,
       continue;
     --left;
     const std::string value = IsAbsent(field) ? "–"
-                                              : EscapedField(field.text) +
+                                              : Escaped(ShownText(field)) +
                                                     (known.unit.empty() ? "" : " " + Escaped(known.unit));
     rows += TableRow({Escaped(known.name + number), value, Escaped(known.note)});
   }

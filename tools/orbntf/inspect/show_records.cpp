@@ -12,10 +12,13 @@ void WriteValue(JsonText& json, const DecodedField& field) {
   if (IsAbsent(field)) return json.Null();
   if (const auto number = ValueOf(field)) {
     const auto whole = static_cast<int64_t>(*number);
-    return field.field->kind == ValueKind::Number && static_cast<double>(whole) == *number
+    return (field.field->kind == ValueKind::Number || field.field->kind == ValueKind::Unsigned) &&
+                   static_cast<double>(whole) == *number
                ? json.Number(whole)
                : json.Real(*number);
   }
+  if (field.field->kind == ValueKind::Float || field.field->kind == ValueKind::Unsigned)
+    return json.Null();
   const std::string date = field.field->kind == ValueKind::Date ? IsoDate(field.text) : "";
   if (!date.empty()) return json.String(date);
   json.FieldText(TrimmedText(field.text));
@@ -51,7 +54,7 @@ void DescribeFields(const std::vector<DecodedField>& fields, const std::string& 
     if (!field.turns.empty() || !known.fields.empty() || (known.repeats && field.text.empty())) continue;
     text.append(indent).append(Printable(known.name)).append(number).append(": ");
     text += IsAbsent(field) ? "–"
-                            : Shown(field.text) + (known.unit.empty() ? "" : " " + Printable(known.unit));
+                            : ShownText(field) + (known.unit.empty() ? "" : " " + Printable(known.unit));
     text += '\n';
   }
 }
