@@ -330,6 +330,23 @@ TEST_F(CheckImagesTest, Codestreams) {
       << "fill behind it";
 }
 
+TEST_F(CheckImagesTest, ProfilesOfCodestreams) {
+  const auto broken = [](const std::string& stream, const char* rate, const char* profile) {
+    return test::RulesBroken(Codestream("", stream, Form("C8", rate)).file(), profile);
+  };
+  const std::string one = test::EncodeJpeg2000(kSide, kSide, {0});
+  EXPECT_EQ(broken(one, "N080", "npje"), std::set<std::string>{"profile.layers"});
+  std::string stream = Layered(one);
+  EXPECT_EQ(broken(stream, "N080", "npje"), std::set<std::string>{"j2k.layers.count"});
+  EXPECT_EQ(broken(stream, "00.0", "npje"), (std::set<std::string>{"j2k.layers.count", "profile.rate"}));
+  EXPECT_EQ(broken(stream, "N080", "epje"),
+            (std::set<std::string>{"j2k.layers.count", "profile.progression"}));
+  stream[stream.find("\xFF\x52") + 9] = 3;
+  EXPECT_EQ(broken(stream, "N080", "tpje"),
+            (std::set<std::string>{"j2k.layers.count", "profile.levels"}));
+  EXPECT_EQ(broken(Narrow(one), "N080", "tpje").count("profile.tiles"), 1u);
+}
+
 TEST_F(CheckImagesTest, FacsimileAndVectorQuantisation) {
   ImageForm fax = Form("C1", "1D  "), wide = fax;
   fax.bits = wide.bits = 1;

@@ -1,5 +1,6 @@
 // The rules: every one is broken by a file that breaks no other.
-#include "core/check/rule.h"
+#include "core/check/check_file.h"
+#include "core/check/examples.h"
 #include "tests/support/metafile.h"
 #include "tests/support/sound.h"
 #include "tests/support/support.h"
@@ -58,7 +59,7 @@ std::string Streamed() {
 // The same where the replacement data is that of another extension; that it was streamed is told as well.
 std::string StreamedElsewhere() {
   std::string bytes = Streamed();
-  return bytes.replace(bytes.rfind("STREAMING_FILE_HEADER"), 21, "XML_DATA_CONTENT     ");
+  return bytes.replace(bytes.rfind("STREAMING_FILE_HEADER"), 21, "CSSHPA DES           ");
 }
 
 TEST_F(CheckTest, ASoundFileBreaksNoRule) {
@@ -132,7 +133,7 @@ TEST_F(CheckTest, ComplexityLevels) {
   };
   const auto extensions = [](NitfBuilder& file) {
     for (int i = 0; i < 11; ++i)
-      file.extensions.push_back({test::DataExtensionRecord("XML_DATA_CONTENT"), "x"});
+      file.extensions.push_back({test::DataExtensionRecord("XML_DATA_CONTENT"), "<x/>"});
   };
   const auto graphics = [](NitfBuilder& file) {
     std::string body;
@@ -146,7 +147,7 @@ TEST_F(CheckTest, ComplexityLevels) {
       Change("level.size",
              [](NitfBuilder& file) {
                file.extensions.push_back(
-                   {test::DataExtensionRecord("XML_DATA_CONTENT"), std::string(50 << 20, 'x')});
+                   {test::DataExtensionRecord("CSSHPA DES"), std::string(50 << 20, 'x')});
              }),
       test::Other("level.bands", {.bands = 10, .representation = "MULTI"},
                   [] { return std::string(640, 'b'); }),
@@ -203,6 +204,7 @@ TEST_F(CheckTest, RecordsAndExtensions) {
           "records.values",
           [](NitfBuilder& file) { PutRecords(file, "J2KLRA0002300500001001" + "000"s + "08.00000x"); }),
       Change("extension.name", extension("UNKNOWN")),
+      Change("extension.xml", extension("XML_DATA_CONTENT")),
       Change("extension.overflow", [](NitfBuilder& file) { PutRecords(file, "", "001"); }),
       Change("extension.back",
              [](NitfBuilder& file) {
@@ -262,11 +264,45 @@ TEST_F(CheckTest, LevelsAndPlaces) {
   });
 }
 
+TEST_F(CheckTest, LevelsThatAreWanted) {
+  EXPECT_EQ(test::RulesBroken(test::SoundFile().Bytes(), "level:03"), std::set<std::string>());
+  const std::string wide = Change("", [](NitfBuilder& file) {
+                             file.images[0].subheader.Set("ILOC", "0204100000");
+                             file.header.Set("CLEVEL", "05");
+                           }).file();
+  EXPECT_EQ(test::RulesBroken(wide, "level:05"), std::set<std::string>());
+  EXPECT_EQ(test::RulesBroken(wide, "level:03"), std::set<std::string>{"profile.level"});
+}
+
+TEST_F(CheckTest, FindingsNameWhatIsAtFault) {
+  const auto first = [](const std::string& bytes) {
+    const core::Survey survey{std::string_view(bytes)};
+    const auto findings = core::FindFaults(survey, core::RecordDefinitions());
+    const core::Finding& found = findings.at(0);
+    return found.field + " at " + std::to_string(found.offset) + ": " + found.words;
+  };
+  NitfBuilder padded = test::SoundFile();
+  padded.images[0].subheader.InsertAfter("IXSHDL", "PAD", " ");
+  EXPECT_EQ(first(padded.Bytes()), "LISH1 at 363: 1 byte of the subheader is no field");
+  NitfBuilder records = test::SoundFile();
+  PutRecords(records, "TAGONE00009abc");
+  EXPECT_EQ(first(records.Bytes()).substr(0, 8), "IXSHD at");
+  NitfBuilder significant = test::SoundFile();
+  significant.images[0].subheader.Set("ABPP", "7 ");
+  EXPECT_NE(first(significant.Bytes()).find("ABPP is \"7 \", it wants two digits"), std::string::npos);
+  NitfBuilder old = test::SoundFile();
+  old.header.Set("FVER", "02.00");
+  const std::string bytes = old.Bytes();
+  EXPECT_EQ(first(bytes), "FHDR at 0: this is NITF 02.00");
+  EXPECT_EQ(test::RulesBroken(bytes).size(), 1u) << "nothing else is read by tables of another version";
+}
+
 TEST_F(CheckTest, RulesAreToldApart) {
   std::set<std::string> ids;
   for (const core::Rule* rule : core::AllRules()) {
     EXPECT_TRUE(ids.insert(rule->id).second) << rule->id << " stands for two rules";
     EXPECT_EQ(std::string(rule->sentence).back(), '.') << rule->id;
+    EXPECT_NE(core::ExampleOf(rule->id), nullptr) << rule->id;
   }
 }
 

@@ -130,4 +130,27 @@ expect 0 '' "$tool" report good.ntf -o - && holds '</html>'
 expect 1 'status -7' "$tool" report missing.ntf -o x.html
 expect 2 'either -o or -O' "$tool" report good.ntf
 expect 2 'the output is the input' "$tool" report good.ntf -o ./good.ntf
+# Tables, maps, and findings as review systems take them.
+expect 0 '' "$tool" info --csv good.ntf tagged.ntf
+python3 -c 'import csv,sys; rows=list(csv.DictReader(open("out.txt"))); assert [r["images"] for r in rows] == ["1", "1"], rows'
+expect 1 '' "$tool" info --csv good.ntf missing.ntf
+python3 -c 'import csv; rows=list(csv.DictReader(open("out.txt"))); assert rows[1]["problem"], rows'
+expect 0 '' "$tool" info --csv --records tagged.ntf
+python3 -c 'import csv; rows=list(csv.DictReader(open("out.txt"))); assert rows and rows[0]["tag"], rows'
+expect 0 '' "$tool" info --geojson good.ntf bad.ntf
+python3 -c 'import json; d=json.load(open("out.txt")); assert d["type"] == "FeatureCollection" and len(d["features"]) == 2, d'
+expect 2 'give one' "$tool" info --csv --geojson good.ntf
+expect 1 '' "$tool" check --sarif good.ntf bad.ntf missing.ntf
+python3 - <<'PY' || fail "check --sarif: $(cat out.txt)"
+import json
+runs = json.load(open("out.txt"))["runs"]
+assert [len(run["results"]) for run in runs[:1]] == [0] and runs[1]["results"], runs
+rules = {rule["id"] for rule in runs[1]["tool"]["driver"]["rules"]}
+assert all(result["ruleId"] in rules for result in runs[1]["results"]), runs
+assert not runs[2]["invocations"][0]["executionSuccessful"], runs
+PY
+expect 0 '' "$tool" check --explain text.lines
+holds 'keeps it:  lines that end in CR LF'
+expect 2 'no such rule' "$tool" check --explain nonesuch
+expect 2 '--profile takes' "$tool" check --profile best good.ntf
 exit 0

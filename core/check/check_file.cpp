@@ -13,8 +13,10 @@ std::vector<Finding> FindFaults(const Survey& survey, const RecordDefinitions& d
 }
 
 bool FindFaults(const Survey& survey, const RecordDefinitions& definitions,
-                const std::function<bool(double)>& progress, std::vector<Finding>& findings) {
+                const std::function<bool(double)>& progress, std::vector<Finding>& findings,
+                const std::string& profile) {
   Checking checking(survey, definitions);
+  checking.profile = profile;
   if (!checking.Run(progress)) return false;
   findings = std::move(checking.findings);
   std::stable_sort(findings.begin(), findings.end(),

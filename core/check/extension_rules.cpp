@@ -1,5 +1,6 @@
 // Data extensions, and records that overflowed into one.
 #include "core/check/rule.h"
+#include "core/format/xml.h"
 
 namespace core {
 namespace {
@@ -56,9 +57,18 @@ void AskBack(Checking& checking, const SurveyedPart& part) {
                     ", which does not say so");
 }
 
+void AskXml(Checking& checking, const SurveyedPart& part) {
+  if (part.Trimmed("DESID") != "XML_DATA_CONTENT" || !checking.survey.HoldsData(part)) return;
+  const XmlFault fault = FindXmlFault(PartBytes(checking.survey.file, part.dataOffset, part.dataLength));
+  if (!fault.words.empty())
+    checking.FailAtByte(part, part.dataOffset + fault.at, "the data is not well-formed: " + fault.words);
+}
+
 constexpr Rule kRules[] = {
     {"extension.name", Severity::Note, On::Extension, "DESID", "MIL-STD-2500C, table A-8; the register",
      "The name of an extension is registered.", AskName},
+    {"extension.xml", Severity::Warning, On::Extension, "DESID", "XML 1.0; STDI-0002, XML_DATA_CONTENT",
+     "XML data is well-formed.", AskXml},
     {"extension.overflow", Severity::Error, On::Header, "UDHOFL",
      "MIL-STD-2500C, 5.8.1.4 and table A-8(A)",
      "What overflows from a header stands in the data extension that it names.", AskOverflow},

@@ -66,7 +66,8 @@ void AskSubheader(Checking& checking, const SurveyedPart& part) {
   }
   if (part.fieldsEnd != end)
     checking.FailAtLength(part, false,
-                          Count(end - part.fieldsEnd, "byte") + " of the subheader are no field");
+                          Count(end - part.fieldsEnd, "byte") + " of the subheader " +
+                              (end - part.fieldsEnd == 1 ? "is" : "are") + " no field");
 }
 
 void AskData(Checking& checking, const SurveyedPart& part) {

@@ -35,7 +35,7 @@ std::vector<const Rule*> AllRules() {
   std::vector<const Rule*> all;
   for (const Rules rules : {kFileRules, kLengthRules, kLevelRules, kSecurityRules, kRecordRules,
                             kImageRules, kPixelRules, kBlockRules, kPlaceRules, kMaskRules, kJpegRules,
-                            kStreamRules, kGraphicRules, kTextRules, kExtensionRules}) {
+                            kStreamRules, kGraphicRules, kTextRules, kExtensionRules, kProfileRules}) {
     for (const Rule& rule : rules) all.push_back(&rule);
   }
   return all;

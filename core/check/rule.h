@@ -46,6 +46,7 @@ class Checking {
   const Survey& survey;
   const RecordDefinitions& definitions;
   const Places places;
+  std::string profile;  ///< "npje", "epje", "tpje" or "level:NN", of which more is asked
   std::vector<Finding> findings;
 
   /// The tagged records of a part, decoded once.
@@ -98,7 +99,7 @@ std::string Count(uint64_t number, const std::string& one);
 using Rules = std::span<const Rule>;
 extern const Rules kFileRules, kLevelRules, kLengthRules, kSecurityRules, kRecordRules, kImageRules,
     kPixelRules, kBlockRules, kPlaceRules, kMaskRules, kJpegRules, kStreamRules, kGraphicRules,
-    kTextRules, kExtensionRules;
+    kTextRules, kExtensionRules, kProfileRules;
 /// Every rule, in the order in which they are asked.
 std::vector<const Rule*> AllRules();
 

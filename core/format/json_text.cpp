@@ -117,4 +117,9 @@ void JsonText::Null() {
   text_ += "null";
 }
 
+void JsonText::Bool(bool value) {
+  Next();
+  text_ += value ? "true" : "false";
+}
+
 }  // namespace core

@@ -30,6 +30,7 @@ class JsonText {
   void Number(int64_t value);
   void Real(double value);
   void Null();
+  void Bool(bool value);
 
   const std::string& Text() const { return text_; }
 

@@ -118,6 +118,20 @@ constexpr LayoutRow kExtensionFrontRows[] = {
 constexpr LayoutRow kOverflowRows[] = {
     {"DESOFLW", 6, "Area whose records overflowed"},
     {"DESITEM", 3, "Segment whose records overflowed, 0 for the file", FieldForm::Number}};
+constexpr LayoutRow kXmlRows[] = {
+    {"DESCRC", 5, "Check sum of the data, 99999 for none", FieldForm::Number},
+    {"DESSHFT", 8, "Type of the data: XML", FieldForm::Extended},
+    {"DESSHDT", 20, "Date and time of the data", FieldForm::Extended},
+    {"DESSHRP", 40, "Who is responsible for the data", FieldForm::Extended},
+    {"DESSHSI", 60, "Specification that the data follows", FieldForm::Extended},
+    {"DESSHSV", 10, "Version of the specification", FieldForm::Extended},
+    {"DESSHSD", 20, "Date of the specification", FieldForm::Extended},
+    {"DESSHTN", 120, "Target namespace of the XML", FieldForm::Extended},
+    {"DESSHLPG", 125, "Polygon that the data is about", FieldForm::Extended},
+    {"DESSHLPT", 25, "Point that the data is about", FieldForm::Extended},
+    {"DESSHLI", 20, "Identifier of a location", FieldForm::Extended},
+    {"DESSHLIN", 120, "Namespace of that identifier", FieldForm::Extended},
+    {"DESSHABS", 200, "Abstract of the data", FieldForm::Extended}};
 constexpr LayoutRow kReservedFrontRows[] = {{"RE", 2, "Begins a reserved extension subheader"},
                                             {"RESID", 25, "Registered name of the extension"},
                                             {"RESVER", 2, "Version of the extension", FieldForm::Number}};
@@ -146,6 +160,7 @@ constexpr Layout kGraphicFrontLayout = kGraphicFrontRows, kGraphicBodyLayout = k
 constexpr Layout kTextFrontLayout = kTextFrontRows, kTextBodyLayout = kTextBodyRows;
 constexpr Layout kExtensionFrontLayout = kExtensionFrontRows, kReservedFrontLayout = kReservedFrontRows;
 constexpr Layout kOverflowLayout = kOverflowRows;
+constexpr Layout kXmlLayout = kXmlRows;
 constexpr LayoutRow kExtensionLengthLayout = {"DESSHL", 4, "Length of the extension's own fields",
                                               FieldForm::Number};
 constexpr LayoutRow kExtensionFieldsLayout = {"DESSHF", 0, "The extension's own fields",

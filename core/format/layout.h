@@ -44,6 +44,8 @@ extern const Layout kBandLayout, kImageBlocksLayout;
 
 extern const Layout kGraphicFrontLayout, kGraphicBodyLayout, kTextFrontLayout, kTextBodyLayout;
 extern const Layout kExtensionFrontLayout, kReservedFrontLayout, kOverflowLayout;
+/// The own fields of XML_DATA_CONTENT (STDI-0002): all of them, the first eight, or the first.
+extern const Layout kXmlLayout;
 extern const LayoutRow kExtensionLengthLayout, kExtensionFieldsLayout, kReservedLengthLayout,
     kReservedFieldsLayout;
 

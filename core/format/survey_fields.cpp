@@ -37,6 +37,8 @@ void TakeExtension(FieldTaker& taker, const SurveyedPart& part) {
   const LayoutRow& length = reserved ? kReservedLengthLayout : kExtensionLengthLayout;
   taker.Take(length);
   const int64_t own = part.Number(length.name);
+  if (part.Trimmed("DESID") == "XML_DATA_CONTENT" && (own == 5 || own == 283 || own == 773))
+    return taker.Take(kXmlLayout.first(own == 5 ? 1 : own == 283 ? 8 : kXmlLayout.size()));
   if (own > 0)
     taker.TakeWide(reserved ? kReservedFieldsLayout : kExtensionFieldsLayout, static_cast<uint64_t>(own));
 }

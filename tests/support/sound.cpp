@@ -34,12 +34,14 @@ Broken Other(const std::string& rule, const ImageForm& form, const std::function
   return {rule, [=] { return SoundWith(form, data()).Bytes(); }};
 }
 
-std::set<std::string> RulesBroken(const std::string& bytes) {
+std::set<std::string> RulesBroken(const std::string& bytes, const std::string& profile) {
   const TempFile file(bytes);
   const core::Survey survey(file.Path());
   const core::RecordDefinitions definitions;
   std::set<std::string> rules;
-  for (const core::Finding& finding : core::FindFaults(survey, definitions)) {
+  std::vector<core::Finding> findings;
+  (void)core::FindFaults(survey, definitions, {}, findings, profile);
+  for (const core::Finding& finding : findings) {
     rules.insert(finding.rule->id);
     EXPECT_LE(finding.offset, bytes.size()) << core::Describe(finding);
     EXPECT_FALSE(finding.words.empty());

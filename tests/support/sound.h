@@ -28,7 +28,7 @@ Broken ChangeImage(const std::string& rule, const std::string& field, const std:
 Broken Other(const std::string& rule, const ImageForm& form, const std::function<std::string()>& data);
 
 /// The rules that a file does not keep.
-std::set<std::string> RulesBroken(const std::string& bytes);
+std::set<std::string> RulesBroken(const std::string& bytes, const std::string& profile = "");
 /// Every file breaks its rule and no other one.
 void ExpectBroken(const std::vector<Broken>& files);
 

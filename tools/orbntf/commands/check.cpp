@@ -1,11 +1,14 @@
 // orbntf check: what the module does with files, and whether they keep the format's rules.
 #include <algorithm>
 
+#include "core/check/examples.h"
 #include "core/format/json_text.h"
+#include "core/format/levels.h"
 #include "core/format/words.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/inputs.h"
+#include "tools/orbntf/inspect/sarif.h"
 #include "tools/orbntf/inspect/verdict.h"
 
 namespace tool {
@@ -13,7 +16,8 @@ namespace {
 
 struct CheckOptions {
   BatchOptions batch;
-  bool json = false, strict = false, list = false;
+  bool json = false, strict = false, list = false, sarif = false;
+  std::string explained, profile;
   std::unique_ptr<RecordDefinitions> definitions;  // made when the command runs
 };
 
@@ -79,13 +83,16 @@ int CheckFile(const CheckOptions& options, const std::string& path, bool inArray
   const WorkAccount account(path);
   const Survey survey(path);
   const Verdict verdict = AskModule(path);
-  const std::vector<Finding> findings =
-      survey.file.IsOpen() ? FindFaults(survey, *options.definitions) : std::vector<Finding>();
+  std::vector<Finding> findings;
+  if (survey.file.IsOpen()) (void)FindFaults(survey, *options.definitions, {}, findings, options.profile);
   const bool asks = survey.file.IsOpen() && verdict.status != ORB_SUCCESS;
   const Verdict answer = asks ? AskCore(survey) : Verdict();
   const Verdict* standard = asks ? &answer : nullptr;
-  if (!options.json && !survey.file.IsOpen()) return Report("check", path, verdict.status, verdict.words);
-  if (options.json) {
+  if (!options.json && !options.sarif && !survey.file.IsOpen())
+    return Report("check", path, verdict.status, verdict.words);
+  if (options.sarif) {
+    Put(out, survey.file.IsOpen() ? SarifRun(path, findings) : SarifFailure(path, verdict.words));
+  } else if (options.json) {
     Put(out, JsonOf(path, verdict, standard, findings, inArray));
   } else {
     Print(out, path, verdict, standard, findings);
@@ -105,8 +112,30 @@ int ListRules() {
   return kExitOk;
 }
 
+// A rule with its standard, and examples of breaking and of keeping it.
+int ExplainRule(const std::string& id) {
+  for (const Rule* rule : AllRules()) {
+    if (id != rule->id) continue;
+    std::printf("%s (%s, %s)\n%s\n%s\n", rule->id, NameOf(rule->severity), rule->field, rule->sentence,
+                rule->standard);
+    if (const RuleExample* example = ExampleOf(id))
+      std::printf("breaks it: %s\nkeeps it:  %s\n", example->breaks, example->keeps);
+    return kExitOk;
+  }
+  return Refuse("check", id + ": no such rule; --rules lists them");
+}
+
+bool IsProfile(const std::string& profile) {
+  const int64_t level = profile.rfind("level:", 0) == 0 ? DigitsOf(profile.substr(6)) : -1;
+  return profile.empty() || IsOneOf(profile, "npje|epje|tpje") || LevelOf(level) != nullptr;
+}
+
 int RunCheck(CheckOptions& options, const std::string& folder) {
   if (options.list) return ListRules();
+  if (!options.explained.empty()) return ExplainRule(options.explained);
+  if (!IsProfile(options.profile))
+    return Refuse("check", "--profile takes npje, epje, tpje or level:03, 05, 06, 07");
+  if (options.json && options.sarif) return Refuse("check", "--json and --sarif are two forms: give one");
   if (const std::string problem = TakeDefinitions(folder, options.definitions); !problem.empty())
     return Refuse("check", problem);
   if (options.batch.paths.empty()) return Refuse("check", "FILE is required");
@@ -114,6 +143,12 @@ int RunCheck(CheckOptions& options, const std::string& folder) {
   const bool inArray = options.json && files.size() != 1;
   BatchFrame frame;
   if (inArray) frame = {files.empty() ? "[" : "[\n", ",\n", files.empty() ? "]\n" : "\n]\n"};
+  if (options.sarif) {
+    frame = {SarifBegin(), ",\n", SarifEnd()};
+    frame.failure = [](const BatchFile& file, const std::string& words) {
+      return SarifFailure(file.path, words);
+    };
+  }
   if (options.json)
     frame.failure = [inArray](const BatchFile& file, const std::string& words) {
       Verdict verdict;
@@ -135,6 +170,11 @@ void AddCheck(const Command& top, CommandLine& line) {
   AddBatchOptions(command, options->batch);
   command.Described("FILE").Required(false);
   command.Flag("--json", options->json, "print JSON, an array for several files");
+  command.Flag("--sarif", options->sarif, "print SARIF 2.1.0, as review systems take it");
+  command.Take("--profile", options->profile,
+               "npje, epje, tpje, or level:NN: what a profile asks as well");
+  command.Take("--explain", options->explained,
+               "tell a rule, its standard, and what breaks and keeps it");
   command.Flag("--strict", options->strict, "warnings end in exit code 1 as well");
   command.Flag("--rules", options->list, "list the rules: id, severity, field, standard, sentence");
   command.Runs(line.work, [options, &line] { return RunCheck(*options, line.records); });

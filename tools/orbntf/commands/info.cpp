@@ -1,10 +1,12 @@
 // orbntf info: what files hold, for people or as JSON.
 #include <algorithm>
 
+#include "core/format/products.h"
 #include "core/format/words.h"
 #include "core/view/view.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/inputs.h"
+#include "tools/orbntf/inspect/info_table.h"
 #include "tools/orbntf/inspect/show_records.h"
 #include "tools/orbntf/inspect/survey_json.h"
 
@@ -60,6 +62,8 @@ void PrintFileHeader(std::FILE* out, const std::string& path, const FileFacts& f
   if (file.width != 0)
     std::fprintf(out, "  composite %llu x %llu\n", static_cast<unsigned long long>(file.width),
                  static_cast<unsigned long long>(file.height));
+  for (const std::string& product : ProductsOf(file.survey))
+    std::fprintf(out, "  product: %s\n", product.c_str());
   if (!file.module.words.empty())
     std::fprintf(out, "  module: refused, status %d: %s\n", file.module.status,
                  Printable(file.module.words).c_str());
@@ -88,7 +92,7 @@ void PrintForPeople(std::FILE* out, const std::string& path, const FileFacts& fi
 
 struct InfoOptions {
   BatchOptions batch;
-  bool json = false, lines = false, records = false;
+  bool json = false, lines = false, records = false, csv = false, geojson = false;
   std::unique_ptr<RecordDefinitions> definitions;  // made when the command runs
 };
 
@@ -134,7 +138,14 @@ int ShowFile(const InfoOptions& options, const std::string& path, bool inArray, 
     file.width = view.FullWidth();
     file.height = view.FullHeight();
   }
-  if (options.json || options.lines) {
+  if (options.geojson) {
+    JsonText json(false, 0, out);
+    WriteFeature(json, path, survey);
+    std::fwrite(json.Text().data(), 1, json.Text().size(), out);
+  } else if (options.csv) {
+    const std::string lines = options.records ? CsvRecords(path, file) : CsvLine(path, file);
+    std::fwrite(lines.data(), 1, lines.size(), out);
+  } else if (options.json || options.lines) {
     PrintJson(out, path, file, options.lines, inArray);
   } else if (survey.Header().Has("FVER")) {
     PrintForPeople(out, path, file, options.records);
@@ -145,10 +156,26 @@ int ShowFile(const InfoOptions& options, const std::string& path, bool inArray, 
 int RunInfo(InfoOptions& options, const std::string& folder) {
   if (const std::string problem = TakeDefinitions(folder, options.definitions); !problem.empty())
     return Refuse("info", problem);
+  if (options.csv + options.geojson + (options.json || options.lines) > 1)
+    return Refuse("info", "--json, --csv and --geojson are three forms: give one");
   const std::vector<BatchFile> files = FilesOf(options.batch);
   const bool inArray = options.json && !options.lines && files.size() != 1;
   BatchFrame frame;
   if (inArray) frame = {files.empty() ? "[" : "[\n", ",\n", files.empty() ? "]\n" : "\n]\n"};
+  if (options.csv) {
+    frame.before = CsvHead(options.records);
+    frame.failure = [&options](const BatchFile& file, const std::string& words) {
+      return CsvFailure(file.path, words, options.records);
+    };
+  }
+  if (options.geojson) {
+    frame = {"{\"type\": \"FeatureCollection\", \"features\": [\n", ",\n", "\n]}\n"};
+    frame.failure = [](const BatchFile& file, const std::string&) {
+      JsonText json(false);
+      WriteFeature(json, file.path, Survey(std::string_view()));
+      return json.Text();
+    };
+  }
   if (options.json || options.lines) frame.failure = JsonFailure(!options.lines, inArray);
   return RunBatch("info", options.batch, files, frame, [&](const BatchFile& file, std::FILE* out) {
     return ShowFile(options, file.path, inArray, out);
@@ -164,6 +191,8 @@ void AddInfo(const Command& top, CommandLine& line) {
   command.Flag("--json", options->json, "print JSON, an array for several files");
   command.Flag("--json-lines", options->lines, "print one JSON object a line");
   command.Flag("--records", options->records, "decode the tagged records");
+  command.Flag("--csv", options->csv, "print a table, a line a file; with --records a line a field");
+  command.Flag("--geojson", options->geojson, "print the footprints of images as one GeoJSON collection");
   command.Runs(line.work, [options, &line] { return RunInfo(*options, line.records); });
 }
 

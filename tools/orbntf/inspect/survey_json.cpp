@@ -1,5 +1,6 @@
 #include "tools/orbntf/inspect/survey_json.h"
 
+#include "core/format/products.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/inspect/show_records.h"
 #include "tools/orbntf/inspect/values.h"
@@ -183,6 +184,12 @@ void WriteFile(JsonText& json, const std::string& path, const FileFacts& file) {
     json.EndObject();
   }
   WriteCanvas(json, file.width, file.height);
+  if (const std::vector<std::string> products = ProductsOf(file.survey); !products.empty()) {
+    json.Key("products");
+    json.BeginArray();
+    for (const std::string& product : products) json.String(product);
+    json.EndArray();
+  }
   json.Key("fileHeader");
   json.BeginObject();
   const SurveyedPart& header = file.survey.Header();
