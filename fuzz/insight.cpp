@@ -25,9 +25,10 @@ int fuzz::Insight(const uint8_t* data, size_t size) {
     (void)core::Histograms(image);
   }
   constexpr core::PageDetail kDetail = {2000, 20000, 500, 0, 2000, 1 << 20, 0};
-  const std::string page = core::FindingsSection(reported, kDetail) + core::LocationSection(reported) +
-                           core::FieldsSection(reported, kDetail) +
-                           core::RecordsSection(reported, kDetail) +
+  std::set<std::string> rows;
+  const std::string page = core::FieldsSection(reported, kDetail, rows) +
+                           core::FindingsSection(reported, kDetail, rows) +
+                           core::LocationSection(reported) + core::RecordsSection(reported, kDetail) +
                            core::TextsSection(reported, kDetail) + core::LayoutSection(reported, kDetail);
   Require(page.find('\x1B') == std::string::npos, "no control characters on a page");
   core::ViewRequest request;

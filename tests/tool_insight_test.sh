@@ -113,6 +113,10 @@ valid
 holds '"firstOffset": 25'
 holds '"count": 1'
 holds '"largest": 14'
+expect 1 '' "$tool" diff good.ntf changed.ntf --pixels difference.ppm
+holds 'image 0: 1 of 36 samples differ, by up to 14, by 0.388889 on average'
+[ "$(tail -c 36 difference.ppm | tr -d '\0' | od -An -tx1 | tr -d ' ')" = ff ] || fail "the difference picture"
+expect 2 "name ends in .png" "$tool" diff good.ntf changed.ntf --pixels x.bmp
 expect 1 '' "$tool" diff good.ntf tagged.ntf
 holds 'record of file header, OWNTAG: (none) | "042"'
 expect 1 'no such file' "$tool" diff good.ntf missing.ntf

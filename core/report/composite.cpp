@@ -1,8 +1,10 @@
 // The composite, with its segments as outlines, and the module's beside it where that is asked for.
 #include <algorithm>
+#include <array>
 
 #include "core/pictures/box_scaler.h"
 #include "core/report/html.h"
+#include "core/report/labels.h"
 #include "core/report/report.h"
 
 namespace core {
@@ -13,7 +15,7 @@ std::string Attribute(const char* name, double value) {
 }
 
 std::string Outlines(const Composite& composite) {
-  const double size = std::max(composite.width, composite.height) / 50.0;
+  const double size = std::max(composite.width, composite.height) / 40.0;
   std::string shapes;
   for (const Outline& outline : composite.outlines) {
     shapes += Tag("rect", Tag("title", Escaped(outline.label)),
@@ -27,9 +29,12 @@ std::string Outlines(const Composite& composite) {
                         Attribute("x2", parent.left) + Attribute("y2", parent.top));
     }
   }
-  for (const Outline& outline : composite.outlines)
-    shapes += Tag("text", Escaped(outline.label),
-                  Attribute("x", outline.left + size / 4) + Attribute("y", outline.top + size) +
+  for (const PlacedLabel& label : PlaceLabels(composite, size))
+    shapes += Tag("rect", "",
+                  "class=\"ground\" " + Attribute("x", label.left) + Attribute("y", label.top) +
+                      Attribute("width", label.width) + Attribute("height", label.height)) +
+              Tag("text", Escaped(label.words),
+                  Attribute("x", label.left + size * 0.3) + Attribute("y", label.top + size) +
                       Attribute("font-size", size));
   return Tag("svg", shapes,
              "class=\"outlines\" aria-hidden=\"true\" viewBox=\"0 0 " + std::to_string(composite.width) +
@@ -75,13 +80,31 @@ Composite Shrunk(const Composite& composite, uint32_t factor) {
   return small;
 }
 
+// What is nearly black with its dark levels spread over all of them; none for other pictures.
+std::optional<Composite> Stretched(const Composite& composite) {
+  constexpr size_t kDark = 48;
+  const std::vector<uint8_t>& samples = composite.pixels.rgb;
+  std::array<size_t, 256> levels{};
+  for (const uint8_t sample : samples) ++levels[sample];
+  size_t below = 0, top = 0;
+  while (top < levels.size() - 1 && (below += levels[top]) < samples.size() - samples.size() / 50) ++top;
+  if (samples.empty() || top > kDark || top == 0) return std::nullopt;
+  Composite lighter = composite;
+  for (uint8_t& sample : lighter.pixels.rgb)
+    sample = static_cast<uint8_t>(std::min<size_t>(255, sample * size_t{255} / top));
+  return lighter;
+}
+
 }  // namespace
 
 std::string PictureSection(const ReportedFile& file, const PageDetail& detail) {
   if (detail.shrink == 0) return "";
   const std::string name = file.id + "-view";
-  std::string choices, views = View(Shrunk(file.picture, detail.shrink), "standard",
-                                    file.module ? "As the standard has it" : "The picture");
+  const Composite picture = Shrunk(file.picture, detail.shrink);
+  std::string choices,
+      views = View(picture, "standard", file.module ? "As the standard has it" : "The picture");
+  if (const auto lighter = Stretched(picture))
+    views += View(*lighter, "lighter", "It is dark; stretched to be seen");
   if (file.module) {
     choices = Choice("radio", name, "by-standard", true, "As the standard has it") +
               Choice("radio", name, "by-module", false, "As the module draws it");
@@ -94,7 +117,9 @@ std::string PictureSection(const ReportedFile& file, const PageDetail& detail) {
   const std::string legend = Tag("legend", "Show", "class=\"soft\"");
   return Section(
       file.id + "-picture", "Picture",
-      Tag("div", Tag("fieldset", legend + choices, "class=\"choices\"") + views, "class=\"switch\"") +
+      Tag("div",
+          Tag("fieldset", legend + choices, "class=\"choices\"") + Tag("div", views, "class=\"views\""),
+          "class=\"switch\"") +
           missing);
 }
 

@@ -5,8 +5,27 @@
 #include "core/report/report.h"
 
 namespace core {
+namespace {
 
-std::string FindingsSection(const ReportedFile& file, const PageDetail& detail) {
+std::string Item(const ReportedFile& file, const Finding& finding, const std::set<std::string>& rows) {
+  const std::string name = NameOf(finding.rule->severity), row = RowId(file, finding.part, finding.field);
+  std::string field = Escaped(finding.field);
+  if (rows.count(row) != 0) field = Tag("a", field, "href=\"#" + row + "\"");
+  const std::string place =
+      Escaped(finding.part) + ", " + field + ", byte " + std::to_string(finding.offset);
+  return Tag("li",
+             Tag("span", name, "class=\"severity\"") + " " + Tag("code", finding.rule->id) + ": " +
+                 Escaped(finding.words) + "<br>" + Tag("span", place, "class=\"soft\"") + "<br>" +
+                 Escaped(finding.rule->sentence) + " " +
+                 Tag("span", "(" + Escaped(finding.rule->standard) + ")", "class=\"soft\""),
+             "class=\"" + name + "\"") +
+         "\n";
+}
+
+}  // namespace
+
+std::string FindingsSection(const ReportedFile& file, const PageDetail& detail,
+                            const std::set<std::string>& rows) {
   constexpr Severity kOrder[] = {Severity::Error, Severity::Warning, Severity::Note};
   std::string items, counts;
   size_t shown = 0;
@@ -17,22 +36,16 @@ std::string FindingsSection(const ReportedFile& file, const PageDetail& detail) 
       if (finding.rule->severity != severity) continue;
       ++count;
       if (++shown > detail.findings) continue;
-      const std::string place = Escaped(finding.part) + ", " + Escaped(finding.field) + ", byte " +
-                                std::to_string(finding.offset);
-      items += Tag("li",
-                   Tag("span", name, "class=\"severity\"") + " " + Tag("code", finding.rule->id) + ": " +
-                       Escaped(finding.words) + "<br>" + Tag("span", place, "class=\"soft\"") + "<br>" +
-                       Escaped(finding.rule->sentence) + " " +
-                       Tag("span", "(" + Escaped(finding.rule->standard) + ")", "class=\"soft\""),
-                   "class=\"" + name + "\"") +
-               "\n";
+      items += Item(file, finding, rows);
     }
-    counts += (counts.empty() ? "" : ", ") + Counted(count, name);
+    if (count != 0) counts += Tag("li", Counted(count, name), "class=\"" + name + "\"");
   }
   if (shown > detail.findings)
     items += Tag("li", "and " + Counted(shown - detail.findings, "more finding"));
+  const std::string heading = counts.empty() ? Tag("p", "✓ It breaks no rule.", "class=\"verdict good\"")
+                                             : Tag("ul", counts, "class=\"counts\"");
   const std::string list = items.empty() ? "" : Tag("ul", items, "class=\"findings\"");
-  return Section(file.id + "-check", "Check", Tag("p", counts) + list);
+  return Section(file.id + "-check", "Check", heading + list);
 }
 
 }  // namespace core

@@ -2,33 +2,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/place/footprint.h"
 #include "core/place/geojson.h"
+#include "core/report/ground.h"
 #include "core/report/html.h"
-#include "core/report/report.h"
 
 namespace core {
 namespace {
 
 constexpr double kPi = 3.14159265358979323846, kMetresPerDegree = 111320;
-
-struct Ground {
-  std::string name, source;
-  GeographicCorners corners;  // without a jump at 180 degrees
-};
-
-std::vector<Ground> GroundsOf(const ReportedFile& file) {
-  std::vector<Ground> grounds;
-  for (const SurveyedPart& part : file.survey.parts) {
-    if (part.kind != PartKind::Image) continue;
-    const std::string_view form = part.Text("ICORDS");
-    if (const auto corners = CornersOf(form.empty() ? ' ' : form[0], part.Text("IGEOLO")))
-      grounds.push_back({part.Title(), "IGEOLO", Unwrapped(*corners)});
-    for (const Footprint& footprint : FootprintsOf(RecordsOf(part, file.definitions)))
-      grounds.push_back({part.Title(), footprint.source, Unwrapped(footprint.corners)});
-  }
-  return grounds;
-}
 
 // The box around all, and how degrees become units of the drawing.
 class Map {
@@ -121,10 +102,6 @@ std::string GeoJson(const std::vector<Ground>& grounds) {
   return json.Text();
 }
 
-double Turned(double longitude) {
-  return longitude > 180 ? longitude - 360 : longitude < -180 ? longitude + 360 : longitude;
-}
-
 }  // namespace
 
 std::string LocationSection(const ReportedFile& file) {
@@ -146,7 +123,7 @@ std::string LocationSection(const ReportedFile& file) {
           "class=\"tools\" hidden");
   return Section(
       file.id + "-location", "Location",
-      Drawing(grounds) +
+      Tag("div", Drawing(grounds) + WorldMap(grounds), "class=\"maps\"") +
           Table("Corners",
                 {"Latitude, longitude", "Upper left", "Upper right", "Lower right", "Lower left"}, rows,
                 "fields") +

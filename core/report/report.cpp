@@ -3,45 +3,25 @@
 #include <algorithm>
 
 #include "core/report/html.h"
+#include "core/report/summary.h"
 #include "core/report/template.h"
 #include "media/work.h"
 
 namespace core {
 namespace {
 
-std::string Head(const ReportedFile& file) {
-  const SurveyedPart& header = file.survey.Header();
-  const bool good = file.readerDraws;
-  std::string counts;
-  for (const PartKind kind : {PartKind::Image, PartKind::Graphic, PartKind::Text, PartKind::DataExtension,
-                              PartKind::Reserved}) {
-    if (const uint32_t count = file.survey.Count(kind); count != 0)
-      counts += (counts.empty() ? "" : ", ") + Counted(count, NameOf(kind));
-  }
-  std::string facts =
-      Term("The module", Tag("span", Escaped(file.readerWords),
-                             std::string("class=\"verdict ") + (good ? "good\"" : "bad\"")));
-  facts += Term("Format",
-                EscapedField(std::string(header.Text("FHDR")) + " " + std::string(header.Text("FVER"))) +
-                    ", complexity level " + EscapedField(header.Text("CLEVEL")));
-  const std::string title = EscapedField(header.Text("FTITLE"));
-  if (!title.empty()) facts += Term("Title", title);
-  facts += Term("Date and station",
-                EscapedField(header.Text("FDT")) + ", " + EscapedField(header.Text("OSTAID")));
-  facts += Term("Classification", EscapedField(header.Text("FSCLAS")));
-  facts += Term("Holds", counts.empty() ? "nothing" : counts);
-  facts += Term("Size", Grouped(file.survey.file.Size()) + " bytes");
-  return Section(file.id + "-summary", "Summary", Tag("dl", facts, "class=\"facts\""));
-}
-
 std::string Assemble(const ReportedFile& file, const PageDetail& detail, bool isShortened) {
   const std::string note =
       isShortened ? Tag("p", "Less of this file is shown than there is, so that the page stays small.",
                         "class=\"soft\"")
                   : "";
-  return Head(file) + note + FindingsSection(file, detail) + PictureSection(file, detail) +
-         SegmentsSection(file, detail) + LocationSection(file) + TextsSection(file, detail) +
-         RecordsSection(file, detail) + FieldsSection(file, detail) + LayoutSection(file, detail);
+  // Findings lead to the rows that there are.
+  std::set<std::string> rows;
+  const std::string fields = FieldsSection(file, detail, rows);
+  const std::string beside =
+      Tag("div", FindingsSection(file, detail, rows) + PictureSection(file, detail), "class=\"beside\"");
+  return SummarySection(file) + note + beside + SegmentsSection(file, detail) + LocationSection(file) +
+         TextsSection(file, detail) + RecordsSection(file, detail) + fields + LayoutSection(file, detail);
 }
 
 // A template with its marks replaced. What stands for them is not looked at for marks again: a file may
@@ -100,6 +80,9 @@ std::string PageOf(const std::string& version, const std::string& title,
       {"{{INDEX}}",
        reports.size() > 1 ? Tag("nav", Tag("ul", index), "aria-label=\"Files\"") : std::string()},
       {"{{TITLE}}", Escaped(title)},
+      {"{{WORLD}}", body.find("href=\"#world\"") != std::string::npos
+                        ? std::string(kTemplateTexts[1].text)
+                        : std::string()},
       {"{{BODY}}", body}};
   return Filled(kTemplateTexts[0].text, values);
 }

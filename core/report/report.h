@@ -3,6 +3,7 @@
 #pragma once
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -49,14 +50,21 @@ std::string PageOf(const std::string& version, const std::string& title,
                    const std::vector<std::string>& reports, const std::vector<std::string>& names);
 
 // The sections, as HTML.
-std::string FindingsSection(const ReportedFile& file, const PageDetail& detail);
+/// `rows` are the ids of the fields that the page shows, to which findings lead.
+std::string FindingsSection(const ReportedFile& file, const PageDetail& detail,
+                            const std::set<std::string>& rows);
 std::string PictureSection(const ReportedFile& file, const PageDetail& detail);
 std::string SegmentsSection(const ReportedFile& file, const PageDetail& detail);
 std::string LocationSection(const ReportedFile& file);
-std::string FieldsSection(const ReportedFile& file, const PageDetail& detail);
+/// Gives an id to the fields that findings name and notes those that are shown in `rows`.
+std::string FieldsSection(const ReportedFile& file, const PageDetail& detail,
+                          std::set<std::string>& rows);
 std::string RecordsSection(const ReportedFile& file, const PageDetail& detail);
 std::string TextsSection(const ReportedFile& file, const PageDetail& detail);
 std::string LayoutSection(const ReportedFile& file, const PageDetail& detail);
+
+/// The id of a field's row.
+std::string RowId(const ReportedFile& file, const std::string& part, const std::string& field);
 
 /// Draws the first images and graphics by themselves.
 void DrawSegments(ReportedFile& file, size_t most);

@@ -1,0 +1,22 @@
+// Where the images of a file lie on earth, by all that says so.
+#pragma once
+
+#include "core/format/geography.h"
+#include "core/report/report.h"
+
+namespace core {
+
+struct Ground {
+  std::string name, source;
+  GeographicCorners corners;  ///< without a jump at 180 degrees
+};
+std::vector<Ground> GroundsOf(const ReportedFile& file);
+
+/// A longitude from -180 to 180.
+double Turned(double longitude);
+/// The middle of a ground in words: "38.90° N, 77.04° W".
+std::string PlaceOf(const Ground& ground);
+/// The world with a mark on each ground, as SVG; the page holds the outline once.
+std::string WorldMap(const std::vector<Ground>& grounds);
+
+}  // namespace core
