@@ -23,7 +23,15 @@ const shown = (page, selector) => page.locator(selector).first().isVisible();
 for (const width of [1280, 390]) {
   for (const colorScheme of ["light", "dark"]) {
     const page = await open(pagePath, { viewport: { width, height: 900 }, colorScheme });
+    // Nothing sticks out, whatever is opened.
+    await page.evaluate(() => document.querySelectorAll("details").forEach((details) => (details.open = true)));
     assert.equal(await page.evaluate(() => document.documentElement.scrollWidth), width, "nothing sticks out");
+    assert.deepEqual(await page.evaluate(() => [...document.querySelectorAll("body *:not(.skip)")].filter((element) => {
+      const box = element.getBoundingClientRect();
+      return box.width > 0 && box.right > innerWidth + 1 && !element.closest("svg");
+    }).map((element) => element.tagName + ": " + element.textContent.slice(0, 40))), []);
+    const byte = page.locator("#f1-fields tbody tr").first().locator("td").last();
+    assert.equal(/byte/.test(await byte.innerText()), width < 560, "a number by itself says what it is");
     // Texts have enough contrast to be told from the page.
     const [ink, ground] = await page.evaluate(() => {
       const style = getComputedStyle(document.body);
@@ -59,6 +67,12 @@ await page.getByLabel("Search the fields").fill("Rows of pixels in a block");
 assert.equal(await rows.count(), 2, "meanings are searched, of every image");
 await page.getByLabel("Search the fields").fill("");
 assert.ok((await rows.count()) >= all);
+// A finding leads to its row, which is opened.
+const finding = page.locator("#f1-check .findings a").last();
+const row = page.locator(await finding.getAttribute("href"));
+await page.evaluate(() => document.querySelectorAll("details").forEach((details) => (details.open = false)));
+await finding.click();
+assert.ok(await row.isVisible(), "the row of a finding");
 // What is copied.
 await page.locator("button.copy").click();
 const geojson = JSON.parse(await page.locator("textarea").inputValue());

@@ -29,7 +29,7 @@ printf '%s\r\n' "$evil" >words.txt
 expect 0 '' "$tool" new -o plain.ntf --station S --image demo-terrain.png --lossless --image demo-chart.png --at 36,420 \
   --quality 2 --graphic demo-symbols.cgm --at 150,60 --text words.txt
 expect 0 '' "$tool" set plain.ntf -o evil.ntf --force "FTITLE=$evil" "ONAME=${evil:0:20}" image:0 "IID1=${evil:0:9}" \
-  "IID2=$evil" ICORDS=D "IGEOLO=+51.000+010.000+51.000+011.000+50.000+011.000+50.000+010.000" text:0 "TXTITL=$evil"
+  "IID2=$evil" ISYNC=1 ICORDS=D "IGEOLO=+51.000+010.000+51.000+011.000+50.000+011.000+50.000+010.000" text:0 "TXTITL=$evil"
 # The module refuses what the standard shows.
 printf 'NSIF01.00' | dd of=evil.ntf conv=notrunc status=none
 expect 0 '' "$tool" report --module evil.ntf -o page.html

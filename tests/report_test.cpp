@@ -2,6 +2,7 @@
 #include "core/report/report.h"
 
 #include "core/report/html.h"
+#include "core/report/labels.h"
 #include "tests/support/metafile.h"
 #include "tests/support/sound.h"
 #include "tests/support/support.h"
@@ -122,6 +123,61 @@ TEST_F(ReportTest, APageOfVeryMuchIsShortened) {
     EXPECT_EQ(Holds(report, "Less of this file is shown"), most != core::kMostPageBytes) << most;
     before = report.size();
   }
+}
+
+TEST_F(ReportTest, LabelsNeitherCollideNorRunOff) {
+  core::Composite composite;
+  composite.width = 400;
+  composite.height = 300;
+  for (int i = 0; i < 12; ++i) {
+    const double shift = i < 6 ? 0 : 395;
+    composite.outlines.push_back({"", "image " + std::to_string(i) + " a name of some length", shift,
+                                  shift, 50, 50, std::nullopt});
+  }
+  composite.outlines.push_back({"", std::string(300, 'w'), 0, 0, 400, 300, std::nullopt});
+  const std::vector<core::PlacedLabel> labels = core::PlaceLabels(composite, 10);
+  EXPECT_EQ(labels.size(), 13u) << "there is room for all";
+  for (const core::PlacedLabel& label : labels) {
+    EXPECT_GE(label.left, 0);
+    EXPECT_GE(label.top, 0);
+    EXPECT_LE(label.left + label.width, 400);
+    EXPECT_LE(label.top + label.height, 300);
+    for (const core::PlacedLabel& other : labels) {
+      const bool apart = label.left >= other.left + other.width ||
+                         other.left >= label.left + label.width ||
+                         label.top >= other.top + other.height || other.top >= label.top + label.height;
+      EXPECT_TRUE(&label == &other || apart) << label.words << " on " << other.words;
+    }
+  }
+  EXPECT_EQ(labels.back().words.substr(labels.back().words.size() - 3), "…");
+}
+
+TEST_F(ReportTest, FindingsLeadToTheirRowsAndUnknownRecordsStandTogether) {
+  NitfBuilder file = test::SoundFile();
+  const std::string quiet = Page(file.Bytes());
+  EXPECT_TRUE(Holds(quiet, "It breaks no rule."));
+  EXPECT_FALSE(Holds(quiet, "id=\"f1-image-0-ISYNC\""));
+  file.images[0]
+      .subheader.Set("ISYNC", "1")
+      .Set("IXSHDL", 3 + 28)
+      .InsertAfter("IXSHDL", "IXS", "000TAGONE00003abcTAGONE00003def");
+  const std::string page = Page(file.Bytes());
+  EXPECT_TRUE(Holds(page, "href=\"#f1-image-0-ISYNC\""));
+  EXPECT_TRUE(Holds(page, "<tr id=\"f1-image-0-ISYNC\""));
+  EXPECT_TRUE(Holds(page, "TAGONE: no definition, 2 records"));
+}
+
+TEST_F(ReportTest, DarkPicturesAreStretchedAndXmlIsIndented) {
+  std::string samples(64, '\x05');
+  EXPECT_FALSE(Holds(Page(test::SoundFile().Bytes()), "stretched to be seen"));
+  samples[3] = '\x14';
+  NitfBuilder file = test::SoundFile();
+  file.images[0].data = samples;
+  file.extensions.push_back({test::DataExtensionRecord("XML_DATA_CONTENT"), "<a><b>text</b></a>"});
+  file.graphics.clear();
+  const std::string page = Page(file.Bytes());
+  EXPECT_TRUE(Holds(page, "stretched to be seen"));
+  EXPECT_TRUE(Holds(page, "&lt;a&gt;\n  &lt;b&gt;")) << page.substr(page.find("XML</summary>"), 200);
 }
 
 TEST_F(ReportTest, BytesAreShownAsText) {

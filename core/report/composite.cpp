@@ -15,7 +15,7 @@ std::string Attribute(const char* name, double value) {
 }
 
 std::string Outlines(const Composite& composite) {
-  const double size = std::max(composite.width, composite.height) / 40.0;
+  const double size = std::max(composite.width, composite.height) / 32.0;
   std::string shapes;
   for (const Outline& outline : composite.outlines) {
     shapes += Tag("rect", Tag("title", Escaped(outline.label)),
@@ -41,6 +41,13 @@ std::string Outlines(const Composite& composite) {
                  " " + std::to_string(composite.height) + "\"");
 }
 
+// Pictures that are smaller than their labels are shown larger than they are.
+uint32_t ShownWidth(const Pixels& pixels) {
+  constexpr uint32_t kLeastSide = 320;
+  const uint32_t side = std::max({pixels.width, pixels.height, 1U});
+  return side >= kLeastSide ? pixels.width : std::max(1U, pixels.width * kLeastSide / side);
+}
+
 constexpr size_t kMostPng = 160 << 10;
 
 std::string View(const Composite& composite, const char* kind, const std::string& words) {
@@ -49,14 +56,17 @@ std::string View(const Composite& composite, const char* kind, const std::string
     return Tag("div", Tag("p", "No picture: " + Escaped(composite.problem) + "."),
                std::string("class=\"") + kind + "\"");
   const std::string size = std::to_string(composite.width) + " x " + std::to_string(composite.height);
-  const std::string image = "<img alt=\"" + Escaped(words) + ", " + size + " pixels\" width=\"" +
+  const bool isLarger = ShownWidth(composite.pixels) > composite.pixels.width;
+  const std::string image = std::string("<img ") + (isLarger ? "class=\"small\" " : "") + "alt=\"" +
+                            Escaped(words) + ", " + size + " pixels\" width=\"" +
                             std::to_string(composite.pixels.width) + "\" height=\"" +
                             std::to_string(composite.pixels.height) + "\" src=\"" + uri + "\">";
-  return Tag("div",
-             Tag("figure", image + Outlines(composite),
-                 "class=\"view\" style=\"width:" + std::to_string(composite.pixels.width) + "px\"") +
-                 Tag("p", Escaped(words) + ", " + size + " pixels.", "class=\"soft\""),
-             std::string("class=\"") + kind + "\"");
+  return Tag(
+      "div",
+      Tag("figure", image + Outlines(composite),
+          "class=\"view\" style=\"width:" + std::to_string(ShownWidth(composite.pixels)) + "px\"") +
+          Tag("p", Escaped(words) + ", " + size + " pixels.", "class=\"soft\""),
+      std::string("class=\"") + kind + "\"");
 }
 
 std::string Choice(const std::string& type, const std::string& name, const char* classes, bool checked,

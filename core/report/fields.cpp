@@ -132,7 +132,10 @@ std::string FieldsSection(const ReportedFile& file, const PageDetail& detail,
                           std::set<std::string>& rows) {
   std::string parts;
   std::set<std::string> wanted;
-  for (const Finding& finding : file.findings) wanted.insert(RowId(file, finding.part, finding.field));
+  for (const Finding& finding : file.findings) {
+    wanted.insert(RowId(file, finding.part, finding.field));
+    wanted.insert(RowId(file, file.survey.Header().Title(), finding.field));
+  }
   size_t left = detail.allRows, shown = 0;
   for (const SurveyedPart& part : file.survey.parts) {
     if (left == 0) break;

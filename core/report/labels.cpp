@@ -46,9 +46,9 @@ bool Place(const Composite& composite, const Outline& outline, const std::vector
   };
   // From the upper edge down, then from the lower edge up.
   for (int row = 0; row < 2 * kRows; ++row) {
-    const double step = (row % kRows) * label.height;
-    const double y =
-        row < kRows ? outline.top + step : outline.top + outline.height - label.height - step;
+    const double step = (row % kRows) * label.height,
+                 lower = std::clamp(outline.top + outline.height - label.height, 0.0, bottom);
+    const double y = row < kRows ? std::clamp(outline.top, 0.0, bottom) + step : lower - step;
     for (const double x : columns) {
       label.left = std::clamp(x, 0.0, right);
       label.top = std::clamp(y, 0.0, bottom);
