@@ -269,11 +269,13 @@ TEST_F(CheckImagesTest, AStreamOfMoreThanAGibibyteIsWalkedToItsEnd) {
 
 // A codestream beside the record that tells its layers.
 Broken Codestream(const std::string& rule, const std::string& data, ImageForm form = Form("C8", "N080"),
-                  bool told = true) {
+                  int told = 1, int levels = 5) {
   return {rule, [=] {
             NitfBuilder file = test::SoundWith(form, data);
-            const std::string record = "J2KLRA0002300500001001" + "000"s + "08.000000";
-            if (told)
+            std::string record = "J2KLRA" + test::Digits(11 + 12 * told, 5) + "0" +
+                                 test::Digits(levels, 2) + "00001" + test::Digits(told, 3);
+            for (int layer = 0; layer < told; ++layer) record += test::Digits(layer, 3) + "08.000000";
+            if (told > 0)
               file.images[0]
                   .subheader.Set("IXSHDL", static_cast<int64_t>(3 + record.size()))
                   .InsertAfter("IXSHDL", "IXS", "000" + record);
@@ -322,7 +324,7 @@ TEST_F(CheckImagesTest, Codestreams) {
       Codestream("j2k.missing", Narrow(sound)),
       Codestream("j2k.offset", Moved(sound)),
       Codestream("j2k.layers.count", Layered(sound)),
-      Codestream("j2k.layers", sound, Form("C8", "N080"), false),
+      Codestream("j2k.layers", sound, Form("C8", "N080"), 0),
       Codestream("image.rate", sound, Form("C8", "fast")),
   });
   EXPECT_EQ(test::RulesBroken(Codestream("", sound).file()), std::set<std::string>());
@@ -332,19 +334,22 @@ TEST_F(CheckImagesTest, Codestreams) {
 
 TEST_F(CheckImagesTest, ProfilesOfCodestreams) {
   const auto broken = [](const std::string& stream, const char* rate, const char* profile) {
-    return test::RulesBroken(Codestream("", stream, Form("C8", rate)).file(), profile);
+    return test::RulesBroken(Codestream("", stream, Form("C8", rate), 2).file(), profile);
   };
   const std::string one = test::EncodeJpeg2000(kSide, kSide, {0});
-  EXPECT_EQ(broken(one, "N080", "npje"), std::set<std::string>{"profile.layers"});
+  const auto alone = [](const char* rule) { return std::set<std::string>{rule}; };
+  EXPECT_EQ(test::RulesBroken(Codestream("", one).file(), "npje"), alone("profile.layers"));
   std::string stream = Layered(one);
-  EXPECT_EQ(broken(stream, "N080", "npje"), std::set<std::string>{"j2k.layers.count"});
-  EXPECT_EQ(broken(stream, "00.0", "npje"), (std::set<std::string>{"j2k.layers.count", "profile.rate"}));
-  EXPECT_EQ(broken(stream, "N080", "epje"),
-            (std::set<std::string>{"j2k.layers.count", "profile.progression"}));
+  EXPECT_EQ(broken(stream, "N080", "npje"), std::set<std::string>());
+  EXPECT_EQ(broken(stream, "00.0", "npje"), alone("profile.rate"));
+  EXPECT_EQ(broken(stream, "N080", "epje"), alone("profile.progression"));
   stream[stream.find("\xFF\x52") + 9] = 3;
-  EXPECT_EQ(broken(stream, "N080", "tpje"),
-            (std::set<std::string>{"j2k.layers.count", "profile.levels"}));
-  EXPECT_EQ(broken(Narrow(one), "N080", "tpje").count("profile.tiles"), 1u);
+  const std::string shallow = Codestream("", stream, Form("C8", "N080"), 2, 3).file();
+  EXPECT_EQ(test::RulesBroken(shallow, "tpje"), alone("profile.levels"));
+  ImageForm four = Form("C8", "N080");
+  four.blocksAcross = four.blocksDown = 2;
+  const std::string tiled = Layered(test::EncodeJpeg2000(2 * kSide, 2 * kSide, {0}, {.tile = kSide}));
+  EXPECT_EQ(test::RulesBroken(Codestream("", tiled, four, 2).file(), "npje"), alone("profile.tiles"));
 }
 
 TEST_F(CheckImagesTest, FacsimileAndVectorQuantisation) {

@@ -1,4 +1,6 @@
 // The rules: every one is broken by a file that breaks no other.
+#include <cstdlib>
+
 #include "core/check/check_file.h"
 #include "core/check/examples.h"
 #include "tests/support/metafile.h"
@@ -16,6 +18,17 @@ using test::NitfBuilder;
 using namespace std::string_literals;
 
 class CheckTest : public test::ModuleTest {};
+
+// Behind all tests of one process: rules without a file that breaks them and no other one.
+class EveryRule : public testing::Environment {
+  void TearDown() override {
+    if (std::getenv("ORBNTF_EVERY_RULE") == nullptr) return;
+    for (const core::Rule* rule : core::AllRules())
+      EXPECT_EQ(test::RulesBrokenAlone().count(rule->id), 1u)
+          << "no file breaks " << rule->id << " alone";
+  }
+};
+[[maybe_unused]] testing::Environment* const everyRule = testing::AddGlobalTestEnvironment(new EveryRule);
 
 Broken Header(const std::string& rule, const std::string& field, const std::string& text) {
   return Change(rule, [=](NitfBuilder& file) { file.header.Set(field, text); });

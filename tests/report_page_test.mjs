@@ -77,7 +77,7 @@ assert.ok(await row.isVisible(), "the row of a finding");
 await page.locator("button.copy").click();
 const geojson = JSON.parse(await page.locator("textarea").inputValue());
 assert.equal(geojson.features[0].geometry.type, "Polygon");
-assert.equal(await page.locator("button.copy").innerText(), "Copied");
+await page.locator("button.copy", { hasText: "Copied" }).waitFor();
 // Every picture has words, every part of the page a name.
 assert.equal(await page.locator("img:not([alt])").count(), 0);
 assert.equal(await page.locator("section:not([aria-labelledby])").count(), 0);

@@ -29,6 +29,8 @@ Broken Other(const std::string& rule, const ImageForm& form, const std::function
 
 /// The rules that a file does not keep.
 std::set<std::string> RulesBroken(const std::string& bytes, const std::string& profile = "");
+/// The rules that were each broken by a file that breaks no other one, so far.
+std::set<std::string>& RulesBrokenAlone();
 /// Every file breaks its rule and no other one.
 void ExpectBroken(const std::vector<Broken>& files);
 
