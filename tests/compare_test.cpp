@@ -87,8 +87,7 @@ TEST(Compare, RecordsByFieldAndOthersAsBytes) {
     return builder.Bytes();
   };
   const std::string one = "be0123456789 ab0", two = "be0123456789 AB0";
-  const Differences lines =
-      Lines(Compared(with(one, "xyz"), with(two, "xyZ")));
+  const Differences lines = Lines(Compared(with(one, "xyz"), with(two, "xyZ")));
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[0], "image 0, OWNTAG: xyz | xyZ");
   EXPECT_EQ(lines[1], "image 0, SECTGA SEC_BE: be0123456789 ab | be0123456789 AB");

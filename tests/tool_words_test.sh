@@ -84,6 +84,11 @@ expect 0 '' "$tool" set a.ntf -o secret.ntf --class T all:CLSY=US
 [ "$("$tool" info --json secret.ntf | grep -c 'CLAS": "T"')" -eq 3 ] || fail "all headers are classified"
 expect 0 '2 files, 0 failed' "$tool" set a.ntf secret.ntf -O titled FTITLE=Both
 cmp <("$tool" text titled/a.ntf) words.txt || fail "many files are changed"
+printf '<a><b>text</b></a>' >small.xml
+expect 0 '' "$tool" append patched.ntf -o xml.ntf --data XML_DATA_CONTENT:1=@small.xml
+[ "$("$tool" text xml.ntf data:0)" = "$(printf '<a>\n  <b>text</b>\n</a>')" ] || fail "XML is indented: $("$tool" text xml.ntf data:0)"
+expect 1 '' "$tool" text xml.ntf data:1
+expect 1 '' "$tool" text xml.ntf one
 expect 2 'describes the pixels' "$tool" set a.ntf -o x.ntf --force image:0 NROWS=9
 
 # Pictures at their own depth.

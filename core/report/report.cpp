@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "core/report/html.h"
-#include "core/report/summary.h"
 #include "core/report/template.h"
 #include "media/work.h"
 

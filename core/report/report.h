@@ -50,6 +50,7 @@ std::string PageOf(const std::string& version, const std::string& title,
                    const std::vector<std::string>& reports, const std::vector<std::string>& names);
 
 // The sections, as HTML.
+std::string SummarySection(const ReportedFile& file);
 /// `rows` are the ids of the fields that the page shows, to which findings lead.
 std::string FindingsSection(const ReportedFile& file, const PageDetail& detail,
                             const std::set<std::string>& rows);

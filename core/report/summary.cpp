@@ -1,5 +1,4 @@
-#include "core/report/summary.h"
-
+// What a file is, first of all: product, place, time, and what it holds.
 #include "core/format/numbers.h"
 #include "core/format/products.h"
 #include "core/report/ground.h"
