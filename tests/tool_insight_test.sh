@@ -121,6 +121,16 @@ expect 1 '' "$tool" diff good.ntf tagged.ntf
 holds 'record of file header, OWNTAG: (none) | "042"'
 expect 1 'no such file' "$tool" diff good.ntf missing.ntf
 
+# locate
+expect 0 '' "$tool" set good.ntf -o placed.ntf image:0 ICORDS=D IGEOLO=+52.000+010.000+52.000+011.000+51.000+011.000+51.000+010.000
+expect 0 '' "$tool" locate placed.ntf --pixel 0,0 --at 52,10 --height 5
+holds '{"row":0,"column":0,"latitude":52,"longitude":10,"height":5.0,"model":"IGEOLO","error_m":111.32}'
+[ "$(wc -l <out.txt)" -eq 2 ] || fail "two points"
+printf '0,1\nword\n1,1\n' | { expect 1 '' "$tool" locate placed.ntf --pixels -; }
+[ "$(sed -n 2p out.txt)" = '{"error":"not ROW,COL"}' ] && [ "$(wc -l <out.txt)" -eq 3 ] || fail "a line that is no point"
+expect 1 'nothing that is used tells where image 0 lies' "$tool" locate good.ntf --pixel 0,0
+expect 2 'give --pixel' "$tool" locate placed.ntf
+
 # The standard's picture, and pages.
 expect 1 'status -78' "$tool" render --module refused.ntf -o x.ppm
 expect 0 '' "$tool" render refused.ntf -o standard.ppm

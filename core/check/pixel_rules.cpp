@@ -130,8 +130,9 @@ void AskMissingTable(Checking& checking, const SurveyedPart& part) {
   for (int64_t band = 1; band <= part.Bands() && part.complete; ++band) {
     const std::string number = std::to_string(band);
     if (part.Trimmed("IREPBAND" + number) == "LU" && part.Number("NLUTS" + number) == 0)
-      return checking.Fail(part, "IREPBAND" + number,
-                           "IREPBAND" + number + " is LU, and NLUTS" + number + " 0");
+      return checking.Fail(
+          part, "IREPBAND" + number,
+          std::string("IREPBAND").append(number).append(" is LU, and NLUTS").append(number).append(" 0"));
   }
 }
 

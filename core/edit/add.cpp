@@ -109,7 +109,7 @@ DraftPart& AddText(Draft& draft, const std::string& text, const Labels& labels) 
   constexpr size_t kMost = 99999;
   if (text.empty() || text.size() > kMost) RefuseArgument("a text has 1 to 99999 bytes");
   DraftPart part(PartKind::Text, NewTextHeader(), {PieceOf(text)});
-  const bool isOther = HasOnly(text, IsBasic) ? false : true;
+  const bool isOther = !HasOnly(text, IsBasic);
   if (isOther && IsUtf8(text) && !HasOnly(text, [](uint8_t c) { return c < 0x80; }))
     part.Put("TXTFMT", "U8S");
   if (isOther && !IsUtf8(text) && HasOnly(text, IsExtended)) part.Put("TXTFMT", "UT1");

@@ -36,23 +36,28 @@ std::string NumberDigits(uint64_t value, size_t width, const std::string& field)
 }
 
 DraftPart::DraftPart(const Survey& source, const SurveyedPart& part)
-    : kind(part.kind), source_(&source), origin_(&part) {
+    : kind(part.kind), source_(&source), origin_(&part), fields_(&part) {
   if (kind != PartKind::File) data = PiecesOf(source, part.dataOffset, part.dataLength);
 }
 
 DraftPart::DraftPart(PartKind newKind, std::string header, Pieces newData)
     : kind(newKind), data(std::move(newData)), header_(std::move(header)) {
+  Take();
+}
+
+void DraftPart::Take() {
   own_ = Parse(kind, header_);
+  fields_ = own_.get();
 }
 
 std::string DraftPart::Header() const {
-  if (own_ != nullptr) return header_;
+  if (HasOtherHeader() || source_ == nullptr) return header_;
   // Where the header's length is too small, what it says of itself is its extent.
   return source_->file.At(origin_->offset, IsShort() ? origin_->fieldsEnd : origin_->headerLength);
 }
 
 uint64_t DraftPart::HeaderLength() const {
-  return own_ != nullptr ? header_.size() : StoredHeaderLength();
+  return HasOtherHeader() ? header_.size() : StoredHeaderLength();
 }
 
 uint64_t DraftPart::StoredHeaderLength() const {
@@ -84,7 +89,7 @@ void DraftPart::Replace(size_t at, size_t count, std::string_view bytes) {
   if (bytes.size() != count && kind == PartKind::File && IsShort())
     RefuseFile("HL is less than the fields of the file header take; --mend sets it");
   header_.replace(at, count, bytes);
-  own_ = Parse(kind, header_);
+  Take();
 }
 
 void DraftPart::Put(const std::string& field, std::string_view text) {

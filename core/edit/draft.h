@@ -49,7 +49,7 @@ class DraftPart {
   /// Whether its header has other bytes than in its file.
   bool HasOtherHeader() const { return own_ != nullptr; }
   /// The fields as they are now.
-  const SurveyedPart& Fields() const { return own_ != nullptr ? *own_ : *origin_; }
+  const SurveyedPart& Fields() const { return *fields_; }
   std::string Header() const;
   uint64_t HeaderLength() const;
   /// As it stands in its file, as far as it is there; 0 for a new one.
@@ -78,10 +78,13 @@ class DraftPart {
   bool IsShort() const {
     return kind == PartKind::File && origin_ != nullptr && origin_->fieldsEnd > origin_->headerLength;
   }
+  // Takes the fields of the header as it is now.
+  void Take();
   const Survey* source_ = nullptr;
   const SurveyedPart* origin_ = nullptr;
   std::string header_;
   std::shared_ptr<const SurveyedPart> own_;  // of the header as it is now
+  const SurveyedPart* fields_ = nullptr;     // of the two the one that holds
 };
 
 /// A file as it will be.

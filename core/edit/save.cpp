@@ -51,7 +51,7 @@ class Beside {
   // A link keeps pointing: what it points to is replaced.
   static std::string Resolved(const std::string& path) {
     char* real = realpath(path.c_str(), nullptr);
-    const std::string resolved = real != nullptr ? real : path;
+    std::string resolved = real != nullptr ? real : path;
     std::free(real);
     return resolved;
   }

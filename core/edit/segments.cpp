@@ -43,7 +43,9 @@ void Reattach(Draft& draft, const DraftPart& gone) {
 }
 
 bool IsFirstOfLevel(const Draft& draft, const DraftPart& part) {
-  const int64_t level = part.Fields().Number(LevelFieldsOf(part.kind).level);
+  const char* own = LevelFieldsOf(part.kind).level;
+  if (own == nullptr) return false;
+  const int64_t level = part.Fields().Number(own);
   for (const DraftPart& other : draft.segments) {
     const LevelFields fields = LevelFieldsOf(other.kind);
     if (fields.level != nullptr && other.Fields().Number(fields.level) == level) return &other == &part;
@@ -109,6 +111,7 @@ void MoveBy(DraftPart& part, int64_t rows, int64_t columns) {
 DraftPart& AddPlaced(Draft& draft, DraftPart part, const Placing& placing) {
   const LevelFields fields = LevelFieldsOf(part.kind);
   const int64_t level = GreatestLevel(draft) + 1;
+  if (fields.level == nullptr) RefuseArgument(part.Title() + " takes no display level");
   if (level > kMostLevel) RefuseArgument("all 999 display levels are taken");
   part.PutNumber(fields.level, static_cast<uint64_t>(level));
   int64_t attached = 0;

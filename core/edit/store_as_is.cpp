@@ -1,5 +1,6 @@
 // Streams of JPEG and JPEG 2000 files that become image data as they are.
 #include <algorithm>
+#include <cmath>
 
 #include "core/edit/store_streams.h"
 #include "core/format/part.h"
@@ -65,8 +66,9 @@ void DescribeCodestream(const std::string& front, const media::CodestreamSize& s
                       (static_cast<double>(size.width) * size.height * size.components);
   form.rate =
       IsReversible(front)
-          ? "N" + NumberDigits(static_cast<uint64_t>(std::min(99.9, rate) * 10 + 0.5), 3, "COMRAT")
-          : NumberDigits(static_cast<uint64_t>(std::min(99.99, rate) * 100 + 0.5), 4, "COMRAT");
+          ? "N" +
+                NumberDigits(static_cast<uint64_t>(std::llround(std::min(99.9, rate) * 10)), 3, "COMRAT")
+          : NumberDigits(static_cast<uint64_t>(std::llround(std::min(99.99, rate) * 100)), 4, "COMRAT");
   const uint32_t width = std::min(size.tileWidth, size.width),
                  height = std::min(size.tileHeight, size.height);
   form.blocksAcross = (size.width + width - 1) / width;

@@ -256,8 +256,9 @@ void StoreJpeg2000(Draft& draft, BlockStore& store, const RasterForm& raster, do
   image.form.mode = 'B';
   image.form.rate =
       plan.isLossless
-          ? "N" + NumberDigits(static_cast<uint64_t>(std::min(99.9, achieved) * 10 + 0.5), 3, "COMRAT")
-          : NumberDigits(static_cast<uint64_t>(rate * 100 + 0.5), 4, "COMRAT");
+          ? "N" + NumberDigits(static_cast<uint64_t>(std::llround(std::min(99.9, achieved) * 10)), 3,
+                               "COMRAT")
+          : NumberDigits(static_cast<uint64_t>(std::llround(rate * 100)), 4, "COMRAT");
   image.form.bits = image.form.significantBits = raster.bits;
   if (raster.bits == 1) image.form.pixelType = "B";
   if (!plan.isLossless) plan.layers.pop_back();

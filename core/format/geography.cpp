@@ -1,13 +1,18 @@
 #include "core/format/geography.h"
 
+#include <GeographicLib/MGRS.hpp>
+#include <GeographicLib/TransverseMercator.hpp>
 #include <cmath>
 #include <cstdint>
+#include <string>
 
 namespace core {
 namespace {
 
 constexpr size_t kCornerWidth = 15;
-constexpr double kPi = 3.14159265358979323846;
+constexpr double kFalseEasting = 5e5, kFalseNorthing = 1e7;
+
+double MeridianOf(int zone) { return zone * 6 - 183; }
 
 // Digits only.
 std::optional<int32_t> NumberOf(std::string_view digits) {
@@ -45,40 +50,43 @@ std::optional<GeographicPoint> Checked(std::optional<double> latitude, std::opti
   return GeographicPoint{*latitude, *longitude};
 }
 
+// A point in metres of a zone.
+struct ZonePoint {
+  int zone;
+  bool north;
+  UtmPoint point;
+};
+
 // "zzeeeeeennnnnnn".
-std::optional<GeographicPoint> UtmPoint(std::string_view text, bool north) {
+std::optional<ZonePoint> ZonePointOf(std::string_view text, bool north) {
   const auto zone = NumberOf(text.substr(0, 2)), easting = NumberOf(text.substr(2, 6)),
              northing = NumberOf(text.substr(8, 7));
   if (!zone || !easting || !northing || *zone < 1 || *zone > 60) return std::nullopt;
-  const GeographicPoint point = FromUtm(*zone, north, *easting, *northing);
-  return Checked(point.latitude, point.longitude);
-}
-
-// Where in an alphabet without I and O a letter stands; -1 for none.
-int LetterNumber(char letter) {
-  if (letter < 'A' || letter > 'Z' || letter == 'I' || letter == 'O') return -1;
-  return letter - 'A' - (letter > 'I') - (letter > 'O');
+  return ZonePoint{*zone, north, {static_cast<double>(*easting), static_cast<double>(*northing)}};
 }
 
 // "zzBJKeeeeennnnn": zone, latitude band, square of 100 km, metres in it.
-std::optional<GeographicPoint> MgrsPoint(std::string_view text) {
-  // The least northing of each band from C to X, in 100 km.
-  constexpr int kLeast[] = {11, 20, 28, 37, 46, 55, 64, 73, 82, 91, 0, 8, 17, 26, 35, 44, 53, 62, 70, 79};
-  constexpr int kFirstBand = 2, kRows = 20, kColumns = 8, kNorthFrom = 10;
-  const auto zone = NumberOf(text.substr(0, 2)), east = NumberOf(text.substr(5, 5)),
-             north = NumberOf(text.substr(10, 5));
-  const int band = LetterNumber(text[2]) - kFirstBand, column = LetterNumber(text[3]),
-            row = LetterNumber(text[4]);
-  if (!zone || !east || !north || *zone < 1 || *zone > 60 || band < 0 || band >= kRows || column < 0 ||
-      row < 0 || row >= kRows) {
+std::optional<ZonePoint> MgrsPointOf(std::string_view text) {
+  if (!NumberOf(text.substr(0, 2)) || !NumberOf(text.substr(5))) return std::nullopt;
+  try {
+    ZonePoint at{};
+    int digits = 0;
+    GeographicLib::MGRS::Reverse(std::string(text), at.zone, at.north, at.point.easting,
+                                 at.point.northing, digits, false);
+    return at;
+  } catch (const GeographicLib::GeographicErr&) {
     return std::nullopt;
   }
-  const int firstColumn = (*zone - 1) % 3 * kColumns;
-  if (column < firstColumn || column >= firstColumn + kColumns) return std::nullopt;
-  int northSquare = (row + (*zone % 2 == 0 ? 15 : 0)) % kRows;
-  while (northSquare < kLeast[band]) northSquare += kRows;
-  const GeographicPoint point = FromUtm(
-      *zone, band >= kNorthFrom, (column - firstColumn + 1) * 1e5 + *east, northSquare * 1e5 + *north);
+}
+
+std::optional<ZonePoint> ZonePointOf(char icords, std::string_view text) {
+  if (icords == 'U') return MgrsPointOf(text);
+  return icords == 'N' || icords == 'S' ? ZonePointOf(text, icords == 'N') : std::nullopt;
+}
+
+std::optional<GeographicPoint> DegreesOf(const std::optional<ZonePoint>& at) {
+  if (!at) return std::nullopt;
+  const GeographicPoint point = FromUtm(at->zone, at->north, at->point.easting, at->point.northing);
   return Checked(point.latitude, point.longitude);
 }
 
@@ -91,9 +99,8 @@ std::optional<GeographicPoint> PointOf(char icords, std::string_view text) {
       return Checked(DecimalOf(text.substr(0, 7)), DecimalOf(text.substr(7)));
     case 'N':
     case 'S':
-      return UtmPoint(text, icords == 'N');
     case 'U':
-      return MgrsPoint(text);
+      return DegreesOf(ZonePointOf(icords, text));
     default:
       return std::nullopt;
   }
@@ -112,25 +119,32 @@ std::optional<GeographicCorners> CornersOf(char icords, std::string_view igeolo)
   return corners;
 }
 
-// Krueger's series to the third power of the third flattening: below a millimetre within a zone.
-GeographicPoint FromUtm(int zone, bool north, double easting, double northing) {
-  constexpr double kAxis = 6378137.0, kFlattening = 1 / 298.257223563, kScale = 0.9996;
-  constexpr double n = kFlattening / (2 - kFlattening), n2 = n * n, n3 = n2 * n;
-  constexpr double kRadius = kAxis / (1 + n) * (1 + n2 / 4 + n2 * n2 / 64);
-  constexpr double kBeta[] = {n / 2 - 2 * n2 / 3 + 37 * n3 / 96, n2 / 48 + n3 / 15, 17 * n3 / 480};
-  constexpr double kDelta[] = {2 * n - 2 * n2 / 3 - 2 * n3, 7 * n2 / 3 - 8 * n3 / 5, 56 * n3 / 15};
-  const double xi = (northing - (north ? 0 : 1e7)) / (kScale * kRadius);
-  const double eta = (easting - 5e5) / (kScale * kRadius);
-  double x = xi, y = eta;
-  for (int j = 1; j <= 3; ++j) {
-    x -= kBeta[j - 1] * std::sin(2 * j * xi) * std::cosh(2 * j * eta);
-    y -= kBeta[j - 1] * std::cos(2 * j * xi) * std::sinh(2 * j * eta);
+std::optional<UtmCorners> UtmCornersOf(char icords, std::string_view igeolo) {
+  UtmCorners corners{};
+  if (igeolo.size() != corners.points.size() * kCornerWidth) return std::nullopt;
+  for (size_t i = 0; i < corners.points.size(); ++i) {
+    const auto at = ZonePointOf(icords, igeolo.substr(i * kCornerWidth, kCornerWidth));
+    if (!at || (i > 0 && (at->zone != corners.zone || at->north != corners.north))) return std::nullopt;
+    corners.zone = at->zone;
+    corners.north = at->north;
+    corners.points[i] = at->point;
   }
-  const double chi = std::asin(std::sin(x) / std::cosh(y));
-  double latitude = chi;
-  for (int j = 1; j <= 3; ++j) latitude += kDelta[j - 1] * std::sin(2 * j * chi);
-  const double longitude = std::atan2(std::sinh(y), std::cos(x)) * 180 / kPi + zone * 6 - 183;
-  return {latitude * 180 / kPi, longitude > 180 ? longitude - 360 : longitude};
+  return corners;
+}
+
+GeographicPoint FromUtm(int zone, bool north, double easting, double northing) {
+  GeographicPoint point{};
+  GeographicLib::TransverseMercator::UTM().Reverse(MeridianOf(zone), easting - kFalseEasting,
+                                                   northing - (north ? 0 : kFalseNorthing),
+                                                   point.latitude, point.longitude);
+  return point;
+}
+
+UtmPoint ToUtm(int zone, bool north, GeographicPoint point) {
+  UtmPoint at{};
+  GeographicLib::TransverseMercator::UTM().Forward(MeridianOf(zone), point.latitude, point.longitude,
+                                                   at.easting, at.northing);
+  return {at.easting + kFalseEasting, at.northing + (north ? 0 : kFalseNorthing)};
 }
 
 }  // namespace core

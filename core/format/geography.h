@@ -18,7 +18,21 @@ using GeographicCorners = std::array<GeographicPoint, 4>;
 /// anything else.
 std::optional<GeographicCorners> CornersOf(char icords, std::string_view igeolo);
 
-/// A point of a UTM zone on the WGS 84 ellipsoid, metres.
+/// Metres in a zone of UTM on the WGS 84 ellipsoid.
+struct UtmPoint {
+  double easting, northing;
+};
 GeographicPoint FromUtm(int zone, bool north, double easting, double northing);
+/// A point in the metres of a zone, which it may lie outside of.
+UtmPoint ToUtm(int zone, bool north, GeographicPoint point);
+
+/// Corners in one zone, in the order of IGEOLO.
+struct UtmCorners {
+  int zone;
+  bool north;
+  std::array<UtmPoint, 4> points;
+};
+/// Those of the forms N, S and U where one zone has them all; none for anything else.
+std::optional<UtmCorners> UtmCornersOf(char icords, std::string_view igeolo);
 
 }  // namespace core

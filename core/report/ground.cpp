@@ -34,10 +34,6 @@ std::vector<Ground> GroundsOf(const ReportedFile& file) {
   return grounds;
 }
 
-double Turned(double longitude) {
-  return longitude > 180 ? longitude - 360 : longitude < -180 ? longitude + 360 : longitude;
-}
-
 std::string PlaceOf(const Ground& ground) {
   const GeographicPoint middle = MiddleOf(ground);
   return Fixed(std::abs(middle.latitude), 2) + "° " + (middle.latitude < 0 ? "S" : "N") + ", " +

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/format/geography.h"
+#include "core/place/model.h"
 #include "core/report/report.h"
 
 namespace core {
@@ -12,8 +13,6 @@ struct Ground {
 };
 std::vector<Ground> GroundsOf(const ReportedFile& file);
 
-/// A longitude from -180 to 180.
-double Turned(double longitude);
 /// The middle of a ground in words: "38.90° N, 77.04° W".
 std::string PlaceOf(const Ground& ground);
 /// The world with a mark on each ground, as SVG; the page holds the outline once.

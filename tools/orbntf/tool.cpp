@@ -70,7 +70,7 @@ void DescribeCommandLine(const Command& top, CommandLine& line) {
            "a folder of definitions of tagged records, beside those that come along");
   for (const auto add :
        {&AddInfo, &AddCheck, &AddReport, &AddRender, &AddText, &AddGraphic, &AddExtract, &AddDiff,
-        &AddCopy, &AddSet, &AddRemoving, &AddReplacing, &AddComposing, &AddCompletion}) {
+        &AddLocate, &AddCopy, &AddSet, &AddRemoving, &AddReplacing, &AddComposing, &AddCompletion}) {
     add(top, line);
   }
 }

@@ -65,6 +65,7 @@ void AddRender(const Command& top, CommandLine& line);
 void AddReport(const Command& top, CommandLine& line);
 void AddText(const Command& top, CommandLine& line);
 void AddDiff(const Command& top, CommandLine& line);
+void AddLocate(const Command& top, CommandLine& line);
 void AddExtract(const Command& top, CommandLine& line);
 void AddGraphic(const Command& top, CommandLine& line);
 void AddCopy(const Command& top, CommandLine& line);

@@ -94,7 +94,7 @@ std::string StoreOptionsOf(const Command& command, const StoreWords& words, Stor
   for (const std::string& name : command.Given()) {
     const auto value = words.values.find(name);
     if (value == words.values.end() && words.switches.count(name) == 0) continue;
-    const std::string problem =
+    std::string problem =
         TakeStoreOption(name, value != words.values.end() ? value->second : "", options);
     if (!problem.empty()) return problem;
   }

@@ -1,0 +1,183 @@
+#include "core/place/grid.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/place/footprint.h"
+
+namespace core {
+namespace {
+
+constexpr double kMetresPerDegree = 111320;
+
+// A plane in which an image's sides are straight: degrees, or metres of a zone of UTM.
+struct PlanePoint {
+  double x, y;
+};
+
+class BetweenCorners : public PlaceModel {
+ public:
+  explicit BetweenCorners(const CornerForm& form) : form_(form) {
+    const GeographicCorners unwrapped = Unwrapped(form.corners);
+    for (size_t i = 0; i < corners_.size(); ++i)
+      corners_[i] = form.utm ? PlanePoint{form.utm->points[i].easting, form.utm->points[i].northing}
+                             : PlanePoint{unwrapped[i].longitude, unwrapped[i].latitude};
+  }
+  std::string Name() const override { return form_.name; }
+  double Error() const override { return form_.error; }
+
+  std::string ToGround(ImagePoint point, double height, GroundPoint& ground) const override {
+    const PlanePoint at = At(point.row / Last(form_.rows), point.column / Last(form_.columns));
+    const GeographicPoint place =
+        form_.utm ? FromUtm(form_.utm->zone, form_.utm->north, at.x, at.y) : GeographicPoint{at.y, at.x};
+    ground = {place.latitude, Turned(place.longitude), height};
+    const bool isOnEarth = std::abs(place.latitude) <= 90 && std::isfinite(place.longitude) &&
+                           std::abs(place.longitude) <= 540;
+    return isOnEarth ? "" : "the corners put it beyond a pole or around the earth";
+  }
+
+  // Newton's iteration from the middle; between parallel sides the first step ends it.
+  std::string ToImage(GroundPoint ground, ImagePoint& point) const override {
+    constexpr int kMostSteps = 50;
+    PlanePoint wanted{};
+    if (!PlaneOf(ground, wanted)) return "it is not in the corners' zone";
+    double down = 0.5, across = 0.5;
+    for (int step = 0; step < kMostSteps; ++step) {
+      const PlanePoint at = At(down, across), byDown = Along(across, 3, 0, 2, 1),
+                       byAcross = Along(down, 1, 0, 2, 3);
+      const double determinant = byDown.x * byAcross.y - byDown.y * byAcross.x;
+      const double x = wanted.x - at.x, y = wanted.y - at.y;
+      if (!(std::abs(determinant) > 0)) break;
+      const double more = (x * byAcross.y - y * byAcross.x) / determinant,
+                   right = (byDown.x * y - byDown.y * x) / determinant;
+      down += more;
+      across += right;
+      if (!(std::abs(down) < 1e6) || !(std::abs(across) < 1e6)) break;
+      if (std::hypot(more, right) < 1e-13) {
+        point = {down * Last(form_.rows), across * Last(form_.columns)};
+        return "";
+      }
+    }
+    return "no point of the image was found for it";
+  }
+
+ private:
+  static double Last(double count) { return std::max(1.0, count - 1); }
+  PlanePoint At(double down, double across) const {
+    const auto mix = [&](auto member) {
+      const double upper = corners_[0].*member * (1 - across) + corners_[1].*member * across,
+                   lower = corners_[3].*member * (1 - across) + corners_[2].*member * across;
+      return upper * (1 - down) + lower * down;
+    };
+    return {mix(&PlanePoint::x), mix(&PlanePoint::y)};
+  }
+  // What a step along one side of the image changes, between the sides a - b and c - d.
+  PlanePoint Along(double other, size_t a, size_t b, size_t c, size_t d) const {
+    const auto mix = [&](auto member) {
+      return (corners_[a].*member - corners_[b].*member) * (1 - other) +
+             (corners_[c].*member - corners_[d].*member) * other;
+    };
+    return {mix(&PlanePoint::x), mix(&PlanePoint::y)};
+  }
+  bool PlaneOf(GroundPoint ground, PlanePoint& plane) const {
+    if (!form_.utm) {
+      const double middle = (corners_[0].x + corners_[2].x) / 2;
+      plane = {middle + std::remainder(ground.longitude - middle, 360), ground.latitude};
+      return true;
+    }
+    constexpr double kZone = 60;
+    const double meridian = form_.utm->zone * 6 - 183;
+    if (std::abs(std::remainder(ground.longitude - meridian, 360)) > kZone) return false;
+    const UtmPoint utm = ToUtm(form_.utm->zone, form_.utm->north, {ground.latitude, ground.longitude});
+    plane = {utm.easting, utm.northing};
+    return true;
+  }
+
+  CornerForm form_;
+  std::array<PlanePoint, 4> corners_{};
+};
+
+class Geolob : public PlaceModel {
+ public:
+  Geolob(GeographicPoint origin, double across, double down)
+      : origin_(origin), across_(across), down_(down) {}
+  std::string Name() const override { return "GEOLOB"; }
+  double Error() const override { return kMetresPerDegree * std::max(across_, down_) / 2; }
+  std::string ToGround(ImagePoint point, double height, GroundPoint& ground) const override {
+    const double longitude = origin_.longitude + point.column * across_;
+    ground = {origin_.latitude - point.row * down_, Turned(longitude), height};
+    const bool isOnEarth = std::abs(ground.latitude) <= 90 && std::abs(longitude) <= 540;
+    return isOnEarth ? "" : "the grid puts it beyond a pole or around the earth";
+  }
+  std::string ToImage(GroundPoint ground, ImagePoint& point) const override {
+    // East of the origin, but for places that are less than half around the earth west of it.
+    point = {(origin_.latitude - ground.latitude) / down_,
+             std::remainder(ground.longitude - origin_.longitude, 360) / across_};
+    return "";
+  }
+
+ private:
+  GeographicPoint origin_;
+  double across_, down_;  // degrees from pixel to pixel
+};
+
+}  // namespace
+
+std::unique_ptr<PlaceModel> MakeBetweenCorners(const CornerForm& form) {
+  const GeographicCorners corners = Unwrapped(form.corners);
+  const auto cross = [&](size_t a, size_t b, size_t c) {
+    return (corners[b].longitude - corners[a].longitude) * (corners[c].latitude - corners[a].latitude) -
+           (corners[c].longitude - corners[a].longitude) * (corners[b].latitude - corners[a].latitude);
+  };
+  if (AreCrossed(corners) || std::abs(cross(0, 1, 2)) + std::abs(cross(0, 2, 3)) == 0) return nullptr;
+  return std::make_unique<BetweenCorners>(form);
+}
+
+std::optional<CornerForm> IgeoloOf(const SurveyedPart& image) {
+  const std::string_view code = image.Text("ICORDS"), text = image.Text("IGEOLO");
+  const char form = code.empty() ? ' ' : code[0];
+  const auto corners = CornersOf(form, text);
+  if (!corners) return std::nullopt;
+  const double error = form == 'G' || form == 'C' ? kMetresPerDegree / 3600
+                       : form == 'D'              ? kMetresPerDegree / 1000
+                                                  : 1;
+  return CornerForm{"IGEOLO",
+                    static_cast<double>(image.Number("NROWS")),
+                    static_cast<double>(image.Number("NCOLS")),
+                    error,
+                    *corners,
+                    UtmCornersOf(form, text)};
+}
+
+std::optional<CornerForm> BlockOf(const SurveyedPart& image, const TaggedRecord& record) {
+  const DecodedField* lines = FindField(record.fields, "L_LINES");
+  const std::vector<Footprint> footprints = FootprintsOf({record});
+  if (footprints.empty() || lines == nullptr || DigitsOf(lines->text) != image.Number("NROWS"))
+    return std::nullopt;
+  const DecodedField* corner = FindField(record.fields, "FRFC_LOC");
+  const bool isDecimal =
+      corner != nullptr && !corner->text.empty() && (corner->text[0] == '+' || corner->text[0] == '-');
+  const double error = kMetresPerDegree * (isDecimal ? 1e-6 : 0.01 / 3600);
+  return CornerForm{"BLOCKA",
+                    static_cast<double>(image.Number("NROWS")),
+                    static_cast<double>(image.Number("NCOLS")),
+                    error,
+                    footprints[0].corners,
+                    std::nullopt};
+}
+
+std::unique_ptr<PlaceModel> MakeGeolob(const TaggedRecord& record) {
+  double numbers[4] = {};
+  constexpr const char* kNames[] = {"ARV", "BRV", "LSO", "PSO"};
+  for (size_t i = 0; i < std::size(kNames); ++i) {
+    const DecodedField* field = FindField(record.fields, kNames[i]);
+    const auto value = field == nullptr ? std::nullopt : ValueOf(*field);
+    if (!value || !std::isfinite(*value)) return nullptr;
+    numbers[i] = *value;
+  }
+  const auto [across, down, longitude, latitude] = numbers;
+  if (across < 1 || down < 1 || std::abs(longitude) > 180 || std::abs(latitude) > 90) return nullptr;
+  return std::make_unique<Geolob>(GeographicPoint{latitude, longitude}, 360 / across, 360 / down);
+}
+
+}  // namespace core

@@ -1,0 +1,29 @@
+// Images between their corners, and those on a grid of degrees.
+#pragma once
+
+#include "core/format/geography.h"
+#include "core/format/records.h"
+#include "core/place/model.h"
+
+namespace core {
+
+/// What corners say: the places of the middles of the four corner pixels, in degrees or, where all of
+/// them are in one zone, in metres of UTM.
+struct CornerForm {
+  std::string name;
+  double rows, columns;  ///< of the image
+  double error;          ///< metres
+  GeographicCorners corners;
+  std::optional<UtmCorners> utm;
+};
+/// Places between corners, bilinear. Null where the corners enclose nothing.
+std::unique_ptr<PlaceModel> MakeBetweenCorners(const CornerForm& form);
+
+/// The corners of IGEOLO, whose error is the width of the last digit of its form.
+std::optional<CornerForm> IgeoloOf(const SurveyedPart& image);
+/// Those of a BLOCKA record that is about the whole image.
+std::optional<CornerForm> BlockOf(const SurveyedPart& image, const TaggedRecord& record);
+/// A grid of degrees whose first pixel is at the record's origin (GEOLOB). Null where it is not whole.
+std::unique_ptr<PlaceModel> MakeGeolob(const TaggedRecord& record);
+
+}  // namespace core

@@ -1,0 +1,41 @@
+// From image points to the ground and back.
+#pragma once
+
+#include <cmath>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace core {
+
+/// A place in an image: (0, 0) is the middle of the first pixel.
+struct ImagePoint {
+  double row, column;
+};
+/// Degrees on the WGS 84 ellipsoid, north and east positive, and metres above it.
+struct GroundPoint {
+  double latitude, longitude, height;
+};
+
+/// What tells where on earth an image lies.
+class PlaceModel {
+ public:
+  virtual ~PlaceModel() = default;
+  /// "RPC00B", "RPC00B through ICHIPB", "IGEOLO".
+  virtual std::string Name() const = 0;
+  /// How far off a place may be by the model's own word, in metres.
+  virtual double Error() const = 0;
+  /// The height that places have where none is given; none for models that know nothing of heights.
+  virtual std::optional<double> Height() const { return std::nullopt; }
+  /// The place at a height; words where there is none, empty where there is.
+  virtual std::string ToGround(ImagePoint point, double height, GroundPoint& ground) const = 0;
+  /// The image's point; words where there is none.
+  virtual std::string ToImage(GroundPoint ground, ImagePoint& point) const = 0;
+};
+
+/// A longitude from -180 to 180.
+inline double Turned(double longitude) {
+  return longitude >= -180 && longitude <= 180 ? longitude : std::remainder(longitude, 360);
+}
+
+}  // namespace core
