@@ -1,8 +1,30 @@
 // What the tool tells of a file: its structure, findings, records, samples and page.
+#include <cmath>
+
+#include "core/place/extent.h"
+#include "core/place/placed.h"
 #include "core/report/report.h"
 #include "core/samples/samples.h"
 #include "core/view/view.h"
 #include "fuzz/support.h"
+
+namespace {
+
+// Where an image lies, and back.
+void Locate(const core::SurveyedPart& part, const core::RecordDefinitions& definitions) {
+  const core::Placed placed = core::PlaceOf(part, definitions);
+  if (placed.model == nullptr) return;
+  core::GroundPoint ground{};
+  core::ImagePoint point{};
+  if (placed.model->ToGround({1, 2}, placed.model->Height().value_or(0), ground).empty()) {
+    fuzz::Require(std::abs(ground.latitude) <= 90 && std::abs(ground.longitude) <= 180,
+                  "a place on earth");
+    (void)placed.model->ToImage(ground, point);
+  }
+  (void)core::ExtentOf(*placed.model, 100, 100);
+}
+
+}  // namespace
 
 int fuzz::Insight(const uint8_t* data, size_t size) {
   static MemoryFile file;
@@ -17,6 +39,7 @@ int fuzz::Insight(const uint8_t* data, size_t size) {
     Require(!finding.words.empty(), "a finding has words");
   for (const core::SurveyedPart& part : reported.survey.parts) {
     if (part.kind != core::PartKind::Image) continue;
+    Locate(part, definitions);
     core::SampleImage image;
     const core::SampleFault fault = core::ReadSamples(reported.survey, part, reduce, image);
     if (fault.Met()) continue;

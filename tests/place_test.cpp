@@ -3,6 +3,8 @@
 #include <cmath>
 #include <random>
 
+#include "core/place/extent.h"
+#include "core/place/geojson.h"
 #include "core/place/placed.h"
 #include "tests/support/sound.h"
 #include "tests/support/support.h"
@@ -301,6 +303,42 @@ TEST(Place, ModelsThatAreNotWhole) {
   EXPECT_EQ(ModelOf("").model, nullptr);
   EXPECT_EQ(ModelOf("", "D", "+52.000-016.000+52.000-016.000+52.000-016.000+52.000-016.000").model,
             nullptr);
+}
+
+// A square of a degree at the equator, and one that is turned by a quarter.
+TEST(Place, ExtentsOfImages) {
+  const core::Placed upright =
+      ModelOf("", "D", "+00.500+010.000+00.500+011.000-00.500+011.000-00.500+010.000");
+  const auto extent = core::ExtentOf(*upright.model, 8, 8);
+  ASSERT_TRUE(extent.has_value());
+  EXPECT_NEAR(extent->middle.latitude, 0, 1e-12);
+  EXPECT_NEAR(extent->middle.longitude, 10.5, 1e-12);
+  EXPECT_NEAR(extent->columnSpacing, 111319.49 / 7, 0.01);
+  EXPECT_NEAR(extent->rowSpacing, 110574.28 / 7, 0.1);
+  EXPECT_NEAR(extent->area / 1e6, 111.31949 * 110.57428 * 64 / 49, 1);
+  EXPECT_NEAR(extent->north, 0, 1e-9);
+  EXPECT_EQ(core::PlaceText(extent->middle), "0.00° N, 10.50° E");
+  EXPECT_EQ(core::SizeText(*extent), "15903 by 15796 m a pixel, 16077 km², north up");
+  const core::Placed turned =
+      ModelOf("", "D", "+00.500+011.000-00.500+011.000-00.500+010.000+00.500+010.000");
+  EXPECT_NEAR(core::ExtentOf(*turned.model, 8, 8)->north, -90, 1e-9) << "north is to the left";
+  EXPECT_EQ(core::ExtentOf(*turned.model, 0, 8), std::nullopt);
+}
+
+std::string GeoJsonOf(const core::GeographicCorners& corners) {
+  core::JsonText json(false);
+  WritePolygon(json, corners);
+  return json.Text();
+}
+
+TEST(Place, PolygonsOnBothSidesOfTheDateLine) {
+  EXPECT_EQ(
+      GeoJsonOf({{{2, 10}, {2, 11}, {1, 11}, {1, 10}}}),
+      R"({"type":"Polygon","coordinates":[[[10.0,2.0],[10.0,1.0],[11.0,1.0],[11.0,2.0],[10.0,2.0]]]})");
+  EXPECT_EQ(GeoJsonOf({{{2, 179}, {2, -178}, {1, -178}, {1, 179}}}),
+            R"({"type":"MultiPolygon","coordinates":[)"
+            R"([[[179.0,2.0],[179.0,1.0],[180.0,1.0],[180.0,2.0],[179.0,2.0]]],)"
+            R"([[[-180.0,2.0],[-180.0,1.0],[-178.0,1.0],[-178.0,2.0],[-180.0,2.0]]]]})");
 }
 
 // Nothing that a record says makes a number that is none.

@@ -8,7 +8,8 @@
 
 namespace core {
 
-/// Writes corners as a GeoJSON polygon, counterclockwise and closed.
+/// Writes corners as a GeoJSON polygon, counterclockwise and closed; as two of them where they lie on
+/// both sides of the 180th meridian (RFC 7946, 3.1.9).
 void WritePolygon(JsonText& json, const GeographicCorners& corners);
 /// Writes the corners in decimal degrees and, counterclockwise and closed, as a GeoJSON polygon; null
 /// where there are none.

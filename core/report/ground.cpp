@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/place/extent.h"
 #include "core/place/footprint.h"
+#include "core/place/placed.h"
 #include "core/report/html.h"
 
 namespace core {
@@ -19,6 +21,10 @@ GeographicPoint MiddleOf(const Ground& ground) {
   return middle;
 }
 
+uint64_t CountOf(const SurveyedPart& part, const char* field) {
+  return static_cast<uint64_t>(std::max<int64_t>(0, part.Number(field)));
+}
+
 }  // namespace
 
 std::vector<Ground> GroundsOf(const ReportedFile& file) {
@@ -28,16 +34,18 @@ std::vector<Ground> GroundsOf(const ReportedFile& file) {
     const std::string_view form = part.Text("ICORDS");
     if (const auto corners = CornersOf(form.empty() ? ' ' : form[0], part.Text("IGEOLO")))
       grounds.push_back({part.Title(), "IGEOLO", Unwrapped(*corners)});
-    for (const Footprint& footprint : FootprintsOf(RecordsOf(part, file.definitions)))
-      grounds.push_back({part.Title(), footprint.source, Unwrapped(footprint.corners)});
+    const Placed placed = PlaceOf(part, file.definitions);
+    const std::string name = placed.model == nullptr ? "IGEOLO" : placed.model->Name();
+    const auto extent = name == "IGEOLO"
+                            ? std::nullopt
+                            : ExtentOf(*placed.model, CountOf(part, "NROWS"), CountOf(part, "NCOLS"));
+    if (extent) grounds.push_back({part.Title(), name, Unwrapped(extent->corners)});
+    for (const Footprint& footprint : FootprintsOf(RecordsOf(part, file.definitions))) {
+      if (!extent || name.rfind(footprint.source, 0) != 0)
+        grounds.push_back({part.Title(), footprint.source, Unwrapped(footprint.corners)});
+    }
   }
   return grounds;
-}
-
-std::string PlaceOf(const Ground& ground) {
-  const GeographicPoint middle = MiddleOf(ground);
-  return Fixed(std::abs(middle.latitude), 2) + "° " + (middle.latitude < 0 ? "S" : "N") + ", " +
-         Fixed(std::abs(middle.longitude), 2) + "° " + (middle.longitude < 0 ? "W" : "E");
 }
 
 std::string WorldMap(const std::vector<Ground>& grounds) {

@@ -13,8 +13,6 @@ struct Ground {
 };
 std::vector<Ground> GroundsOf(const ReportedFile& file);
 
-/// The middle of a ground in words: "38.90° N, 77.04° W".
-std::string PlaceOf(const Ground& ground);
 /// The world with a mark on each ground, as SVG; the page holds the outline once.
 std::string WorldMap(const std::vector<Ground>& grounds);
 

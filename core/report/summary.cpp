@@ -1,8 +1,12 @@
 // What a file is, first of all: product, place, time, and what it holds.
+#include <algorithm>
+
 #include "core/format/numbers.h"
 #include "core/format/products.h"
-#include "core/report/ground.h"
+#include "core/place/extent.h"
+#include "core/place/placed.h"
 #include "core/report/html.h"
+#include "core/report/report.h"
 
 namespace core {
 namespace {
@@ -19,9 +23,16 @@ std::string TimeOf(std::string_view field) {
 // The place and the time of the first image, as far as they are known.
 std::string WhatWhereAndWhen(const ReportedFile& file) {
   std::string facts;
-  if (const std::vector<Ground> grounds = GroundsOf(file); !grounds.empty())
-    facts += Term("Place", PlaceOf(grounds.front()));
   const SurveyedPart* image = file.survey.Find(PartKind::Image, 0);
+  const Placed placed = image == nullptr ? Placed() : PlaceOf(*image, file.definitions);
+  const auto count = [&](const char* field) {
+    return static_cast<uint64_t>(std::max<int64_t>(0, image->Number(field)));
+  };
+  const auto extent =
+      placed.model == nullptr ? std::nullopt : ExtentOf(*placed.model, count("NROWS"), count("NCOLS"));
+  if (extent)
+    facts += Term("Place",
+                  PlaceText(extent->middle) + ", by " + placed.model->Name() + "; " + SizeText(*extent));
   const std::string time = image == nullptr ? "" : TimeOf(image->Text("IDATIM"));
   if (!time.empty()) facts += Term("Image taken", time);
   return facts;

@@ -3,6 +3,8 @@
 
 #include "core/format/products.h"
 #include "core/format/words.h"
+#include "core/place/extent.h"
+#include "core/place/placed.h"
 #include "core/view/view.h"
 #include "tools/orbntf/commands/batch.h"
 #include "tools/orbntf/inputs.h"
@@ -31,7 +33,8 @@ std::string Described(const SurveyedPart& part) {
       return "\"" + FieldOf(part, "IID1") + "\" " + FieldOf(part, "IREP") + " " + FieldOf(part, "IC") +
              ", " + NumberOf(part, "NCOLS") + " x " + NumberOf(part, "NROWS") + " in " +
              NumberOf(part, "NBPR") + " x " + NumberOf(part, "NBPC") + " blocks, " +
-             std::to_string(part.Bands()) + " band(s) of " + NumberOf(part, "NBPP") + " bits" +
+             std::to_string(part.Bands()) + (part.Bands() == 1 ? " band of " : " bands of ") +
+             NumberOf(part, "NBPP") + " bits" +
              (part.Trimmed("PVTYPE") == "INT" || part.Trimmed("PVTYPE") == "B"
                   ? ""
                   : ", " + FieldOf(part, "PVTYPE")) +
@@ -80,12 +83,26 @@ void PrintRecords(std::FILE* out, const std::vector<TaggedRecord>& records, bool
   if (!decoded) std::fputc('\n', out);
 }
 
+// Where an image lies, by the best model that tells it.
+void PrintLocation(std::FILE* out, const FileFacts& file, const SurveyedPart& image) {
+  const Placed placed = PlaceOf(image, file.definitions);
+  for (const std::string& tag : placed.unused)
+    std::fprintf(out, "    %s tells a place and is not used\n", tag.c_str());
+  if (placed.model == nullptr || image.Number("NROWS") < 1 || image.Number("NCOLS") < 1) return;
+  const auto extent = ExtentOf(*placed.model, static_cast<uint64_t>(image.Number("NROWS")),
+                               static_cast<uint64_t>(image.Number("NCOLS")));
+  std::fprintf(out, "    place by %s: %s\n", placed.model->Name().c_str(),
+               extent ? (PlaceText(extent->middle) + "; " + SizeText(*extent)).c_str()
+                      : "not all of the image has one");
+}
+
 void PrintForPeople(std::FILE* out, const std::string& path, const FileFacts& file, bool decoded) {
   PrintFileHeader(out, path, file);
   for (const SurveyedPart& part : file.survey.parts) {
     if (part.kind != PartKind::File)
       std::fprintf(out, "  %s: %s\n", part.Title().c_str(),
                    part.FieldCount() != 0 ? Described(part).c_str() : "its subheader is not there");
+    if (part.kind == PartKind::Image) PrintLocation(out, file, part);
     PrintRecords(out, RecordsOf(part, file.definitions), decoded);
   }
 }

@@ -1,6 +1,8 @@
 #include "tools/orbntf/inspect/survey_json.h"
 
 #include "core/format/products.h"
+#include "core/place/extent.h"
+#include "core/place/placed.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/inspect/show_records.h"
 #include "tools/orbntf/inspect/values.h"
@@ -133,6 +135,41 @@ void WriteRecordsOf(JsonText& json, const FileFacts& file, const SurveyedPart& p
   WriteRecords(json, records);
 }
 
+// Where an image lies, by the best model that tells it.
+void WriteLocation(JsonText& json, const FileFacts& file, const SurveyedPart& image) {
+  const Placed placed = PlaceOf(image, file.definitions);
+  if (placed.model == nullptr) return;
+  json.Key("location");
+  json.BeginObject();
+  json.Key("model");
+  json.String(placed.model->Name());
+  json.Key("error_m");
+  json.Real(placed.model->Error());
+  if (!placed.unused.empty()) {
+    json.Key("unused");
+    json.BeginArray();
+    for (const std::string& tag : placed.unused) json.String(tag);
+    json.EndArray();
+  }
+  const auto count = [&](const char* field) {
+    return static_cast<uint64_t>(std::max<int64_t>(0, image.Number(field)));
+  };
+  if (const auto extent = ExtentOf(*placed.model, count("NROWS"), count("NCOLS"))) {
+    for (const auto& [key, number] : {std::pair{"latitude", extent->middle.latitude},
+                                      {"longitude", extent->middle.longitude},
+                                      {"row_m", extent->rowSpacing},
+                                      {"column_m", extent->columnSpacing},
+                                      {"area_m2", extent->area},
+                                      {"north_deg", extent->north}}) {
+      json.Key(key);
+      json.Real(number);
+    }
+    json.Key("footprint");
+    WritePolygon(json, extent->corners);
+  }
+  json.EndObject();
+}
+
 void WriteSegment(JsonText& json, const FileFacts& file, const SurveyedPart& part) {
   json.BeginObject();
   PartWriter(json, part).Write();
@@ -144,6 +181,7 @@ void WriteSegment(JsonText& json, const FileFacts& file, const SurveyedPart& par
   WriteNumber(json, "dataOffset", part.dataOffset);
   WriteNumber(json, "dataLength", part.dataLength);
   json.EndObject();
+  if (part.kind == PartKind::Image) WriteLocation(json, file, part);
   WriteRecordsOf(json, file, part);
   json.EndObject();
 }
