@@ -95,7 +95,7 @@ expect 2 'describes the pixels' "$tool" set a.ntf -o x.ntf --force image:0 NROWS
 printf 'P5\n3 2\n65535\n\001\002\003\004\005\006\007\010\011\012\013\014' >deep.pgm
 expect 1 '--lossless' "$tool" new -o x.ntf --image deep.pgm
 expect 0 '' "$tool" new -o deep.ntf --image deep.pgm --lossless
-shows 'NC, 3 x 2 in 1 x 1 blocks, 1 band(s) of 16 bits' "$tool" info deep.ntf
+shows 'NC, 3 x 2 in 1 x 1 blocks, 1 band of 16 bits' "$tool" info deep.ntf
 tail -c 12 deep.ntf | cmp - <(tail -c 12 deep.pgm) || fail "samples are stored as they are"
 printf 'P6\n2 1\n255\nabcdef' >colour.ppm
 expect 0 '' "$tool" new -o colour.ntf --image colour.ppm --lossless
