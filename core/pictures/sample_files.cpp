@@ -9,6 +9,7 @@
 
 #include <png.h>
 
+#include "core/pictures/geo_tags.h"
 #include "core/pictures/tiff_file.h"
 
 namespace core {
@@ -102,11 +103,12 @@ std::string WhyNotAs(const std::string& form, const SampleImage& image) {
   return image.bands == 3 && image.bits == 1 ? "PNG has no colours of single bits" : "";
 }
 
-bool WriteTiff(std::FILE* file, const SampleImage& image) {
+bool WriteTiff(std::FILE* file, const SampleImage& image, const Georeference* reference) {
   constexpr uint64_t kMostClassic = uint64_t{4000} << 20;
+  if (reference != nullptr) DeclareGeoTags();
   TIFF* tiff = OpenTiffFile(dup(fileno(file)), image.samples.size() > kMostClassic ? "w8" : "w");
   if (tiff == nullptr) return false;
-  bool good = SetTags(tiff, image);
+  bool good = SetTags(tiff, image) && (reference == nullptr || SetGeoTags(tiff, *reference));
   std::vector<uint8_t> row;
   for (uint32_t y = 0; good && y < image.height; ++y) {
     TakeRow(image, y, row);

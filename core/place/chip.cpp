@@ -1,5 +1,7 @@
 #include "core/place/chip.h"
 
+#include "core/place/rational.h"
+
 #include <cmath>
 
 namespace core {
@@ -10,10 +12,18 @@ constexpr double kMiddle = 0.5;
 
 class OfChip : public PlaceModel {
  public:
-  OfChip(std::unique_ptr<PlaceModel> full, const Chip& chip) : full_(std::move(full)), chip_(chip) {}
+  OfChip(std::unique_ptr<PlaceModel> full, const Chip& chip) : full_(std::move(full)), chip_(chip) {
+    ImagePoint first{}, scale{};
+    if (full_->Polynomials() == nullptr || !chip.IsUpright(first, scale)) return;
+    form_ = *full_->Polynomials();
+    form_->imageOffset = {(form_->imageOffset.row - first.row) / scale.row,
+                          (form_->imageOffset.column - first.column) / scale.column};
+    form_->imageScale = {form_->imageScale.row / scale.row, form_->imageScale.column / scale.column};
+  }
   std::string Name() const override { return full_->Name() + " through ICHIPB"; }
   double Error() const override { return full_->Error(); }
   std::optional<double> Height() const override { return full_->Height(); }
+  const RationalForm* Polynomials() const override { return form_ ? &*form_ : nullptr; }
   std::string ToGround(ImagePoint point, double height, GroundPoint& ground) const override {
     return full_->ToGround(chip_.ToFull(point), height, ground);
   }
@@ -28,6 +38,7 @@ class OfChip : public PlaceModel {
  private:
   std::unique_ptr<PlaceModel> full_;
   Chip chip_;
+  std::optional<RationalForm> form_;  // in the chip's rows and columns, where it can be
 };
 
 // The points 11, 12, 21 and 22 of one of the two images.
@@ -115,6 +126,17 @@ ImagePoint Chip::Apply(const Matrix& matrix, ImagePoint point) {
     return matrix[i][0] * point.row + matrix[i][1] * point.column + matrix[i][2];
   };
   return {row(0) / row(2), row(1) / row(2)};
+}
+
+bool Chip::IsUpright(ImagePoint& first, ImagePoint& scale) const {
+  constexpr double kFar = 10000, kLeast = 1e-3;
+  first = ToFull({0, 0});
+  const ImagePoint below = ToFull({kFar, 0}), right = ToFull({0, kFar}), across = ToFull({kFar, kFar});
+  scale = {(below.row - first.row) / kFar, (right.column - first.column) / kFar};
+  const auto isSame = [](double a, double b) { return std::abs(a - b) < kLeast; };
+  return isSame(below.column, first.column) && isSame(right.row, first.row) &&
+         isSame(across.row, below.row) && isSame(across.column, right.column) && scale.row > 0 &&
+         scale.column > 0;
 }
 
 std::unique_ptr<PlaceModel> ThroughChip(std::unique_ptr<PlaceModel> full, const Chip& chip) {

@@ -14,6 +14,9 @@ class Chip {
   /// None where a record is not whole, says that it has no data, or its points do not make a quadrangle.
   static std::optional<Chip> Of(const TaggedRecord& record);
   ImagePoint ToFull(ImagePoint point) const { return Apply(forward_, point); }
+  /// Where the chip's rows and columns are the full image's, moved and scaled: the first pixel and the
+  /// scale there; false elsewhere.
+  bool IsUpright(ImagePoint& first, ImagePoint& scale) const;
   ImagePoint FromFull(ImagePoint point) const { return Apply(backward_, point); }
 
  private:

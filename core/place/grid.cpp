@@ -25,6 +25,9 @@ class BetweenCorners : public PlaceModel {
   }
   std::string Name() const override { return form_.name; }
   double Error() const override { return form_.error; }
+  std::optional<UtmZone> Zone() const override {
+    return form_.utm ? std::optional(UtmZone{form_.utm->zone, form_.utm->north}) : std::nullopt;
+  }
 
   std::string ToGround(ImagePoint point, double height, GroundPoint& ground) const override {
     const PlanePoint at = At(point.row / Last(form_.rows), point.column / Last(form_.columns));

@@ -17,6 +17,13 @@ struct GroundPoint {
   double latitude, longitude, height;
 };
 
+struct RationalForm;
+/// A zone of UTM.
+struct UtmZone {
+  int number;
+  bool north;
+};
+
 /// What tells where on earth an image lies.
 class PlaceModel {
  public:
@@ -27,6 +34,10 @@ class PlaceModel {
   virtual double Error() const = 0;
   /// The height that places have where none is given; none for models that know nothing of heights.
   virtual std::optional<double> Height() const { return std::nullopt; }
+  /// The zone of UTM in which the model is a plane one; none for degrees.
+  virtual std::optional<UtmZone> Zone() const { return std::nullopt; }
+  /// The rational polynomials of the image's own rows and columns; null for other models.
+  virtual const RationalForm* Polynomials() const { return nullptr; }
   /// The place at a height; words where there is none, empty where there is.
   virtual std::string ToGround(ImagePoint point, double height, GroundPoint& ground) const = 0;
   /// The image's point; words where there is none.

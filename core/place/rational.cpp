@@ -60,6 +60,7 @@ class Rational : public PlaceModel {
   std::string Name() const override { return form_.tag; }
   double Error() const override { return std::hypot(form_.errorBias, form_.errorRandom); }
   std::optional<double> Height() const override { return form_.offset.height; }
+  const RationalForm* Polynomials() const override { return &form_; }
 
   std::string ToImage(GroundPoint ground, ImagePoint& point) const override {
     const Normalised at = {(ground.latitude - form_.offset.latitude) / form_.scale.latitude,

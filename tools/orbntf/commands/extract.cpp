@@ -8,6 +8,8 @@
 #include "core/format/records.h"
 #include "core/format/words.h"
 #include "core/pictures/sample_files.h"
+#include "core/place/georeference.h"
+#include "core/place/placed.h"
 #include "hostkit/hostkit.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/document.h"
@@ -40,9 +42,11 @@ int Fail(const ExtractOptions& options, int32_t status, const std::string& words
   return Report("extract", options.file, status, words);
 }
 
-bool Write(std::FILE* stream, const std::string& form, const SampleImage& image) {
+bool Write(std::FILE* stream, const std::string& form, const SampleImage& image,
+           const std::optional<Georeference>& reference) {
   if (form == "png") return WritePng(stream, image);
-  return form == "raw" ? WriteRaw(stream, image) : WriteTiff(stream, image);
+  return form == "raw" ? WriteRaw(stream, image)
+                       : WriteTiff(stream, image, reference ? &*reference : nullptr);
 }
 
 bool Write(std::FILE* stream, const std::string& bytes) {
@@ -70,20 +74,38 @@ SampleRequest RequestOf(const ExtractOptions& options) {
   return request;
 }
 
+// Where the samples of an extraction lie on earth; none where nothing tells it.
+std::optional<Georeference> ReferenceOf(const ExtractOptions& options, const SurveyedPart& image,
+                                        const SampleImage& samples) {
+  static const RecordDefinitions definitions;
+  const Placed placed = PlaceOf(image, definitions);
+  if (placed.model == nullptr || samples.width == 0 || samples.height == 0) return std::nullopt;
+  const SampleRequest request = RequestOf(options);
+  PlacedPiece piece;
+  piece.row = static_cast<double>(request.row);
+  piece.column = static_cast<double>(request.column);
+  piece.rows = samples.height;
+  piece.columns = samples.width;
+  piece.reduce = request.reduce;
+  return GeoreferenceOf(*placed.model, piece);
+}
+
 int WriteExtraction(const ExtractOptions& options, const Survey& survey, const Extraction& wanted) {
   SampleImage image;
+  std::optional<Georeference> reference;
   if (wanted.image != nullptr) {
     const SampleFault fault = ReadSamples(survey, *wanted.image, RequestOf(options), image);
     if (fault.Met()) return Fail(options, fault.Code(), wanted.image->Title() + ": " + fault.words);
     const std::string problem = WhyNotAs(wanted.form, image);
     if (!problem.empty())
       return Refuse("extract", wanted.image->Title() + ": " + problem + "; write .tif");
+    if (wanted.form == "tif") reference = ReferenceOf(options, *wanted.image, image);
   }
   Output output(wanted.output, wanted.form == "tif" ? Output::Way::ByName : Output::Way::InOrder);
   errno = 0;
   std::FILE* stream = output.Problem().empty() ? output.Stream() : nullptr;
   const bool written =
-      stream != nullptr && (wanted.image != nullptr   ? Write(stream, wanted.form, image)
+      stream != nullptr && (wanted.image != nullptr   ? Write(stream, wanted.form, image, reference)
                             : wanted.whole != nullptr ? WriteData(stream, survey, *wanted.whole)
                                                       : Write(stream, wanted.bytes));
   if (stream != nullptr && !written && errno != 0) output.NoteFailure();

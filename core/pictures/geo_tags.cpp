@@ -1,0 +1,70 @@
+#include "core/pictures/geo_tags.h"
+
+#include <geotiff.h>
+#include <geotiffio.h>
+#include <xtiffio.h>
+
+#include <memory>
+#include <mutex>
+
+namespace core {
+namespace {
+
+constexpr uint32_t kRationalTag = 50844;
+const TIFFFieldInfo kRationalField[] = {{kRationalTag, TIFF_VARIABLE2, TIFF_VARIABLE2, TIFF_DOUBLE,
+                                         FIELD_CUSTOM, 1, 1, const_cast<char*>("RPCCoefficient")}};
+
+bool SetNumbers(TIFF* tiff, uint32_t tag, const std::vector<double>& numbers) {
+  return TIFFSetField(tiff, tag, static_cast<int>(numbers.size()), numbers.data()) == 1;
+}
+
+// A scale and a corner where rows go south and columns east, else a matrix.
+bool SetAffine(TIFF* tiff, const std::array<double, 6>& affine) {
+  const auto [east, eastByColumn, eastByRow, north, northByColumn, northByRow] = affine;
+  if (eastByRow == 0 && northByColumn == 0 && eastByColumn > 0 && northByRow < 0)
+    return SetNumbers(tiff, TIFFTAG_GEOPIXELSCALE, {eastByColumn, -northByRow, 0}) &&
+           SetNumbers(tiff, TIFFTAG_GEOTIEPOINTS, {0, 0, 0, east, north, 0});
+  return SetNumbers(
+      tiff, TIFFTAG_GEOTRANSMATRIX,
+      {eastByColumn, eastByRow, 0, east, northByColumn, northByRow, 0, north, 0, 0, 0, 0, 0, 0, 0, 1});
+}
+
+bool SetControls(TIFF* tiff, const std::vector<Georeference::Control>& controls) {
+  std::vector<double> numbers;
+  for (const auto& [column, row, east, north, height] : controls)
+    numbers.insert(numbers.end(), {column, row, 0, east, north, height});
+  return SetNumbers(tiff, TIFFTAG_GEOTIEPOINTS, numbers);
+}
+
+bool SetKeys(TIFF* tiff, int epsg) {
+  constexpr int kDegrees = 4326;
+  const std::unique_ptr<GTIF, void (*)(GTIF*)> keys(GTIFNew(tiff), GTIFFree);
+  if (keys == nullptr) return false;
+  const bool isDegrees = epsg == kDegrees;
+  return GTIFKeySet(keys.get(), GTModelTypeGeoKey, TYPE_SHORT, 1,
+                    isDegrees ? ModelTypeGeographic : ModelTypeProjected) != 0 &&
+         GTIFKeySet(keys.get(), GTRasterTypeGeoKey, TYPE_SHORT, 1, RasterPixelIsArea) != 0 &&
+         GTIFKeySet(keys.get(), isDegrees ? GeographicTypeGeoKey : ProjectedCSTypeGeoKey, TYPE_SHORT, 1,
+                    epsg) != 0 &&
+         GTIFWriteKeys(keys.get()) != 0;
+}
+
+}  // namespace
+
+void DeclareGeoTags() {
+  static std::once_flag once;
+  std::call_once(once, [] { XTIFFInitialize(); });
+}
+
+bool SetGeoTags(TIFF* tiff, const Georeference& reference) {
+  if (!reference.rational.empty() &&
+      (TIFFMergeFieldInfo(tiff, kRationalField, 1) != 0 ||
+       TIFFSetField(tiff, kRationalTag, static_cast<uint32_t>(reference.rational.size()),
+                    reference.rational.data()) != 1))
+    return false;
+  if (reference.affine) return SetAffine(tiff, *reference.affine) && SetKeys(tiff, reference.epsg);
+  return reference.controls.empty() ||
+         (SetControls(tiff, reference.controls) && SetKeys(tiff, reference.epsg));
+}
+
+}  // namespace core

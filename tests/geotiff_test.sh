@@ -1,0 +1,98 @@
+#!/usr/bin/env bash
+# Where extracted TIFF files lie, by a reader of their own. Arguments: the tool, the project's folder, a scratch folder.
+# Ends with 77 without that reader.
+set -euo pipefail
+. "$(dirname "$0")/support/tool.sh"
+tool=$1
+python3=$(command -v /usr/bin/python3 || command -v python3)
+"$python3" -c 'import tifffile' 2>/dev/null || { echo "no tifffile"; exit 77; }
+scratch=$(mktemp -d "$3/geotiff-XXXXXX")
+trap 'rm -rf "$scratch"' EXIT
+cd "$scratch"
+"$python3" - "$tool" <<'PYTHON'
+import json, random, subprocess, sys
+import tifffile
+
+tool = sys.argv[1]
+random.seed(20261126)
+
+def run(*words):
+    return subprocess.run([tool, *words], check=True, capture_output=True, text=True).stdout
+
+def place(file, row, column):
+    at = json.loads(run("locate", file, "--pixel", f"{row!r},{column!r}"))
+    return at["longitude"], at["latitude"]
+
+def page(file, *options):
+    run("extract", file, "image:0", "-o", "out.tif", *options)
+    with tifffile.TiffFile("out.tif") as tiff:
+        rational = tiff.pages[0].tags.get(50844)
+        return tiff.geotiff_metadata, rational.value if rational else None, tiff.pages[0].shape
+
+# The middle of a pixel by the tags; rows and columns of the file.
+def by_tags(keys, row, column):
+    if "ModelPixelScale" in keys:
+        scale, tie = keys["ModelPixelScale"], keys["ModelTiepoint"]
+        return tie[3] + (column + 0.5) * scale[0], tie[4] - (row + 0.5) * scale[1]
+    east, north = keys["ModelTransformation"][:2]
+    return [line[0] * (column + 0.5) + line[1] * (row + 0.5) + line[3] for line in (east, north)]
+
+def close(a, b, most):
+    assert all(abs(x - y) <= most for x, y in zip(a, b)), (list(a), list(b), most)
+
+with open("ramp.pgm", "wb") as picture:
+    picture.write(b"P5 64 48 255\n" + bytes(i % 251 for i in range(64 * 48)))
+run("new", "-o", "plain.ntf", "--station", "S", "--image", "ramp.pgm", "--lossless")
+keys, rational, _ = page("plain.ntf")
+assert keys is None and rational is None, "nothing tells a place"
+
+# Degrees, upright and turned; a piece and a smaller picture of it.
+corners = ["+52.000+010.000+52.000+011.000+51.000+011.000+51.000+010.000",
+           "+52.000+010.500+51.500+011.000+51.000+010.500+51.500+010.000",
+           "+52.000+179.500+52.000-179.500+51.000-179.500+51.000+179.500"]
+for text in corners:
+    run("set", "plain.ntf", "-o", "d.ntf", "image:0", "ICORDS=D", f"IGEOLO={text}")
+    for options, row, column, size in ([], 0, 0, 1), (["--region", "8,16,24,32"], 8, 16, 1), (["--reduce", "1"], 0, 0, 2):
+        keys, _, _ = page("d.ntf", *options)
+        assert keys["GeographicTypeGeoKey"] == 4326 and keys["GTRasterTypeGeoKey"] == 1, keys
+        for r, c in ((0, 0), (5, 7), (20, 11)):
+            east, north = place("d.ntf", row + (r + 0.5) * size - 0.5, column + (c + 0.5) * size - 0.5)
+            x, y = by_tags(keys, r, c)
+            close(((x + 180) % 360, y), ((east + 180) % 360, north), 1e-9)
+
+# Metres of a zone, south.
+run("set", "plain.ntf", "-o", "s.ntf", "image:0", "ICORDS=S",
+    "IGEOLO=" + "335000008000000335063008000000335063007995300335000007995300")
+keys, _, _ = page("s.ntf")
+assert keys["ProjectedCSTypeGeoKey"] == 32733, keys
+close(by_tags(keys, 0, 0), (500000, 8000000), 1e-6)
+close(by_tags(keys, 47, 63), (506300, 7995300), 1e-6)
+
+# Polynomials, of a whole image, a piece, and a chip of every second pixel.
+def term(number):
+    text = f"{number:+.6E}"
+    return text[:-2] + text[-1:]
+
+terms = [[random.uniform(-.01, .01) for _ in range(20)] for _ in range(4)]
+terms[0][2], terms[1][0], terms[2][1], terms[3][0] = -1, 1, 1, 1
+front = "1" + "0003.00" + "0004.00" + "012345" + "06789" + "+48.2500" + "+016.3700" + "+0200" + "012000" + "06500" + "+00.1000" + "+000.1500" + "+0500"
+with open("rpc", "w") as record:
+    record.write(front + "".join(term(number) for list_ in terms for number in list_))
+points = [(0.5, 0.5), (0.5, 63.5), (47.5, 0.5), (47.5, 63.5)]
+with open("chip", "w") as record:
+    record.write("00" + "0001.00000" + "0000" + "".join(f"{r:012.3f}{c:012.3f}" for r, c in points)
+                 + "".join(f"{9000 + 2 * (r - .5) + .5:012.3f}{5000 + 2 * (c - .5) + .5:012.3f}" for r, c in points)
+                 + "0002000000020000")
+run("set", "plain.ntf", "-o", "r.ntf", "image:0", "record:RPC00B=@rpc")
+run("set", "r.ntf", "-o", "c.ntf", "image:0", "record:ICHIPB=@chip")
+_, rational, _ = page("r.ntf", "--region", "8,16,24,32")
+assert len(rational) == 92 and rational[2:4] == (12345 - 8, 6789 - 16), rational[:12]
+close(rational[12:], [float(term(number)) for list_ in terms for number in list_], 1e-15)
+_, rational, _ = page("r.ntf", "--reduce", "2")
+close(rational[2:4] + rational[7:9], ((12345 + .5) / 4 - .5, (6789 + .5) / 4 - .5, 3000, 1625), 1e-9)
+keys, rational, _ = page("c.ntf")
+close(rational[2:4] + rational[7:9], ((12345 - 9000) / 2, (6789 - 5000) / 2, 6000, 3250), 1e-6)
+for r, c in ((0, 0), (47, 63), (11, 50)):
+    x, y = place("c.ntf", r, c)
+    close(by_tags(keys, r, c), (x, y), 2e-5)
+PYTHON
