@@ -60,6 +60,16 @@ for text in corners:
             x, y = by_tags(keys, r, c)
             close(((x + 180) % 360, y), ((east + 180) % 360, north), 1e-9)
 
+# Pictures: pieces and sizes of one image, by itself and at its place on the canvas.
+run("set", "d.ntf", "-o", "moved.ntf", "image:0", "IGEOLO=" + corners[0], "ILOC=10,20")
+for options, row, column, down, across in ([], -10, -20, 1, 1), (["--region", "10,20,48,64", "--scale", "1/2"], 0, 0, 2, 2), \
+        (["--segment", "image:0", "--size", "16"], 0, 0, 4, 4):
+    run("render", "moved.ntf", "-o", "picture.tif", *options)
+    with tifffile.TiffFile("picture.tif") as tiff:
+        keys = tiff.geotiff_metadata
+    for r, c in ((0, 0), (11, 15)):
+        close(by_tags(keys, r, c), place("moved.ntf", row + (r + 0.5) * down - 0.5, column + (c + 0.5) * across - 0.5), 1e-9)
+
 # Metres of a zone, south.
 run("set", "plain.ntf", "-o", "s.ntf", "image:0", "ICORDS=S",
     "IGEOLO=" + "335000008000000335063008000000335063007995300335000007995300")

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/pictures/geo_tags.h"
 #include "core/pictures/picture.h"
 #include "core/pictures/tiff_file.h"
 
@@ -14,12 +15,13 @@ constexpr uint32_t kTile = 256;
 
 class TiffWriter : public PictureWriter {
  public:
-  TiffWriter(std::FILE* file, uint32_t width, uint32_t height)
+  TiffWriter(std::FILE* file, uint32_t width, uint32_t height, const Georeference* reference)
       : stride_(3 * size_t{width}),
         columns_((width + kTile - 1) / kTile),
         height_(height),
         rows_(stride_ * std::min(height, kTile)),
         tile_(size_t{3} * kTile * kTile) {
+    if (reference != nullptr) DeclareGeoTags();
     tiff_ = OpenTiffFile(dup(fileno(file)), "w8");
     if (tiff_ == nullptr) return;
     good_ = TIFFSetField(tiff_, TIFFTAG_IMAGEWIDTH, width) &&
@@ -31,7 +33,8 @@ class TiffWriter : public PictureWriter {
             TIFFSetField(tiff_, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE) &&
             TIFFSetField(tiff_, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL) &&
             TIFFSetField(tiff_, TIFFTAG_TILEWIDTH, kTile) &&
-            TIFFSetField(tiff_, TIFFTAG_TILELENGTH, kTile);
+            TIFFSetField(tiff_, TIFFTAG_TILELENGTH, kTile) &&
+            (reference == nullptr || SetGeoTags(tiff_, *reference));
   }
   ~TiffWriter() override {
     if (tiff_ != nullptr) TIFFClose(tiff_);
@@ -72,8 +75,9 @@ class TiffWriter : public PictureWriter {
 
 }  // namespace
 
-std::unique_ptr<PictureWriter> StartTiff(std::FILE* file, uint32_t width, uint32_t height) {
-  return std::make_unique<TiffWriter>(file, width, height);
+std::unique_ptr<PictureWriter> StartTiff(std::FILE* file, uint32_t width, uint32_t height,
+                                         const Georeference* reference) {
+  return std::make_unique<TiffWriter>(file, width, height, reference);
 }
 
 }  // namespace core

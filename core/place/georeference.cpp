@@ -16,7 +16,7 @@ struct PlanePoint {
 class Plane {
  public:
   Plane(const PlaceModel& model, const PlacedPiece& piece)
-      : model_(model), piece_(piece), zone_(model.Zone()), size_(std::exp2(piece.reduce)) {
+      : model_(model), piece_(piece), zone_(model.Zone()) {
     GroundPoint middle{};
     isPlaced_ = Ground({piece.rows / 2, piece.columns / 2}, middle);
     meridian_ = middle.longitude;
@@ -40,7 +40,8 @@ class Plane {
  private:
   bool Ground(ImagePoint point, GroundPoint& ground) const {
     return model_
-        .ToGround({piece_.row + point.row * size_ - 0.5, piece_.column + point.column * size_ - 0.5},
+        .ToGround({piece_.row + point.row * piece_.rowSize - 0.5,
+                   piece_.column + point.column * piece_.columnSize - 0.5},
                   model_.Height().value_or(0), ground)
         .empty();
   }
@@ -48,7 +49,7 @@ class Plane {
   const PlaceModel& model_;
   const PlacedPiece& piece_;
   std::optional<UtmZone> zone_;
-  double size_, meridian_ = 0;
+  double meridian_ = 0;
   bool isPlaced_ = false;
 };
 
@@ -89,16 +90,15 @@ bool ForGrid(const Plane& plane, const PlacedPiece& piece, int steps, Take take)
 
 // The polynomials with the piece's own rows and columns.
 std::vector<double> RationalOf(const RationalForm& form, const PlacedPiece& piece) {
-  const double size = std::exp2(piece.reduce);
   std::vector<double> tag = {form.errorBias,
                              form.errorRandom,
-                             (form.imageOffset.row - piece.row + 0.5) / size - 0.5,
-                             (form.imageOffset.column - piece.column + 0.5) / size - 0.5,
+                             (form.imageOffset.row - piece.row + 0.5) / piece.rowSize - 0.5,
+                             (form.imageOffset.column - piece.column + 0.5) / piece.columnSize - 0.5,
                              form.offset.latitude,
                              form.offset.longitude,
                              form.offset.height,
-                             form.imageScale.row / size,
-                             form.imageScale.column / size,
+                             form.imageScale.row / piece.rowSize,
+                             form.imageScale.column / piece.columnSize,
                              form.scale.latitude,
                              form.scale.longitude,
                              form.scale.height};

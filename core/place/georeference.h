@@ -6,11 +6,11 @@
 
 namespace core {
 
-/// A piece of an image, of which squares of 2^reduce pixels are one.
+/// A piece of an image, of which some rows and columns are one.
 struct PlacedPiece {
   double row = 0, column = 0;
-  double rows = 0, columns = 0;  ///< of the piece's own pixels
-  uint32_t reduce = 0;
+  double rows = 0, columns = 0;        ///< of the piece's own pixels
+  double rowSize = 1, columnSize = 1;  ///< rows and columns of the image in one of the piece
 };
 
 /// An affine map where the model is one within half a pixel over the piece, else control points; none

@@ -1,6 +1,7 @@
 // orbntf extract: what a file holds, as it is stored.
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <filesystem>
 
 #include "Common/Bounds.h"
@@ -86,7 +87,7 @@ std::optional<Georeference> ReferenceOf(const ExtractOptions& options, const Sur
   piece.column = static_cast<double>(request.column);
   piece.rows = samples.height;
   piece.columns = samples.width;
-  piece.reduce = request.reduce;
+  piece.rowSize = piece.columnSize = std::exp2(request.reduce);
   return GeoreferenceOf(*placed.model, piece);
 }
 

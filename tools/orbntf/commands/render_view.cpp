@@ -2,6 +2,8 @@
 #include <cerrno>
 
 #include "core/format/words.h"
+#include "core/place/georeference.h"
+#include "core/place/placed.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/commands/render.h"
 #include "tools/orbntf/inspect/explain.h"
@@ -53,6 +55,33 @@ bool IsOnPicture(const RenderOptions& options, const FileView& view) {
          uint64_t{part.column} + part.width <= view.FullWidth();
 }
 
+// Where a picture of one image lies on earth; none for others, and where nothing tells it.
+std::optional<Georeference> ReferenceOf(const RenderOptions& options, const Survey& survey,
+                                        const ViewRequest& request, const FileView& view) {
+  static const RecordDefinitions definitions;
+  const bool isAlone = !options.segment.empty();
+  const SurveyedPart* image = survey.Find(PartKind::Image, isAlone ? options.image : 0);
+  if (options.form != PictureForm::Tiff || image == nullptr ||
+      (!isAlone && survey.Count(PartKind::Image) != 1))
+    return std::nullopt;
+  const Placed placed = PlaceOf(*image, definitions);
+  const Places places(survey);
+  const PlacedSegment* stands = places.Of(*image);
+  if (placed.model == nullptr || (!isAlone && stands == nullptr)) return std::nullopt;
+  const uint64_t columns = request.columns != 0 ? request.columns : view.FullWidth() - request.column,
+                 rows = request.rows != 0 ? request.rows : view.FullHeight() - request.row;
+  PlacedPiece piece;
+  piece.row = static_cast<double>(request.row) - (isAlone ? 0.0 : static_cast<double>(stands->top));
+  piece.column =
+      static_cast<double>(request.column) - (isAlone ? 0.0 : static_cast<double>(stands->left));
+  piece.rows = view.Height();
+  piece.columns = view.Width();
+  const bool isFitted = options.size != 0;
+  piece.rowSize = isFitted ? static_cast<double>(rows) / view.Height() : options.factor;
+  piece.columnSize = isFitted ? static_cast<double>(columns) / view.Width() : options.factor;
+  return GeoreferenceOf(*placed.model, piece);
+}
+
 }  // namespace
 
 int RenderView(const RenderOptions& options, const std::string& file, Output& output) {
@@ -73,7 +102,9 @@ int RenderView(const RenderOptions& options, const std::string& file, Output& ou
   WorkAccount::AllowPixels(view.PixelsToMake());
   std::FILE* stream = output.Stream();
   if (stream == nullptr) return Report("render", file, ORB_SHORT_WRITE, output.Problem());
-  const auto writer = PictureWriter::Start(options.form, stream, view.Width(), view.Height());
+  const std::optional<Georeference> reference = ReferenceOf(options, survey, request, view);
+  const auto writer = PictureWriter::Start(options.form, stream, view.Width(), view.Height(),
+                                           reference ? &*reference : nullptr);
   errno = 0;
   SampleFault fault = view.Draw([&](uint32_t y, const uint8_t* rgb) {
     if (options.progress) ShowProgress(y, view.Height());
