@@ -325,6 +325,18 @@ TEST(Place, ExtentsOfImages) {
   EXPECT_EQ(core::ExtentOf(*turned.model, 0, 8), std::nullopt);
 }
 
+TEST(Place, TextsOfCornersAreTheOnesThatTheyCameFrom) {
+  for (const CornersForm& form : kForms) {
+    const auto corners = core::CornersOf(form.code[0], form.text);
+    ASSERT_TRUE(corners.has_value());
+    EXPECT_EQ(core::IgeoloText(form.code[0], *corners), form.text);
+  }
+  EXPECT_EQ(core::IgeoloText('X', {}), std::nullopt);
+  EXPECT_EQ(core::IgeoloText('D', {{{91, 0}, {0, 0}, {0, 0}, {0, 0}}}), std::nullopt);
+  EXPECT_EQ(core::IgeoloText('N', {{{52, 16}, {52, -120}, {51, 16}, {51, 17}}}), std::nullopt)
+      << "too far from the zone";
+}
+
 std::string GeoJsonOf(const core::GeographicCorners& corners) {
   core::JsonText json(false);
   WritePolygon(json, corners);

@@ -1,8 +1,10 @@
 #include "core/edit/fields.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "core/format/allowed.h"
+#include "core/format/geography.h"
 #include "core/format/words.h"
 
 namespace core {
@@ -76,6 +78,29 @@ std::string PlaceText(const std::string& field, const std::string& value) {
     text += (isNegative ? "-" : "") + std::string((isNegative ? 4 : 5) - digits.size(), '0') + digits;
   }
   return text;
+}
+
+// Eight numbers, latitude and longitude of each corner, in the form of the image; other values stay.
+std::string CornersText(const std::string& value, char icords) {
+  GeographicCorners corners{};
+  size_t count = 0;
+  std::string_view left = value;
+  while (!left.empty() && count < 8) {
+    const size_t end = std::min(left.find_first_of(", "), left.size());
+    if (end != 0) {
+      double& number = count % 2 == 0 ? corners[count / 2].latitude : corners[count / 2].longitude;
+      const size_t sign = left[0] == '+' ? 1 : 0;
+      const auto parsed = std::from_chars(left.data() + sign, left.data() + end, number);
+      if (parsed.ec != std::errc() || parsed.ptr != left.data() + end) return value;
+      ++count;
+    }
+    left.remove_prefix(std::min(end + 1, left.size()));
+  }
+  if (count != 8 || !left.empty()) return value;
+  const auto text = IgeoloText(icords, corners);
+  if (!text)
+    RefuseArgument("IGEOLO: the form " + Quoted(std::string(1, icords)) + " cannot say these corners");
+  return *text;
 }
 
 // "#RRGGBB" as three bytes.
@@ -176,12 +201,13 @@ void SetField(DraftPart& part, const FieldChange& change) {
   if (!found) RefuseArgument(name + ": no such field here");
   RefuseUnsettable(name);
   const std::string_view form = part.Fields().Text("ICORDS");
-  const std::string problem =
-      change.force ? "" : ProblemOf(name, change.value, form.empty() ? ' ' : form[0]);
+  const char icords = form.empty() ? ' ' : form[0];
+  const std::string value = name == "IGEOLO" ? CornersText(change.value, icords) : change.value;
+  const std::string problem = change.force ? "" : ProblemOf(name, value, icords);
   if (!problem.empty()) RefuseArgument(name + ": " + problem + " (--force takes it all the same)");
   part.named.insert(name);
   if (name == "ICORDS") return SetCornerForm(part, change);
-  part.Put(name, StoredText(name, found->form, found->text.size(), change.value, change.force));
+  part.Put(name, StoredText(name, found->form, found->text.size(), value, change.force));
 }
 
 void SetEverywhere(Draft& draft, const FieldChange& change) {

@@ -2,8 +2,10 @@
 
 #include <GeographicLib/MGRS.hpp>
 #include <GeographicLib/TransverseMercator.hpp>
+#include <GeographicLib/UTMUPS.hpp>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <string>
 
 namespace core {
@@ -117,6 +119,72 @@ std::optional<GeographicCorners> CornersOf(char icords, std::string_view igeolo)
     corners[i] = *point;
   }
   return corners;
+}
+
+namespace {
+
+std::string Sexagesimal(double degrees, const char* form, char positive, char negative) {
+  constexpr long long kMinute = 60, kDegree = 3600;
+  const long long seconds = std::llround(std::abs(degrees) * kDegree);
+  char text[24];
+  std::snprintf(text, sizeof text, form, seconds / kDegree, seconds / kMinute % kMinute,
+                seconds % kMinute, degrees < 0 ? negative : positive);
+  return text;
+}
+
+// A point in metres of a zone, 0 for its own one; empty where it cannot be told in them.
+std::string MetresText(char icords, const GeographicPoint& point, int& zone) {
+  const bool north = icords == 'U' ? point.latitude >= 0 : icords == 'N';
+  if (zone == 0) zone = GeographicLib::UTMUPS::StandardZone(point.latitude, point.longitude);
+  if (zone < 1 || zone > 60) return "";
+  const UtmPoint at = ToUtm(zone, north, point);
+  const long long easting = std::llround(at.easting), northing = std::llround(at.northing);
+  if (easting < 0 || easting > 999999 || northing < 0 || northing > 9999999) return "";
+  char text[32];
+  std::snprintf(text, sizeof text, "%02d%06lld%07lld", zone, easting, northing);
+  if (icords != 'U') return text;
+  try {
+    std::string mgrs;
+    GeographicLib::MGRS::Forward(zone, north, static_cast<double>(easting) + 0.5,
+                                 static_cast<double>(northing) + 0.5, point.latitude, 5, mgrs);
+    return mgrs;
+  } catch (const GeographicLib::GeographicErr&) {
+    return "";
+  }
+}
+
+std::string CornerText(char icords, const GeographicPoint& point, int& zone) {
+  char text[32];
+  switch (icords) {
+    case 'G':
+      return Sexagesimal(point.latitude, "%02lld%02lld%02lld%c", 'N', 'S') +
+             Sexagesimal(point.longitude, "%03lld%02lld%02lld%c", 'E', 'W');
+    case 'D':
+      std::snprintf(text, sizeof text, "%+07.3f%+08.3f", point.latitude, point.longitude);
+      return text;
+    case 'U':
+      zone = 0;
+      [[fallthrough]];
+    case 'N':
+    case 'S':
+      return MetresText(icords, point, zone);
+    default:
+      return "";
+  }
+}
+
+}  // namespace
+
+std::optional<std::string> IgeoloText(char icords, const GeographicCorners& corners) {
+  std::string text;
+  int zone = 0;
+  for (const GeographicPoint& corner : corners) {
+    if (!Checked(corner.latitude, corner.longitude)) return std::nullopt;
+    const std::string own = CornerText(icords, corner, zone);
+    if (own.size() != kCornerWidth) return std::nullopt;
+    text += own;
+  }
+  return CornersOf(icords, text) ? std::optional(text) : std::nullopt;
 }
 
 std::optional<UtmCorners> UtmCornersOf(char icords, std::string_view igeolo) {
