@@ -19,8 +19,8 @@ using GeographicCorners = std::array<GeographicPoint, 4>;
 /// anything else.
 std::optional<GeographicCorners> CornersOf(char icords, std::string_view igeolo);
 
-/// The text of IGEOLO that is nearest to corners, in one of the forms G, D, N, S and U; none where the form
-/// cannot say them: N and S in the zone of the first corner.
+/// The text of IGEOLO that is nearest to corners, in one of the forms G, D, N, S and U; none where the
+/// form cannot say them: N and S in the zone of the first corner.
 std::optional<std::string> IgeoloText(char icords, const GeographicCorners& corners);
 
 /// Metres in a zone of UTM on the WGS 84 ellipsoid.
