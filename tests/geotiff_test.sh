@@ -70,6 +70,24 @@ for options, row, column, down, across in ([], -10, -20, 1, 1), (["--region", "1
     for r, c in ((0, 0), (11, 15)):
         close(by_tags(keys, r, c), place("moved.ntf", row + (r + 0.5) * down - 0.5, column + (c + 0.5) * across - 0.5), 1e-9)
 
+# There and back: a picture that comes out is taken again with its place, in every form that can say it.
+def corners_of(file):
+    image = json.loads(run("info", "--json", file))["images"][0]
+    return image["ICORDS"], image.get("IGEOLO")
+
+for text in corners:
+    run("set", "plain.ntf", "-o", "d.ntf", "image:0", "ICORDS=D", f"IGEOLO={text}")
+    run("extract", "d.ntf", "image:0", "-o", "out.tif")
+    run("new", "-o", "again.ntf", "--station", "S", "--image", "out.tif", "--lossless")
+    assert corners_of("again.ntf") == ("D", text), corners_of("again.ntf")
+    for form, most in ("G", 1 / 3600), ("U", 0.01), ("N", 0.01):
+        run("new", "-o", "again.ntf", "--station", "S", "--image", "out.tif", "--lossless", "--icords", form)
+        assert corners_of("again.ntf")[0] == form
+        close(place("again.ntf", 20, 30), place("d.ntf", 20, 30), most)
+refused = subprocess.run([tool, "new", "-o", "no.ntf", "--station", "S", "--image", "out.tif", "--icords", "S"],
+                         capture_output=True, text=True)
+assert refused.returncode == 1 and "cannot be told in the form S" in refused.stderr, refused.stderr
+
 # Metres of a zone, south.
 run("set", "plain.ntf", "-o", "s.ntf", "image:0", "ICORDS=S",
     "IGEOLO=" + "335000008000000335063008000000335063007995300335000007995300")
@@ -77,6 +95,8 @@ keys, _, _ = page("s.ntf")
 assert keys["ProjectedCSTypeGeoKey"] == 32733, keys
 close(by_tags(keys, 0, 0), (500000, 8000000), 1e-6)
 close(by_tags(keys, 47, 63), (506300, 7995300), 1e-6)
+run("new", "-o", "again.ntf", "--station", "S", "--image", "out.tif", "--lossless")
+assert corners_of("again.ntf") == corners_of("s.ntf"), corners_of("again.ntf")
 
 # Polynomials, of a whole image, a piece, and a chip of every second pixel.
 def term(number):

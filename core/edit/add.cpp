@@ -64,6 +64,12 @@ void SetLayers(Draft& draft, const DraftPart& image, const std::string& layers) 
   PutRecord(draft, {PartKind::Image, draft.IndexOf(image), "J2KLRA", 1}, layers);
 }
 
+void SetCorners(DraftPart& part, const CornerFields& corners) {
+  if (corners.igeolo.empty()) return;
+  SetField(part, {"ICORDS", corners.icords});
+  SetField(part, {"IGEOLO", corners.igeolo});
+}
+
 }  // namespace
 
 Draft NewFile(const Labels& labels) {
@@ -80,6 +86,7 @@ DraftPart& AddImages(Draft& draft, std::vector<StoredImage> images, const Placin
     DraftPart part(PartKind::Image, NewImageHeader(images[i].form), std::move(images[i].data));
     part.Put("IDATIM", labels.date);
     SetClass(part, labels);
+    SetCorners(part, images[i].corners);
     Placing place = placing;
     if (i > 0)
       place = {draft.Find(PartKind::Image, draft.Count(PartKind::Image) - 1),

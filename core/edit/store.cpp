@@ -221,6 +221,8 @@ std::vector<StoredImage> StoreRaster(Draft& draft, Raster& given, const std::str
   for (size_t i = 0; i < stores.size(); ++i) {
     images.push_back(FinishImage(draft, stores[i], form, options, pad));
     images.back().top = tops[i];
+    images.back().corners =
+        CornersFor(given.Form(), tops[i], stores[i].Form().height, options.icords, notes);
   }
   return images;
 }

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "core/edit/block_store.h"
+#include "core/edit/corners.h"
 
 namespace core {
 
@@ -19,7 +20,8 @@ struct StoreOptions {
   bool isAsIs = false;    ///< the stream of a JPEG or JPEG 2000 file itself
   std::optional<std::array<uint8_t, 3>> background;  ///< what shines through transparent pixels
   std::optional<uint64_t>
-      pad;  ///< bits of samples that are no data, where the picture does not say itself
+      pad;          ///< bits of samples that are no data, where the picture does not say itself
+  char icords = 0;  ///< the form of the corners: G, D, N, S or U; 0 for that of the picture's places
   uint32_t page = UINT32_MAX;       ///< of a TIFF file; UINT32_MAX for the only one
   uint64_t mostBytes = 9999999998;  ///< of a segment: larger pictures are split by rows
 };
@@ -30,6 +32,7 @@ struct StoredImage {
   Pieces data;
   uint32_t top = 0;         ///< of its first row in the picture
   std::string layers = {};  ///< the data of a J2KLRA record; empty for none
+  CornerFields corners = {};
 };
 
 }  // namespace core

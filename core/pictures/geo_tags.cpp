@@ -4,6 +4,7 @@
 #include <geotiffio.h>
 #include <xtiffio.h>
 
+#include <cmath>
 #include <memory>
 #include <mutex>
 
@@ -49,7 +50,57 @@ bool SetKeys(TIFF* tiff, int epsg) {
          GTIFWriteKeys(keys.get()) != 0;
 }
 
+std::vector<double> NumbersOf(TIFF* tiff, uint32_t tag) {
+  uint16_t count = 0;
+  double* numbers = nullptr;
+  if (TIFFGetField(tiff, tag, &count, &numbers) != 1 || numbers == nullptr) return {};
+  return {numbers, numbers + count};
+}
+
+// The map of a matrix, or of a scale and the place of one point.
+std::optional<std::array<double, 6>> AffineOf(TIFF* tiff) {
+  const std::vector<double> matrix = NumbersOf(tiff, TIFFTAG_GEOTRANSMATRIX),
+                            scale = NumbersOf(tiff, TIFFTAG_GEOPIXELSCALE),
+                            tie = NumbersOf(tiff, TIFFTAG_GEOTIEPOINTS);
+  std::array<double, 6> affine{};
+  if (matrix.size() == 16) {
+    affine = {matrix[3], matrix[0], matrix[1], matrix[7], matrix[4], matrix[5]};
+  } else if (scale.size() >= 2 && tie.size() == 6) {
+    affine = {tie[3] - tie[0] * scale[0], scale[0], 0, tie[4] + tie[1] * scale[1], 0, -scale[1]};
+  } else {
+    return std::nullopt;
+  }
+  for (const double number : affine) {
+    if (!std::isfinite(number)) return std::nullopt;
+  }
+  return affine;
+}
+
+int KeyOf(GTIF* keys, geokey_t key) {
+  uint16_t value = 0;
+  return GTIFKeyGet(keys, key, &value, 0, 1) == 1 ? value : 0;
+}
+
 }  // namespace
+
+std::optional<Georeference> GetGeoTags(TIFF* tiff) {
+  Georeference reference;
+  reference.affine = AffineOf(tiff);
+  if (!reference.affine && NumbersOf(tiff, TIFFTAG_GEOTIEPOINTS).empty()) return std::nullopt;
+  const std::unique_ptr<GTIF, void (*)(GTIF*)> keys(GTIFNew(tiff), GTIFFree);
+  if (keys == nullptr) return std::nullopt;
+  const int model = KeyOf(keys.get(), GTModelTypeGeoKey);
+  reference.epsg = model == ModelTypeGeographic  ? KeyOf(keys.get(), GeographicTypeGeoKey)
+                   : model == ModelTypeProjected ? KeyOf(keys.get(), ProjectedCSTypeGeoKey)
+                                                 : 0;
+  // Tags may be about the middles of pixels.
+  if (reference.affine && KeyOf(keys.get(), GTRasterTypeGeoKey) == RasterPixelIsPoint) {
+    std::array<double, 6>& map = *reference.affine;
+    map[0] -= (map[1] + map[2]) / 2;
+    map[3] -= (map[4] + map[5]) / 2;
+  }
+  return reference;
+}
 
 void DeclareGeoTags() {
   static std::once_flag once;

@@ -9,6 +9,8 @@ namespace core {
 
 /// Makes the tags known to files that are opened from then on.
 void DeclareGeoTags();
+/// What the tags of an open file tell; none where there are none.
+std::optional<Georeference> GetGeoTags(TIFF* tiff);
 /// Sets them; false when the file does not take them.
 bool SetGeoTags(TIFF* tiff, const Georeference& reference);
 

@@ -6,6 +6,7 @@
 #include <stdexcept>
 
 #include "core/format/bytes.h"
+#include "core/pictures/georeference.h"
 #include "core/samples/image.h"
 
 namespace core {
@@ -29,6 +30,8 @@ struct RasterForm {
   std::vector<uint8_t> palette;       ///< red, green, blue of each value
   std::vector<uint8_t> paletteAlpha;  ///< of the first values; the others are opaque
   std::optional<std::string> noData;  ///< a number in words: pixels of it are none
+  /// Where it lies; of another system than is known here the code is 0.
+  std::optional<Georeference> reference;
 };
 
 /// Some of its samples in host order, those of its bands side by side in pixels, rows without gaps. A

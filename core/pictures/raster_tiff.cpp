@@ -3,6 +3,7 @@
 
 #include <tiffio.h>
 
+#include "core/pictures/geo_tags.h"
 #include "core/pictures/raster.h"
 
 namespace core {
@@ -40,6 +41,7 @@ int Drop(TIFF*, void*, const char*, const char*, va_list) { return 1; }
 using TiffPtr = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
 TiffPtr OpenHandle(TiffBytes& bytes) {
   constexpr tmsize_t kMostAtOnce = 256 << 20;
+  DeclareGeoTags();
   TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
   if (options == nullptr) throw std::bad_alloc();
   TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostAtOnce);
@@ -108,6 +110,7 @@ class TiffRaster : public Raster {
     tiffForm_ = FormOf(tiff_.get());
     TakeColours();
     if (!tiffForm_.isShown) TakeForm();
+    form_.reference = GetGeoTags(tiff_.get());
     RequireSize(form_);
   }
 

@@ -136,20 +136,24 @@ std::unique_ptr<PlaceModel> MakeBetweenCorners(const CornerForm& form) {
   return std::make_unique<BetweenCorners>(form);
 }
 
+CornerForm CornerFormOf(char icords, std::string_view igeolo, double rows, double columns) {
+  const double error = icords == 'G' || icords == 'C' ? kMetresPerDegree / 3600
+                       : icords == 'D'                ? kMetresPerDegree / 1000
+                                                      : 1;
+  return {"IGEOLO",
+          rows,
+          columns,
+          error,
+          CornersOf(icords, igeolo).value_or(GeographicCorners{}),
+          UtmCornersOf(icords, igeolo)};
+}
+
 std::optional<CornerForm> IgeoloOf(const SurveyedPart& image) {
   const std::string_view code = image.Text("ICORDS"), text = image.Text("IGEOLO");
   const char form = code.empty() ? ' ' : code[0];
-  const auto corners = CornersOf(form, text);
-  if (!corners) return std::nullopt;
-  const double error = form == 'G' || form == 'C' ? kMetresPerDegree / 3600
-                       : form == 'D'              ? kMetresPerDegree / 1000
-                                                  : 1;
-  return CornerForm{"IGEOLO",
-                    static_cast<double>(image.Number("NROWS")),
-                    static_cast<double>(image.Number("NCOLS")),
-                    error,
-                    *corners,
-                    UtmCornersOf(form, text)};
+  if (!CornersOf(form, text)) return std::nullopt;
+  return CornerFormOf(form, text, static_cast<double>(image.Number("NROWS")),
+                      static_cast<double>(image.Number("NCOLS")));
 }
 
 std::optional<CornerForm> BlockOf(const SurveyedPart& image, const TaggedRecord& record) {

@@ -19,7 +19,10 @@ struct CornerForm {
 /// Places between corners, bilinear. Null where the corners enclose nothing.
 std::unique_ptr<PlaceModel> MakeBetweenCorners(const CornerForm& form);
 
-/// The corners of IGEOLO, whose error is the width of the last digit of its form.
+/// What a text of IGEOLO says of an image, whose error is the width of the form's last digit. The text is
+/// one.
+CornerForm CornerFormOf(char icords, std::string_view igeolo, double rows, double columns);
+/// The corners of an image.
 std::optional<CornerForm> IgeoloOf(const SurveyedPart& image);
 /// Those of a BLOCKA record that is about the whole image.
 std::optional<CornerForm> BlockOf(const SurveyedPart& image, const TaggedRecord& record);

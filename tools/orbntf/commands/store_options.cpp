@@ -15,7 +15,8 @@ constexpr StoreOption kOptions[] = {
     {"--mode", "how bands lie: B, P, R or S", true},
     {"--masked", "leave out blocks whose pixels are all no data", false},
     {"--background", "#RRGGBB: what shines through transparent pixels", true},
-    {"--page", "page of a TIFF file, from 0", true}};
+    {"--page", "page of a TIFF file, from 0", true},
+    {"--icords", "form of the corners of a picture that has a place: G, D, N, S or U", true}};
 
 // A quality factor of 2 keeps the most, 255 the least.
 std::string TakeFactor(const std::string& value, StoreOptions& options) {
@@ -73,6 +74,12 @@ std::string TakeStoreOption(const std::string& name, const std::string& value, S
   if (name == "--quality") return TakeFactor(value, options);
   if (name == "--jpeg2000") return TakeJpeg2000(value, options);
   if (name == "--background") return TakeColour(value, options);
+  if (name == "--icords") {
+    const bool isForm =
+        value.size() == 1 && std::string_view("GDNSU").find(value[0]) != std::string_view::npos;
+    if (isForm) options.icords = value[0];
+    return isForm ? "" : "--icords takes G, D, N, S or U";
+  }
   if (name != "--mode") return TakeNumber(name, value, options);
   const bool isMode =
       value.size() == 1 && std::string_view("BPRS").find(value[0]) != std::string_view::npos;
