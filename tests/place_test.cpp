@@ -331,6 +331,8 @@ TEST(Place, TextsOfCornersAreTheOnesThatTheyCameFrom) {
     ASSERT_TRUE(corners.has_value());
     EXPECT_EQ(core::IgeoloText(form.code[0], *corners), form.text);
   }
+  EXPECT_TRUE(
+      core::CornersOf('U', "33TWL999999999933TWL999999999933TWL999999999933TWL9999999999").has_value());
   EXPECT_EQ(core::IgeoloText('X', {}), std::nullopt);
   EXPECT_EQ(core::IgeoloText('D', {{{91, 0}, {0, 0}, {0, 0}, {0, 0}}}), std::nullopt);
   EXPECT_EQ(core::IgeoloText('N', {{{52, 16}, {52, -120}, {51, 16}, {51, 17}}}), std::nullopt)

@@ -69,7 +69,8 @@ std::optional<ZonePoint> ZonePointOf(std::string_view text, bool north) {
 
 // "zzBJKeeeeennnnn": zone, latitude band, square of 100 km, metres in it.
 std::optional<ZonePoint> MgrsPointOf(std::string_view text) {
-  if (!NumberOf(text.substr(0, 2)) || !NumberOf(text.substr(5))) return std::nullopt;
+  if (!NumberOf(text.substr(0, 2)) || !NumberOf(text.substr(5, 5)) || !NumberOf(text.substr(10)))
+    return std::nullopt;
   try {
     ZonePoint at{};
     int digits = 0;
