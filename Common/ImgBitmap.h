@@ -27,7 +27,7 @@ inline BlockPlace PlaceOfBlock(const ImageSubheader& header, uint64_t n) {
           static_cast<uint32_t>(n / header.NBPR.value) * header.NPPBV.value};
 }
 
-/// Copies a block's pixels to their place in a segment bitmap, which is then no longer blank. The
+/// Copies a block's pixels to their place in a segment bitmap, which is not blank from then on. The
 /// image-effects library's status.
 Status PlaceBlock(const ImageSource& source, KernelBitmap& segment, KernelBitmap& block,
                   BlockPlace place);

@@ -10,7 +10,7 @@ namespace core {
 /// counted.
 class AreaScaler {
  public:
-  /// A side of the smaller picture is no longer than that of the larger one.
+  /// A side of the smaller picture is at most as long as that of the larger one.
   AreaScaler(uint32_t width, uint32_t height, uint32_t smallWidth, uint32_t smallHeight);
   /// Takes a row of pixels of three bytes; returns the row that it completes, until the next call, or
   /// null.

@@ -329,8 +329,8 @@ class Document {
   uint32_t TextCount() const { return Orb_NITFGetTextHeaderCount(handle_); }
 
   /// Fills all of the record but the lengths of extensions and UDHD and XHD, which Set leaves alone where
-  /// they are null: a record that is given back changes nothing. ShortRead when the file's own header can
-  /// no longer be read, for then a Set would lose some of it.
+  /// they are null: a record that is given back changes nothing. ShortRead when the file's own header
+  /// cannot be read, for then a Set would lose some of it.
   Status Get(FileRecord& record) {
     const auto status = static_cast<Status>(Orb_NITFGetNITFHeader(handle_, Fresh(record)));
     if (!IsSuccess(status)) return status;
