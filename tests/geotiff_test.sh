@@ -88,6 +88,20 @@ refused = subprocess.run([tool, "new", "-o", "no.ntf", "--station", "S", "--imag
                          capture_output=True, text=True)
 assert refused.returncode == 1 and "cannot be told in the form S" in refused.stderr, refused.stderr
 
+# Keys of another kind than they should be: numbers and texts where a code stands.
+import numpy
+for kind, where in (34736, "d"), (34737, "s"):
+    for key in 1024, 1025, 2048:
+        values = {1024: 2, 1025: 1, 2048: 4326}
+        directory = [1, 1, 0, 3] + [n for k in values for n in ((k, kind, 1, 0) if k == key else (k, 0, 1, values[k]))]
+        tags = [(33550, "d", 3, (0.01, 0.01, 0), True), (33922, "d", 6, (0, 0, 0, 10, 52, 0), True),
+                (34735, "H", len(directory), directory, True),
+                (kind, where, 1 if where == "d" else 0, (1e300,) if where == "d" else "x" * 200 + "|", True)]
+        tifffile.imwrite("hostile.tif", numpy.zeros((4, 4), "uint8"), extratags=tags, photometric="minisblack")
+        answer = subprocess.run([tool, "new", "-o", "no.ntf", "--station", "S", "--image", "hostile.tif", "--lossless"],
+                                capture_output=True, text=True)
+        assert answer.returncode in (0, 1) and "ERROR" not in answer.stderr, answer.stderr
+
 # Metres of a zone, south.
 run("set", "plain.ntf", "-o", "s.ntf", "image:0", "ICORDS=S",
     "IGEOLO=" + "335000008000000335063008000000335063007995300335000007995300")

@@ -47,9 +47,9 @@ std::optional<double> SexagesimalOf(std::string_view text, char positive, char n
 }
 
 std::optional<GeographicPoint> Checked(std::optional<double> latitude, std::optional<double> longitude) {
-  if (!latitude || !longitude || std::abs(*latitude) > 90 || std::abs(*longitude) > 180)
-    return std::nullopt;
-  return GeographicPoint{*latitude, *longitude};
+  const bool isOnEarth =
+      latitude && longitude && std::abs(*latitude) <= 90 && std::abs(*longitude) <= 180;
+  return isOnEarth ? std::optional(GeographicPoint{*latitude, *longitude}) : std::nullopt;
 }
 
 // A point in metres of a zone.

@@ -5,6 +5,7 @@
 #include <xtiffio.h>
 
 #include <cmath>
+#include <iterator>
 #include <memory>
 #include <mutex>
 
@@ -12,8 +13,17 @@ namespace core {
 namespace {
 
 constexpr uint32_t kRationalTag = 50844;
-const TIFFFieldInfo kRationalField[] = {{kRationalTag, TIFF_VARIABLE2, TIFF_VARIABLE2, TIFF_DOUBLE,
-                                         FIELD_CUSTOM, 1, 1, const_cast<char*>("RPCCoefficient")}};
+const TIFFFieldInfo kFields[] = {{kNoDataTag, TIFF_VARIABLE2, TIFF_VARIABLE2, TIFF_ASCII, FIELD_CUSTOM, 1,
+                                  1, const_cast<char*>("NoData")},
+                                 {kRationalTag, TIFF_VARIABLE2, TIFF_VARIABLE2, TIFF_DOUBLE, FIELD_CUSTOM,
+                                  1, 1, const_cast<char*>("RPCCoefficient")}};
+
+// Who added tags before, the library of geographic ones among them.
+TIFFExtendProc addOthers = nullptr;
+void AddTags(TIFF* tiff) {
+  (void)TIFFMergeFieldInfo(tiff, kFields, std::size(kFields));
+  if (addOthers != nullptr) addOthers(tiff);
+}
 
 bool SetNumbers(TIFF* tiff, uint32_t tag, const std::vector<double>& numbers) {
   return TIFFSetField(tiff, tag, static_cast<int>(numbers.size()), numbers.data()) == 1;
@@ -76,9 +86,10 @@ std::optional<std::array<double, 6>> AffineOf(TIFF* tiff) {
   return affine;
 }
 
+// A key's code; 0 for none, and for what is no single code.
 int KeyOf(GTIF* keys, geokey_t key) {
   uint16_t value = 0;
-  return GTIFKeyGet(keys, key, &value, 0, 1) == 1 ? value : 0;
+  return GTIFKeyGetSHORT(keys, key, &value, 0, 1) == 1 ? value : 0;
 }
 
 }  // namespace
@@ -104,14 +115,16 @@ std::optional<Georeference> GetGeoTags(TIFF* tiff) {
 
 void DeclareGeoTags() {
   static std::once_flag once;
-  std::call_once(once, [] { XTIFFInitialize(); });
+  std::call_once(once, [] {
+    XTIFFInitialize();
+    addOthers = TIFFSetTagExtender(&AddTags);
+  });
 }
 
 bool SetGeoTags(TIFF* tiff, const Georeference& reference) {
   if (!reference.rational.empty() &&
-      (TIFFMergeFieldInfo(tiff, kRationalField, 1) != 0 ||
-       TIFFSetField(tiff, kRationalTag, static_cast<uint32_t>(reference.rational.size()),
-                    reference.rational.data()) != 1))
+      TIFFSetField(tiff, kRationalTag, static_cast<uint32_t>(reference.rational.size()),
+                   reference.rational.data()) != 1)
     return false;
   if (reference.affine) return SetAffine(tiff, *reference.affine) && SetKeys(tiff, reference.epsg);
   return reference.controls.empty() ||

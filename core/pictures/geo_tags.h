@@ -7,7 +7,9 @@
 
 namespace core {
 
-/// Makes the tags known to files that are opened from then on.
+/// The text of the value that stands for no data, with its length in front where it is set or got.
+inline constexpr uint32_t kNoDataTag = 42113;
+/// Makes these tags known to all files that are opened from then on.
 void DeclareGeoTags();
 /// What the tags of an open file tell; none where there are none.
 std::optional<Georeference> GetGeoTags(TIFF* tiff);

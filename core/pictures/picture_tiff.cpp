@@ -21,7 +21,6 @@ class TiffWriter : public PictureWriter {
         height_(height),
         rows_(stride_ * std::min(height, kTile)),
         tile_(size_t{3} * kTile * kTile) {
-    if (reference != nullptr) DeclareGeoTags();
     tiff_ = OpenTiffFile(dup(fileno(file)), "w8");
     if (tiff_ == nullptr) return;
     good_ = TIFFSetField(tiff_, TIFFTAG_IMAGEWIDTH, width) &&

@@ -9,8 +9,6 @@
 namespace core {
 namespace {
 
-constexpr uint32_t kNoDataTag = 42113;  // a number in words, as some writers of geographic data have it
-
 // A file as libtiff reads it; what fails there is thrown behind it.
 struct TiffBytes {
   const FileBytes& file;
@@ -320,21 +318,12 @@ class TiffRaster : public Raster {
   TiffForm tiffForm_;
 };
 
-// The tag is no part of the library's tables.
-void AddTags(TIFF* tiff) {
-  static const TIFFFieldInfo kFields[] = {{kNoDataTag, TIFF_VARIABLE2, TIFF_VARIABLE2, TIFF_ASCII,
-                                           FIELD_CUSTOM, 1, 1, const_cast<char*>("NoData")}};
-  (void)TIFFMergeFieldInfo(tiff, kFields, 1);
-}
-
 }  // namespace
 
 std::unique_ptr<Raster> OpenTiff(const FileBytes& file, std::optional<uint32_t> page) {
   using namespace std::string_view_literals;
   const std::string mark = file.At(0, 4);
   if (mark != "II*\0"sv && mark != "MM\0*"sv && mark != "II+\0"sv && mark != "MM\0+"sv) return nullptr;
-  static const TIFFExtendProc before = TIFFSetTagExtender(&AddTags);
-  (void)before;
   return std::make_unique<TiffRaster>(file, page);
 }
 

@@ -15,11 +15,6 @@
 namespace core {
 namespace {
 
-// The tag in which mapping tools keep the text of the value that stands for no data.
-constexpr uint32_t kNoDataTag = 42113;
-const TIFFFieldInfo kNoDataField[] = {
-    {kNoDataTag, -1, -1, TIFF_ASCII, FIELD_CUSTOM, 1, 0, const_cast<char*>("NoData")}};
-
 bool HasPalette(const SampleImage& image) {
   return !image.palette.empty() && image.bands == 1 && image.kind == SampleKind::Unsigned &&
          image.bits <= 16;
@@ -87,9 +82,11 @@ bool SetTags(TIFF* tiff, const SampleImage& image) {
   if (image.kind == SampleKind::Unsigned && image.significantBits < StoredBits(image) &&
       image.sampleBytes == 2)
     good = good && TIFFSetField(tiff, TIFFTAG_MAXSAMPLEVALUE, (1u << image.significantBits) - 1);
-  if (image.noData)
-    good = good && TIFFMergeFieldInfo(tiff, kNoDataField, 1) == 0 &&
-           TIFFSetField(tiff, kNoDataTag, std::to_string(*image.noData).c_str());
+  if (image.noData) {
+    const std::string text = std::to_string(*image.noData);
+    good =
+        good && TIFFSetField(tiff, kNoDataTag, static_cast<uint32_t>(text.size() + 1), text.c_str()) == 1;
+  }
   return good;
 }
 
@@ -105,7 +102,6 @@ std::string WhyNotAs(const std::string& form, const SampleImage& image) {
 
 bool WriteTiff(std::FILE* file, const SampleImage& image, const Georeference* reference) {
   constexpr uint64_t kMostClassic = uint64_t{4000} << 20;
-  if (reference != nullptr) DeclareGeoTags();
   TIFF* tiff = OpenTiffFile(dup(fileno(file)), image.samples.size() > kMostClassic ? "w8" : "w");
   if (tiff == nullptr) return false;
   bool good = SetTags(tiff, image) && (reference == nullptr || SetGeoTags(tiff, *reference));

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "core/format/bytes.h"
+#include "core/pictures/geo_tags.h"
 
 namespace core {
 namespace {
@@ -39,6 +40,7 @@ toff_t SizeOfTiff(thandle_t handle) {
 
 TIFF* OpenTiffFile(int descriptor, const char* mode) {
   if (descriptor < 0) return nullptr;
+  DeclareGeoTags();
   TIFFSetErrorHandler(nullptr);
   TIFFSetWarningHandler(nullptr);
   TIFF* tiff =
