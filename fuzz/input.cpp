@@ -1,7 +1,5 @@
-#include <fcntl.h>
-
 #include "core/edit/add.h"
-#include "core/edit/prove.h"
+#include "fuzz/prove.h"
 #include "fuzz/support.h"
 
 namespace {
@@ -11,7 +9,6 @@ constexpr core::StoreOptions::Way kWays[] = {
 
 // A picture file, a metafile or a text as the segment of a new file, which is proven.
 void Store(const std::string& path, fuzz::Choices choices) {
-  static fuzz::MemoryFile saved;
   const core::Labels labels = {"20261126120000", ""};
   core::Draft draft = core::NewFile(labels);
   std::vector<std::string> notes;
@@ -29,11 +26,7 @@ void Store(const std::string& path, fuzz::Choices choices) {
   } else {
     core::AddText(draft, core::ReadWhole(path), labels);
   }
-  saved.Fill("", 0);
-  const core::Descriptor descriptor(open(saved.Path().c_str(), O_WRONLY | O_TRUNC));
-  const core::Proof proof =
-      core::WriteProven(draft, descriptor.Get(), saved.Path(), core::RecordDefinitions());
-  fuzz::Require(proof.fault.empty(), proof.fault.c_str());
+  fuzz::Prove(draft);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 namespace core {
 namespace {
 
-constexpr double kMetresPerDegree = 111320, kPi = 3.14159265358979323846;
+constexpr double kPi = 3.14159265358979323846;
 
 // The systems whose places are known: degrees on WGS 84, and the zones of UTM on it.
 std::optional<UtmZone> ZoneOf(int epsg) {

@@ -10,7 +10,7 @@
 namespace core {
 namespace {
 
-constexpr size_t kTagWidth = 6, kHeadWidth = 11;
+constexpr size_t kHeadWidth = kTagWidth + kLengthWidth;
 
 std::string HeadOf(const std::string& tag, size_t length) {
   constexpr size_t kMostData = 99985;

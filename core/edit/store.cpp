@@ -204,11 +204,13 @@ std::vector<StoredImage> StoreRaster(Draft& draft, Raster& given, const std::str
   const BlockForm whole = BlocksOf(form, options);
   std::vector<BlockStore> stores;
   std::vector<uint32_t> tops;
+  std::vector<CornerFields> corners;
   uint32_t top = 0;
   for (const BlockForm& part :
        SplitByRows(whole, pad ? std::min(options.mostBytes, kMostMasked) : options.mostBytes)) {
     stores.emplace_back(part, folder);
     tops.push_back(top);
+    corners.push_back(CornersFor(given.Form(), top, part.height, options.icords, notes));
     top += part.height;
   }
   raster.Read([&](const RasterPiece& piece) {
@@ -221,8 +223,7 @@ std::vector<StoredImage> StoreRaster(Draft& draft, Raster& given, const std::str
   for (size_t i = 0; i < stores.size(); ++i) {
     images.push_back(FinishImage(draft, stores[i], form, options, pad));
     images.back().top = tops[i];
-    images.back().corners =
-        CornersFor(given.Form(), tops[i], stores[i].Form().height, options.icords, notes);
+    images.back().corners = corners[i];
   }
   return images;
 }

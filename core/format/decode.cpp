@@ -9,7 +9,6 @@
 namespace core {
 namespace {
 
-constexpr size_t kTagWidth = 6, kLengthWidth = 5;
 
 // Takes the fields of one record. Repeats, widths and conditions look at the fields in front of them.
 class RecordTaker {
@@ -139,14 +138,17 @@ bool Decode(const RecordDefinition& definition, std::string_view bytes,
   return decoder.Take(definition.fields, fields) && decoder.AtEnd();
 }
 
+int64_t RecordLengthAt(std::string_view bytes) {
+  return bytes.size() < kTagWidth + kLengthWidth ? -1 : DigitsOf(bytes.substr(kTagWidth, kLengthWidth));
+}
+
 std::vector<TaggedRecord> RecordsOf(const RecordArea& area, const RecordDefinitions& definitions) {
   std::vector<TaggedRecord> records;
   constexpr size_t kMostRecords = 100000;
   std::string_view left = area.bytes;
   while (!left.empty()) {
     const uint64_t offset = area.offset + (area.bytes.size() - left.size());
-    const int64_t length =
-        left.size() >= kTagWidth + kLengthWidth ? DigitsOf(left.substr(kTagWidth, kLengthWidth)) : -1;
+    const int64_t length = RecordLengthAt(left);
     TaggedRecord record = {area.name, "", offset, "", "", nullptr, {}};
     if (records.size() == kMostRecords) {
       record.bytes = left;

@@ -8,6 +8,9 @@
 
 namespace core {
 
+/// Of latitude, and of longitude at the equator, about.
+inline constexpr double kMetresPerDegree = 111320;
+
 struct GeographicPoint {
   double latitude, longitude;  ///< degrees, north and east positive
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/format/records.h"
 #include "core/format/words.h"
 
 namespace core {
@@ -29,7 +30,12 @@ std::string VersionOf(std::string_view space) {
 bool HasRecord(const Survey& survey, std::string_view tag) {
   return std::any_of(survey.parts.begin(), survey.parts.end(), [&](const SurveyedPart& part) {
     return std::any_of(part.areas.begin(), part.areas.end(), [&](const RecordArea& area) {
-      return area.bytes.compare(0, tag.size(), tag) == 0 || area.bytes.find(tag) != std::string::npos;
+      std::string_view left = area.bytes;
+      for (int64_t length = 0; (length = RecordLengthAt(left)) >= 0;) {
+        if (TrimmedText(left.substr(0, kTagWidth)) == tag) return true;
+        left.remove_prefix(std::min(left.size(), kTagWidth + kLengthWidth + static_cast<size_t>(length)));
+      }
+      return false;
     });
   });
 }
@@ -57,6 +63,7 @@ std::vector<std::string> ProductsOf(const Survey& survey) {
     add("raster product format" + (name.empty() ? "" : ", " + name));
   }
   if (HasRecord(survey, "MIMCSA")) add("motion imagery, MIE4NITF");
+  if (HasRecord(survey, "MTIRPB")) add("moving target indication, MTIRPB");
   return products;
 }
 

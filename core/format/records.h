@@ -24,6 +24,11 @@ struct TaggedRecord {
   std::vector<DecodedField> fields;
 };
 
+/// The tag, and the data's length of five digits, that a record begins with.
+inline constexpr size_t kTagWidth = 6, kLengthWidth = 5;
+/// The length of the data of the record that some bytes begin with; -1 where they begin with none.
+int64_t RecordLengthAt(std::string_view bytes);
+
 /// The records of one area. What follows a record that does not fit into it is one record without a tag.
 std::vector<TaggedRecord> RecordsOf(const RecordArea& area, const RecordDefinitions& definitions);
 /// Those of all areas of a part.

@@ -67,6 +67,13 @@ std::optional<Extent> ExtentOf(const PlaceModel& model, uint64_t rows, uint64_t 
   return extent;
 }
 
+std::optional<Extent> ExtentOf(const PlaceModel& model, const SurveyedPart& image) {
+  const auto count = [&](const char* field) {
+    return static_cast<uint64_t>(std::max<int64_t>(0, image.Number(field)));
+  };
+  return ExtentOf(model, count("NROWS"), count("NCOLS"));
+}
+
 std::string PlaceText(GeographicPoint point) {
   char text[64];
   std::snprintf(text, sizeof text, "%.2f° %c, %.2f° %c", std::abs(point.latitude),

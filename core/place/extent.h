@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/format/geography.h"
+#include "core/format/part.h"
 #include "core/place/model.h"
 
 namespace core {
@@ -17,6 +18,8 @@ struct Extent {
 /// The extent of an image of so many rows and columns at the model's height, or on the ellipsoid; none
 /// where a corner has no place.
 std::optional<Extent> ExtentOf(const PlaceModel& model, uint64_t rows, uint64_t columns);
+/// The same of an image whose subheader tells its rows and columns.
+std::optional<Extent> ExtentOf(const PlaceModel& model, const SurveyedPart& image);
 /// "51.50° N, 16.50° E".
 std::string PlaceText(GeographicPoint point);
 /// Spacing, area and north in words: "0.52 m a pixel, 12.3 km², north 4° clockwise from up".

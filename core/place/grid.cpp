@@ -8,8 +8,6 @@
 namespace core {
 namespace {
 
-constexpr double kMetresPerDegree = 111320;
-
 // A plane in which an image's sides are straight: degrees, or metres of a zone of UTM.
 struct PlanePoint {
   double x, y;

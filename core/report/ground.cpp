@@ -21,10 +21,6 @@ GeographicPoint MiddleOf(const Ground& ground) {
   return middle;
 }
 
-uint64_t CountOf(const SurveyedPart& part, const char* field) {
-  return static_cast<uint64_t>(std::max<int64_t>(0, part.Number(field)));
-}
-
 }  // namespace
 
 std::vector<Ground> GroundsOf(const ReportedFile& file) {
@@ -36,9 +32,7 @@ std::vector<Ground> GroundsOf(const ReportedFile& file) {
       grounds.push_back({part.Title(), "IGEOLO", Unwrapped(*corners)});
     const Placed placed = PlaceOf(part, file.definitions);
     const std::string name = placed.model == nullptr ? "IGEOLO" : placed.model->Name();
-    const auto extent = name == "IGEOLO"
-                            ? std::nullopt
-                            : ExtentOf(*placed.model, CountOf(part, "NROWS"), CountOf(part, "NCOLS"));
+    const auto extent = name == "IGEOLO" ? std::nullopt : ExtentOf(*placed.model, part);
     if (extent) grounds.push_back({part.Title(), name, Unwrapped(extent->corners)});
     for (const Footprint& footprint : FootprintsOf(RecordsOf(part, file.definitions))) {
       if (!extent || name.rfind(footprint.source, 0) != 0)

@@ -9,7 +9,7 @@
 namespace core {
 namespace {
 
-constexpr double kPi = 3.14159265358979323846, kMetresPerDegree = 111320;
+constexpr double kPi = 3.14159265358979323846;
 
 // The box around all, and how degrees become units of the drawing.
 class Map {

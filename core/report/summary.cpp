@@ -1,6 +1,4 @@
 // What a file is, first of all: product, place, time, and what it holds.
-#include <algorithm>
-
 #include "core/format/numbers.h"
 #include "core/format/products.h"
 #include "core/place/extent.h"
@@ -25,11 +23,7 @@ std::string WhatWhereAndWhen(const ReportedFile& file) {
   std::string facts;
   const SurveyedPart* image = file.survey.Find(PartKind::Image, 0);
   const Placed placed = image == nullptr ? Placed() : PlaceOf(*image, file.definitions);
-  const auto count = [&](const char* field) {
-    return static_cast<uint64_t>(std::max<int64_t>(0, image->Number(field)));
-  };
-  const auto extent =
-      placed.model == nullptr ? std::nullopt : ExtentOf(*placed.model, count("NROWS"), count("NCOLS"));
+  const auto extent = placed.model == nullptr ? std::nullopt : ExtentOf(*placed.model, *image);
   if (extent)
     facts += Term("Place",
                   PlaceText(extent->middle) + ", by " + placed.model->Name() + "; " + SizeText(*extent));

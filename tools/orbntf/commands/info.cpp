@@ -88,9 +88,8 @@ void PrintLocation(std::FILE* out, const FileFacts& file, const SurveyedPart& im
   const Placed placed = PlaceOf(image, file.definitions);
   for (const std::string& tag : placed.unused)
     std::fprintf(out, "    %s tells a place and is not used\n", tag.c_str());
-  if (placed.model == nullptr || image.Number("NROWS") < 1 || image.Number("NCOLS") < 1) return;
-  const auto extent = ExtentOf(*placed.model, static_cast<uint64_t>(image.Number("NROWS")),
-                               static_cast<uint64_t>(image.Number("NCOLS")));
+  if (placed.model == nullptr) return;
+  const auto extent = ExtentOf(*placed.model, image);
   std::fprintf(out, "    place by %s: %s\n", placed.model->Name().c_str(),
                extent ? (PlaceText(extent->middle) + "; " + SizeText(*extent)).c_str()
                       : "not all of the image has one");

@@ -151,10 +151,7 @@ void WriteLocation(JsonText& json, const FileFacts& file, const SurveyedPart& im
     for (const std::string& tag : placed.unused) json.String(tag);
     json.EndArray();
   }
-  const auto count = [&](const char* field) {
-    return static_cast<uint64_t>(std::max<int64_t>(0, image.Number(field)));
-  };
-  if (const auto extent = ExtentOf(*placed.model, count("NROWS"), count("NCOLS"))) {
+  if (const auto extent = ExtentOf(*placed.model, image)) {
     for (const auto& [key, number] : {std::pair{"latitude", extent->middle.latitude},
                                       {"longitude", extent->middle.longitude},
                                       {"row_m", extent->rowSpacing},
