@@ -49,6 +49,20 @@ TEST_F(RecordsTest, FreeingADocumentEmptiesItAndSaysSo) {
 }
 #endif
 
+TEST_F(RecordsTest, WhatIsNotThereIsRefusedAndLeavesWhatThereIs) {
+  uint32_t width = 7, height = 7;
+  Handle handle;
+  EXPECT_EQ(GetActual_Width_Height(nullptr, &width, &height), ORB_NULL_HANDLE);
+  EXPECT_EQ(GetActual_Width_Height(handle, nullptr, &height), ORB_INVALID_PARAMETER);
+  EXPECT_EQ(GetActual_Width_Height(handle, &width, nullptr), ORB_INVALID_PARAMETER);
+  EXPECT_EQ(std::pair(width, height), std::pair(7u, 7u));
+  NitfFile document;
+  EXPECT_EQ(document.ReadDocument(nullptr), Status::ShortRead);
+  EXPECT_EQ(LoadGraphicDrawing(document, 0), Status::InvalidParameter);
+  VectorHandle drawing{};
+  EXPECT_EQ(LoadSegmentDrawing(document, 0, drawing), Status::InvalidParameter);
+}
+
 TEST_F(RecordsTest, TheNextLevelIsOneAboveTheHighestOfEitherKind) {
   const auto next = [](std::vector<int> images, std::vector<int> graphics) {
     NitfBuilder builder;

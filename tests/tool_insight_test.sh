@@ -131,6 +131,8 @@ holds '{"row":0,"column":0,"latitude":52,"longitude":10,"height":5.0,"model":"IG
 [ "$(wc -l <out.txt)" -eq 2 ] || fail "two points"
 printf '0,1\nword\n1,1\n' | { expect 1 '' "$tool" locate placed.ntf --pixels -; }
 [ "$(sed -n 2p out.txt)" = '{"error":"not ROW,COL"}' ] && [ "$(wc -l <out.txt)" -eq 3 ] || fail "a line that is no point"
+{ head -c 3000000 /dev/zero | tr '\0' 1; printf '\n0,1'; } | { expect 1 '' "$tool" locate placed.ntf --pixels -; }
+[ "$(wc -l <out.txt)" -eq 2 ] && [ "$(head -1 out.txt)" = '{"error":"not ROW,COL"}' ] || fail "a line that is too long"
 expect 1 'nothing that is used tells where image 0 lies' "$tool" locate good.ntf --pixel 0,0
 expect 2 'give --pixel' "$tool" locate placed.ntf
 

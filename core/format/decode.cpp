@@ -9,7 +9,6 @@
 namespace core {
 namespace {
 
-
 // Takes the fields of one record. Repeats, widths and conditions look at the fields in front of them.
 class RecordTaker {
  public:

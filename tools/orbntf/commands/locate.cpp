@@ -2,6 +2,7 @@
 #include <charconv>
 #include <cmath>
 #include <iostream>
+#include <limits>
 
 #include "core/format/json_text.h"
 #include "core/format/words.h"
@@ -134,14 +135,27 @@ std::string Wrong(const LocateOptions& options) {
   return "";
 }
 
+// Lines of any length: what is longer than a point can be is none.
+void AnswerLines(Locator& locator, bool isPixel) {
+  char line[1024];
+  while (std::cin.getline(line, sizeof line) || std::cin.gcount() > 0) {
+    const bool isWhole = !std::cin.fail();
+    if (!isWhole) {
+      std::cin.clear();
+      std::cin.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+    }
+    locator.Answer(isWhole ? line : "", isPixel);
+  }
+  if (std::cin.bad()) throw ReadError("-", "standard input cannot be read");
+}
+
 int Answer(const LocateOptions& options, const Placed& placed, std::optional<double> height) {
   Locator locator(placed, height);
   for (const std::string& pixel : options.pixels) locator.Answer(pixel, true);
   for (const std::string& at : options.ats) locator.Answer(at, false);
   if (!options.pixelLines.empty() || !options.atLines.empty()) {
     std::ios::sync_with_stdio(false);
-    for (std::string line; std::getline(std::cin, line);)
-      locator.Answer(line, !options.pixelLines.empty());
+    AnswerLines(locator, !options.pixelLines.empty());
   }
   return locator.Finish() ? kExitOk : kExitStatus;
 }
