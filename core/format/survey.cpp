@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/format/streaming.h"
 #include "core/format/survey_fields.h"
 
 namespace core {
@@ -52,23 +53,6 @@ void SurveyHeader(std::string bytes, std::vector<SurveyedPart>& parts) {
                std::make_move_iterator(segments.end()));
 }
 
-constexpr uint64_t kMargin = 11;  // a mark and a length around replacement data
-
-// The replacement data at the end of a streamed file; empty when there is none.
-std::string FindReplacement(const FileBytes& file) {
-  constexpr uint64_t kMark = 4, kLength = 7;
-  const std::string_view kFirst = "\x0A\x6E\x1D\x97", kSecond = "\x0E\xCA\x14\xBF";
-  if (file.Size() < 2 * kMargin) return "";
-  const std::string tail = file.At(file.Size() - kMargin, kMargin);
-  const int64_t length = DigitsOf(tail.substr(kMark));
-  if (tail.compare(0, kMark, kSecond) != 0 || length < 0) return "";
-  const auto bytes = static_cast<uint64_t>(length);
-  if (bytes > file.Size() - 2 * kMargin) return "";
-  const std::string all = file.At(file.Size() - 2 * kMargin - bytes, kMargin + bytes);
-  if (all.compare(kLength, kMark, kFirst) != 0) return "";
-  return all.substr(kMargin);
-}
-
 }  // namespace
 
 SurveyedPart SurveyFileHeader(std::string bytes) {
@@ -107,7 +91,7 @@ void Survey::Take() {
   if (WaitsForLengths(file, parts)) {
     if (std::string front = FindReplacement(file); !front.empty()) {
       replacementBytes = front.size();
-      replacementAt = file.Size() - kMargin - replacementBytes;
+      replacementAt = file.Size() - kStreamingMargin - replacementBytes;
       file.Replace(std::move(front));
       streamed = true;
       parts.clear();

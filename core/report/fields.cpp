@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "core/format/records.h"
+#include "core/format/streaming.h"
 #include "core/format/words.h"
 #include "core/format/xml.h"
 #include "core/report/html.h"
@@ -37,6 +38,12 @@ std::string PartTable(const ReportedFile& file, const SurveyedPart& part, size_t
     rows += FieldRow({Escaped(field.name), ValueOf(field), Escaped(field.meaning), byte}, id);
   });
   if (count > most) rows += TableRow({"…", std::to_string(count - most) + " more fields", "", ""});
+  for (const DataField& field : StreamingFields(file.survey.file, part)) {
+    const std::string value =
+        field.text.empty() ? std::to_string(field.length) + " bytes" : EscapedField(field.text);
+    const std::string byte = Tag("span", "byte ", "class=\"narrow\"") + std::to_string(field.offset);
+    rows += TableRow({field.name, value, field.meaning, byte});
+  }
   return Table(part.Title(), {"Field", "Value", "Meaning", "Byte"}, rows, "fields");
 }
 

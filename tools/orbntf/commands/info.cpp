@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "core/format/products.h"
+#include "core/format/streaming.h"
 #include "core/format/words.h"
 #include "core/place/extent.h"
 #include "core/place/placed.h"
@@ -102,6 +103,11 @@ void PrintForPeople(std::FILE* out, const std::string& path, const FileFacts& fi
       std::fprintf(out, "  %s: %s\n", part.Title().c_str(),
                    part.FieldCount() != 0 ? Described(part).c_str() : "its subheader is not there");
     if (part.kind == PartKind::Image) PrintLocation(out, file, part);
+    for (const DataField& field : StreamingFields(file.survey.file, part))
+      std::fprintf(
+          out, "    %s: %s (byte %llu)\n", field.name,
+          (field.text.empty() ? std::to_string(field.length) + " bytes" : Shown(field.text)).c_str(),
+          static_cast<unsigned long long>(field.offset));
     PrintRecords(out, RecordsOf(part, file.definitions), decoded);
   }
 }

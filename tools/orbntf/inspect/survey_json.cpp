@@ -1,6 +1,7 @@
 #include "tools/orbntf/inspect/survey_json.h"
 
 #include "core/format/products.h"
+#include "core/format/streaming.h"
 #include "core/place/extent.h"
 #include "core/place/placed.h"
 #include "orbntf/orbntf.h"
@@ -167,6 +168,26 @@ void WriteLocation(JsonText& json, const FileFacts& file, const SurveyedPart& im
   json.EndObject();
 }
 
+// The fields of the data of a streaming file header.
+void WriteDataFields(JsonText& json, const std::vector<DataField>& fields) {
+  if (fields.empty()) return;
+  json.Key("dataFields");
+  json.BeginArray();
+  for (const DataField& field : fields) {
+    json.BeginObject();
+    json.Key("name");
+    json.String(field.name);
+    WriteNumber(json, "offset", field.offset);
+    WriteNumber(json, "length", field.length);
+    if (!field.text.empty()) {
+      json.Key("text");
+      json.FieldText(field.text);
+    }
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
 void WriteSegment(JsonText& json, const FileFacts& file, const SurveyedPart& part) {
   json.BeginObject();
   PartWriter(json, part).Write();
@@ -179,6 +200,7 @@ void WriteSegment(JsonText& json, const FileFacts& file, const SurveyedPart& par
   WriteNumber(json, "dataLength", part.dataLength);
   json.EndObject();
   if (part.kind == PartKind::Image) WriteLocation(json, file, part);
+  WriteDataFields(json, StreamingFields(file.survey.file, part));
   WriteRecordsOf(json, file, part);
   json.EndObject();
 }
