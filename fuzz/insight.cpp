@@ -11,8 +11,9 @@
 namespace {
 
 // Where an image lies, and back.
-void Locate(const core::SurveyedPart& part, const core::RecordDefinitions& definitions) {
-  const core::Placed placed = core::PlaceOf(part, definitions);
+void Locate(const core::SurveyedPart& part, const core::SurveyedPart& header,
+            const core::RecordDefinitions& definitions) {
+  const core::Placed placed = core::PlaceOf(part, header, definitions);
   if (placed.model == nullptr) return;
   core::GroundPoint ground{};
   core::ImagePoint point{};
@@ -39,7 +40,7 @@ int fuzz::Insight(const uint8_t* data, size_t size) {
     Require(!finding.words.empty(), "a finding has words");
   for (const core::SurveyedPart& part : reported.survey.parts) {
     if (part.kind != core::PartKind::Image) continue;
-    Locate(part, definitions);
+    Locate(part, reported.survey.Header(), definitions);
     core::SampleImage image;
     const core::SampleFault fault = core::ReadSamples(reported.survey, part, reduce, image);
     if (fault.Met()) continue;

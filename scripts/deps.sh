@@ -5,7 +5,7 @@ set -euo pipefail
 packages=(g++ cmake ninja-build pkg-config ca-certificates)
 libraries=(
   libjpeg62-turbo-dev libopenjp2-7-dev libtiff-dev libcairo2-dev libpng-dev libfontconfig-dev
-  libdcmtk-dev libcli11-dev nlohmann-json3-dev libxxhash-dev libexpat1-dev libgeographiclib-dev libgeotiff-dev fonts-liberation2
+  libdcmtk-dev libcli11-dev nlohmann-json3-dev libxxhash-dev libexpat1-dev libgeographiclib-dev libgeotiff-dev libproj-dev proj-data fonts-liberation2
 )
 case "$*" in
   windows | wine | emulation) ;;  # cross-builds take none of them

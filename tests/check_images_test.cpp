@@ -42,9 +42,11 @@ Broken Corners(const std::string& rule, const std::string& form, const std::stri
 
 TEST_F(CheckImagesTest, Subheaders) {
   const std::string square = "520000N0100000E520000N0110000E510000N0110000E510000N0100000E";
-  const std::string block = "BLOCKA0012301" + std::string(32, '0') +
-                            "-20.000000+030.000000-20.000000+031.000000-21.000000+031.000000" +
-                            "-21.000000+030.000000010.0";
+  const std::string block =
+      "BLOCKA001230100000"
+      "00008" +
+      std::string(22, '0') + "-20.000000+030.000000-20.000000+031.000000-21.000000+031.000000" +
+      "-21.000000+030.000000010.0";
   test::ExpectBroken({
       ChangeImage("image.size", "NROWS", "00000000"),
       ChangeImage("image.category", "ICAT", "NONESUCH"),

@@ -139,4 +139,38 @@ close(rational[2:4] + rational[7:9], ((12345 - 9000) / 2, (6789 - 5000) / 2, 600
 for r, c in ((0, 0), (47, 63), (11, 50)):
     x, y = place("c.ntf", r, c)
     close(by_tags(keys, r, c), (x, y), 2e-5)
+
+# A grid of a projection without a code, whose datum the file's own records tell.
+def padded(*texts):
+    return "".join(f"{text:{width}}" for text, width in texts)
+
+def projected(code, parameters, grid, datum="WGE"):
+    records = {"GEOPSB": padded(("MAP", 3), ("M", 3), ("", 80), (datum, 4), ("", 80), ("WE", 3), ("", 168), ("0" * 15, 15),
+                                ("", 83), ("0000", 4)),
+               "PRJPSB": padded(("", 80), (code, 2)) + str(len(parameters)) + "".join(f"{p:+015.8f}" for p in parameters)
+                         + f"{500000:+015.3f}{-200000:+015.3f}",
+               "MAPLOB": "M  0002000030" + "".join(f"{n:+015.3f}" for n in grid)}
+    for tag, text in records.items():
+        with open(tag, "w") as record:
+            record.write(text)
+    run("set", "plain.ntf", "-o", "p1.ntf", "file", "record:GEOPSB=@GEOPSB")
+    run("set", "p1.ntf", "-o", "p2.ntf", "file", "record:PRJPSB=@PRJPSB")
+    run("set", "p2.ntf", "-o", "p.ntf", "image:0", "record:MAPLOB=@MAPLOB")
+    return page("p.ntf")[0]
+
+for code, parameters, transform, named in (
+        ("LE", (10, 49, 44, 46), 8, {"ProjStdParallel1GeoKey": 49, "ProjStdParallel2GeoKey": 44, "ProjFalseOriginEastingGeoKey": 500000}),
+        ("AC", (10, 29.5, 45.5, 23), 11, {"ProjStdParallel1GeoKey": 29.5, "ProjStdParallel2GeoKey": 45.5}),
+        ("TC", (9, 0.9999, 5), 1, {"ProjScaleAtNatOriginGeoKey": 0.9999, "ProjNatOriginLatGeoKey": 5, "ProjNatOriginLongGeoKey": 9}),
+        ("PG", (-45, 71), 15, {"ProjNatOriginLatGeoKey": 71, "ProjStraightVertPoleLongGeoKey": -45}),
+        ("MC", (30, 40), 7, {}), ("AK", (10, 52), 10, {}), ("AL", (10, 52), 12, {}), ("GN", (10, 52), 19, {}), ("OD", (10, 52), 21, {})):
+    for datum, geographic in (("WGE", 4326), ("EUR", 4230))[:2 if code in ("LE", "TC") else 1]:
+        keys = projected(code, parameters, (600000, -100000), datum)
+        assert keys["GTModelTypeGeoKey"] == 1 and keys["ProjectedCSTypeGeoKey"] == 32767, keys
+        assert keys["GeographicTypeGeoKey"] == geographic, keys
+        assert keys["ProjCoordTransGeoKey"] == transform, keys
+        for key, value in named.items():
+            assert abs(keys[key] - value) < 1e-9, (key, keys)
+        close(by_tags(keys, 0, 0), (600000, -100000), 1e-3)
+        close(by_tags(keys, 47, 63), (600000 + 63 * 20, -100000 - 47 * 30), 1e-3)
 PYTHON

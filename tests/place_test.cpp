@@ -3,10 +3,10 @@
 #include <cmath>
 #include <random>
 
+#include "core/place/apart.h"
 #include "core/place/extent.h"
 #include "core/place/geojson.h"
-#include "core/place/placed.h"
-#include "tests/support/sound.h"
+#include "tests/support/placed.h"
 #include "tests/support/support.h"
 
 namespace test {
@@ -51,21 +51,6 @@ std::string Chip(const std::array<ImagePoint, 4>& chip, const std::array<ImagePo
   }
   bytes += "0002000000020000";
   return "ICHIPB" + Digits(static_cast<int64_t>(bytes.size()), 5) + bytes;
-}
-
-/// The model of an image of 8 x 8 with records and corners.
-core::Placed ModelOf(const std::string& records, const std::string& icords = "",
-                     const std::string& igeolo = "") {
-  static const core::RecordDefinitions definitions;
-  NitfBuilder file = SoundFile();
-  Record& image = file.images[0].subheader;
-  if (!icords.empty()) image.Set("ICORDS", icords).InsertAfter("ICORDS", "IGEOLO", igeolo);
-  if (!records.empty())
-    image.Set("IXSHDL", static_cast<int64_t>(3 + records.size()))
-        .InsertAfter("IXSHDL", "IXS", "000" + records);
-  const std::string bytes = file.Bytes();
-  const core::Survey survey{std::string_view(bytes)};
-  return PlaceOf(*survey.Find(core::PartKind::Image, 0), definitions);
 }
 
 // ---------------------------------------------------------------- polynomials
@@ -303,6 +288,42 @@ TEST(Place, ModelsThatAreNotWhole) {
   EXPECT_EQ(ModelOf("").model, nullptr);
   EXPECT_EQ(ModelOf("", "D", "+52.000-016.000+52.000-016.000+52.000-016.000+52.000-016.000").model,
             nullptr);
+}
+
+// Whether records put the corners elsewhere, as far as the errors of both let it be told: IGEOLO of 0.001
+// degrees, a pixel of 0.002, and a BLOCKA of 0.000001.
+TEST(Place, CornersAreHeldAgainstRecords) {
+  const auto apart = [](const std::string& records, const std::string& igeolo) {
+    std::vector<core::Apart> found;
+    (void)ModelOf(records, "D", igeolo, "", [&](const core::SurveyedPart& image, const auto& all) {
+      found = core::ApartFromCorners(image, all);
+    });
+    return found;
+  };
+  const std::string block = "BLOCKA00123010000000008000000" + std::string(16, ' ') +
+                            "+00.007000+010.014000-00.007000+010.014000-00.007000+010.000000" +
+                            "+00.007000+010.000000" + std::string(5, ' ');
+  const std::string exact = "+00.007+010.000+00.007+010.014-00.007+010.014-00.007+010.000",
+                    near = "+00.009+010.001+00.007+010.014-00.007+010.014-00.007+010.000",
+                    far = "+00.012+010.000+00.007+010.014-00.007+010.014-00.007+010.000";
+  EXPECT_TRUE(apart(block, exact).empty());
+  EXPECT_TRUE(apart(block, near).empty());
+  const auto found = apart(block, far);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].source, "BLOCKA");
+  EXPECT_NEAR(found[0].metres, 553, 2);
+  EXPECT_TRUE(apart(block.substr(0, 18) + "00009" + block.substr(23), far).empty()) << "not all of it";
+  // Columns move eastwards with the height, which IGEOLO is silent of.
+  Rational record;
+  record.front = "10000.000000.0000000300003+00.0000+010.0070+000000000400004+00.0080+000.0080+0500";
+  record.polynomials[0] = {0, 0, -1};
+  record.polynomials[2] = {0, 1, 0, 0.5};
+  const std::string moved = "+00.007+009.997+00.007+010.011-00.007+010.011-00.007+009.997",
+                    south = "-00.007+010.000-00.007+010.014-00.021+010.014-00.021+010.000";
+  EXPECT_TRUE(apart(record.Bytes(), exact).empty());
+  EXPECT_TRUE(apart(record.Bytes(), moved).empty()) << "the place at another height";
+  ASSERT_EQ(apart(record.Bytes(), south).size(), 1u);
+  EXPECT_EQ(apart(record.Bytes(), south)[0].source, "RPC00B");
 }
 
 // A square of a degree at the equator, and one that is turned by a quarter.

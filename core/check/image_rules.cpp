@@ -1,6 +1,9 @@
 // An image's sizes, corners, compression and what surrounds its pixels.
+#include <cmath>
+
 #include "core/check/rule.h"
 #include "core/format/geography.h"
+#include "core/place/apart.h"
 #include "core/place/footprint.h"
 
 namespace core {
@@ -35,13 +38,13 @@ void AskCrossed(Checking& checking, const SurveyedPart& part) {
     checking.Fail(part, "IGEOLO", "the sides between the corners cross one another");
 }
 
+std::string Metres(double number) { return std::to_string(std::llround(number)) + " m"; }
+
 void AskRecords(Checking& checking, const SurveyedPart& part) {
-  const auto corners = CornersOf(FormOf(part), part.Text("IGEOLO"));
-  if (!corners) return;
-  for (const Footprint& other : FootprintsOf(checking.Records(part))) {
-    if (AreNear(*corners, other.corners)) continue;
-    checking.Fail(part, "IGEOLO", "IGEOLO lies elsewhere than " + other.source);
-  }
+  for (const Apart& other : ApartFromCorners(part, checking.Records(part)))
+    checking.Fail(part, "IGEOLO",
+                  "a corner of IGEOLO is " + Metres(other.metres) + " from that of " + other.source +
+                      ", where " + Metres(other.allowed) + " are within both errors");
 }
 
 void AskCompression(Checking& checking, const SurveyedPart& part) {
@@ -114,7 +117,7 @@ constexpr Rule kRules[] = {
     {"image.corners.crossed", Severity::Warning, On::Image, "IGEOLO", kTableA3,
      "The corners go around the image.", AskCrossed},
     {"image.corners.records", Severity::Warning, On::Image, "IGEOLO", "STDI-0002, BLOCKA and RPC00B",
-     "The corners lie where the image's records say that it is.", AskRecords},
+     "The corners lie where the image's records put them, within the errors of both.", AskRecords},
     {"image.compression", Severity::Error, On::Image, "IC", kTableA3, "The compression is a known one.",
      AskCompression},
     {"image.rate", Severity::Error, On::Image, "COMRAT", kTableA3,

@@ -173,6 +173,11 @@ std::optional<RecordDefinition> ParseDefinition(std::string_view json, std::stri
 }
 
 RecordDefinitions::RecordDefinitions() {
+  // The parser's destructors take memory and cannot fail for want of it: what all of this takes is there,
+  // or nothing is begun.
+  constexpr size_t kTaken = 8 << 20;
+  const std::unique_ptr<volatile char[]> taken(new volatile char[kTaken]);
+  taken[0] = 0;
   for (const CompiledText& compiled : kRecordTexts) {
     std::string problem;
     if (auto definition = ParseDefinition(compiled.text, problem))

@@ -9,6 +9,8 @@
 #include <memory>
 #include <mutex>
 
+#include "core/pictures/geo_keys.h"
+
 namespace core {
 namespace {
 
@@ -45,19 +47,6 @@ bool SetControls(TIFF* tiff, const std::vector<Georeference::Control>& controls)
   for (const auto& [column, row, east, north, height] : controls)
     numbers.insert(numbers.end(), {column, row, 0, east, north, height});
   return SetNumbers(tiff, TIFFTAG_GEOTIEPOINTS, numbers);
-}
-
-bool SetKeys(TIFF* tiff, int epsg) {
-  constexpr int kDegrees = 4326;
-  const std::unique_ptr<GTIF, void (*)(GTIF*)> keys(GTIFNew(tiff), GTIFFree);
-  if (keys == nullptr) return false;
-  const bool isDegrees = epsg == kDegrees;
-  return GTIFKeySet(keys.get(), GTModelTypeGeoKey, TYPE_SHORT, 1,
-                    isDegrees ? ModelTypeGeographic : ModelTypeProjected) != 0 &&
-         GTIFKeySet(keys.get(), GTRasterTypeGeoKey, TYPE_SHORT, 1, RasterPixelIsArea) != 0 &&
-         GTIFKeySet(keys.get(), isDegrees ? GeographicTypeGeoKey : ProjectedCSTypeGeoKey, TYPE_SHORT, 1,
-                    epsg) != 0 &&
-         GTIFWriteKeys(keys.get()) != 0;
 }
 
 std::vector<double> NumbersOf(TIFF* tiff, uint32_t tag) {
@@ -126,9 +115,9 @@ bool SetGeoTags(TIFF* tiff, const Georeference& reference) {
       TIFFSetField(tiff, kRationalTag, static_cast<uint32_t>(reference.rational.size()),
                    reference.rational.data()) != 1)
     return false;
-  if (reference.affine) return SetAffine(tiff, *reference.affine) && SetKeys(tiff, reference.epsg);
+  if (reference.affine) return SetAffine(tiff, *reference.affine) && SetGeoKeys(tiff, reference);
   return reference.controls.empty() ||
-         (SetControls(tiff, reference.controls) && SetKeys(tiff, reference.epsg));
+         (SetControls(tiff, reference.controls) && SetGeoKeys(tiff, reference));
 }
 
 }  // namespace core

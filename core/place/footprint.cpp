@@ -71,20 +71,6 @@ std::optional<GeographicCorners> ModelBox(const std::vector<DecodedField>& field
   return GeographicCorners{{{north, west}, {north, east}, {south, east}, {south, west}}};
 }
 
-GeographicPoint MiddleOf(const GeographicCorners& corners) {
-  GeographicPoint middle = {0, 0};
-  for (const GeographicPoint& corner : corners) {
-    middle.latitude += corner.latitude / 4;
-    middle.longitude += corner.longitude / 4;
-  }
-  return middle;
-}
-
-double DiagonalOf(const GeographicCorners& corners) {
-  return std::hypot(corners[0].latitude - corners[2].latitude,
-                    corners[0].longitude - corners[2].longitude);
-}
-
 // On which side of the line from a to b a point lies.
 double SideOf(GeographicPoint a, GeographicPoint b, GeographicPoint p) {
   return (b.longitude - a.longitude) * (p.latitude - a.latitude) -
@@ -121,16 +107,6 @@ bool AreCrossed(const GeographicCorners& given) {
   const GeographicCorners corners = Unwrapped(given);
   return Cross(corners[0], corners[1], corners[2], corners[3]) ||
          Cross(corners[1], corners[2], corners[3], corners[0]);
-}
-
-bool AreNear(const GeographicCorners& a, const GeographicCorners& b) {
-  constexpr double kSlack = 0.1;
-  const GeographicCorners first = Unwrapped(a), second = Unwrapped(b);
-  const GeographicPoint m = MiddleOf(first), n = MiddleOf(second);
-  double across = std::fmod(std::abs(m.longitude - n.longitude), kFullTurn);
-  if (across > kHalfTurn) across = kFullTurn - across;
-  const double apart = std::hypot(m.latitude - n.latitude, across);
-  return apart <= std::max(DiagonalOf(first), DiagonalOf(second)) + kSlack;
 }
 
 }  // namespace core

@@ -15,9 +15,6 @@ std::vector<Footprint> FootprintsOf(const std::vector<TaggedRecord>& records);
 
 /// Whether sides between corners cross one another.
 bool AreCrossed(const GeographicCorners& corners);
-/// Whether the middles of two footprints are no further apart than the larger one's diagonal, and a tenth
-/// of a degree.
-bool AreNear(const GeographicCorners& a, const GeographicCorners& b);
 /// Longitudes without a jump at 180 degrees, so that they can be compared; some may lie beyond it.
 GeographicCorners Unwrapped(GeographicCorners corners);
 

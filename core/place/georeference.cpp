@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/format/geography.h"
+#include "core/place/projection.h"
 #include "core/place/rational.h"
 
 namespace core {
@@ -21,13 +22,20 @@ class Plane {
     isPlaced_ = Ground({piece.rows / 2, piece.columns / 2}, middle);
     meridian_ = middle.longitude;
   }
-  int Epsg() const { return !zone_ ? 4326 : (zone_->north ? 32600 : 32700) + zone_->number; }
+  int Epsg() const {
+    if (model_.Plane() != nullptr) return 0;
+    return !zone_ ? 4326 : (zone_->north ? 32600 : 32700) + zone_->number;
+  }
 
   /// The place of a point, of which 0, 0 is the outer corner of the first pixel; false where it has none.
   bool At(double row, double column, PlanePoint& point) const {
     GroundPoint ground{};
     if (!isPlaced_ || !Ground({row, column}, ground)) return false;
-    if (zone_) {
+    if (const Projection* projection = model_.Plane()) {
+      EastNorth plane{};
+      if (!projection->ToPlane({ground.latitude, ground.longitude}, plane)) return false;
+      point = {plane.east, plane.north, ground.height};
+    } else if (zone_) {
       const UtmPoint utm = ToUtm(zone_->number, zone_->north, {ground.latitude, ground.longitude});
       point = {utm.easting, utm.northing, ground.height};
     } else {
@@ -116,6 +124,10 @@ std::optional<Georeference> GeoreferenceOf(const PlaceModel& model, const Placed
   const Plane plane(model, piece);
   Georeference reference;
   reference.epsg = plane.Epsg();
+  if (const Projection* projection = model.Plane()) {
+    reference.projection = projection->Words();
+    reference.datum = projection->Datum();
+  }
   if (const RationalForm* form = model.Polynomials()) reference.rational = RationalOf(*form, piece);
   std::array<double, 6> affine{};
   double off = 0;

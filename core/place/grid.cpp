@@ -98,30 +98,6 @@ class BetweenCorners : public PlaceModel {
   std::array<PlanePoint, 4> corners_{};
 };
 
-class Geolob : public PlaceModel {
- public:
-  Geolob(GeographicPoint origin, double across, double down)
-      : origin_(origin), across_(across), down_(down) {}
-  std::string Name() const override { return "GEOLOB"; }
-  double Error() const override { return kMetresPerDegree * std::max(across_, down_) / 2; }
-  std::string ToGround(ImagePoint point, double height, GroundPoint& ground) const override {
-    const double longitude = origin_.longitude + point.column * across_;
-    ground = {origin_.latitude - point.row * down_, Turned(longitude), height};
-    const bool isOnEarth = std::abs(ground.latitude) <= 90 && std::abs(longitude) <= 540;
-    return isOnEarth ? "" : "the grid puts it beyond a pole or around the earth";
-  }
-  std::string ToImage(GroundPoint ground, ImagePoint& point) const override {
-    // East of the origin, but for places that are less than half around the earth west of it.
-    point = {(origin_.latitude - ground.latitude) / down_,
-             std::remainder(ground.longitude - origin_.longitude, 360) / across_};
-    return "";
-  }
-
- private:
-  GeographicPoint origin_;
-  double across_, down_;  // degrees from pixel to pixel
-};
-
 }  // namespace
 
 std::unique_ptr<PlaceModel> MakeBetweenCorners(const CornerForm& form) {
@@ -169,20 +145,6 @@ std::optional<CornerForm> BlockOf(const SurveyedPart& image, const TaggedRecord&
                     error,
                     footprints[0].corners,
                     std::nullopt};
-}
-
-std::unique_ptr<PlaceModel> MakeGeolob(const TaggedRecord& record) {
-  double numbers[4] = {};
-  constexpr const char* kNames[] = {"ARV", "BRV", "LSO", "PSO"};
-  for (size_t i = 0; i < std::size(kNames); ++i) {
-    const DecodedField* field = FindField(record.fields, kNames[i]);
-    const auto value = field == nullptr ? std::nullopt : ValueOf(*field);
-    if (!value || !std::isfinite(*value)) return nullptr;
-    numbers[i] = *value;
-  }
-  const auto [across, down, longitude, latitude] = numbers;
-  if (across < 1 || down < 1 || std::abs(longitude) > 180 || std::abs(latitude) > 90) return nullptr;
-  return std::make_unique<Geolob>(GeographicPoint{latitude, longitude}, 360 / across, 360 / down);
 }
 
 }  // namespace core

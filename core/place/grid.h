@@ -1,4 +1,4 @@
-// Images between their corners, and those on a grid of degrees.
+// Images between their corners.
 #pragma once
 
 #include "core/format/geography.h"
@@ -26,7 +26,5 @@ CornerForm CornerFormOf(char icords, std::string_view igeolo, double rows, doubl
 std::optional<CornerForm> IgeoloOf(const SurveyedPart& image);
 /// Those of a BLOCKA record that is about the whole image.
 std::optional<CornerForm> BlockOf(const SurveyedPart& image, const TaggedRecord& record);
-/// A grid of degrees whose first pixel is at the record's origin (GEOLOB). Null where it is not whole.
-std::unique_ptr<PlaceModel> MakeGeolob(const TaggedRecord& record);
 
 }  // namespace core

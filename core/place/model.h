@@ -17,6 +17,7 @@ struct GroundPoint {
   double latitude, longitude, height;
 };
 
+class Projection;
 struct RationalForm;
 /// A zone of UTM.
 struct UtmZone {
@@ -36,6 +37,8 @@ class PlaceModel {
   virtual std::optional<double> Height() const { return std::nullopt; }
   /// The zone of UTM in which the model is a plane one; none for degrees.
   virtual std::optional<UtmZone> Zone() const { return std::nullopt; }
+  /// The projection in which the model is a plane one; null for other models.
+  virtual const Projection* Plane() const { return nullptr; }
   /// The rational polynomials of the image's own rows and columns; null for other models.
   virtual const RationalForm* Polynomials() const { return nullptr; }
   /// The place at a height; words where there is none, empty where there is.

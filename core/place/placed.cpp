@@ -5,17 +5,18 @@
 #include "core/format/words.h"
 #include "core/place/chip.h"
 #include "core/place/grid.h"
+#include "core/place/projected.h"
 #include "core/place/rational.h"
 
 namespace core {
-namespace {
-
 const TaggedRecord* FirstOf(const std::vector<TaggedRecord>& records, std::string_view tag) {
   for (const TaggedRecord& record : records) {
     if (TrimmedText(record.tag) == tag && record.problem.empty()) return &record;
   }
   return nullptr;
 }
+
+namespace {
 
 // A chip of which the map is not known has no place by the model of the whole.
 std::unique_ptr<PlaceModel> Rational(const std::vector<TaggedRecord>& records, std::string_view tag) {
@@ -29,9 +30,38 @@ std::unique_ptr<PlaceModel> Rational(const std::vector<TaggedRecord>& records, s
   return chip ? ThroughChip(MakeRational(*form), *chip) : nullptr;
 }
 
+// A grid of degrees or of a projection. Datum and projection may be those of all of the file.
+std::unique_ptr<PlaceModel> Grid(const std::vector<TaggedRecord>& records, const SurveyedPart& header,
+                                 const RecordDefinitions& definitions, std::vector<std::string>& unused) {
+  const TaggedRecord *degrees = FirstOf(records, "GEOLOB"), *map = FirstOf(records, "MAPLOB");
+  if (degrees == nullptr && map == nullptr) return nullptr;
+  const std::vector<TaggedRecord> all = RecordsOf(header, definitions);
+  const auto find = [&](std::string_view tag) {
+    const TaggedRecord* own = FirstOf(records, tag);
+    return own != nullptr ? own : FirstOf(all, tag);
+  };
+  const TaggedRecord *datum = find("GEOPSB"), *projection = find("PRJPSB");
+  std::unique_ptr<PlaceModel> model = degrees == nullptr ? nullptr : MakeGeolob(*degrees, datum);
+  if (degrees != nullptr && model == nullptr) unused.emplace_back("GEOLOB");
+  if (model != nullptr || map == nullptr) return model;
+  if (datum != nullptr && projection != nullptr) model = MakeMaplob(*map, *projection, *datum);
+  if (model == nullptr) unused.emplace_back("MAPLOB");
+  return model;
+}
+
 }  // namespace
 
-Placed PlaceOf(const SurveyedPart& image, const RecordDefinitions& definitions) {
+std::unique_ptr<PlaceModel> ModelOfRecord(const SurveyedPart& image,
+                                          const std::vector<TaggedRecord>& records,
+                                          std::string_view tag) {
+  if (tag != "BLOCKA") return Rational(records, tag);
+  const TaggedRecord* block = FirstOf(records, tag);
+  const auto corners = block == nullptr ? std::nullopt : BlockOf(image, *block);
+  return corners ? MakeBetweenCorners(*corners) : nullptr;
+}
+
+Placed PlaceOf(const SurveyedPart& image, const SurveyedPart& header,
+               const RecordDefinitions& definitions) {
   Placed placed;
   const std::vector<TaggedRecord> records = RecordsOf(image, definitions);
   for (const TaggedRecord& record : records) {
@@ -41,14 +71,12 @@ Placed PlaceOf(const SurveyedPart& image, const RecordDefinitions& definitions) 
       placed.unused.push_back(tag);
   }
   for (const char* tag : {"RPC00B", "RPC00A"}) {
-    if (placed.model == nullptr) placed.model = Rational(records, tag);
+    if (placed.model == nullptr) placed.model = ModelOfRecord(image, records, tag);
   }
   if (placed.model != nullptr) return placed;
-  if (const TaggedRecord* grid = FirstOf(records, "GEOLOB")) placed.model = MakeGeolob(*grid);
+  placed.model = Grid(records, header, definitions, placed.unused);
   if (placed.model != nullptr) return placed;
-  if (const TaggedRecord* block = FirstOf(records, "BLOCKA")) {
-    if (const auto corners = BlockOf(image, *block)) placed.model = MakeBetweenCorners(*corners);
-  }
+  placed.model = ModelOfRecord(image, records, "BLOCKA");
   if (placed.model != nullptr) return placed;
   if (const auto corners = IgeoloOf(image)) placed.model = MakeBetweenCorners(*corners);
   return placed;

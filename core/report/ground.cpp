@@ -30,7 +30,7 @@ std::vector<Ground> GroundsOf(const ReportedFile& file) {
     const std::string_view form = part.Text("ICORDS");
     if (const auto corners = CornersOf(form.empty() ? ' ' : form[0], part.Text("IGEOLO")))
       grounds.push_back({part.Title(), "IGEOLO", Unwrapped(*corners)});
-    const Placed placed = PlaceOf(part, file.definitions);
+    const Placed placed = PlaceOf(part, file.survey.Header(), file.definitions);
     const std::string name = placed.model == nullptr ? "IGEOLO" : placed.model->Name();
     const auto extent = name == "IGEOLO" ? std::nullopt : ExtentOf(*placed.model, part);
     if (extent) grounds.push_back({part.Title(), name, Unwrapped(extent->corners)});

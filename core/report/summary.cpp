@@ -22,7 +22,8 @@ std::string TimeOf(std::string_view field) {
 std::string WhatWhereAndWhen(const ReportedFile& file) {
   std::string facts;
   const SurveyedPart* image = file.survey.Find(PartKind::Image, 0);
-  const Placed placed = image == nullptr ? Placed() : PlaceOf(*image, file.definitions);
+  const Placed placed =
+      image == nullptr ? Placed() : PlaceOf(*image, file.survey.Header(), file.definitions);
   const auto extent = placed.model == nullptr ? std::nullopt : ExtentOf(*placed.model, *image);
   if (extent)
     facts += Term("Place",

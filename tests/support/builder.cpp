@@ -99,6 +99,15 @@ std::string Record::Bytes() const {
   return bytes;
 }
 
+size_t Record::OffsetOf(const std::string& name) const {
+  size_t offset = 0;
+  for (const Field& field : fields_) {
+    if (field.name == name) break;
+    offset += field.text.size();
+  }
+  return offset;
+}
+
 Record ImageRecord(const ImageForm& form) {
   Fields fields = {Given("IM", "IM"), Given("IID1", "Test image"), Given("IDATIM", "20261124120000"),
                    Blank("TGTID", 17), Blank("IID2", 80)};
@@ -233,8 +242,7 @@ std::string NitfBuilder::Bytes() const {
   };
   // The header record holds what stands before FL, NUMX, and what stands behind the length lists.
   const std::string all = header.Bytes();
-  const std::string& phone = header.Get("OPHONE");
-  const size_t before = all.rfind(phone + header.Get("NUMX")) + phone.size();
+  const size_t before = header.OffsetOf("NUMX");
   const std::string front = all.substr(0, before);
   const std::string behind = all.substr(before + header.Get("NUMX").size());
   std::string lists = count("NUMI", images) + Lengths(images, "LISH", 6, "LI", 10) +

@@ -29,6 +29,8 @@ class Record {
   Record& Remove(const std::string& name);
   const std::string& Get(const std::string& name) const;
   std::string Bytes() const;
+  /// Bytes in front of a field.
+  size_t OffsetOf(const std::string& name) const;
 
  private:
   Field& Find(const std::string& name);

@@ -76,10 +76,10 @@ SampleRequest RequestOf(const ExtractOptions& options) {
 }
 
 // Where the samples of an extraction lie on earth; none where nothing tells it.
-std::optional<Georeference> ReferenceOf(const ExtractOptions& options, const SurveyedPart& image,
-                                        const SampleImage& samples) {
+std::optional<Georeference> ReferenceOf(const ExtractOptions& options, const Survey& survey,
+                                        const SurveyedPart& image, const SampleImage& samples) {
   static const RecordDefinitions definitions;
-  const Placed placed = PlaceOf(image, definitions);
+  const Placed placed = PlaceOf(image, survey.Header(), definitions);
   if (placed.model == nullptr || samples.width == 0 || samples.height == 0) return std::nullopt;
   const SampleRequest request = RequestOf(options);
   PlacedPiece piece;
@@ -100,7 +100,7 @@ int WriteExtraction(const ExtractOptions& options, const Survey& survey, const E
     const std::string problem = WhyNotAs(wanted.form, image);
     if (!problem.empty())
       return Refuse("extract", wanted.image->Title() + ": " + problem + "; write .tif");
-    if (wanted.form == "tif") reference = ReferenceOf(options, *wanted.image, image);
+    if (wanted.form == "tif") reference = ReferenceOf(options, survey, *wanted.image, image);
   }
   Output output(wanted.output, wanted.form == "tif" ? Output::Way::ByName : Output::Way::InOrder);
   errno = 0;

@@ -86,7 +86,7 @@ void PrintRecords(std::FILE* out, const std::vector<TaggedRecord>& records, bool
 
 // Where an image lies, by the best model that tells it.
 void PrintLocation(std::FILE* out, const FileFacts& file, const SurveyedPart& image) {
-  const Placed placed = PlaceOf(image, file.definitions);
+  const Placed placed = PlaceOf(image, file.survey.Header(), file.definitions);
   for (const std::string& tag : placed.unused)
     std::fprintf(out, "    %s tells a place and is not used\n", tag.c_str());
   if (placed.model == nullptr) return;

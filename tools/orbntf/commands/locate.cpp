@@ -175,7 +175,7 @@ int RunLocate(LocateOptions& options, const std::string& folder) {
     return Report("locate", options.file, ORB_SHORT_READ, why);
   const SurveyedPart* image = survey.Find(PartKind::Image, options.image);
   if (image == nullptr) return Report("locate", options.file, ORB_NO_SUCH_RECORD);
-  const Placed placed = PlaceOf(*image, *options.definitions);
+  const Placed placed = PlaceOf(*image, survey.Header(), *options.definitions);
   if (placed.model == nullptr) {
     std::string words = "nothing that is used tells where " + image->Title() + " lies";
     for (const std::string& tag : placed.unused) words += "; " + tag + " is there and not used";

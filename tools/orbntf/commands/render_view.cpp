@@ -58,13 +58,13 @@ bool IsOnPicture(const RenderOptions& options, const FileView& view) {
 // Where a picture of one image lies on earth; none for others, and where nothing tells it.
 std::optional<Georeference> ReferenceOf(const RenderOptions& options, const Survey& survey,
                                         const ViewRequest& request, const FileView& view) {
-  static const RecordDefinitions definitions;
   const bool isAlone = !options.segment.empty();
   const SurveyedPart* image = survey.Find(PartKind::Image, isAlone ? options.image : 0);
   if (options.form != PictureForm::Tiff || image == nullptr ||
       (!isAlone && survey.Count(PartKind::Image) != 1))
     return std::nullopt;
-  const Placed placed = PlaceOf(*image, definitions);
+  static const RecordDefinitions definitions;
+  const Placed placed = PlaceOf(*image, survey.Header(), definitions);
   const Places places(survey);
   const PlacedSegment* stands = places.Of(*image);
   if (placed.model == nullptr || (!isAlone && stands == nullptr)) return std::nullopt;

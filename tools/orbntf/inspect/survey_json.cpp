@@ -138,7 +138,7 @@ void WriteRecordsOf(JsonText& json, const FileFacts& file, const SurveyedPart& p
 
 // Where an image lies, by the best model that tells it.
 void WriteLocation(JsonText& json, const FileFacts& file, const SurveyedPart& image) {
-  const Placed placed = PlaceOf(image, file.definitions);
+  const Placed placed = PlaceOf(image, file.survey.Header(), file.definitions);
   if (placed.model == nullptr) return;
   json.Key("location");
   json.BeginObject();
