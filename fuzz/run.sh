@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 minutes=${1:?usage: fuzz/run.sh MINUTES [TARGET...]}
 shift
 targets=("$@")
-[ $# -gt 0 ] || targets=(filter api jpeg jpeg2000 facsimile vector drawing input insight core edit)
+[ $# -gt 0 ] || targets=(filter api jpeg jpeg2000 facsimile vector drawing input insight core edit place)
 scripts/deps.sh test check
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz >/dev/null

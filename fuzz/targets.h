@@ -34,6 +34,9 @@ int Core(const uint8_t* data, size_t size);
 /// A file that is changed by splicing, and proven. It replays what is kept for `filter` as well.
 int Edit(const uint8_t* data, size_t size);
 
+/// Where an image lies: its corners, if the last byte says so, and its tagged records.
+int Place(const uint8_t* data, size_t size);
+
 struct NamedTarget {
   const char* name;
   Target run;
@@ -41,7 +44,7 @@ struct NamedTarget {
 inline constexpr NamedTarget kTargets[] = {
     {"filter", &Filter},       {"api", &Api},       {"jpeg", &Jpeg},       {"jpeg2000", &Jpeg2000},
     {"facsimile", &Facsimile}, {"vector", &Vector}, {"drawing", &Drawing}, {"input", &Input},
-    {"insight", &Insight},     {"core", &Core},     {"edit", &Edit},
+    {"insight", &Insight},     {"core", &Core},     {"edit", &Edit},       {"place", &Place},
 };
 
 }  // namespace fuzz

@@ -27,7 +27,7 @@ core::RasterForm ReadBack(const Georeference& reference) {
   image.noData = 250;
   const TempFile out("", ".tif");
   std::FILE* file = std::fopen(out.Path().c_str(), "w+b");
-  EXPECT_TRUE(core::WriteTiff(file, image, &reference));
+  EXPECT_TRUE(core::WriteTiff(file, image, {.reference = reference}));
   std::fclose(file);
   return core::OpenRaster(out.Path())->Form();
 }

@@ -95,14 +95,14 @@ const char* EndingOf(PictureForm form) {
 }
 
 std::unique_ptr<PictureWriter> PictureWriter::Start(PictureForm form, std::FILE* file, uint32_t width,
-                                                    uint32_t height, const Georeference* reference) {
+                                                    uint32_t height, const TiffOptions& options) {
   switch (form) {
     case PictureForm::Ppm:
       return std::make_unique<PpmWriter>(file, width, height);
     case PictureForm::Jpeg:
       return StartJpeg(file, width, height);
     case PictureForm::Tiff:
-      return StartTiff(file, width, height, reference);
+      return StartTiff(file, width, height, options);
     case PictureForm::Png:
       break;
   }

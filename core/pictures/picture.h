@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-#include "core/pictures/georeference.h"
+#include "core/pictures/tiff_options.h"
 #include "media/drawing/drawing.h"
 #include "media/outcome.h"
 
@@ -28,16 +28,16 @@ class PictureWriter {
   /// False when the picture is incomplete.
   virtual bool Finish() = 0;
 
-  /// TIFF tells where the picture lies, where that is given.
+  /// `options` are those of TIFF.
   static std::unique_ptr<PictureWriter> Start(PictureForm form, std::FILE* file, uint32_t width,
-                                              uint32_t height, const Georeference* reference = nullptr);
+                                              uint32_t height, const TiffOptions& options = {});
 };
 
 /// PNG, with `alpha` of rows of red, green, blue and alpha.
 std::unique_ptr<PictureWriter> StartPng(std::FILE* file, uint32_t width, uint32_t height, bool alpha);
 std::unique_ptr<PictureWriter> StartJpeg(std::FILE* file, uint32_t width, uint32_t height);
 std::unique_ptr<PictureWriter> StartTiff(std::FILE* file, uint32_t width, uint32_t height,
-                                         const Georeference* reference);
+                                         const TiffOptions& options);
 
 /// Paints a drawing as PNG whose objects take `longerSide` pixels (0 as the drawing suggests). NotTaken
 /// when the file does not take it; OverBudget for more painting than the drawing's bytes are worth.

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/pictures/cloud_tiff.h"
 #include "core/pictures/geo_tags.h"
 #include "core/pictures/picture.h"
 #include "core/pictures/tiff_file.h"
@@ -13,9 +14,14 @@ namespace {
 
 constexpr uint32_t kTile = 256;
 
+bool SetColours(TIFF* tiff) {
+  return TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8) && TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, 3) &&
+         TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
+}
+
 class TiffWriter : public PictureWriter {
  public:
-  TiffWriter(std::FILE* file, uint32_t width, uint32_t height, const Georeference* reference)
+  TiffWriter(std::FILE* file, uint32_t width, uint32_t height, const TiffOptions& options)
       : stride_(3 * size_t{width}),
         columns_((width + kTile - 1) / kTile),
         height_(height),
@@ -24,16 +30,13 @@ class TiffWriter : public PictureWriter {
     tiff_ = OpenTiffFile(dup(fileno(file)), "w8");
     if (tiff_ == nullptr) return;
     good_ = TIFFSetField(tiff_, TIFFTAG_IMAGEWIDTH, width) &&
-            TIFFSetField(tiff_, TIFFTAG_IMAGELENGTH, height) &&
-            TIFFSetField(tiff_, TIFFTAG_BITSPERSAMPLE, 8) &&
-            TIFFSetField(tiff_, TIFFTAG_SAMPLESPERPIXEL, 3) &&
-            TIFFSetField(tiff_, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB) &&
+            TIFFSetField(tiff_, TIFFTAG_IMAGELENGTH, height) && SetColours(tiff_) &&
             TIFFSetField(tiff_, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) &&
             TIFFSetField(tiff_, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE) &&
             TIFFSetField(tiff_, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL) &&
             TIFFSetField(tiff_, TIFFTAG_TILEWIDTH, kTile) &&
             TIFFSetField(tiff_, TIFFTAG_TILELENGTH, kTile) &&
-            (reference == nullptr || SetGeoTags(tiff_, *reference));
+            (!options.reference || SetGeoTags(tiff_, *options.reference));
   }
   ~TiffWriter() override {
     if (tiff_ != nullptr) TIFFClose(tiff_);
@@ -72,11 +75,54 @@ class TiffWriter : public PictureWriter {
   bool good_ = false;
 };
 
+// The same with smaller pictures, all of it written at the end.
+class CloudWriter : public PictureWriter {
+ public:
+  CloudWriter(std::FILE* file, uint32_t width, uint32_t height, const TiffOptions& options)
+      : file_(file) {
+    Try([&] { cloud_ = std::make_unique<CloudTiff>(FormOf(width, height, options)); });
+  }
+  bool PutRow(const uint8_t* rgb) override {
+    return Try([&] { cloud_->PutRow(rgb); });
+  }
+  bool Finish() override {
+    return Try([&] { good_ = cloud_->Write(file_); });
+  }
+
+ private:
+  // What its scratch files do not take, the picture's file does not take.
+  template <class Work>
+  bool Try(Work work) {
+    if (!good_) return false;
+    try {
+      work();
+    } catch (const WriteError&) {
+      good_ = false;
+    }
+    return good_;
+  }
+  static CloudForm FormOf(uint32_t width, uint32_t height, const TiffOptions& options) {
+    CloudForm form;
+    form.width = width, form.height = height;
+    form.pixelBytes = 3;
+    form.predictor = PREDICTOR_HORIZONTAL;
+    form.halve = MeansOf(SampleKind::Unsigned, 1, 3, std::nullopt);
+    form.setTags = [reference = options.reference](TIFF* tiff, bool isFull) {
+      return SetColours(tiff) && (!isFull || !reference || SetGeoTags(tiff, *reference));
+    };
+    return form;
+  }
+  std::FILE* file_;
+  std::unique_ptr<CloudTiff> cloud_;
+  bool good_ = true;
+};
+
 }  // namespace
 
 std::unique_ptr<PictureWriter> StartTiff(std::FILE* file, uint32_t width, uint32_t height,
-                                         const Georeference* reference) {
-  return std::make_unique<TiffWriter>(file, width, height, reference);
+                                         const TiffOptions& options) {
+  if (options.isCloud) return std::make_unique<CloudWriter>(file, width, height, options);
+  return std::make_unique<TiffWriter>(file, width, height, options);
 }
 
 }  // namespace core

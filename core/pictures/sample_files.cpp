@@ -9,6 +9,7 @@
 
 #include <png.h>
 
+#include "core/pictures/cloud_tiff.h"
 #include "core/pictures/geo_tags.h"
 #include "core/pictures/tiff_file.h"
 
@@ -63,16 +64,14 @@ bool SetPalette(TIFF* tiff, const SampleImage& image) {
          1;
 }
 
-bool SetTags(TIFF* tiff, const SampleImage& image) {
+// What tells of the samples, whatever the picture's size.
+bool SetSampleTags(TIFF* tiff, const SampleImage& image) {
   const uint16_t photometric = Photometric(image);
-  bool good = TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, image.width) &&
-              TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, image.height) &&
-              TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, StoredBits(image)) &&
+  bool good = TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, StoredBits(image)) &&
               TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, image.bands) &&
               TIFFSetField(tiff, TIFFTAG_SAMPLEFORMAT, FormatOf(image)) &&
               TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, photometric) &&
-              TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) &&
-              TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0));
+              TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
   if (photometric == PHOTOMETRIC_YCBCR) good = good && TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, 1, 1);
   if (photometric == PHOTOMETRIC_MINISBLACK && image.bands > 1) {
     const std::vector<uint16_t> extra(image.bands - 1, EXTRASAMPLE_UNSPECIFIED);
@@ -90,6 +89,36 @@ bool SetTags(TIFF* tiff, const SampleImage& image) {
   return good;
 }
 
+// What tells of the whole picture.
+bool SetPictureTags(TIFF* tiff, const TiffOptions& options) {
+  return (!options.reference || SetGeoTags(tiff, *options.reference)) &&
+         (options.description.empty() ||
+          TIFFSetField(tiff, TIFFTAG_IMAGEDESCRIPTION, options.description.c_str()) == 1);
+}
+
+bool WriteCloud(std::FILE* file, const SampleImage& image, const TiffOptions& options) {
+  CloudForm form;
+  form.width = image.width, form.height = image.height;
+  form.pixelBytes = image.PixelBytes();
+  form.areBits = image.bits == 1 && image.bands == 1;
+  const bool isNearest = form.areBits || HasPalette(image);
+  form.halve = isNearest ? FirstOf(form.pixelBytes)
+                         : MeansOf(image.kind, image.sampleBytes, image.bands, image.noData);
+  if (image.kind != SampleKind::Real && image.kind != SampleKind::Complex && image.bits != 1 &&
+      image.sampleBytes <= 4)
+    form.predictor = PREDICTOR_HORIZONTAL;
+  form.setTags = [&](TIFF* tiff, bool isFull) {
+    return SetSampleTags(tiff, image) && (!isFull || SetPictureTags(tiff, options));
+  };
+  try {
+    CloudTiff cloud(std::move(form));
+    for (uint32_t y = 0; y < image.height; ++y) cloud.PutRow(image.Pixel(0, y));
+    return cloud.Write(file);
+  } catch (const WriteError&) {
+    return false;
+  }
+}
+
 }  // namespace
 
 std::string WhyNotAs(const std::string& form, const SampleImage& image) {
@@ -100,11 +129,15 @@ std::string WhyNotAs(const std::string& form, const SampleImage& image) {
   return image.bands == 3 && image.bits == 1 ? "PNG has no colours of single bits" : "";
 }
 
-bool WriteTiff(std::FILE* file, const SampleImage& image, const Georeference* reference) {
+bool WriteTiff(std::FILE* file, const SampleImage& image, const TiffOptions& options) {
+  if (options.isCloud) return WriteCloud(file, image, options);
   constexpr uint64_t kMostClassic = uint64_t{4000} << 20;
   TIFF* tiff = OpenTiffFile(dup(fileno(file)), image.samples.size() > kMostClassic ? "w8" : "w");
   if (tiff == nullptr) return false;
-  bool good = SetTags(tiff, image) && (reference == nullptr || SetGeoTags(tiff, *reference));
+  bool good = TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, image.width) &&
+              TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, image.height) && SetSampleTags(tiff, image) &&
+              TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, TIFFDefaultStripSize(tiff, 0)) &&
+              SetPictureTags(tiff, options);
   std::vector<uint8_t> row;
   for (uint32_t y = 0; good && y < image.height; ++y) {
     TakeRow(image, y, row);
@@ -231,6 +264,42 @@ bool WriteRaw(std::FILE* file, const SampleImage& image) {
                      row.begin() + static_cast<ptrdiff_t>(at + step));
     }
     if (std::fwrite(row.data(), 1, rowBytes, file) != rowBytes) return false;
+  }
+  return true;
+}
+
+bool WriteNpy(std::FILE* file, const SampleImage& image) {
+  constexpr size_t kFront = 10, kUnit = 64;
+  constexpr const char kKinds[] = {'u', 'i', 'f', 'c'};
+  const char order = image.sampleBytes == 1                       ? '|'
+                     : std::endian::native == std::endian::little ? '<'
+                                                                  : '>';
+  std::string header = std::string("{'descr': '") + order + kKinds[static_cast<size_t>(image.kind)] +
+                       std::to_string(image.sampleBytes) + "', 'fortran_order': False, 'shape': (" +
+                       std::to_string(image.bands) + ", " + std::to_string(image.height) + ", " +
+                       std::to_string(image.width) + "), }";
+  header.append(kUnit - 1 - (kFront + header.size()) % kUnit, ' ');
+  header += '\n';
+  const std::string front = {'\x93',
+                             'N',
+                             'U',
+                             'M',
+                             'P',
+                             'Y',
+                             1,
+                             0,
+                             static_cast<char>(header.size() & 0xFF),
+                             static_cast<char>(header.size() >> 8)};
+  header.insert(0, front);
+  if (std::fwrite(header.data(), 1, header.size(), file) != header.size()) return false;
+  std::vector<uint8_t> row(size_t{image.width} * image.sampleBytes);
+  for (uint32_t band = 0; band < image.bands; ++band) {
+    for (uint32_t y = 0; y < image.height; ++y) {
+      const uint8_t* from = image.Pixel(0, y) + size_t{band} * image.sampleBytes;
+      for (uint32_t x = 0; x < image.width; ++x, from += image.PixelBytes())
+        std::memcpy(&row[size_t{x} * image.sampleBytes], from, image.sampleBytes);
+      if (std::fwrite(row.data(), 1, row.size(), file) != row.size()) return false;
+    }
   }
   return true;
 }

@@ -69,6 +69,10 @@ bool Fit(const Plane& plane, const PlacedPiece& piece, std::array<double, 6>& af
   affine = {
       first.east,  (right.east - first.east) / piece.columns,   (below.east - first.east) / piece.rows,
       first.north, (right.north - first.north) / piece.columns, (below.north - first.north) / piece.rows};
+  // What rounding makes of terms that are none.
+  constexpr double kNothing = 1e-9;
+  if (std::abs(affine[2]) * piece.rows < kNothing * std::abs(affine[1])) affine[2] = 0;
+  if (std::abs(affine[4]) * piece.columns < kNothing * std::abs(affine[5])) affine[4] = 0;
   return affine[1] * affine[5] - affine[2] * affine[4] != 0;
 }
 

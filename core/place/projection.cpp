@@ -1,6 +1,7 @@
 #include "core/place/projection.h"
 
 #include <proj.h>
+#include <proj_experimental.h>
 
 #include <algorithm>
 #include <cmath>
@@ -25,6 +26,20 @@ Operation ShiftFrom(PJ_CONTEXT* context, int datum) {
   if (from == nullptr || to == nullptr) return nullptr;
   const Operation shift(proj_create_crs_to_crs_from_pj(context, from.get(), to.get(), nullptr, kOptions));
   return Operation(shift == nullptr ? nullptr : proj_normalize_for_visualization(context, shift.get()));
+}
+
+Context NewContext() {
+  Context context(proj_context_create());
+  if (context == nullptr) return context;
+  proj_log_level(context.get(), PJ_LOG_NONE);
+  proj_context_set_enable_network(context.get(), 0);
+  return context;
+}
+
+std::string TextOfSystem(PJ_CONTEXT* context, const PJ* system) {
+  constexpr const char* kOptions[] = {"MULTILINE=NO", nullptr};
+  const char* text = system == nullptr ? nullptr : proj_as_wkt(context, system, PJ_WKT1_ESRI, kOptions);
+  return text == nullptr ? "" : text;
 }
 
 bool Transform(PJ* operation, PJ_DIRECTION direction, double& east, double& north) {
@@ -57,17 +72,35 @@ struct Projection::Library {
 
 std::unique_ptr<Projection> Projection::Of(const std::string& words, int datum) {
   auto library = std::make_unique<Library>();
-  library->context.reset(proj_context_create());
+  library->context = NewContext();
   PJ_CONTEXT* context = library->context.get();
   if (context == nullptr) return nullptr;
-  proj_log_level(context, PJ_LOG_NONE);
-  proj_context_set_enable_network(context, 0);
   const std::string pipeline =
       "+proj=pipeline +step +proj=unitconvert +xy_in=deg +xy_out=rad +step " + words;
   library->plane.reset(proj_create(context, pipeline.c_str()));
   if (datum != kWgs84) library->shift = ShiftFrom(context, datum);
   if (library->plane == nullptr || (datum != kWgs84 && library->shift == nullptr)) return nullptr;
   return std::unique_ptr<Projection>(new Projection(words, datum, std::move(library)));
+}
+
+std::string Projection::TextOf(int epsg) {
+  const Context context = NewContext();
+  const Operation system(proj_create(context.get(), ("EPSG:" + std::to_string(epsg)).c_str()));
+  return TextOfSystem(context.get(), system.get());
+}
+
+std::string Projection::TextOf(const std::string& words, int datum) {
+  const Context context = NewContext();
+  PJ_CONTEXT* with = context.get();
+  const Operation plain(proj_create(with, (words + " +units=m +no_defs +type=crs").c_str())),
+      base(proj_create(with, ("EPSG:" + std::to_string(datum)).c_str()));
+  if (plain == nullptr || base == nullptr) return "";
+  const Operation conversion(proj_crs_get_coordoperation(with, plain.get())),
+      axes(proj_create_cartesian_2D_cs(with, PJ_CART2D_EASTING_NORTHING, nullptr, 0));
+  if (conversion == nullptr || axes == nullptr) return "";
+  const Operation system(
+      proj_create_projected_crs(with, "unnamed", base.get(), conversion.get(), axes.get()));
+  return TextOfSystem(with, system.get());
 }
 
 Projection::Projection(std::string words, int datum, std::unique_ptr<Library> library)

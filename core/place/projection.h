@@ -20,6 +20,10 @@ class Projection {
   /// EPSG code of the datum's geographic system. Null where PROJ knows no such projection, or no way from
   /// the datum to WGS 84. Nothing is fetched from a network.
   static std::unique_ptr<Projection> Of(const std::string& words, int datum);
+  /// The system of an EPSG code, or of a projection of a datum, as the text of a .prj file has it. Empty
+  /// where PROJ does not know it.
+  static std::string TextOf(int epsg);
+  static std::string TextOf(const std::string& words, int datum);
   Projection(const Projection&) = delete;
   Projection& operator=(const Projection&) = delete;
   ~Projection();

@@ -6,6 +6,7 @@
 
 #include "Common/Bounds.h"
 #include "core/check/rule.h"
+#include "core/format/band_words.h"
 #include "core/format/records.h"
 #include "core/format/words.h"
 #include "core/pictures/sample_files.h"
@@ -16,6 +17,7 @@
 #include "tools/orbntf/document.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/opening.h"
+#include "tools/orbntf/output/beside.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 
@@ -27,7 +29,7 @@ struct ExtractOptions {
   uint32_t reduce = 0;
   std::vector<uint64_t> region;
   std::vector<uint32_t> bands;
-  bool all = false;
+  bool all = false, cloud = false, world = false;
 };
 
 // What a part is written as.
@@ -44,10 +46,10 @@ int Fail(const ExtractOptions& options, int32_t status, const std::string& words
 }
 
 bool Write(std::FILE* stream, const std::string& form, const SampleImage& image,
-           const std::optional<Georeference>& reference) {
+           const TiffOptions& options) {
   if (form == "png") return WritePng(stream, image);
-  return form == "raw" ? WriteRaw(stream, image)
-                       : WriteTiff(stream, image, reference ? &*reference : nullptr);
+  if (form == "npy") return WriteNpy(stream, image);
+  return form == "raw" ? WriteRaw(stream, image) : WriteTiff(stream, image, options);
 }
 
 bool Write(std::FILE* stream, const std::string& bytes) {
@@ -75,11 +77,29 @@ SampleRequest RequestOf(const ExtractOptions& options) {
   return request;
 }
 
+const RecordDefinitions& Definitions() {
+  static const RecordDefinitions definitions;
+  return definitions;
+}
+
+// What is said of the bands that are asked for, a line each; empty where nothing is.
+std::string DescriptionOf(const ExtractOptions& options, const SurveyedPart& image, uint32_t bands) {
+  const std::vector<std::string> words = WordsOfBands(image, Definitions());
+  std::string lines;
+  bool isSaid = false;
+  for (uint32_t i = 0; i < bands; ++i) {
+    const size_t band = options.bands.empty() ? i : options.bands[i];
+    const std::string said = band < words.size() ? words[band] : "";
+    isSaid = isSaid || !said.empty();
+    lines += "band " + std::to_string(i) + ": " + Printable(said) + "\n";
+  }
+  return isSaid ? lines.substr(0, lines.size() - 1) : "";
+}
+
 // Where the samples of an extraction lie on earth; none where nothing tells it.
 std::optional<Georeference> ReferenceOf(const ExtractOptions& options, const Survey& survey,
                                         const SurveyedPart& image, const SampleImage& samples) {
-  static const RecordDefinitions definitions;
-  const Placed placed = PlaceOf(image, survey.Header(), definitions);
+  const Placed placed = PlaceOf(image, survey.Header(), Definitions());
   if (placed.model == nullptr || samples.width == 0 || samples.height == 0) return std::nullopt;
   const SampleRequest request = RequestOf(options);
   PlacedPiece piece;
@@ -93,25 +113,32 @@ std::optional<Georeference> ReferenceOf(const ExtractOptions& options, const Sur
 
 int WriteExtraction(const ExtractOptions& options, const Survey& survey, const Extraction& wanted) {
   SampleImage image;
-  std::optional<Georeference> reference;
+  TiffOptions tiff;
   if (wanted.image != nullptr) {
     const SampleFault fault = ReadSamples(survey, *wanted.image, RequestOf(options), image);
     if (fault.Met()) return Fail(options, fault.Code(), wanted.image->Title() + ": " + fault.words);
     const std::string problem = WhyNotAs(wanted.form, image);
     if (!problem.empty())
       return Refuse("extract", wanted.image->Title() + ": " + problem + "; write .tif");
-    if (wanted.form == "tif") reference = ReferenceOf(options, survey, *wanted.image, image);
+    tiff.isCloud = options.cloud;
+    if (wanted.form == "tif") tiff.description = DescriptionOf(options, *wanted.image, image.bands);
+    if (wanted.form == "tif" || options.world)
+      tiff.reference = ReferenceOf(options, survey, *wanted.image, image);
+    const std::string why = options.world ? WhyNoWorld(tiff.reference) : "";
+    if (!why.empty()) return Refuse("extract", wanted.image->Title() + ": " + why);
   }
   Output output(wanted.output, wanted.form == "tif" ? Output::Way::ByName : Output::Way::InOrder);
   errno = 0;
   std::FILE* stream = output.Problem().empty() ? output.Stream() : nullptr;
   const bool written =
-      stream != nullptr && (wanted.image != nullptr   ? Write(stream, wanted.form, image, reference)
+      stream != nullptr && (wanted.image != nullptr   ? Write(stream, wanted.form, image, tiff)
                             : wanted.whole != nullptr ? WriteData(stream, survey, *wanted.whole)
                                                       : Write(stream, wanted.bytes));
   if (stream != nullptr && !written && errno != 0) output.NoteFailure();
-  return Report("extract", wanted.output, written && output.Commit() ? ORB_SUCCESS : ORB_SHORT_WRITE,
-                output.Problem());
+  const bool isDone = written && output.Commit();
+  if (isDone && options.world && wanted.image != nullptr)
+    return WriteBeside("extract", options.file, wanted.output, *tiff.reference);
+  return Report("extract", wanted.output, isDone ? ORB_SUCCESS : ORB_SHORT_WRITE, output.Problem());
 }
 
 // ---------------------------------------------------------------- parts
@@ -179,8 +206,12 @@ int ExtractOne(const ExtractOptions& options, const Survey& survey) {
   if (const int code = FindPart(options, survey, wanted); code != kExitOk) return code;
   if (wanted.image == nullptr && options.reduce != 0) return Refuse("extract", "--reduce is for images");
   wanted.form = wanted.image == nullptr ? "" : FormOf(options);
-  if (wanted.image != nullptr && !IsOneOf(wanted.form, "tif|png|raw"))
-    return Refuse("extract", "the output's name ends in .tif, .png or .raw, or --format says which");
+  if (options.cloud && wanted.form != "tif") return Refuse("extract", "--cog is for .tif");
+  if (options.world && (wanted.image == nullptr || wanted.output == "-"))
+    return Refuse("extract", "--world is for samples that get a name");
+  if (wanted.image != nullptr && !IsOneOf(wanted.form, "tif|png|raw|npy"))
+    return Refuse("extract",
+                  "the output's name ends in .tif, .png, .npy or .raw, or --format says which");
   return WriteExtraction(options, survey, wanted);
 }
 
@@ -288,6 +319,8 @@ int RunExtract(ExtractOptions& options) {
     return Refuse("extract", "--region and --bands are for samples of image:N");
   if (!options.region.empty() && (options.region[2] == 0 || options.region[3] == 0))
     return Refuse("extract", "--region: a height and a width are not 0");
+  if (whole && (options.cloud || options.world))
+    return Refuse("extract", "--cog and --world are for samples of image:N");
   options.file = TakeInput(options.file);
   const WorkAccount account(options.file);
   const Survey survey(options.file);
@@ -305,11 +338,14 @@ void AddExtract(const Command& top, CommandLine& line) {
   command.Take("FILE", options->file, "file to read").Required();
   command.Take("PART", options->part, "image:N, graphic:N, text:N, data:N, record:TAG or record:TAG:N");
   command.Take("-o,--output", options->output,
-               "OUT.tif, OUT.png or OUT.raw for samples; - for standard output");
+               "OUT.tif, OUT.png, OUT.npy or OUT.raw for samples; - for standard output");
   command.Flag("--all", options->all, "write everything");
   command.Take("-O,--output-folder", options->folder, "where to");
-  command.Take("--format", options->format, "tif, png or raw, whatever the output's name")
-      .OneOf({"tif", "png", "raw"});
+  command.Take("--format", options->format, "tif, png, npy or raw, whatever the output's name")
+      .OneOf({"tif", "png", "npy", "raw"});
+  command.Flag("--cog", options->cloud,
+               "with .tif: tiles and smaller pictures, a cloud-optimised GeoTIFF");
+  command.Flag("--world", options->world, "write a world file and a .prj file beside it");
   command.Take("--reduce", options->reduce, "N: samples at 1/2^N of the image's size");
   command.Take("--region", options->region, "ROW,COLUMN,HEIGHT,WIDTH of the image that is wanted")
       .List(4);

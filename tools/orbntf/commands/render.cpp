@@ -79,6 +79,9 @@ std::string TakeOptions(RenderOptions& options) {
   const auto form = PictureFormOf(byName ? ending : options.format.empty() ? "png" : options.format);
   if (!form) return "the output's name ends in .png, .ppm, .jpg or .tif, or --format says which";
   options.form = *form;
+  if (options.cloud && options.form != PictureForm::Tiff) return "--cog is for .tif";
+  if (options.world && options.output == "-") return "--world is for pictures that get a name";
+  if (options.module && (options.cloud || options.world)) return "--cog and --world are not the module's";
   return options.regionText.empty() ? "" : TakeRegion(options);
 }
 
@@ -124,6 +127,9 @@ void AddRender(const Command& top, CommandLine& line) {
   command.Take("--stretch", options->stretchText,
                "of samples of more than 8 bits: percent:LOW,HIGH (2,98), minmax or none");
   command.Flag("--stretch-each", options->stretchEach, "stretch each band by itself");
+  command.Flag("--cog", options->cloud,
+               "with .tif: tiles and smaller pictures, a cloud-optimised GeoTIFF");
+  command.Flag("--world", options->world, "write a world file and a .prj file beside it");
   command.Flag("--partial", options->partial, "exit with 0 also where a segment could not be drawn");
   command.Flag("--module", options->module, "draw what the module gives its host");
   command.Flag("--fixed-canvas", options->fixedCanvas, "with --module: draw on 2048 x 2048 pixels");

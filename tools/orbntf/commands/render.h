@@ -23,7 +23,7 @@ struct RenderOptions {
   bool module = false, fixedCanvas = false, liftDark = false, standard = false, partial = false;
   PictureForm form = PictureForm::Png;
   uint32_t factor = 1, image = 0, size = 0;
-  bool fast = false, stretchEach = false;
+  bool fast = false, stretchEach = false, cloud = false, world = false;
   std::vector<uint32_t> bands;
   Stretch stretch;
   std::optional<Region> region;

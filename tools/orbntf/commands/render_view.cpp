@@ -1,13 +1,17 @@
 // The picture by the published standard.
+#include <algorithm>
 #include <cerrno>
+#include <map>
 
 #include "core/format/words.h"
 #include "core/place/georeference.h"
 #include "core/place/placed.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/commands/render.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/inspect/explain.h"
 #include "tools/orbntf/inspect/opening.h"
+#include "tools/orbntf/output/beside.h"
 
 namespace tool {
 namespace {
@@ -55,19 +59,34 @@ bool IsOnPicture(const RenderOptions& options, const FileView& view) {
          uint64_t{part.column} + part.width <= view.FullWidth();
 }
 
-// Where a picture of one image lies on earth; none for others, and where nothing tells it.
+// The image that tells where a picture lies: the one that is asked for, or the lowest one with a place.
+const SurveyedPart* TellingImage(const RenderOptions& options, const Survey& survey, const Places& places,
+                                 Placed& placed) {
+  static const RecordDefinitions definitions;
+  std::map<int64_t, const SurveyedPart*> images;
+  for (const SurveyedPart& part : survey.parts) {
+    const PlacedSegment* stands = part.kind == PartKind::Image ? places.Of(part) : nullptr;
+    if (options.segment.empty() ? stands != nullptr && stands->readable
+                                : part.kind == PartKind::Image && part.index == options.image)
+      images.emplace(stands == nullptr ? 0 : stands->level, &part);
+  }
+  for (const auto& [level, image] : images) {
+    placed = PlaceOf(*image, survey.Header(), definitions);
+    if (placed.model != nullptr) return image;
+  }
+  return nullptr;
+}
+
+// Where a picture lies on earth; none where nothing tells it.
 std::optional<Georeference> ReferenceOf(const RenderOptions& options, const Survey& survey,
                                         const ViewRequest& request, const FileView& view) {
   const bool isAlone = !options.segment.empty();
-  const SurveyedPart* image = survey.Find(PartKind::Image, isAlone ? options.image : 0);
-  if (options.form != PictureForm::Tiff || image == nullptr ||
-      (!isAlone && survey.Count(PartKind::Image) != 1))
-    return std::nullopt;
-  static const RecordDefinitions definitions;
-  const Placed placed = PlaceOf(*image, survey.Header(), definitions);
+  if (options.form != PictureForm::Tiff && !options.world) return std::nullopt;
   const Places places(survey);
+  Placed placed;
+  const SurveyedPart* image = TellingImage(options, survey, places, placed);
+  if (image == nullptr) return std::nullopt;
   const PlacedSegment* stands = places.Of(*image);
-  if (placed.model == nullptr || (!isAlone && stands == nullptr)) return std::nullopt;
   const uint64_t columns = request.columns != 0 ? request.columns : view.FullWidth() - request.column,
                  rows = request.rows != 0 ? request.rows : view.FullHeight() - request.row;
   PlacedPiece piece;
@@ -100,11 +119,14 @@ int RenderView(const RenderOptions& options, const std::string& file, Output& ou
                   "--region is not on the picture, which has " + std::to_string(view.FullHeight()) +
                       " rows and " + std::to_string(view.FullWidth()) + " columns");
   WorkAccount::AllowPixels(view.PixelsToMake());
+  TiffOptions tiff;
+  tiff.reference = ReferenceOf(options, survey, request, view);
+  tiff.isCloud = options.cloud;
+  if (const std::string why = options.world ? WhyNoWorld(tiff.reference) : ""; !why.empty())
+    return Refuse("render", InputName(file) + ": " + why);
   std::FILE* stream = output.Stream();
   if (stream == nullptr) return Report("render", file, ORB_SHORT_WRITE, output.Problem());
-  const std::optional<Georeference> reference = ReferenceOf(options, survey, request, view);
-  const auto writer = PictureWriter::Start(options.form, stream, view.Width(), view.Height(),
-                                           reference ? &*reference : nullptr);
+  const auto writer = PictureWriter::Start(options.form, stream, view.Width(), view.Height(), tiff);
   errno = 0;
   SampleFault fault = view.Draw([&](uint32_t y, const uint8_t* rgb) {
     if (options.progress) ShowProgress(y, view.Height());
@@ -117,7 +139,9 @@ int RenderView(const RenderOptions& options, const std::string& file, Output& ou
   if (!isWritten || !output.Commit())
     return Report("render", options.output.empty() ? file : options.output, ORB_SHORT_WRITE,
                   output.Problem());
-  return NameMissing(file, view) || options.partial ? kExitOk : kExitStatus;
+  const int code =
+      options.world ? WriteBeside("render", file, output.Target(), *tiff.reference) : kExitOk;
+  return std::max(code, NameMissing(file, view) || options.partial ? kExitOk : kExitStatus);
 }
 
 }  // namespace tool

@@ -24,6 +24,8 @@ class Output {
 
   /// Why nothing can be written there; empty when it can.
   const std::string& Problem() const { return problem_; }
+  /// What the name stands for.
+  const std::string& Target() const { return target_; }
   /// The name of the file that is to be written, by whatever opens it by name.
   const std::string& Path();
   /// Or a stream to write to; null when it cannot be had.
