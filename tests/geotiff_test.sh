@@ -173,4 +173,17 @@ for code, parameters, transform, named in (
             assert abs(keys[key] - value) < 1e-9, (key, keys)
         close(by_tags(keys, 0, 0), (600000, -100000), 1e-3)
         close(by_tags(keys, 47, 63), (600000 + 63 * 20, -100000 - 47 * 30), 1e-3)
+
+# Grids of degrees, corners of a block, and the other order of polynomials.
+for tag, text, most in (("GEOLOB", "000036000000072000+000000010.0000+000000050.0000", 1e-9),
+                        ("BLOCKA", "01" + "00000" + "00048" + " " * 22 + "+50.000000+010.100000+49.900000+010.100000+49.900000+010.000000+50.000000+010.000000" + " " * 5, 1e-9),
+                        ("RPC00A", front + "".join(term(number) for list_ in terms for number in list_), 2e-5)):
+    with open(tag, "w") as record:
+        record.write(text)
+    run("set", "plain.ntf", "-o", "m.ntf", "image:0", f"record:{tag}=@{tag}")
+    keys, rational, _ = page("m.ntf")
+    assert (rational is None) == (tag != "RPC00A")
+    for r, c in ((0, 0), (47, 63), (11, 50)):
+        if "ModelTransformation" in keys or "ModelPixelScale" in keys:
+            close(by_tags(keys, r, c), place("m.ntf", r, c), most)
 PYTHON
