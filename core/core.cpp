@@ -12,24 +12,6 @@
 namespace orbntf::core {
 namespace {
 
-ErrorKind KindOf(media::Outcome outcome) {
-  switch (outcome) {
-    case media::Outcome::ShortData:
-      return ErrorKind::Truncated;
-    case media::Outcome::Unsupported:
-      return ErrorKind::Unsupported;
-    case media::Outcome::Invalid:
-      return ErrorKind::Invalid;
-    case media::Outcome::Stopped:
-      return ErrorKind::Stopped;
-    case media::Outcome::NoMemory:
-    case media::Outcome::OverBudget:
-      return ErrorKind::TooMuch;
-    default:
-      return ErrorKind::Damaged;
-  }
-}
-
 // A caller's function that throws stops the work as one that answers false.
 std::function<bool(double)> Calm(const std::function<bool(double)>& progress) {
   if (!progress) return {};
@@ -71,6 +53,26 @@ Finding FindingOf(const ::core::Finding& finding) {
           rule.standard};
 }
 
+}  // namespace
+
+ErrorKind KindOf(media::Outcome outcome) {
+  switch (outcome) {
+    case media::Outcome::ShortData:
+      return ErrorKind::Truncated;
+    case media::Outcome::Unsupported:
+      return ErrorKind::Unsupported;
+    case media::Outcome::Invalid:
+      return ErrorKind::Invalid;
+    case media::Outcome::Stopped:
+      return ErrorKind::Stopped;
+    case media::Outcome::NoMemory:
+    case media::Outcome::OverBudget:
+      return ErrorKind::TooMuch;
+    default:
+      return ErrorKind::Damaged;
+  }
+}
+
 Samples SamplesOf(::core::SampleImage&& image) {
   Samples samples;
   samples.width = image.width;
@@ -86,7 +88,9 @@ Samples SamplesOf(::core::SampleImage&& image) {
   return samples;
 }
 
-}  // namespace
+Error ErrorOf(const ::core::SampleFault& fault, const SegmentInfo& image, const SurveyedPart& part) {
+  return {KindOf(fault.outcome), fault.words, image.title, part.dataOffset};
+}
 
 SegmentInfo InfoOf(const SurveyedPart& part) {
   SegmentInfo info;
@@ -129,7 +133,9 @@ File File::FromMemory(const void* bytes, size_t count) {
   return Guarded([&] {
     const std::string_view memory(bytes != nullptr ? static_cast<const char*>(bytes) : "",
                                   bytes != nullptr ? count : 0);
-    return File(std::make_unique<State>(memory));
+    auto state = std::make_unique<State>(memory);
+    state->memory = memory;
+    return File(std::move(state));
   });
 }
 
@@ -182,11 +188,14 @@ std::string File::Data(const SegmentInfo& segment, uint64_t offset, uint64_t cou
   });
 }
 
-std::vector<Finding> File::Check(const std::function<bool(double)>& progress) const {
+std::vector<Finding> File::Check(const std::function<bool(double)>& progress,
+                                 const std::string& profile) const {
   return Guarded([&] {
+    if (!profile.empty() && !::core::IsProfile(profile))
+      throw Error(ErrorKind::Invalid, "there is no profile " + profile);
     const media::WorkLimit limit(Size());
     std::vector<::core::Finding> found;
-    if (!::core::FindFaults(state_->survey, state_->definitions, Calm(progress), found))
+    if (!::core::FindFaults(state_->survey, state_->definitions, Calm(progress), found, profile))
       throw Error(ErrorKind::Stopped, "stopped");
     std::vector<Finding> findings;
     findings.reserve(found.size());
@@ -272,7 +281,7 @@ Samples File::ReadSamples(const SegmentInfo& image, const SampleRequest& request
     media::AllowPixels(::core::SamplesAskedFor(part, wanted));
     ::core::SampleImage samples;
     const ::core::SampleFault fault = ::core::ReadSamples(state_->survey, part, wanted, samples);
-    if (fault.Met()) throw Error(KindOf(fault.outcome), fault.words, image.title, part.dataOffset);
+    if (fault.Met()) throw ErrorOf(fault, image, part);
     return SamplesOf(std::move(samples));
   });
 }

@@ -1,12 +1,15 @@
 // What the parts of the library's surface share.
 #pragma once
 
+#include <map>
 #include <new>
 
 #include "core/edit/draft.h"
 #include "core/format/definitions.h"
 #include "core/format/survey.h"
 #include "core/pictures/raster.h"
+#include "core/place/placed.h"
+#include "core/samples/image.h"
 #include "orbntf/core.hpp"
 
 namespace orbntf::core {
@@ -36,6 +39,9 @@ decltype(auto) Guarded(Work work) {
 }
 
 SegmentInfo InfoOf(const SurveyedPart& part);
+ErrorKind KindOf(media::Outcome outcome);
+Error ErrorOf(const ::core::SampleFault& fault, const SegmentInfo& image, const SurveyedPart& part);
+Samples SamplesOf(::core::SampleImage&& image);
 
 struct File::State {
   template <class Source>
@@ -48,8 +54,13 @@ struct File::State {
     return *part;
   }
 
+  // Invalid where nothing tells where an image lies.
+  const ::core::PlaceModel& Model(const SurveyedPart& image) const;
+
   ::core::Survey survey;
   ::core::RecordDefinitions definitions;
+  mutable std::map<uint32_t, ::core::Placed> placed;  ///< of the images that were asked
+  std::string_view memory;                            ///< where the file is bytes of the caller
   std::vector<SegmentInfo> segments;
 };
 

@@ -6,6 +6,7 @@ packages=(g++ cmake ninja-build pkg-config ca-certificates)
 libraries=(
   libjpeg62-turbo-dev libopenjp2-7-dev libtiff-dev libcairo2-dev libpng-dev libfontconfig-dev
   libdcmtk-dev libcli11-dev nlohmann-json3-dev libxxhash-dev libexpat1-dev libgeographiclib-dev libgeotiff-dev libproj-dev proj-data fonts-liberation2
+  python3-dev pybind11-dev python3-numpy
 )
 case "$*" in
   windows | wine | emulation) ;;  # cross-builds take none of them
@@ -14,8 +15,8 @@ esac
 for group in "$@"; do
   case "$group" in
     test)
-      packages+=(libgtest-dev parallel python3 python3-jsonschema python3-tifffile chromium libjpeg-turbo-progs
-        libopenjp2-tools)
+      packages+=(libgtest-dev parallel python3 python3-jsonschema python3-tifffile python3-pytest python3-pil
+        python3-dask python3-distributed python3-setuptools python3-venv chromium libjpeg-turbo-progs libopenjp2-tools)
       command -v node >/dev/null && command -v npm >/dev/null || packages+=(nodejs npm)
       ;;
     check) packages+=(clang clang-tidy clang-format libclang-rt-14-dev llvm-14 python3) ;;

@@ -283,5 +283,65 @@ TEST(Core, SamplesBecomeANewFile) {
   }
 }
 
+// A mask's blocks and pad pixels, of which the one in the second block counts as a sample.
+TEST(Core, MasksTellWhichPixelsAreThere) {
+  ImageForm form;
+  form.compression = "NM";
+  form.width = form.height = 2;
+  form.blocksAcross = 3;
+  const std::string mask = MaskBytes({{0, 4, 0xFFFFFFFF}, {0, 0xFFFFFFFF, 0xFFFFFFFF}, 9});
+  const std::string bytes = SoundWith(form, mask + std::string("\1\x09\3\4\x09\6\7\x08", 8)).Bytes();
+  const File file = File::FromMemory(bytes.data(), bytes.size());
+  const auto& image = file.Segment(SegmentKind::Image);
+  EXPECT_EQ(file.ReadMask(image), (std::vector<uint8_t>{1, 0, 1, 1, 0, 0, 1, 1, 1, 1, 0, 0}));
+  SampleRequest request;
+  request.column = 1, request.columns = 3, request.rows = 1;
+  EXPECT_EQ(file.ReadMask(image, request), (std::vector<uint8_t>{0, 1, 1}));
+  request.reduce = 1;
+  EXPECT_EQ(KindOf([&] { (void)file.ReadMask(image, request); }), ErrorKind::Invalid);
+  const Samples told = file.DescribeSamples(image);
+  EXPECT_EQ(told.width, 6u);
+  EXPECT_EQ(told.noData, 9u);
+  EXPECT_TRUE(told.data.empty());
+}
+
+TEST(Core, PlacesValuesPagesAndDifferences) {
+  NitfBuilder builder = SoundWith({}, Ramp());
+  builder.images[0]
+      .subheader.Set("ICORDS", "D")
+      .InsertAfter("ICORDS", "IGEOLO", "+52.000+010.000+52.000+011.000+51.000+011.000+51.000+010.000");
+  const std::string bytes = builder.Bytes(), plain = SoundWith({}, Ramp()).Bytes();
+  const File file = File::FromMemory(bytes.data(), bytes.size()),
+             other = File::FromMemory(plain.data(), plain.size());
+  const auto& image = file.Segment(SegmentKind::Image);
+  const auto place = file.ToGround(image, 3.5, 3.5);
+  EXPECT_NEAR(place.latitude, 51.5, 1e-12);
+  EXPECT_NEAR(place.longitude, 10.5, 1e-12);
+  EXPECT_EQ(place.model, "IGEOLO");
+  EXPECT_FALSE(place.height.has_value());
+  EXPECT_NEAR(file.ToImage(image, 51.5, 10.5).row, 3.5, 1e-9);
+  EXPECT_EQ(KindOf([&] { (void)file.ToImage(image, 95, 10); }), ErrorKind::Invalid);
+  EXPECT_EQ(KindOf([&] { (void)other.ToGround(other.Segment(SegmentKind::Image), 0, 0); }),
+            ErrorKind::Invalid);
+  EXPECT_EQ(KindOf([&] { (void)file.ToGround(file.Segment(SegmentKind::Text), 0, 0); }),
+            ErrorKind::Invalid);
+  EXPECT_NE(file.ValuesJson(image).find("\"NROWS\":8"), std::string::npos) << file.ValuesJson(image);
+  const std::string page = file.Report("A title");
+  EXPECT_NE(page.find("A title"), std::string::npos);
+  EXPECT_EQ(page.find("The module"), std::string::npos) << "it is not asked";
+  EXPECT_TRUE(Compare(file, file).empty());
+  bool named = false;
+  for (const auto& difference : Compare(other, file)) {
+    if (difference.name != "IGEOLO") continue;
+    named = true;
+    EXPECT_EQ(difference.segment, "image 0");
+    EXPECT_FALSE(difference.a.has_value());
+    EXPECT_EQ(difference.b->substr(0, 7), "+52.000");
+  }
+  EXPECT_TRUE(named);
+  EXPECT_EQ(KindOf([&] { (void)file.Check({}, "nonsense"); }), ErrorKind::Invalid);
+  EXPECT_TRUE(file.Check({}, "level:03").empty());
+}
+
 }  // namespace
 }  // namespace test

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/format/levels.h"
 #include "core/format/words.h"
 
 namespace core {
@@ -28,6 +29,11 @@ std::string Describe(const Finding& finding) {
   return std::string(NameOf(finding.rule->severity)) + " " + finding.rule->id + ": " + finding.part +
          ", " + finding.field + ", byte " + std::to_string(finding.offset) + ": " +
          Printable(finding.words);
+}
+
+bool IsProfile(const std::string& profile) {
+  const int64_t level = profile.rfind("level:", 0) == 0 ? DigitsOf(profile.substr(6)) : -1;
+  return profile.empty() || IsOneOf(profile, "npje|epje|tpje") || LevelOf(level) != nullptr;
 }
 
 }  // namespace core

@@ -12,6 +12,9 @@ bool FindFaults(const Survey& survey, const RecordDefinitions& definitions,
                 const std::function<bool(double)>& progress, std::vector<Finding>& findings,
                 const std::string& profile = "");
 
+/// Whether there is a profile of a name: none, npje, epje, tpje, or level:NN.
+bool IsProfile(const std::string& profile);
+
 /// A line for people: severity, rule, place and what was found.
 std::string Describe(const Finding& finding);
 

@@ -4,6 +4,7 @@
 #include <complex>
 #include <cstring>
 
+#include "core/format/words.h"
 #include "core/samples/rows.h"
 
 namespace core {
@@ -119,6 +120,22 @@ SampleDifference CompareSamples(const Survey& a, const SurveyedPart& first, cons
   if (!fault.Met()) fault = CompareRows(one, two, form, difference);
   difference.problem = fault.words;
   return difference;
+}
+
+std::string WordsOf(const SampleDifference& samples) {
+  const auto number = [](double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.6g", value);
+    return std::string(text);
+  };
+  if (!samples.problem.empty()) return "its samples are not compared: " + Printable(samples.problem);
+  if (samples.differing == 0) return "its samples are the same";
+  std::string words = std::to_string(samples.differing) + " of " + std::to_string(samples.samples) +
+                      " samples differ, by up to " + number(samples.largest) + ", by " +
+                      number(samples.mean) + " on average";
+  if (samples.notNumbers != 0)
+    words += "; " + std::to_string(samples.notNumbers) + " are numbers in one of the two only";
+  return words;
 }
 
 }  // namespace core

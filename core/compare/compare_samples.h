@@ -16,6 +16,9 @@ struct SampleDifference {
   uint64_t notNumbers = 0;       ///< samples that only one of the images has as a number
 };
 
+/// What differs, in words.
+std::string WordsOf(const SampleDifference& samples);
+
 /// Compares images of the same size and bands sample by sample, complex ones by the absolute value of
 /// the difference. Throws ReadError.
 SampleDifference CompareSamples(const Survey& a, const SurveyedPart& first, const Survey& b,

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "core/format/values.h"
 #include "core/place/footprint.h"
 
 namespace core {
@@ -90,6 +91,21 @@ void WriteGeography(JsonText& json, char icords, std::string_view igeolo) {
   json.EndArray();
   json.Key("geojson");
   WritePolygon(json, *corners);
+  json.EndObject();
+}
+
+void WriteValues(JsonText& json, const SurveyedPart& part) {
+  json.BeginObject();
+  part.ForEachField([&](const SurveyedField& field) {
+    const FieldMeaning meaning = MeaningOfField(field.name);
+    if (meaning == FieldMeaning::Text) return;
+    json.Key(field.name);
+    WriteValue(json, meaning, field.text);
+  });
+  if (const std::string_view form = part.Text("ICORDS"); part.Has("IGEOLO") && !form.empty()) {
+    json.Key("IGEOLO");
+    WriteGeography(json, form[0], part.Text("IGEOLO"));
+  }
   json.EndObject();
 }
 

@@ -26,13 +26,17 @@ struct PageDetail {
 struct ReportedFile {
   ReportedFile(const std::string& from, const std::string& prefix, const RecordDefinitions& known)
       : path(from), id(prefix), definitions(known), survey(from) {}
+  /// Of bytes that the caller keeps where they are, by a name that is shown.
+  ReportedFile(std::string_view memory, const std::string& name, const std::string& prefix,
+               const RecordDefinitions& known)
+      : path(name), id(prefix), definitions(known), survey(memory) {}
 
   const std::string path;
   const std::string id;  ///< in front of the ids of its elements
   const RecordDefinitions& definitions;
   const Survey survey;
   bool readerDraws = false;  ///< the module
-  std::string readerWords;   ///< what it says of the file: "drawn, 640 x 400"
+  std::string readerWords;  ///< what it says of the file: "drawn, 640 x 400"; empty where it is not asked
   std::vector<Finding> findings;
   Composite picture;                         ///< by the published standard
   std::optional<Composite> module;           ///< as the module draws it, where it is to be shown

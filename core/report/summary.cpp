@@ -45,8 +45,9 @@ std::string SummarySection(const ReportedFile& file) {
       counts += (counts.empty() ? "" : ", ") + Counted(count, NameOf(kind));
   }
   std::string facts = WhatWhereAndWhen(file);
-  facts += Term("The module", Tag("span", Escaped(file.readerWords),
-                                  std::string("class=\"verdict ") + (good ? "good\"" : "bad\"")));
+  if (!file.readerWords.empty())
+    facts += Term("The module", Tag("span", Escaped(file.readerWords),
+                                    std::string("class=\"verdict ") + (good ? "good\"" : "bad\"")));
   facts += Term("Format",
                 EscapedField(std::string(header.Text("FHDR")) + " " + std::string(header.Text("FVER"))) +
                     ", complexity level " + EscapedField(header.Text("CLEVEL")));

@@ -172,6 +172,22 @@ struct PictureInfo {
   std::vector<MissingSegment> missing;
 };
 
+/// Where a point of an image lies on earth.
+struct GroundPlace {
+  double latitude = 0, longitude = 0;  ///< degrees on WGS 84, north and east positive
+  std::optional<double> height;        ///< metres above its ellipsoid, of models that know of heights
+  std::string model;                   ///< what tells it: "RPC00B", "IGEOLO"
+  double error = 0;                    ///< metres that it may be off by the model's own word
+};
+/// A point of an image; 0, 0 is the middle of the first pixel.
+struct ImagePlace {
+  double row = 0, column = 0;
+  std::string model;
+  double error = 0;  ///< metres
+};
+
+struct Difference;
+
 /// An open file. It is read as it is asked for, and never changed.
 class ORBNTF_CORE_API File {
  public:
@@ -199,7 +215,23 @@ class ORBNTF_CORE_API File {
   /// ends. TooMuch for more than 1 GiB at once.
   std::string Data(const SegmentInfo& segment, uint64_t offset, uint64_t count) const;
   /// What does not hold, in the order of its bytes. `progress` as in SampleRequest.
-  std::vector<Finding> Check(const std::function<bool(double)>& progress = {}) const;
+  /// With a profile, "npje", "epje", "tpje" or "level:NN", what that asks for as well. Invalid for
+  /// others.
+  std::vector<Finding> Check(const std::function<bool(double)>& progress = {},
+                             const std::string& profile = {}) const;
+  /// What the fields of a header mean that mean more than a text, as a JSON object by mnemonic: numbers,
+  /// dates by ISO 8601, places as [row, column], colours as "#RRGGBB", null for texts that mean nothing;
+  /// IGEOLO in degrees and as GeoJSON.
+  std::string ValuesJson(const SegmentInfo& segment) const;
+  /// Where a point of an image lies by the first model that the image has whole, at a height in metres
+  /// above the WGS 84 ellipsoid; else at the model's own. Invalid where nothing tells it, or not there.
+  GroundPlace ToGround(const SegmentInfo& image, double row, double column,
+                       std::optional<double> height = {}) const;
+  /// The point of an image that lies somewhere on earth. Invalid as there.
+  ImagePlace ToImage(const SegmentInfo& image, double latitude, double longitude,
+                     std::optional<double> height = {}) const;
+  /// A page of HTML that tells what is in the file, where it is and what does not hold.
+  std::string Report(const std::string& title = {}) const;
   /// The size of a picture, and what is known to be missing from it before it is drawn. Invalid; TooMuch.
   PictureInfo DescribePicture(const PictureRequest& request = {}) const;
   /// Draws a picture by the published standard (MIL-STD-2500C, 5.3) in memory for a few rows. `take` gets
@@ -209,9 +241,16 @@ class ORBNTF_CORE_API File {
                    const std::function<bool(uint32_t row, const uint8_t* rgb)>& take) const;
   /// Samples of an image segment. Truncated; Damaged; Unsupported; Invalid; TooMuch; Stopped.
   Samples ReadSamples(const SegmentInfo& image, const SampleRequest& request = {}) const;
+  /// The same without any samples: their size, depth and kind. Unsupported; Invalid.
+  Samples DescribeSamples(const SegmentInfo& image) const;
+  /// Which pixels of a window are there: a byte of 1 each, and of 0 where the mask of an image (IC NM, M1
+  /// and their like) has no block or a pad pixel in all bands that are asked for. `reduce` is 0. As
+  /// ReadSamples.
+  std::vector<uint8_t> ReadMask(const SegmentInfo& image, const SampleRequest& request = {}) const;
 
  private:
   friend class Edit;
+  friend ORBNTF_CORE_API std::vector<Difference> Compare(const File& a, const File& b);
   struct State;
   explicit File(std::unique_ptr<State> state);
   std::unique_ptr<State> state_;
@@ -298,6 +337,21 @@ class ORBNTF_CORE_API Edit {
   explicit Edit(std::unique_ptr<State> state);
   std::unique_ptr<State> state_;
 };
+
+/// Something that is not the same in two files.
+struct Difference {
+  enum class Kind { Field, Record, Data, Samples };
+  Kind kind = Kind::Field;
+  std::string segment;  ///< "image 0", "image 1 | image 0" where the places differ
+  std::string name;     ///< mnemonic, or a record's tag and which one of that tag it is
+  std::string field;    ///< of a record that both files decode
+  /// Texts of fields, bytes of records, or the data's length; none where a file does not have it.
+  std::optional<std::string> a, b;
+  std::string words;  ///< of samples: how many differ, and by how much
+};
+/// What differs between two files, every byte of them compared; none for files of the same bytes.
+/// Unreadable; TooMuch.
+ORBNTF_CORE_API std::vector<Difference> Compare(const File& a, const File& b);
 
 /// The version of the library, "0.2.0".
 ORBNTF_CORE_API const char* Version();

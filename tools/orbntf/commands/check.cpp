@@ -125,11 +125,6 @@ int ExplainRule(const std::string& id) {
   return Refuse("check", id + ": no such rule; --rules lists them");
 }
 
-bool IsProfile(const std::string& profile) {
-  const int64_t level = profile.rfind("level:", 0) == 0 ? DigitsOf(profile.substr(6)) : -1;
-  return profile.empty() || IsOneOf(profile, "npje|epje|tpje") || LevelOf(level) != nullptr;
-}
-
 int RunCheck(CheckOptions& options, const std::string& folder) {
   if (options.list) return ListRules();
   if (!options.explained.empty()) return ExplainRule(options.explained);

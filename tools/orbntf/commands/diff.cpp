@@ -60,30 +60,6 @@ void PrintTexts(const std::vector<TextDifference>& differences, const char* what
   }
 }
 
-std::string ShortNumber(double number) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.6g", number);
-  return text;
-}
-
-void PrintSamples(const SampleDifference& samples) {
-  const char* part = samples.part.c_str();
-  if (!samples.problem.empty()) {
-    std::printf("%s: its samples are not compared: %s\n", part, Printable(samples.problem).c_str());
-  } else if (samples.differing == 0) {
-    std::printf("%s: its samples are the same\n", part);
-  } else {
-    std::printf("%s: %llu of %llu samples differ, by up to %s, by %s on average", part,
-                static_cast<unsigned long long>(samples.differing),
-                static_cast<unsigned long long>(samples.samples), ShortNumber(samples.largest).c_str(),
-                ShortNumber(samples.mean).c_str());
-    if (samples.notNumbers != 0)
-      std::printf("; %llu are numbers in one of the two only",
-                  static_cast<unsigned long long>(samples.notNumbers));
-    std::printf("\n");
-  }
-}
-
 void PrintPixels(const PixelDifference& pixels) {
   if (!pixels.Differs()) return;
   if (!pixels.BothDraw()) {
@@ -110,7 +86,8 @@ void Print(const Comparison& comparison, const PixelDifference& pixels) {
     std::printf("%s: %s | %s%s\n", difference.part.c_str(), Shown(difference.a).c_str(),
                 Shown(difference.b).c_str(), from.c_str());
   }
-  for (const SampleDifference& samples : comparison.samples) PrintSamples(samples);
+  for (const SampleDifference& samples : comparison.samples)
+    std::printf("%s: %s\n", samples.part.c_str(), WordsOf(samples).c_str());
   PrintPixels(pixels);
 }
 

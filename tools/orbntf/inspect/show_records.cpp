@@ -1,8 +1,8 @@
 #include "tools/orbntf/inspect/show_records.h"
 
 #include "core/format/numbers.h"
+#include "core/format/values.h"
 #include "core/format/words.h"
-#include "tools/orbntf/inspect/values.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {

@@ -2,11 +2,11 @@
 
 #include "core/format/products.h"
 #include "core/format/streaming.h"
+#include "core/format/values.h"
 #include "core/place/extent.h"
 #include "core/place/placed.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/inspect/show_records.h"
-#include "tools/orbntf/inspect/values.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {
@@ -64,7 +64,7 @@ class PartWriter {
       json_.FieldText(area.bytes);
     }
     if (part_.IsMasked()) WriteMask();
-    WriteValues();
+    WriteMeanings();
   }
 
  private:
@@ -109,20 +109,9 @@ class PartWriter {
   }
 
   // Of the fields that mean more than a text, what they mean.
-  void WriteValues() {
+  void WriteMeanings() {
     json_.Key("values");
-    json_.BeginObject();
-    part_.ForEachField([&](const SurveyedField& field) {
-      const FieldMeaning meaning = MeaningOfField(field.name);
-      if (meaning == FieldMeaning::Text) return;
-      json_.Key(field.name);
-      WriteValue(json_, meaning, field.text);
-    });
-    if (const std::string_view form = part_.Text("ICORDS"); part_.Has("IGEOLO") && !form.empty()) {
-      json_.Key("IGEOLO");
-      WriteGeography(json_, form[0], part_.Text("IGEOLO"));
-    }
-    json_.EndObject();
+    WriteValues(json_, part_);
   }
 
   JsonText& json_;

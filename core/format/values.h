@@ -4,9 +4,8 @@
 #include <string_view>
 
 #include "core/format/json_text.h"
-#include "tools/orbntf/core_names.h"
 
-namespace tool {
+namespace core {
 
 /// What a field's text stands for.
 enum class FieldMeaning { Text, Number, Date, Place, Colour, Magnification };
@@ -15,4 +14,4 @@ FieldMeaning MeaningOfField(std::string_view name);
 /// for a text that is no value of the field.
 void WriteValue(JsonText& json, FieldMeaning meaning, std::string_view text);
 
-}  // namespace tool
+}  // namespace core

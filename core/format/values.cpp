@@ -1,4 +1,4 @@
-#include "tools/orbntf/inspect/values.h"
+#include "core/format/values.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -6,7 +6,7 @@
 #include "core/format/numbers.h"
 #include "core/format/words.h"
 
-namespace tool {
+namespace core {
 namespace {
 
 std::string_view Trimmed(std::string_view text) {
@@ -91,4 +91,4 @@ void WriteValue(JsonText& json, FieldMeaning meaning, std::string_view text) {
   }
 }
 
-}  // namespace tool
+}  // namespace core
