@@ -229,6 +229,7 @@ PYBIND11_MODULE(_core, module) {
   module.def("use_error", [](const py::object& error) {
     static PyObject* made = nullptr;
     made = error.inc_ref().ptr();
+    // NOLINTNEXTLINE(performance-unnecessary-value-param): the translator's own form.
     py::register_local_exception_translator([](std::exception_ptr thrown) {
       try {
         if (thrown) std::rethrow_exception(thrown);

@@ -2,7 +2,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <charconv>
+#include <cstdio>
+
+#include "core/format/words.h"
 
 namespace tool {
 
@@ -90,12 +94,65 @@ std::vector<std::string> Command::Given() const {
   return names;
 }
 
+namespace {
+
+// The first word that stands where a command's name does and is none.
+std::optional<std::string> UnknownCommand(const Command& top, int count, char** words) {
+  for (int i = 1; i < count; ++i) {
+    const std::string word = words[i];
+    if (!word.empty() && word[0] == '-') {
+      const bool isAlone = word == "--help" || word == "-h" || word == "--version";
+      if (!isAlone && word.find('=') == std::string::npos) ++i;  // its value
+      continue;
+    }
+    for (const Command& command : top.Commands()) {
+      if (command.Name() == word) return std::nullopt;
+    }
+    return word;
+  }
+  return std::nullopt;
+}
+
+// Letters that are put in, taken out or changed to make one word of another.
+size_t StepsBetween(std::string_view a, std::string_view b) {
+  std::vector<size_t> steps(b.size() + 1);
+  for (size_t j = 0; j < steps.size(); ++j) steps[j] = j;
+  for (size_t i = 1; i <= a.size(); ++i) {
+    size_t diagonal = steps[0];
+    steps[0] = i;
+    for (size_t j = 1; j < steps.size(); ++j) {
+      const size_t changed = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+      diagonal = steps[j];
+      steps[j] = std::min({steps[j] + 1, steps[j - 1] + 1, changed});
+    }
+  }
+  return steps.back();
+}
+
+}  // namespace
+
+std::string Parser::Nearest(std::string_view word) const {
+  constexpr size_t kMost = 2, kLongest = 64;
+  std::string nearest;
+  size_t least = kMost + 1;
+  for (const Command& command : Top().Commands()) {
+    const std::string name = command.Name();
+    const bool begins = word.size() > 2 && name.rfind(word, 0) == 0;
+    const size_t steps = word.size() > kLongest ? kMost + 1 : begins ? 1 : StepsBetween(word, name);
+    if (steps >= least) continue;
+    nearest = name;
+    least = steps;
+  }
+  return nearest;
+}
+
 Parser::Parser(CommandLine& line, void (*describe)(const Command&, CommandLine&),
                std::string (*version)())
     : app_(std::make_unique<CLI::App>()) {
   app_->name("orbntf");
   app_->description("Shows, renders and edits NITF 2.1 files");
   app_->require_subcommand(1);
+  app_->fallthrough();
   app_->set_version_flag("--version", version, "print versions and exit");
   describe(Top(), line);
 }
@@ -106,6 +163,12 @@ std::optional<int> Parser::Parse(int count, char** words) {
   try {
     app_->parse(count, words);
   } catch (const CLI::ParseError& error) {
+    if (const std::optional<std::string> unknown = UnknownCommand(Top(), count, words)) {
+      const std::string nearest = Nearest(*unknown);
+      std::fprintf(stderr, "orbntf: there is no command \"%s\"%s\n", core::Printable(*unknown).c_str(),
+                   nearest.empty() ? "; --help lists them" : ("; did you mean " + nearest + "?").c_str());
+      return kExitUsage;
+    }
     return app_->exit(error) == 0 ? kExitOk : kExitUsage;
   }
   return std::nullopt;

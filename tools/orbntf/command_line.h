@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace CLI {
@@ -73,7 +74,9 @@ class Command {
 /// What a command line asked for.
 struct CommandLine {
   uint64_t maxPixels = 0;
-  std::string records;  ///< the folder of record definitions that it names; empty for none
+  uint32_t seconds = 0;  ///< that the command may take; 0 for any
+  std::string memory;    ///< that it may have, "512M"; empty for any
+  std::string records;   ///< the folder of record definitions that it names; empty for none
   Work work;
 };
 
@@ -89,6 +92,8 @@ class Parser {
   /// The exit code where the words themselves end the program: help, the version, or wrong usage.
   std::optional<int> Parse(int count, char** words);
   Command Top() const;
+  /// The command whose name is nearest to a word; empty where none is near.
+  std::string Nearest(std::string_view word) const;
   /// The command that was given.
   std::string Given() const;
 

@@ -5,6 +5,7 @@
 
 #include "hostkit/hostkit.h"
 #include "tools/orbntf/inputs.h"
+#include "tools/orbntf/output/limits.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 
@@ -14,6 +15,8 @@ int Run(int argc, char** argv) {
   tool::CommandLine line;
   tool::Parser parser(line, &tool::DescribeCommandLine, &tool::VersionText);
   if (const std::optional<int> code = parser.Parse(argc, argv)) return *code;
+  if (const std::string problem = tool::TakeLimits(line.seconds, line.memory); !problem.empty())
+    return tool::Refuse(parser.Given(), problem);
   HostkitSetMaxPixels(line.maxPixels);
   media::SetMaxPixels(line.maxPixels);
   try {

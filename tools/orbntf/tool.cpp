@@ -66,6 +66,8 @@ std::u16string Widen(const std::string& path) {
 
 void DescribeCommandLine(const Command& top, CommandLine& line) {
   top.Take("--max-pixels", line.maxPixels, "refuse bitmaps of more pixels than this");
+  top.Take("--time-limit", line.seconds, "seconds that the command may take");
+  top.Take("--memory-limit", line.memory, "memory that it may have: 512M");
   top.Take("--records", line.records,
            "a folder of definitions of tagged records, beside those that come along");
   for (const auto add :

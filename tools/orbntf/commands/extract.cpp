@@ -311,11 +311,10 @@ void AllowImages(const ExtractOptions& options, const Survey& survey) {
 int RunExtract(ExtractOptions& options) {
   const bool whole =
       options.all && options.part.empty() && options.output.empty() && !options.folder.empty();
-  const bool one =
-      !options.all && !options.part.empty() && !options.output.empty() && options.folder.empty();
-  if (!whole && !one) return Refuse("extract", "give a PART and -o, or --all and -O");
+  const bool one = !options.all && !options.output.empty() && options.folder.empty();
+  if (!whole && !one) return Refuse("extract", "give -o and, of several, a PART; or --all and -O");
   const bool isPiece = !options.region.empty() || !options.bands.empty();
-  if (isPiece && (whole || options.part.rfind("image:", 0) != 0))
+  if (isPiece && (whole || (!options.part.empty() && options.part.rfind("image:", 0) != 0)))
     return Refuse("extract", "--region and --bands are for samples of image:N");
   if (!options.region.empty() && (options.region[2] == 0 || options.region[3] == 0))
     return Refuse("extract", "--region: a height and a width are not 0");
@@ -325,6 +324,14 @@ int RunExtract(ExtractOptions& options) {
   const WorkAccount account(options.file);
   const Survey survey(options.file);
   if (!survey.file.IsOpen()) return ReportFile("extract", options.file, ORB_SHORT_READ);
+  if (one && options.part.empty()) {
+    const uint32_t images = survey.Count(PartKind::Image);
+    if (images != 1)
+      return Refuse("extract", "the file has " + std::to_string(images) + " images: name a PART, " +
+                                   (images == 0 ? "text:0" : "image:0") +
+                                   " or its like; info lists them");
+    options.part = "image:0";
+  }
   AllowImages(options, survey);
   return whole ? ExtractAll(options, survey) : ExtractOne(options, survey);
 }
@@ -336,7 +343,8 @@ void AddExtract(const Command& top, CommandLine& line) {
   const Command command =
       top.Add("extract", "Write samples, texts, drawings, data and records as they are stored");
   command.Take("FILE", options->file, "file to read").Required();
-  command.Take("PART", options->part, "image:N, graphic:N, text:N, data:N, record:TAG or record:TAG:N");
+  command.Take("PART", options->part,
+               "image:N, graphic:N, text:N, data:N, record:TAG or record:TAG:N; else the only image");
   command.Take("-o,--output", options->output,
                "OUT.tif, OUT.png, OUT.npy or OUT.raw for samples; - for standard output");
   command.Flag("--all", options->all, "write everything");

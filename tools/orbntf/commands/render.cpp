@@ -65,7 +65,8 @@ std::string TakeOptions(RenderOptions& options) {
   if (options.module &&
       (options.size != 0 || options.fast || !options.bands.empty() || !options.stretchText.empty()))
     return "--size, --fast, --bands and --stretch are not the module's";
-  if (options.size != 0 && options.factor != 1) return "give either --scale or --size";
+  if (options.size != 0 && options.factor != 1)
+    return "--size and --scale both say how large the picture is: give one; --region is cut out first";
   if (!TakeStretch(options)) return "--stretch takes none, minmax, percent or percent:LOW,HIGH";
   if (options.standard)
     std::fputs("orbntf: render: --standard is what is drawn now; it will go in 0.3.0\n", stderr);

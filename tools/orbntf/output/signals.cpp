@@ -16,7 +16,7 @@
 namespace tool {
 namespace {
 
-constexpr int kEnding[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
+constexpr int kEnding[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGALRM};
 
 // Names where a signal handler finds them, without a lock or memory of its own.
 struct Slot {
@@ -38,13 +38,19 @@ void RemoveFiles(const Slot* from) {
 
 extern "C" void RemoveAndEnd(int signal) {
   for (const std::atomic<pid_t>& child : children) {
-    if (const pid_t process = child.load(); process > 0) (void)kill(process, signal);
+    if (const pid_t process = child.load(); process > 0)
+      (void)kill(process, signal == SIGALRM ? SIGTERM : signal);
   }
   // They remove what they have made before it is said that all is over.
   for (const std::atomic<pid_t>& child : children) {
     if (const pid_t process = child.load(); process > 0) (void)waitpid(process, nullptr, 0);
   }
   RemoveFiles(slots);
+  if (signal == SIGALRM) {
+    constexpr char kWords[] = "orbntf: it takes longer than --time-limit allows\n";
+    (void)!write(STDERR_FILENO, kWords, sizeof kWords - 1);
+    _exit(1);
+  }
   struct sigaction usual = {};
   usual.sa_handler = SIG_DFL;
   (void)sigaction(signal, &usual, nullptr);
