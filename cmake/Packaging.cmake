@@ -72,21 +72,58 @@ add_custom_command(OUTPUT ${made}/orbntf.1 ${made}/orbntf.h.3 ${made}/orbntf.bas
   COMMAND orbntf_tool completion bash > ${made}/orbntf.bash
   COMMAND orbntf_tool completion zsh > ${made}/_orbntf
   COMMAND orbntf_tool completion fish > ${made}/orbntf.fish
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${made}/man1
+  COMMAND make_man commands ${made}/man1
+  COMMAND gzip -9nrf ${made}/man1
+  COMMAND gzip -9nkf ${made}/orbntf.1 ${made}/orbntf.h.3
   DEPENDS make_man orbntf_tool ${header} VERBATIM)
 add_custom_target(manual ALL DEPENDS ${made}/orbntf.1)
 install(TARGETS orbntf_tool COMPONENT tool)
-install(FILES ${made}/orbntf.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
-install(FILES ${made}/orbntf.h.3 DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
+install(FILES ${made}/orbntf.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tool)
+install(DIRECTORY ${made}/man1 DESTINATION ${CMAKE_INSTALL_MANDIR} COMPONENT tool)
+install(FILES ${made}/orbntf.h.3.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man3 COMPONENT development)
 install(FILES ${made}/orbntf.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME orbntf
   COMPONENT tool)
 install(FILES ${made}/_orbntf DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions COMPONENT tool)
 install(FILES ${made}/orbntf.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tool)
-foreach(part tool library core development)
+# What a desktop takes: the type of files, thumbnails, an entry that opens a page.
+set(desktop ${PROJECT_SOURCE_DIR}/desktop)
+install(PROGRAMS ${desktop}/orbntf-open DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT desktop)
+install(FILES ${desktop}/orbntf.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/mime/packages COMPONENT desktop)
+install(FILES ${desktop}/orbntf.thumbnailer DESTINATION ${CMAKE_INSTALL_DATADIR}/thumbnailers COMPONENT desktop)
+install(FILES ${desktop}/org.orbntf.orbntf.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT desktop)
+install(FILES ${desktop}/org.orbntf.orbntf.metainfo.xml DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo COMPONENT desktop)
+set(icons ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable)
+install(FILES ${desktop}/orbntf.svg DESTINATION ${icons}/apps COMPONENT desktop)
+install(FILES ${desktop}/orbntf.svg DESTINATION ${icons}/mimetypes RENAME application-vnd.nitf.svg COMPONENT desktop)
+
+set(parts tool library core development desktop)
+if(TARGET orbntf_python)
+  list(APPEND parts python)
+endif()
+# Pages for people and programs.
+set(docs ${PROJECT_SOURCE_DIR}/docs)
+install(FILES ${docs}/tool.md ${docs}/records.md ${docs}/scale.md ${docs}/info.schema.json CHANGELOG.md
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/orbntf COMPONENT tool)
+install(FILES ${docs}/core.md ${docs}/abi.md DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/liborbntf-dev COMPONENT development)
+install(DIRECTORY ${docs}/example DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/liborbntf-dev/examples COMPONENT development)
+foreach(part ${parts})
   set(package_tool orbntf)
+  set(package_desktop orbntf-desktop)
+  set(package_python python3-orbntf)
   set(package_library liborbntf${PROJECT_VERSION_MAJOR})
   set(package_core liborbntf-core${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
   set(package_development liborbntf-dev)
-  install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package_${part}} RENAME copyright COMPONENT ${part})
+  set(package ${package_${part}})
+  set(pages ${made}/debian/${package})
+  configure_file(cmake/debian/changelog.in ${pages}/changelog @ONLY)
+  file(WRITE ${pages}/overrides
+    "# The authors have no public address.\n${package}: bogus-mail-host\n${package}: bogus-mail-host-in-debian-changelog\n")
+  execute_process(COMMAND gzip -9nkf changelog WORKING_DIRECTORY ${pages} COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES cmake/debian/copyright ${pages}/changelog.gz DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package}
+    COMPONENT ${part})
+  install(FILES ${pages}/overrides DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides RENAME ${package}
+    COMPONENT ${part})
 endforeach()
 
 set(CPACK_GENERATOR DEB)
@@ -94,7 +131,7 @@ set(CPACK_PACKAGE_CONTACT "the orbntf authors <orbntf@localhost>")
 set(CPACK_PACKAGE_VENDOR "the orbntf authors")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "NITF 2.1 and NSIF files: show, draw, change, extend and save")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_COMPONENTS_ALL tool library core development)
+set(CPACK_COMPONENTS_ALL ${parts})
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
@@ -112,6 +149,40 @@ set(CPACK_DEBIAN_CORE_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_CORE_PACKAGE_DEPENDS "proj-data")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liborbntf-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_NAME orbntf-desktop)
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_SECTION graphics)
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_DESKTOP_PACKAGE_DEPENDS "shared-mime-info, xdg-utils")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-orbntf)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+if(TARGET orbntf_python)
+  math(EXPR next_python "${Python3_VERSION_MINOR} + 1")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    "python3 (>= 3.${Python3_VERSION_MINOR}), python3 (<< 3.${next_python}), python3-numpy")
+endif()
+foreach(part LIBRARY CORE)
+  set(CPACK_DEBIAN_${part}_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+endforeach()
+set(CPACK_COMPONENT_TOOL_DESCRIPTION "NITF 2.1 and NSIF files on the command line
+ Shows, checks, draws, locates, changes and makes files of imagery in the National
+ Imagery Transmission Format and the NATO Secondary Imagery Format.")
+set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "NITF files as composite images and documents, library
+ The filter that imaging toolkits load, and a library in C that opens, inspects,
+ changes, extends, draws and saves files.")
+set(CPACK_COMPONENT_CORE_DESCRIPTION "NITF files by the published standard, library
+ A library in C++ for structure, fields, tagged records, findings, samples in
+ windows, pictures, places and changes of files of any size.")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "NITF files, headers of the libraries
+ Headers, examples and what CMake and pkg-config need for programs with the
+ libraries.")
+set(CPACK_COMPONENT_DESKTOP_DESCRIPTION "NITF files on desktops
+ The type of files, thumbnails, and an entry that opens a page about a file in
+ the browser.")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "NITF files in Python
+ Fields, records, samples as arrays of numpy, pictures, findings, places and
+ changes of files.")
+set(CPACK_COMPONENT_DESKTOP_DEPENDS tool)
+set(CPACK_COMPONENT_PYTHON_DEPENDS core)
 set(CPACK_COMPONENT_TOOL_DEPENDS library)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS library core)
 set(CPACK_STRIP_FILES ON)

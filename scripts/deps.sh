@@ -16,14 +16,15 @@ for group in "$@"; do
   case "$group" in
     test)
       packages+=(libgtest-dev parallel python3 python3-jsonschema python3-tifffile python3-pytest python3-pil
-        python3-dask python3-distributed python3-setuptools python3-venv chromium libjpeg-turbo-progs libopenjp2-tools)
+        python3-dask python3-distributed python3-setuptools python3-venv
+        shared-mime-info libglib2.0-bin desktop-file-utils appstream chromium libjpeg-turbo-progs libopenjp2-tools)
       command -v node >/dev/null && command -v npm >/dev/null || packages+=(nodejs npm)
       ;;
     check) packages+=(clang clang-tidy clang-format libclang-rt-14-dev llvm-14 python3) ;;
     bench) packages+=(libbenchmark-dev) ;;
     windows) packages+=(g++-mingw-w64-i686 googletest) ;;
     wine) packages+=(debootstrap) ;;
-    package) packages+=(debootstrap dpkg-dev file) ;;
+    package) packages+=(debootstrap dpkg-dev file lintian) ;;
     reference) packages+=(doxygen) ;;
     emulation) packages+=(qemu-system-x86 busybox-static cpio e2fsprogs) ;;
     *) echo "deps.sh: unknown group $group" >&2; exit 2 ;;

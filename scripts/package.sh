@@ -10,6 +10,9 @@ rm -rf build/package
 mkdir build/package
 (cd build/release && cpack -G DEB -B ../package | grep 'package:')
 
+lintian --fail-on error build/package/*.deb >build/package/lintian.log 2>&1 ||
+  { cat build/package/lintian.log >&2; exit 1; }
+
 # A prefix given to the installation, a program of another folder that takes in this one, and the static library.
 build/release/bin/orbntf --version | grep -qE 'Cairo [0-9]' || { echo "package.sh: no version of Cairo" >&2; exit 1; }
 readelf -d build/release/bin/orbntf build/release/bin/lib*.so | grep -E 'RUNPATH|RPATH' |
@@ -48,4 +51,16 @@ inside bash -c 'source /usr/share/bash-completion/bash_completion; _completion_l
 inside bash -c 'cd /orbntf && apt-get install -y -qq --no-install-recommends ./liborbntf-core*.deb ./liborbntf-dev_*.deb g++ cmake make pkg-config' >>build/package/root.log 2>&1
 inside man orbntf.h | grep -q Orb_NITFCreate
 inside bash /orbntf/tests/consumer_test.sh /orbntf / /tmp
-echo "package: 4 packages work in a bare root"
+inside bash -c 'cd /orbntf && apt-get install -y -qq --no-install-recommends ./orbntf-desktop_*.deb ./python3-orbntf_*.deb libglib2.0-bin' >>build/package/root.log 2>&1
+inside bash -c 'cd /tmp && python3 -c "
+import orbntf
+with orbntf.open(\"a.ntf\") as f:
+    assert f.images[0].shape == (3, 2, 2) and f.render().shape == (2, 2, 3), f.images[0].shape
+orbntf.new(\"b.ntf\", images=[f_ for f_ in [orbntf.open(\"a.ntf\").render()[..., 0]]])
+"'
+inside bash -c 'cd /tmp && $(sed -n "s/^Exec=//p" /usr/share/thumbnailers/orbntf.thumbnailer | sed "s/%s/128/;s/%i/a.ntf/;s/%o/thumbnail.png/") && test -s thumbnail.png'
+inside update-mime-database /usr/share/mime
+inside bash -c 'cd /tmp && gio info -a standard::content-type a.ntf' | grep -q application/vnd.nitf
+inside man orbntf-render | grep -q '^EXAMPLES'
+test -s "$root/usr/share/doc/orbntf/tool.md"
+echo "package: 6 packages work in a bare root"

@@ -13,7 +13,7 @@ PAGES = pathlib.Path(__file__).parents[2] / "docs"
 
 
 def blocks(page):
-    return re.findall(r"^```python\n(.*?)^```", (PAGES / page).read_text(), re.M | re.S)
+    return re.findall(r"^```python\n(.*?)^```", (PAGES.parent / page if page == "README.md" else PAGES / page).read_text(), re.M | re.S)
 
 
 def archive(folder):
@@ -27,7 +27,7 @@ def archive(folder):
     orbntf.open(folder / "scene.ntf").edit().set_record("image:0", "MADEUP", b"1").save(folder / "archive" / "4.ntf")
 
 
-@pytest.mark.parametrize("page", ["python.md", "scale.md"])
+@pytest.mark.parametrize("page", ["README.md", "python.md", "scale.md"])
 def test_recipes_run(page, tmp_path, monkeypatch):
     for module in ("PIL", "dask"):
         pytest.importorskip(module)
