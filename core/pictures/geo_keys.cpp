@@ -1,11 +1,9 @@
 #include "core/pictures/geo_keys.h"
 
-#include <geotiff.h>
-#include <geotiffio.h>
-
 #include <charconv>
-#include <memory>
 #include <string_view>
+
+#include "core/pictures/geotiff_library.h"
 
 namespace core {
 namespace {
@@ -67,7 +65,7 @@ std::string_view WordOf(std::string_view words, std::string_view name) {
 }
 
 bool SetCode(GTIF* keys, geokey_t key, int code) {
-  return GTIFKeySet(keys, key, TYPE_SHORT, 1, code) != 0;
+  return GeotiffLibrary::Get()->set(keys, key, TYPE_SHORT, 1, code) != 0;
 }
 
 bool SetProjection(GTIF* keys, const Georeference& reference) {
@@ -87,7 +85,7 @@ bool SetProjection(GTIF* keys, const Georeference& reference) {
     const std::string_view word = WordOf(reference.projection, parameter.name);
     double number = 0;
     good = std::from_chars(word.data(), word.data() + word.size(), number).ec == std::errc() &&
-           GTIFKeySet(keys, parameter.key, TYPE_DOUBLE, 1, number) != 0;
+           GeotiffLibrary::Get()->set(keys, parameter.key, TYPE_DOUBLE, 1, number) != 0;
   }
   return good;
 }
@@ -96,7 +94,7 @@ bool SetProjection(GTIF* keys, const Georeference& reference) {
 
 bool SetGeoKeys(TIFF* tiff, const Georeference& reference) {
   constexpr int kDegrees = 4326;
-  const std::unique_ptr<GTIF, void (*)(GTIF*)> keys(GTIFNew(tiff), GTIFFree);
+  const GeoKeys keys = KeysOf(tiff);
   if (keys == nullptr || !SetCode(keys.get(), GTRasterTypeGeoKey, RasterPixelIsArea)) return false;
   const int epsg = reference.epsg;
   const bool isDegrees = epsg == kDegrees, isProjected = !reference.projection.empty();
@@ -106,7 +104,7 @@ bool SetGeoKeys(TIFF* tiff, const Georeference& reference) {
           : SetCode(keys.get(), GTModelTypeGeoKey,
                     isDegrees ? ModelTypeGeographic : ModelTypeProjected) &&
                 SetCode(keys.get(), isDegrees ? GeographicTypeGeoKey : ProjectedCSTypeGeoKey, epsg);
-  return good && GTIFWriteKeys(keys.get()) != 0;
+  return good && GeotiffLibrary::Get()->write(keys.get()) != 0;
 }
 
 }  // namespace core

@@ -1,15 +1,12 @@
 #include "core/pictures/geo_tags.h"
 
-#include <geotiff.h>
-#include <geotiffio.h>
-#include <xtiffio.h>
-
 #include <cmath>
 #include <iterator>
 #include <memory>
 #include <mutex>
 
 #include "core/pictures/geo_keys.h"
+#include "core/pictures/geotiff_library.h"
 
 namespace core {
 namespace {
@@ -78,7 +75,7 @@ std::optional<std::array<double, 6>> AffineOf(TIFF* tiff) {
 // A key's code; 0 for none, and for what is no single code.
 int KeyOf(GTIF* keys, geokey_t key) {
   uint16_t value = 0;
-  return GTIFKeyGetSHORT(keys, key, &value, 0, 1) == 1 ? value : 0;
+  return GeotiffLibrary::Get()->get(keys, key, &value, 0, 1) == 1 ? value : 0;
 }
 
 }  // namespace
@@ -87,7 +84,7 @@ std::optional<Georeference> GetGeoTags(TIFF* tiff) {
   Georeference reference;
   reference.affine = AffineOf(tiff);
   if (!reference.affine && NumbersOf(tiff, TIFFTAG_GEOTIEPOINTS).empty()) return std::nullopt;
-  const std::unique_ptr<GTIF, void (*)(GTIF*)> keys(GTIFNew(tiff), GTIFFree);
+  const GeoKeys keys = KeysOf(tiff);
   if (keys == nullptr) return std::nullopt;
   const int model = KeyOf(keys.get(), GTModelTypeGeoKey);
   reference.epsg = model == ModelTypeGeographic  ? KeyOf(keys.get(), GeographicTypeGeoKey)
@@ -105,7 +102,7 @@ std::optional<Georeference> GetGeoTags(TIFF* tiff) {
 void DeclareGeoTags() {
   static std::once_flag once;
   std::call_once(once, [] {
-    XTIFFInitialize();
+    if (const GeotiffLibrary* library = GeotiffLibrary::Get()) library->initialize();
     addOthers = TIFFSetTagExtender(&AddTags);
   });
 }

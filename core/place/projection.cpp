@@ -1,19 +1,21 @@
 #include "core/place/projection.h"
 
-#include <proj.h>
-#include <proj_experimental.h>
-
 #include <algorithm>
 #include <cmath>
+
+#include "core/place/proj_library.h"
 
 namespace core {
 namespace {
 
 constexpr int kWgs84 = 4326;
 
+// Where it is known to be loaded.
+const ProjLibrary& Proj() { return *ProjLibrary::Get(); }
+
 struct Close {
-  void operator()(PJ_CONTEXT* context) const { proj_context_destroy(context); }
-  void operator()(PJ* operation) const { proj_destroy(operation); }
+  void operator()(PJ_CONTEXT* context) const { Proj().context_destroy(context); }
+  void operator()(PJ* operation) const { Proj().destroy(operation); }
 };
 using Context = std::unique_ptr<PJ_CONTEXT, Close>;
 using Operation = std::unique_ptr<PJ, Close>;
@@ -21,29 +23,33 @@ using Operation = std::unique_ptr<PJ, Close>;
 // Degrees of a datum, east first, to those of WGS 84, by what this machine has.
 Operation ShiftFrom(PJ_CONTEXT* context, int datum) {
   constexpr const char* kOptions[] = {"ALLOW_BALLPARK=NO", nullptr};
-  const Operation from(proj_create(context, ("EPSG:" + std::to_string(datum)).c_str())),
-      to(proj_create(context, ("EPSG:" + std::to_string(kWgs84)).c_str()));
+  const Operation from(Proj().create(context, ("EPSG:" + std::to_string(datum)).c_str())),
+      to(Proj().create(context, ("EPSG:" + std::to_string(kWgs84)).c_str()));
   if (from == nullptr || to == nullptr) return nullptr;
-  const Operation shift(proj_create_crs_to_crs_from_pj(context, from.get(), to.get(), nullptr, kOptions));
-  return Operation(shift == nullptr ? nullptr : proj_normalize_for_visualization(context, shift.get()));
+  const Operation shift(
+      Proj().create_crs_to_crs_from_pj(context, from.get(), to.get(), nullptr, kOptions));
+  return Operation(shift == nullptr ? nullptr : Proj().normalize_for_visualization(context, shift.get()));
 }
 
 Context NewContext() {
-  Context context(proj_context_create());
+  if (ProjLibrary::Get() == nullptr) return nullptr;
+  Context context(Proj().context_create());
   if (context == nullptr) return context;
-  proj_log_level(context.get(), PJ_LOG_NONE);
-  proj_context_set_enable_network(context.get(), 0);
+  Proj().log_level(context.get(), PJ_LOG_NONE);
+  Proj().context_set_enable_network(context.get(), 0);
   return context;
 }
 
 std::string TextOfSystem(PJ_CONTEXT* context, const PJ* system) {
   constexpr const char* kOptions[] = {"MULTILINE=NO", nullptr};
-  const char* text = system == nullptr ? nullptr : proj_as_wkt(context, system, PJ_WKT1_ESRI, kOptions);
+  const char* text = system == nullptr ? nullptr : Proj().as_wkt(context, system, PJ_WKT1_ESRI, kOptions);
   return text == nullptr ? "" : text;
 }
 
 bool Transform(PJ* operation, PJ_DIRECTION direction, double& east, double& north) {
-  const PJ_COORD at = proj_trans(operation, direction, proj_coord(east, north, 0, 0));
+  PJ_COORD at{};
+  at.xyzt = {east, north, 0, 0};
+  at = Proj().trans(operation, direction, at);
   east = at.xy.x;
   north = at.xy.y;
   return std::isfinite(east) && std::isfinite(north);
@@ -77,7 +83,7 @@ std::unique_ptr<Projection> Projection::Of(const std::string& words, int datum) 
   if (context == nullptr) return nullptr;
   const std::string pipeline =
       "+proj=pipeline +step +proj=unitconvert +xy_in=deg +xy_out=rad +step " + words;
-  library->plane.reset(proj_create(context, pipeline.c_str()));
+  library->plane.reset(Proj().create(context, pipeline.c_str()));
   if (datum != kWgs84) library->shift = ShiftFrom(context, datum);
   if (library->plane == nullptr || (datum != kWgs84 && library->shift == nullptr)) return nullptr;
   return std::unique_ptr<Projection>(new Projection(words, datum, std::move(library)));
@@ -85,21 +91,23 @@ std::unique_ptr<Projection> Projection::Of(const std::string& words, int datum) 
 
 std::string Projection::TextOf(int epsg) {
   const Context context = NewContext();
-  const Operation system(proj_create(context.get(), ("EPSG:" + std::to_string(epsg)).c_str()));
+  if (context == nullptr) return "";
+  const Operation system(Proj().create(context.get(), ("EPSG:" + std::to_string(epsg)).c_str()));
   return TextOfSystem(context.get(), system.get());
 }
 
 std::string Projection::TextOf(const std::string& words, int datum) {
   const Context context = NewContext();
   PJ_CONTEXT* with = context.get();
-  const Operation plain(proj_create(with, (words + " +units=m +no_defs +type=crs").c_str())),
-      base(proj_create(with, ("EPSG:" + std::to_string(datum)).c_str()));
+  if (with == nullptr) return "";
+  const Operation plain(Proj().create(with, (words + " +units=m +no_defs +type=crs").c_str())),
+      base(Proj().create(with, ("EPSG:" + std::to_string(datum)).c_str()));
   if (plain == nullptr || base == nullptr) return "";
-  const Operation conversion(proj_crs_get_coordoperation(with, plain.get())),
-      axes(proj_create_cartesian_2D_cs(with, PJ_CART2D_EASTING_NORTHING, nullptr, 0));
+  const Operation conversion(Proj().crs_get_coordoperation(with, plain.get())),
+      axes(Proj().create_cartesian_2D_cs(with, PJ_CART2D_EASTING_NORTHING, nullptr, 0));
   if (conversion == nullptr || axes == nullptr) return "";
   const Operation system(
-      proj_create_projected_crs(with, "unnamed", base.get(), conversion.get(), axes.get()));
+      Proj().create_projected_crs(with, "unnamed", base.get(), conversion.get(), axes.get()));
   return TextOfSystem(with, system.get());
 }
 
@@ -110,9 +118,9 @@ Projection::~Projection() = default;
 double Projection::ErrorAt(EastNorth plane) const {
   GeographicPoint ground{};
   if (library_->shift == nullptr || !ToGround(plane, ground)) return 0;
-  const Operation used(proj_trans_get_last_used_operation(library_->shift.get()));
+  const Operation used(Proj().trans_get_last_used_operation(library_->shift.get()));
   const double metres =
-      used == nullptr ? -1 : proj_coordoperation_get_accuracy(library_->context.get(), used.get());
+      used == nullptr ? -1 : Proj().coordoperation_get_accuracy(library_->context.get(), used.get());
   return std::max(0.0, metres);
 }
 
