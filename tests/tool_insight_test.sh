@@ -95,7 +95,7 @@ expect 1 'no picture is as small as that' "$tool" extract good.ntf image:0 --red
 expect 1 'status -7' "$tool" extract missing.ntf image:0 -o x.tif
 expect 2 'ends in .tif' "$tool" extract good.ntf image:0 -o x.bmp
 expect 2 'a part is' "$tool" extract good.ntf picture -o x.tif
-expect 2 'give a PART' "$tool" extract good.ntf
+expect 2 'give -o and, of several, a PART' "$tool" extract good.ntf
 expect 2 'the output is the input' "$tool" extract good.ntf text:0 -o ./good.ntf
 ls | grep -q '^x\.' && fail "a failed command left an output"
 

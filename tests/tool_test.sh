@@ -70,7 +70,17 @@ expect 1 'nothing in it to draw' "$tool" render empty.ntf -o x.png
 expect 2 'add --module' "$tool" render first.ntf -o x.png --lift-dark
 expect 2 "not the module's" "$tool" render first.ntf -o x.png --module --size 10
 expect 2 '--stretch takes' "$tool" render first.ntf -o x.png --stretch most
-expect 2 'either --scale or --size' "$tool" render first.ntf -o x.png --scale 1/2 --size 10
+expect 2 'did you mean render?' "$tool" rendr first.ntf
+expect 2 'did you mean info?' "$tool" --max-pixels 100 inf first.ntf
+expect 2 '--help lists them' "$tool" entirely-different
+expect 2 '--memory-limit takes' "$tool" info --memory-limit 3x first.ntf
+expect 1 'longer than --time-limit' "$tool" --time-limit 1 info - < <(sleep 5)
+# Sanitizers take more memory than any limit gives.
+if ! ldd "$tool" | grep -q asan; then
+  expect 1 'out of memory' "$tool" --memory-limit 1K info first.ntf
+  expect 0 '' "$tool" render --time-limit 60 --memory-limit 2G first.ntf -o limited.png
+fi
+expect 2 '--size and --scale both say' "$tool" render first.ntf -o x.png --scale 1/2 --size 10
 expect 2 '' "$tool" render first.ntf
 expect 2 '' "$tool"
 ls | grep -q '^x\.' && fail "a failed command left an output: $(ls)"

@@ -182,7 +182,7 @@ int RunCompose(const std::string& name, const Command& command, ComposeOptions& 
   const bool isNew = options.file.empty();
   if (!isNew) inputs.Add(options.file = TakeInput(options.file));
   for (Item& item : items) inputs.Add(item.path = TakeInput(item.path));
-  if (inputs.Hold(options.output)) return Refuse(name, "the output is an input");
+  if (inputs.Hold(options.output)) return Refuse(name, "the output is an input; give another name");
   return Edited(name, isNew ? options.output : options.file, [&] {
     const Labels labels = {DateNow(), options.classification};
     std::unique_ptr<Survey> survey;

@@ -18,7 +18,8 @@ struct CopyOptions {
 int CopyFile(const CopyOptions& options, const std::string& file, const std::string& output) {
   if (!options.isModule) {
     return Edited("copy", file, [&] {
-      if (Inputs({file}).Hold(output)) return Refuse("copy", "the output is the input");
+      if (Inputs({file}).Hold(output))
+        return Refuse("copy", "the output is the input; give another name");
       const std::unique_ptr<Survey> survey = OpenToEdit("copy", file, options.mend);
       Draft draft = DraftOf(*survey, options.mend);
       return SaveDraft("copy", draft, output, {});

@@ -130,7 +130,9 @@ std::string TakeForm(DiffOptions& options) {
       dot == std::string::npos ? std::nullopt : PictureFormOf(options.pixels.substr(dot + 1));
   if (!form) return "the difference picture's name ends in .png, .ppm, .jpg or .tif";
   options.form = *form;
-  return Inputs({options.a, options.b}).Hold(options.pixels) ? "the output is the input" : "";
+  return Inputs({options.a, options.b}).Hold(options.pixels)
+             ? "the output is the input; give another name"
+             : "";
 }
 
 // 0 for files that are the same to all of this, 1 for others, as `diff` has it.

@@ -176,14 +176,16 @@ int FindPart(const ExtractOptions& options, const Survey& survey, Extraction& wa
     const int64_t number = second == std::string::npos ? 1 : DigitsOf(name.substr(second + 1));
     if (number < 1) return Refuse("extract", "records of a tag are counted from 1: record:TAG:2");
     if (!FindRecord(survey, name.substr(0, second), number, wanted.bytes))
-      return Fail(options, ORB_NO_SUCH_RECORD, "no record " + Printable(name));
+      return Fail(options, ORB_NO_SUCH_RECORD,
+                  "no record " + Printable(name) + "; info --records lists them");
     return kExitOk;
   }
   for (const KindWord& word : kKinds) {
     const int64_t index = DigitsOf(name);
     if (kind != word.word || index < 0) continue;
     const SurveyedPart* part = survey.Find(word.kind, static_cast<uint32_t>(index));
-    if (part == nullptr) return Fail(options, ORB_NO_SUCH_RECORD, "no " + options.part);
+    if (part == nullptr)
+      return Fail(options, ORB_NO_SUCH_RECORD, "no " + options.part + "; info lists what is there");
     (part->kind == PartKind::Image ? wanted.image : wanted.whole) = part;
     if (part->kind != PartKind::Image && !survey.HoldsData(*part))
       return Fail(options, ORB_SHORT_READ, part->Title() + " ends behind the file");
@@ -202,9 +204,10 @@ std::string FormOf(const ExtractOptions& options) {
 int ExtractOne(const ExtractOptions& options, const Survey& survey) {
   Extraction wanted;
   wanted.output = options.output;
-  if (Inputs({options.file}).Hold(wanted.output)) return Refuse("extract", "the output is the input");
+  if (Inputs({options.file}).Hold(wanted.output))
+    return Refuse("extract", "the output is the input; give another name");
   if (const int code = FindPart(options, survey, wanted); code != kExitOk) return code;
-  if (wanted.image == nullptr && options.reduce != 0) return Refuse("extract", "--reduce is for images");
+  if (wanted.image == nullptr && options.reduce != 0) return Refuse("extract", "--reduce is for image:N");
   wanted.form = wanted.image == nullptr ? "" : FormOf(options);
   if (options.cloud && wanted.form != "tif") return Refuse("extract", "--cog is for .tif");
   if (options.world && (wanted.image == nullptr || wanted.output == "-"))

@@ -51,7 +51,8 @@ int RunGraphic(GraphicOptions& options) {
     return Refuse("graphic", "the output's name ends in .cgm, .svg or .png, or --format says which");
   }
   options.file = TakeInput(options.file);
-  if (Inputs({options.file}).Hold(options.output)) return Refuse("graphic", "the output is the input");
+  if (Inputs({options.file}).Hold(options.output))
+    return Refuse("graphic", "the output is the input; give another name");
   const WorkAccount account(options.file);
   media::Drawing drawing;
   if (const int32_t status = ReadDrawing(options, drawing); status != ORB_SUCCESS) {

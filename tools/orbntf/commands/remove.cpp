@@ -15,7 +15,8 @@ struct RemoveOptions {
 
 int RunRemove(RemoveOptions& options) {
   options.file = TakeInput(options.file);
-  if (Inputs({options.file}).Hold(options.output)) return Refuse("remove", "the output is the input");
+  if (Inputs({options.file}).Hold(options.output))
+    return Refuse("remove", "the output is the input; give another name");
   return Edited("remove", options.file, [&] {
     const std::unique_ptr<Survey> survey = OpenToEdit("remove", options.file, options.edit.mend);
     Draft draft = DraftOf(*survey, options.edit.mend);
@@ -50,7 +51,7 @@ int RunMerge(MergeOptions& options) {
   if (options.files.size() < 2) return Refuse("merge", "takes two files or more");
   Inputs inputs;
   for (std::string& file : options.files) inputs.Add(file = TakeInput(file));
-  if (inputs.Hold(options.output)) return Refuse("merge", "the output is an input");
+  if (inputs.Hold(options.output)) return Refuse("merge", "the output is an input; give another name");
   std::string current = options.files[0];
   return Edited("merge", current, [&] {
     std::vector<std::unique_ptr<Survey>> surveys;

@@ -12,7 +12,7 @@ namespace tool {
 namespace {
 
 int RenderFile(const RenderOptions& options, const std::string& file, const std::string& name) {
-  if (Inputs({file}).Hold(name)) return Refuse("render", "the output is the input");
+  if (Inputs({file}).Hold(name)) return Refuse("render", "the output is the input; give another name");
   Output output(name, options.form == PictureForm::Tiff ? Output::Way::ByName : Output::Way::InOrder);
   if (!output.Problem().empty()) return Report("render", name, ORB_SHORT_WRITE, output.Problem());
   return (options.module ? RenderByModule : RenderView)(options, file, output);

@@ -33,7 +33,7 @@ int RunReplace(const Command& command, ReplaceOptions& options) {
                     path = TakeInput(options.part.substr(equals + 2));
   options.file = TakeInput(options.file);
   if (Inputs({options.file, path}).Hold(options.output))
-    return Refuse("replace", "the output is an input");
+    return Refuse("replace", "the output is an input; give another name");
   return Edited("replace", options.file, [&] {
     const std::unique_ptr<Survey> survey = OpenToEdit("replace", options.file, options.edit.mend);
     Draft draft = DraftOf(*survey, options.edit.mend);
@@ -63,7 +63,8 @@ int RunRecompress(const Command& command, ReplaceOptions& options) {
     return Refuse("recompress", problem);
   if (store.isAsIs) return Refuse("recompress", "--as-is stores a file's stream; here there is none");
   options.file = TakeInput(options.file);
-  if (Inputs({options.file}).Hold(options.output)) return Refuse("recompress", "the output is the input");
+  if (Inputs({options.file}).Hold(options.output))
+    return Refuse("recompress", "the output is the input; give another name");
   return Edited("recompress", options.file, [&] {
     const std::unique_ptr<Survey> survey = OpenToEdit("recompress", options.file, options.edit.mend);
     Draft draft = DraftOf(*survey, options.edit.mend);

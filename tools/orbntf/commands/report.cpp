@@ -58,7 +58,7 @@ int WriteOne(const ReportOptions& options, const std::vector<BatchFile>& files) 
   constexpr size_t kFrame = 64 << 10, kEntry = 512;  // of the page, and of a file's name in it
   Inputs inputs;
   for (const BatchFile& file : files) inputs.Add(file.path);
-  if (inputs.Hold(options.output)) return Refuse("report", "the output is the input");
+  if (inputs.Hold(options.output)) return Refuse("report", "the output is the input; give another name");
   const size_t room = (kMostPageBytes - kFrame) / files.size();
   const size_t most = room - std::min(room, kEntry);
   std::vector<std::string> reports, names;

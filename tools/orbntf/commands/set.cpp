@@ -129,7 +129,7 @@ int RunSet(SetOptions& options, const std::string& records) {
     for (const std::string& change : changes) {
       if (const size_t at = change.find("=@"); at != std::string::npos) inputs.Add(change.substr(at + 2));
     }
-    if (inputs.Hold(options.output)) return Refuse("set", "the output is the input");
+    if (inputs.Hold(options.output)) return Refuse("set", "the output is the input; give another name");
     return SetIn(options, changes, file, options.output);
   }
   return BatchOutputs(options.batch, options.folder, "")

@@ -58,7 +58,8 @@ int RunText(TextOptions& options) {
   if (!survey.HoldsData(*part))
     return Report("text", options.file, ORB_SHORT_READ, part->Title() + " ends behind the file");
   std::string text = TextOf(survey, *part);
-  if (Inputs({options.file}).Hold(options.output)) return Refuse("text", "the output is the input");
+  if (Inputs({options.file}).Hold(options.output))
+    return Refuse("text", "the output is the input; give another name");
   const bool toTerminal = options.output == "-" && isatty(STDOUT_FILENO) != 0;
   if (toTerminal) text = ForTerminal(text);
   Output output(options.output, Output::Way::InOrder);

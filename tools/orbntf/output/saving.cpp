@@ -36,7 +36,8 @@ int SaveSoundly(const std::string& command, Document& document, const std::strin
 
 int SaveAs(const std::string& command, Document& document, const std::string& input,
            const std::string& output) {
-  if (!input.empty() && Inputs({input}).Hold(output)) return Refuse(command, "the output is the input");
+  if (!input.empty() && Inputs({input}).Hold(output))
+    return Refuse(command, "the output is the input; give another name");
   Output file(output);
   if (file.Path().empty()) return Report(command, output, ORB_SHORT_WRITE, file.Problem());
   if (const int code = SaveSoundly(command, document, file.Path(), output); code != kExitOk) return code;
