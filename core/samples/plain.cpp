@@ -9,6 +9,12 @@
 #include "media/shuffle.h"
 
 namespace core {
+
+// A single stream that is decoded row by row.
+struct FacsimileRun {
+  std::unique_ptr<media::FacsimileRows> rows;
+};
+
 namespace {
 
 // The bits of a byte, the highest one first, as bytes.
@@ -249,25 +255,42 @@ bool IsWanted(const std::vector<uint64_t>& numbers, const media::FacsimileForm& 
   });
 }
 
-// Decodes the stream of one or several equal blocks.
-SampleFault ReadFacsimileBlocks(const SampleSource& source, const media::FacsimileForm& form,
-                                const std::vector<uint64_t>& blocks, uint64_t begin, uint64_t end,
+// Decodes the stream of one or several equal blocks, as far as rows are wanted: all of it with the
+// image's last row.
+SampleFault ReadFacsimileBlocks(const SampleSource& source, media::FacsimileRows& rows,
+                                const media::FacsimileForm& form, const std::vector<uint64_t>& blocks,
                                 SampleTarget& target) {
-  const std::string data = source.survey.file.At(source.part.dataOffset + begin, end - begin);
-  uint32_t rows = 0;
-  const media::Outcome outcome =
-      media::DecodeFacsimile({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form,
-                             [&](uint32_t y, std::span<const uint8_t> row) {
-                               rows = y + 1;
-                               for (const uint64_t block : blocks)
-                                 PutRow(row, form, block, y, source.blocks.across, target);
-                               return media::Outcome::Ok;
-                             });
-  if (outcome == media::Outcome::BadData) return {media::Outcome::BadData, "no row decodes"};
-  if (outcome != media::Outcome::Ok) return FaultOf(outcome, "the facsimile");
-  if (rows < form.height)
+  const bool isAlone = source.blocks.Count() == 1;
+  const bool isWhole = !isAlone || target.Bottom() >= static_cast<uint64_t>(source.part.Number("NROWS"));
+  const uint32_t end = isWhole ? form.height : std::min(form.height, target.Bottom());
+  std::span<const uint8_t> row;
+  while (rows.Position() < end && rows.Next(row)) {
+    for (const uint64_t block : blocks)
+      PutRow(row, form, block, rows.Position() - 1, source.blocks.across, target);
+  }
+  if (rows.Position() == 0) return {media::Outcome::BadData, "no row decodes"};
+  if (rows.Position() < end)
     return {media::Outcome::BadData,
-            "of " + std::to_string(form.height) + " rows " + std::to_string(rows) + " decode"};
+            "of " + std::to_string(form.height) + " rows " + std::to_string(rows.Position()) + " decode"};
+  return {};
+}
+
+// Opens the stream of blocks, or goes on with it where it was left above what is wanted.
+SampleFault OpenFacsimile(const SampleSource& source, const media::FacsimileForm& form, uint64_t begin,
+                          uint64_t end, const SampleTarget& target, std::shared_ptr<FacsimileRun>& run) {
+  const bool isKept = source.cache != nullptr && source.blocks.Count() == 1;
+  if (isKept && source.cache->facsimile != nullptr &&
+      source.cache->facsimile->rows->Position() <= target.Top()) {
+    run = source.cache->facsimile;
+    return {};
+  }
+  run = std::make_shared<FacsimileRun>();
+  const std::string data = source.survey.file.At(source.part.dataOffset + begin, end - begin);
+  const media::Outcome outcome = media::FacsimileRows::Open(
+      {reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form, run->rows);
+  if (outcome == media::Outcome::BadData) return {outcome, "no row decodes"};
+  if (outcome != media::Outcome::Ok) return FaultOf(outcome, "the facsimile");
+  if (isKept) source.cache->facsimile = run;
   return {};
 }
 
@@ -321,7 +344,10 @@ SampleFault ReadFacsimile(const SampleSource& source, SampleTarget& target) {
     if (!target.GoesOn(place->first, source.part.dataLength)) return Stopped();
     if (!IsWanted(place->second, form, blocks.across, target)) continue;
     const uint64_t end = next != places.end() ? next->first : source.part.dataLength;
-    if (SampleFault fault = ReadFacsimileBlocks(source, form, place->second, place->first, end, target);
+    std::shared_ptr<FacsimileRun> run;
+    if (SampleFault fault = OpenFacsimile(source, form, place->first, end, target, run); fault.Met())
+      return fault;
+    if (SampleFault fault = ReadFacsimileBlocks(source, *run->rows, form, place->second, target);
         fault.Met())
       return fault;
   }

@@ -21,7 +21,7 @@ uint64_t SampleRows::RowsAtOnce(const SampleImage& form) const {
     return std::clamp<uint64_t>(pieceBytes / rowBytes, 1, kTileRows);
   if (IsOneOf(compression, "C8|M8") && (blockRows < 64 || blockRows > 2 * kTileRows)) rows = kTileRows;
   // A single stream goes on where it was left.
-  if (IsOneOf(compression, "C3|M3|C5|M5") && Blocks(part_).Count() == 1)
+  if (IsOneOf(compression, "C1|M1|C3|M3|C5|M5") && Blocks(part_).Count() == 1)
     rows = std::clamp<uint64_t>(pieceBytes / rowBytes, 1, kTileRows) << request_.reduce;
   return std::max<uint64_t>(1, rows >> request_.reduce);
 }

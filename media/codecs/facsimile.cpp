@@ -51,23 +51,50 @@ std::string Wrap(Bytes data, const FacsimileForm& form) {
 
 }  // namespace
 
-Outcome DecodeFacsimile(Bytes data, const FacsimileForm& form,
-                        const std::function<Outcome(uint32_t, std::span<const uint8_t>)>& take) {
+struct FacsimileRows::File {
+  explicit File(std::string all) : bytes(std::move(all)), source{bytes}, tiff(OpenTiff(source)) {}
+
+  std::string bytes;
+  TiffSource source;
+  TiffPtr tiff;
+  std::vector<uint8_t> row;
+};
+
+FacsimileRows::FacsimileRows(std::unique_ptr<File> file, uint32_t height)
+    : file_(std::move(file)), height_(height) {}
+FacsimileRows::~FacsimileRows() = default;
+
+Outcome FacsimileRows::Open(Bytes data, const FacsimileForm& form, std::unique_ptr<FacsimileRows>& rows) {
   constexpr uint32_t kMaxWidth = 1 << 20;  // the decoder keeps tables of a row's runs
   if (form.width == 0 || form.height == 0 || form.width > kMaxWidth || data.size() > INT32_MAX)
     return Outcome::Unsupported;
-  const std::string bytes = Wrap(data, form);
-  TiffSource source{bytes};
-  const TiffPtr tiff = OpenTiff(source);
-  if (tiff == nullptr) return Outcome::BadData;
-  std::vector<uint8_t> row(static_cast<size_t>(TIFFScanlineSize(tiff.get())));
-  for (uint32_t y = 0; y < form.height; ++y) {
-    if (TIFFReadScanline(tiff.get(), row.data(), y, 0) != 1)
-      return y != 0 ? Outcome::Ok : Outcome::BadData;
-    for (uint8_t& eight : row) eight = static_cast<uint8_t>(~eight);
-    if (const Outcome taken = take(y, row); taken != Outcome::Ok) return taken;
-  }
+  auto file = std::make_unique<File>(Wrap(data, form));
+  if (file->tiff == nullptr) return Outcome::BadData;
+  file->row.resize(static_cast<size_t>(TIFFScanlineSize(file->tiff.get())));
+  rows.reset(new FacsimileRows(std::move(file), form.height));
   return Outcome::Ok;
+}
+
+bool FacsimileRows::Next(std::span<const uint8_t>& row) {
+  if (isBroken_ || next_ == height_) return false;
+  std::vector<uint8_t>& bytes = file_->row;
+  isBroken_ = TIFFReadScanline(file_->tiff.get(), bytes.data(), next_, 0) != 1;
+  if (isBroken_) return false;
+  ++next_;
+  for (uint8_t& eight : bytes) eight = static_cast<uint8_t>(~eight);
+  row = bytes;
+  return true;
+}
+
+Outcome DecodeFacsimile(Bytes data, const FacsimileForm& form,
+                        const std::function<Outcome(uint32_t, std::span<const uint8_t>)>& take) {
+  std::unique_ptr<FacsimileRows> rows;
+  if (const Outcome opened = FacsimileRows::Open(data, form, rows); opened != Outcome::Ok) return opened;
+  std::span<const uint8_t> row;
+  while (rows->Next(row)) {
+    if (const Outcome taken = take(rows->Position() - 1, row); taken != Outcome::Ok) return taken;
+  }
+  return rows->Position() != 0 ? Outcome::Ok : Outcome::BadData;
 }
 
 }  // namespace media
