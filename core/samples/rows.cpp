@@ -1,10 +1,36 @@
 #include "core/samples/rows.h"
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 
 #include "core/format/words.h"
 
 namespace core {
+namespace {
+
+// Threads that read ahead: together no more than there are cores beside the one that uses the rows.
+std::atomic<unsigned> threads{0};
+
+bool TakeThread() {
+  static const unsigned most = std::max(1u, std::thread::hardware_concurrency()) - 1;
+  if (threads.fetch_add(1) < most) return true;
+  threads.fetch_sub(1);
+  return false;
+}
+// Gives a thread that was taken back.
+struct ThreadTaken {
+  ThreadTaken() = default;
+  ~ThreadTaken() { threads.fetch_sub(1); }
+  ThreadTaken(const ThreadTaken&) = delete;
+  ThreadTaken& operator=(const ThreadTaken&) = delete;
+};
+
+}  // namespace
+
+SampleRows::~SampleRows() {
+  if (ahead_.valid()) ahead_.wait();
+}
 
 SampleRows::SampleRows(const Survey& survey, const SurveyedPart& part, RowsRequest request)
     : survey_(survey), part_(part), request_(std::move(request)) {}
@@ -42,40 +68,79 @@ SampleFault SampleRows::Start(SampleImage& form) {
     // Its stream has a size of its own.
     atOnce_ = height_;
     if (SampleFault fault = Hold(0); fault.Met()) return fault;
-    form.width = held_.width;
-    form.height = held_.height;
-    height_ = atOnce_ = held_.height;
+    form.width = held_.image.width;
+    form.height = held_.image.height;
+    height_ = atOnce_ = held_.image.height;
     return {};
   }
   atOnce_ = RowsAtOnce(form);
   return {};
 }
 
-SampleFault SampleRows::Hold(uint64_t y) {
+uint64_t SampleRows::LastWanted() const {
+  return request_.rows == 0 ? height_ : ((request_.row + request_.rows - 1) >> request_.reduce) + 1;
+}
+
+SampleRows::Piece SampleRows::ReadPiece(uint64_t y) {
   SampleRequest wanted;
   wanted.bands = request_.bands;
   wanted.column = request_.column;
   wanted.columns = request_.columns;
   wanted.reduce = request_.reduce;
   // Of a row of blocks no more than will be asked for.
-  const uint64_t first = request_.row >> request_.reduce, begin = y / atOnce_ * atOnce_;
-  const uint64_t last =
-      request_.rows == 0 ? height_ : ((request_.row + request_.rows - 1) >> request_.reduce) + 1;
-  heldTop_ = y >= first && y < last ? std::max(begin, first) : begin;
-  const uint64_t end = y >= first && y < last ? std::min(begin + atOnce_, last) : begin + atOnce_;
-  wanted.row = heldTop_ << request_.reduce;
-  wanted.rows = (end - heldTop_) << request_.reduce;
+  const uint64_t first = request_.row >> request_.reduce, begin = y / atOnce_ * atOnce_,
+                 last = LastWanted();
+  const bool isAsked = y >= first && y < last;
+  Piece piece;
+  piece.image.samples = std::move(spare_);
+  piece.top = isAsked ? std::max(begin, first) : begin;
+  const uint64_t end = isAsked ? std::min(begin + atOnce_, last) : begin + atOnce_;
+  wanted.row = piece.top << request_.reduce;
+  wanted.rows = (end - piece.top) << request_.reduce;
+  piece.fault = ReadSamples(survey_, part_, wanted, piece.image, &streams_);
+  return piece;
+}
+
+SampleFault SampleRows::Hold(uint64_t y) {
+  std::vector<uint8_t> used = std::move(held_.image.samples);
   held_ = {};
-  return ReadSamples(survey_, part_, wanted, held_, &streams_);
+  if (ahead_.valid()) held_ = TakeAhead();
+  spare_ = std::move(used);
+  if (!held_.fault.Met() && !held_.Has(y)) held_ = ReadPiece(y);
+  if (!held_.fault.Met()) ReadAhead();
+  return held_.fault;
+}
+
+void SampleRows::ReadAhead() {
+  const uint64_t next = held_.top + held_.image.height;
+  // What costs less than what is done with it is read when it is asked for.
+  const bool isCheap = IsOneOf(part_.Text("IC"), "NC|NM|C4|M4") && held_.image.sampleBytes == 1;
+  if (isCheap || atOnce_ >= height_ || next >= std::min(height_, LastWanted()) || !TakeThread()) return;
+  ahead_ = std::async(std::launch::async, [this, next, work = media::CurrentWork()] {
+    const ThreadTaken taken;
+    media::CurrentWork() = work;
+    Piece piece = ReadPiece(next);
+    piece.began = work;
+    piece.left = media::CurrentWork();
+    return piece;
+  });
+}
+
+SampleRows::Piece SampleRows::TakeAhead() {
+  Piece piece = ahead_.get();
+  media::WorkLeft& work = media::CurrentWork();
+  work.nanoseconds -= std::min(work.nanoseconds, piece.began.nanoseconds - piece.left.nanoseconds);
+  work.samples -= std::min(work.samples, piece.began.samples - piece.left.samples);
+  return piece;
 }
 
 SampleFault SampleRows::Row(uint64_t y, const uint8_t*& samples) {
-  if (held_.height == 0 || y < heldTop_ || y >= heldTop_ + held_.height) {
+  if (!held_.Has(y)) {
     if (y >= height_) return {media::Outcome::Invalid, "a row behind the image"};
     if (SampleFault fault = Hold(y); fault.Met()) return fault;
-    if (y >= heldTop_ + held_.height) return {media::Outcome::ShortData, "the image has fewer rows"};
+    if (!held_.Has(y)) return {media::Outcome::ShortData, "the image has fewer rows"};
   }
-  samples = held_.Pixel(0, static_cast<uint32_t>(y - heldTop_));
+  samples = held_.image.Pixel(0, static_cast<uint32_t>(y - held_.top));
   return {};
 }
 

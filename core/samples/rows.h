@@ -1,9 +1,12 @@
 // An image segment's samples row by row.
 #pragma once
 
+#include <future>
+
 #include "core/format/blocks.h"
 #include "core/format/jpeg_stream.h"
 #include "core/samples/samples.h"
+#include "media/work.h"
 
 namespace core {
 
@@ -17,10 +20,12 @@ struct RowsRequest {
 };
 
 /// Reads rows, usually from the top down, and holds no more of them than there are blocks or pieces of
-/// data for: a row of blocks of compressed data, a few rows of uncompressed data.
+/// data for: a row of blocks of compressed data, a few rows of uncompressed data. Where there is a core
+/// for it, the next ones are read while those are used, from the same account of work.
 class SampleRows {
  public:
   SampleRows(const Survey& survey, const SurveyedPart& part, RowsRequest request);
+  ~SampleRows();
   SampleRows(const SampleRows&) = delete;
   SampleRows& operator=(const SampleRows&) = delete;
 
@@ -30,15 +35,32 @@ class SampleRows {
   SampleFault Row(uint64_t y, const uint8_t*& samples);
 
  private:
+  struct Piece {
+    uint64_t top = 0;
+    SampleImage image;
+    SampleFault fault;
+    media::WorkLeft began, left;  // of a piece that another thread read
+    bool Has(uint64_t y) const { return image.height != 0 && y >= top && y < top + image.height; }
+  };
+
   uint64_t RowsAtOnce(const SampleImage& form) const;
+  // The first row behind those that will be asked for.
+  uint64_t LastWanted() const;
+  Piece ReadPiece(uint64_t y);
   SampleFault Hold(uint64_t y);
+  // Begins to read the piece behind the one that is held.
+  void ReadAhead();
+  // Waits for it, and takes what it cost from the account.
+  Piece TakeAhead();
 
   const Survey& survey_;
   const SurveyedPart& part_;
   RowsRequest request_;
   StreamCache streams_;
-  SampleImage held_;
-  uint64_t heldTop_ = 0, atOnce_ = 0, height_ = 0;
+  Piece held_;
+  std::vector<uint8_t> spare_;  // memory of samples that were used
+  std::future<Piece> ahead_;
+  uint64_t atOnce_ = 0, height_ = 0;
 };
 
 }  // namespace core

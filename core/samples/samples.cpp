@@ -45,7 +45,11 @@ void TakePalette(const SurveyedPart& part, SampleImage& image) {
 }  // namespace
 
 SampleFault DescribeSamples(const SurveyedPart& part, SampleImage& image) {
+  // Memory that there is serves the next samples.
+  std::vector<uint8_t> kept = std::move(image.samples);
+  kept.clear();
   image = {};
+  image.samples = std::move(kept);
   const int64_t bits = part.Number("NBPP"), significant = part.Number("ABPP");
   const std::string_view type = part.Trimmed("PVTYPE");
   if (bits < 1 || bits > 64)
