@@ -1,7 +1,10 @@
 // The library's own surface over the folders of the core.
 #include "orbntf/core.hpp"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
 
 #include "core/check/check_file.h"
 #include "core/core_state.h"
@@ -121,11 +124,12 @@ File::~File() = default;
 
 File File::Open(const std::string& path) {
   return Guarded([&] {
-    errno = 0;
+    RequirePath(path);
     auto state = std::make_unique<State>(path);
-    if (!state->survey.file.IsOpen())
-      throw Error(ErrorKind::Unreadable, errno != 0 ? ::core::WordsOfErrno(errno) : "is no regular file");
-    return File(std::move(state));
+    if (state->survey.file.IsOpen()) return File(std::move(state));
+    struct stat status;
+    const bool isOther = stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+    throw Error(ErrorKind::Unreadable, isOther ? "is no regular file" : ::core::WordsOfErrno(errno));
   });
 }
 

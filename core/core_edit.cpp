@@ -1,6 +1,4 @@
 // The library's surface over core/edit.
-#include <sys/stat.h>
-
 #include <cstring>
 #include <ctime>
 
@@ -101,6 +99,7 @@ struct Edit::State {
   ::core::Labels labels;
   ::core::RecordDefinitions definitions;
   std::vector<const ::core::Survey*> inputs;
+  std::vector<std::unique_ptr<::core::FileBytes>> pictures;  // that are inputs as well
   std::vector<std::string> notes;
 };
 
@@ -175,8 +174,12 @@ Edit& Edit::Merge(const File& other) {
 
 uint32_t Edit::AppendImage(const std::string& path, const Storage& storage, const Placement& place) {
   return Guarded([&] {
-    return state_->Add(::core::StorePicture(state_->draft, path, "", OptionsOf(storage), state_->notes),
-                       place);
+    RequirePath(path);
+    auto picture = std::make_unique<::core::FileBytes>(path);
+    const uint32_t number = state_->Add(
+        ::core::StorePicture(state_->draft, path, "", OptionsOf(storage), state_->notes), place);
+    state_->pictures.push_back(std::move(picture));
+    return number;
   });
 }
 
@@ -230,13 +233,15 @@ Edit& Edit::SetLevel(uint32_t level) {
 
 void Edit::Save(const std::string& path, bool force) {
   Guarded([&] {
+    RequirePath(path);
     for (const ::core::Survey* input : state_->inputs) {
-      struct stat own, other;
-      if (stat(input->path.c_str(), &own) == 0 && stat(path.c_str(), &other) == 0 &&
-          own.st_dev == other.st_dev && own.st_ino == other.st_ino)
-        throw Error(ErrorKind::Invalid, "the output is an input");
+      if (input->file.Is(path)) throw Error(ErrorKind::Invalid, "the output is an input");
     }
-    const ::core::Proof proof = ::core::SaveAs(state_->draft, path, state_->definitions, force);
+    for (const auto& picture : state_->pictures) {
+      if (picture->Is(path)) throw Error(ErrorKind::Invalid, "the output is an input");
+    }
+    ::core::Draft draft = state_->draft;
+    const ::core::Proof proof = ::core::SaveAs(draft, path, state_->definitions, force);
     if (!proof.fault.empty()) throw Error(ErrorKind::NotWritten, proof.fault);
     if (!proof.errors.empty() && !force) throw Error(ErrorKind::BreaksRule, proof.errors[0]);
   });

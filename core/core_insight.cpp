@@ -98,7 +98,8 @@ std::string File::Report(const std::string& title) const {
       ::core::ReportedFile file(state_->memory, name, "f1", state_->definitions);
       return page(file);
     }
-    ::core::ReportedFile file(path, "f1", state_->definitions);
+    // The file that is open, whatever has its name by now.
+    ::core::ReportedFile file(state_->survey.file.Again(), Size(), name, "f1", state_->definitions);
     return page(file);
   });
 }

@@ -38,6 +38,11 @@ decltype(auto) Guarded(Work work) {
   }
 }
 
+// Invalid for a path that the system would cut short.
+inline void RequirePath(const std::string& path) {
+  if (path.empty() || path.find('\0') != std::string::npos)
+    throw Error(ErrorKind::Invalid, "a path has bytes, and no zero among them");
+}
 SegmentInfo InfoOf(const SurveyedPart& part);
 ErrorKind KindOf(media::Outcome outcome);
 Error ErrorOf(const ::core::SampleFault& fault, const SegmentInfo& image, const SurveyedPart& part);

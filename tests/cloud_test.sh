@@ -106,7 +106,17 @@ for words, sentence in ((("extract", "in.ntf", "image:0", "-o", "x.png", "--cog"
                         (("render", "in.ntf", "-o", "x.png", "--cog"), "--cog is for .tif")):
     assert sentence in run(*words, code=2), words
 os.rename("in.ntf", "v.pgw")
-assert "is the input" in run("render", "v.pgw", "-o", "v.png", "--world", code=2)
+assert "is an input" in run("render", "v.pgw", "-o", "v.png", "--world", code=2)
+assert not os.path.exists("v.png")
+assert "the picture itself" in run("render", "v.pgw", "-o", "x.prj", "--format", "png", "--world", code=2)
+assert "the picture itself" in run("extract", "v.pgw", "image:0", "-o", "x.xww", "--format", "png", "--world", code=2)
+os.mkfifo("pipe")
+assert "no file" in run("extract", "v.pgw", "image:0", "-o", "pipe", "--format", "png", "--world", code=2)
+os.mkdir("batch")
+for name in "b.ntf", "b.ntf.pgw":
+    os.link("v.pgw", os.path.join("batch", name))
+assert "is an input" in run("render", "batch/b.ntf", "batch/b.ntf.pgw", "-O", "batch", "--world", "--keep-ending", code=2)
+run("info", "batch/b.ntf.pgw")
 run("info", "v.pgw")
 
 # A composite lies where its lowest image with a place does; bands are described.

@@ -1,6 +1,8 @@
 // Images on grids of map projections and in other datums.
 #include <cmath>
 
+#include "core/place/extent.h"
+#include "core/place/geojson.h"
 #include "core/place/georeference.h"
 #include "core/place/projection.h"
 #include "tests/support/placed.h"
@@ -154,6 +156,23 @@ TEST(Projected, WhatIsNotKnownIsNamed) {
     EXPECT_EQ(placed.unused, std::vector<std::string>{"MAPLOB"}) << records;
   }
   EXPECT_EQ(core::Projection::Of("+proj=tmerc +ellps=WGS84", 999999), nullptr);
+}
+
+// The outline of an image around a pole goes by the pole.
+TEST(Projected, OutlinesAroundAPole) {
+  for (const double parallel : {71.0, -71.0}) {
+    const std::string records = Datum("WGE") + Projected("PG", {0, parallel}) + Grid(-50, 75);
+    const core::Placed placed = ModelOf(records);
+    ASSERT_NE(placed.model, nullptr);
+    const auto extent = core::ExtentOf(*placed.model, 8, 8);
+    ASSERT_TRUE(extent.has_value());
+    core::JsonText json(false);
+    WritePolygon(json, extent->corners);
+    const std::string pole = parallel > 0 ? "90" : "-90";
+    EXPECT_NE(json.Text().find("[180.0," + pole + ".0]"), std::string::npos) << json.Text();
+    EXPECT_NE(json.Text().find("[-180.0," + pole + ".0]"), std::string::npos) << json.Text();
+    EXPECT_EQ(json.Text().find("MultiPolygon"), std::string::npos);
+  }
 }
 
 }  // namespace

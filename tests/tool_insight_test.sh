@@ -127,7 +127,7 @@ expect 0 '' "$tool" locate placed.ntf --pixel 0,0 --at 52,10 --height 5
 expect 0 '' "$tool" set good.ntf -o degrees.ntf image:0 ICORDS=D 'IGEOLO=52,10 52,11 51,11 51,10'
 cmp placed.ntf degrees.ntf || fail "corners in degrees"
 expect 0 '' "$tool" locate placed.ntf --pixel 0,0 --at 52,10 --height 5
-holds '{"row":0,"column":0,"latitude":52,"longitude":10,"height":5.0,"model":"IGEOLO","error_m":111.32}'
+holds '{"row":0,"column":0,"latitude":52,"longitude":10,"height":5.0,"height_above":"WGS 84 ellipsoid","model":"IGEOLO","error_m":111.32}'
 [ "$(wc -l <out.txt)" -eq 2 ] || fail "two points"
 printf '0,1\nword\n1,1\n' | { expect 1 '' "$tool" locate placed.ntf --pixels -; }
 [ "$(sed -n 2p out.txt)" = '{"error":"not ROW,COL"}' ] && [ "$(wc -l <out.txt)" -eq 3 ] || fail "a line that is no point"

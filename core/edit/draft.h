@@ -95,6 +95,8 @@ class Draft {
   /// Begins with a file header alone.
   explicit Draft(std::string header);
   Draft(Draft&&) = default;
+  /// What is done to a copy leaves this as it is.
+  Draft(const Draft&) = default;
 
   DraftPart file;                   ///< the file header
   std::vector<DraftPart> segments;  ///< in file order

@@ -198,7 +198,7 @@ void SetField(DraftPart& part, const FieldChange& change) {
     return SetCommentCount(part, DigitsOf(change.value));
   if (AddsComment(part, name)) SetCommentCount(part, part.Fields().Number("NICOM") + 1);
   const std::optional<SurveyedField> found = part.Fields().Find(name);
-  if (!found) RefuseArgument(name + ": no such field here");
+  if (!found) RefuseArgument(name + ": no such field here; info --json lists those that there are");
   RefuseUnsettable(name);
   const std::string_view form = part.Fields().Text("ICORDS");
   const char icords = form.empty() ? ' ' : form[0];

@@ -89,6 +89,14 @@ FileBytes::FileBytes(const std::string& path)
   }
 }
 
+bool FileBytes::Is(const std::string& path) const {
+  struct stat own, other;
+  return descriptor_.Get() >= 0 && fstat(descriptor_.Get(), &own) == 0 &&
+         stat(path.c_str(), &other) == 0 && own.st_dev == other.st_dev && own.st_ino == other.st_ino;
+}
+
+int FileBytes::Again() const { return fcntl(descriptor_.Get(), F_DUPFD_CLOEXEC, 0); }
+
 FileBytes::FileBytes(std::string_view memory) : memory_(memory), descriptor_(-1), size_(memory.size()) {}
 
 std::string FileBytes::At(uint64_t offset, uint64_t count) const {
@@ -123,7 +131,15 @@ bool FileBytes::NextStored(uint64_t offset, uint64_t end, uint64_t& first, uint6
   last = std::min(end, size_);
   if (memory_.data() != nullptr || first >= last) return first < last;
   const off_t data = lseek(descriptor_.Get(), static_cast<off_t>(offset), SEEK_DATA);
-  if (data < 0) return errno != ENXIO;  // a file system that knows of no holes
+  if (data < 0 && errno != ENXIO) return true;  // a file system that knows of no holes
+  if (data < 0) {
+    // A hole up to the end, where that is still where it was.
+    struct stat status;
+    if (fstat(descriptor_.Get(), &status) != 0) throw ReadError(path_, WordsOfErrno(errno));
+    if (static_cast<uint64_t>(status.st_size) < size_)
+      throw ReadError(path_, "became shorter while it was read");
+    return false;
+  }
   first = static_cast<uint64_t>(data);
   const off_t hole = lseek(descriptor_.Get(), data, SEEK_HOLE);
   if (hole > data) last = std::min(last, static_cast<uint64_t>(hole));

@@ -70,6 +70,10 @@ class FileBytes {
 
   bool IsOpen() const { return memory_.data() != nullptr || descriptor_.Get() >= 0; }
   uint64_t Size() const { return size_; }
+  /// Whether a path names this very file.
+  bool Is(const std::string& path) const;
+  /// Another descriptor of the file, which the caller closes; -1 for bytes in memory.
+  int Again() const;
   /// The bytes from an offset on, as many as there are of `count`. ReadError, also for more than memory
   /// is taken for at once.
   std::string At(uint64_t offset, uint64_t count) const;

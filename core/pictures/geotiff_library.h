@@ -10,7 +10,7 @@
 namespace core {
 
 struct GeotiffLibrary {
-  decltype(&::GTIFNew) create;
+  decltype(&::GTIFNewEx) create;
   decltype(&::GTIFFree) free;
   decltype(&::GTIFKeySet) set;
   decltype(&::GTIFKeyGetSHORT) get;

@@ -1,6 +1,7 @@
 #include "core/place/geojson.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "core/format/values.h"
@@ -49,10 +50,42 @@ void WriteRing(JsonText& json, const Ring& ring, double shift) {
   json.EndArray();
 }
 
+// Around a pole: from one end of the map to the other by the corners, and back by the pole. Empty for
+// corners that do not go around one.
+Ring AroundPole(const GeographicCorners& corners) {
+  constexpr double kMeridian = 180, kPole = 90;
+  double turn = 0, latitudes = 0;
+  for (size_t i = 0; i < corners.size(); ++i) {
+    turn += std::remainder(corners[(i + 1) % corners.size()].longitude - corners[i].longitude, 360);
+    latitudes += corners[i].latitude;
+  }
+  if (std::abs(turn) < kMeridian) return {};
+  Ring ring(corners.begin(), corners.end());
+  for (GeographicPoint& point : ring) point.longitude = std::remainder(point.longitude, 360);
+  std::sort(ring.begin(), ring.end(),
+            [](const auto& a, const auto& b) { return a.longitude < b.longitude; });
+  const GeographicPoint first = ring.front(), last = ring.back();
+  const double gap = first.longitude + 360 - last.longitude;
+  const double share = gap > 0 ? (kMeridian - last.longitude) / gap : 0;
+  const double edge = last.latitude + share * (first.latitude - last.latitude);
+  const double pole = latitudes < 0 ? -kPole : kPole;
+  ring.insert(ring.begin(), {edge, -kMeridian});
+  ring.insert(ring.end(), {{edge, kMeridian}, {pole, kMeridian}, {pole, -kMeridian}});
+  return ring;
+}
+
 }  // namespace
 
 void WritePolygon(JsonText& json, const GeographicCorners& corners) {
   constexpr double kMeridian = 180;
+  if (const Ring around = AroundPole(corners); !around.empty()) {
+    json.BeginObject();
+    json.Key("type");
+    json.String("Polygon");
+    json.Key("coordinates");
+    WriteRing(json, around, 0);
+    return json.EndObject();
+  }
   const GeographicCorners unwrapped = Unwrapped(corners);
   const Ring ring(unwrapped.begin(), unwrapped.end());
   const auto [west, east] = std::minmax_element(

@@ -66,7 +66,7 @@ Placed PlaceOf(const SurveyedPart& image, const SurveyedPart& header,
   const std::vector<TaggedRecord> records = RecordsOf(image, definitions);
   for (const TaggedRecord& record : records) {
     const std::string tag(TrimmedText(record.tag));
-    const bool isBetter = IsOneOf(tag, "SENSRB|CSEXRA|RSMPCA|RSMGGA");
+    const bool isBetter = IsOneOf(tag, "SENSRB|CSEXRA|RSMPCA|RSMPIA|RSMGGA|RSMGIA");
     if (isBetter && std::find(placed.unused.begin(), placed.unused.end(), tag) == placed.unused.end())
       placed.unused.push_back(tag);
   }

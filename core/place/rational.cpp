@@ -77,7 +77,7 @@ class Rational : public PlaceModel {
   // Newton's iteration from the middle of the model, until a step is below the last digit that counts.
   std::string ToGround(ImagePoint point, double height, GroundPoint& ground) const override {
     constexpr int kMostSteps = 50;
-    constexpr double kEnd = 1e-14, kLeast = 1e-12, kLongest = 0.5;
+    constexpr double kEnd = 1e-14, kLeast = 1e-12, kLongest = 0.5, kFar = 3 * kReach;
     const double wantedRow = (point.row - form_.imageOffset.row) / form_.imageScale.row,
                  wantedColumn = (point.column - form_.imageOffset.column) / form_.imageScale.column;
     Normalised at = {0, 0, (height - form_.offset.height) / form_.scale.height};
@@ -95,6 +95,8 @@ class Rational : public PlaceModel {
       if (length > kLongest) p *= kLongest / length, l *= kLongest / length;
       at.latitude += p;
       at.longitude += l;
+      // A way that leads so far out does not come back.
+      if (std::hypot(at.latitude, at.longitude) > kFar) return kOutside;
       if (length < kEnd || (step > kMostSteps / 2 && length < 100 * kEnd))
         return Found(at, height, ground);
     }

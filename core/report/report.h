@@ -30,6 +30,10 @@ struct ReportedFile {
   ReportedFile(std::string_view memory, const std::string& name, const std::string& prefix,
                const RecordDefinitions& known)
       : path(name), id(prefix), definitions(known), survey(memory) {}
+  /// Of an open file of a size, which is closed with this.
+  ReportedFile(int descriptor, uint64_t size, const std::string& name, const std::string& prefix,
+               const RecordDefinitions& known)
+      : path(name), id(prefix), definitions(known), survey(descriptor, size) {}
 
   const std::string path;
   const std::string id;  ///< in front of the ids of its elements

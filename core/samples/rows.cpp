@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <system_error>
 #include <thread>
 
 #include "core/format/words.h"
@@ -116,14 +117,20 @@ void SampleRows::ReadAhead() {
   // What costs less than what is done with it is read when it is asked for.
   const bool isCheap = IsOneOf(part_.Text("IC"), "NC|NM|C4|M4") && held_.image.sampleBytes == 1;
   if (isCheap || atOnce_ >= height_ || next >= std::min(height_, LastWanted()) || !TakeThread()) return;
-  ahead_ = std::async(std::launch::async, [this, next, work = media::CurrentWork()] {
+  const auto read = [this, next, work = media::CurrentWork()] {
     const ThreadTaken taken;
     media::CurrentWork() = work;
     Piece piece = ReadPiece(next);
     piece.began = work;
     piece.left = media::CurrentWork();
     return piece;
-  });
+  };
+  try {
+    ahead_ = std::async(std::launch::async, read);
+  } catch (const std::system_error&) {
+    // There is no thread to be had: it is read when it is asked for.
+    threads.fetch_sub(1);
+  }
 }
 
 SampleRows::Piece SampleRows::TakeAhead() {

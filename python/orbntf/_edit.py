@@ -7,7 +7,10 @@ import numpy
 
 from . import _core
 from ._error import Error
-from ._file import _FILE, _IMAGE, _WORDS, File, Part
+from ._file import _FILE, _WORDS, File, Part, _count
+
+
+_SIZES = {"u": (1, 2, 4, 8), "i": (1, 2, 4, 8), "f": (4, 8), "c": (8,)}  # bytes of samples
 
 
 def _part(part):
@@ -15,20 +18,49 @@ def _part(part):
         return part._kind, part.index
     if isinstance(part, File):
         return _FILE, 0
-    kind, _, number = part.partition(":")
-    if kind not in _WORDS or (kind == "file") == bool(number) or not (kind == "file" or number.isdigit()):
+    kind, _, number = str(part).partition(":")
+    isNumber = number.isascii() and number.isdigit() and len(number) < 7
+    if kind not in _WORDS or (kind == "file") == bool(number) or not (kind == "file" or isNumber):
         raise Error("a part is file, image:N, graphic:N, text:N or data:N", "", str(part))
     return _WORDS[kind], int(number or 0)
 
 
+def _number(way, given, usual):
+    """The number of a way to store samples; None where it is not asked for."""
+    if given is None or (isinstance(given, (bool, numpy.bool_)) and not given):
+        return None
+    if isinstance(given, (bool, numpy.bool_)):
+        return usual
+    try:
+        return float(given)
+    except (TypeError, ValueError):
+        raise Error(f"{way} takes a number or True, not {given!r}") from None
+
+
 def _storage(lossless, jpeg, jpeg2000):
-    if sum(way not in (None, False) for way in (jpeg, jpeg2000)) + (lossless is True) > 1:
+    jpeg, jpeg2000 = _number("jpeg", jpeg, 85.0), _number("jpeg2000", jpeg2000, 0.0)
+    if (jpeg is not None) + (jpeg2000 is not None) + bool(lossless) > 1:
         raise Error("give one of lossless, jpeg and jpeg2000")
-    if jpeg not in (None, False):
-        return "jpeg", float(85 if jpeg is True else jpeg)
-    if jpeg2000 not in (None, False):
-        return "jpeg2000", 0.0 if jpeg2000 is True else float(jpeg2000)
-    return "uncompressed", 0.0
+    if jpeg is not None:
+        if not 1 <= jpeg <= 100:
+            raise Error(f"jpeg is a quality of 1 to 100, not {jpeg:g}")
+        return "jpeg", jpeg
+    return ("uncompressed", 0.0) if jpeg2000 is None else ("jpeg2000", jpeg2000)
+
+
+def _layout(block, mode):
+    if mode not in ("B", "P", "R", "S"):
+        raise Error(f"a mode is B, P, R or S, not {mode!r}")
+    return _count("block", block, 0, 8192), mode
+
+
+def _text(value):
+    """A value as a field takes it: as it stands in Part.values, or a text."""
+    if isinstance(value, datetime.datetime):
+        return value.strftime("%Y%m%d%H%M%S")
+    if isinstance(value, (tuple, list)) and len(value) == 2:
+        return f"{value[0]},{value[1]}"
+    return str(value)
 
 
 def _pixels(array):
@@ -41,7 +73,7 @@ def _pixels(array):
         array = array.astype("uint8")
     if array.ndim != 3 or 0 in array.shape:
         raise Error("an array of an image is (rows, columns) or (bands, rows, columns)")
-    if array.dtype.kind not in "uifc" or array.dtype.itemsize not in ((8, 16) if array.dtype.kind == "c" else (4, 8) if array.dtype.kind == "f" else (1, 2, 4, 8)):
+    if array.dtype.kind not in "uifc" or array.dtype.itemsize not in _SIZES[array.dtype.kind]:
         raise Error(f"samples of {array.dtype} are not stored", status="unsupported")
     return numpy.ascontiguousarray(numpy.moveaxis(array, 0, 2), array.dtype.newbyteorder("=")), bits
 
@@ -64,12 +96,13 @@ class Edit:
     def set(self, part, field=None, value=None, force=False, **fields):
         """Sets a field, or several: set("image:0", "IID1", "SCENE") or set("image:0", IID1="SCENE", ICAT="VIS").
         The part "all" sets it in every header that has it. With `force` also to what the format does not allow."""
-        for name, text in ({field: value} if field is not None else {}).items() | fields.items():
+        for name, given in {**({field: value} if field is not None else {}), **fields}.items():
+            text = _text(given)
             try:
                 if part == "all":
-                    self._calls.set_all(name, str(text), force)
+                    self._calls.set_all(name, text, force)
                 else:
-                    self._calls.set(*_part(part), name, str(text), force)
+                    self._calls.set(*_part(part), name, text, force)
             except Error as error:
                 raise Error(error.words, name, error.segment, error.offset, error.status) from None
         return self
@@ -81,7 +114,7 @@ class Edit:
             self._calls.set_record(kind, index, tag, bytes(data))
         for name, text in fields.items():
             try:
-                self._calls.set_record_field(kind, index, tag, name, str(text))
+                self._calls.set_record_field(kind, index, tag, name, _text(text))
             except Error as error:
                 raise Error(error.words, name, error.segment, error.offset, error.status) from None
         return self
@@ -108,13 +141,17 @@ class Edit:
 
         Returns its number among the images. Raises Error.
         """
-        how = (*_storage(lossless, jpeg, jpeg2000), block, mode, *at)
+        row, column = at
+        how = (*_storage(lossless, jpeg, jpeg2000), *_layout(block, mode), int(row), int(column))
         if isinstance(source, (str, bytes, os.PathLike)):
             number = self._calls.append_picture(os.fsencode(source), *how)
         else:
             number = self._calls.append_samples(*_pixels(source), *how)
-        if fields:
-            self.set(f"image:{number}", **fields)
+        try:
+            self.set(f"image:{number}", **(fields or {}))
+        except Error:
+            self._calls.remove(_WORDS["image"], number)
+            raise
         return number
 
     def append_text(self, text):
@@ -127,17 +164,17 @@ class Edit:
 
     def append_data(self, name, data, version=1):
         """Adds a data extension of a registered name. Returns its number among them."""
-        return self._calls.append_data(name, version, bytes(data))
+        return self._calls.append_data(name, _count("version", version, 0, 99), bytes(data))
 
     def recompress(self, image, jpeg=None, jpeg2000=None, block=0, mode="B"):
         """Stores an image anew; ways that lose nothing are read again and compared."""
         index = image.index if isinstance(image, Part) else image
-        self._calls.recompress(index, *_storage(None, jpeg, jpeg2000), block, mode)
+        self._calls.recompress(index, *_storage(None, jpeg, jpeg2000), *_layout(block, mode))
         return self
 
     def set_level(self, level=0):
         """Sets CLEVEL; 0 for the lowest that the file fits."""
-        self._calls.set_level(level)
+        self._calls.set_level(_count("level", level, 0, 99))
         return self
 
     def save(self, path, force=False):

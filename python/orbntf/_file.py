@@ -5,6 +5,7 @@ import functools
 import json
 import operator
 import os
+import tempfile
 import warnings
 from typing import NamedTuple, Optional
 
@@ -80,6 +81,38 @@ class Record:
 
     def __repr__(self):
         return f"<record {self.tag}, {len(self.bytes)} bytes>"
+
+
+def _count(what, number, least=0, most=2**32 - 1, segment=""):
+    """A whole number within bounds; else an Error that names it."""
+    try:
+        number = operator.index(number)
+    except TypeError:
+        raise Error(f"{what} is a whole number, not {number!r}", "", segment) from None
+    if not least <= number <= most:
+        raise Error(f"{what} is {least} to {most}, not {number}", "", segment)
+    return number
+
+
+def _bands(bands, segment=""):
+    """Bands that are asked for as a list; empty for None."""
+    if bands is None:
+        return []
+    try:
+        chosen = [_count("a band", band, segment=segment) for band in bands]
+    except TypeError:
+        raise Error(f"bands are a list, not {bands!r}", "", segment) from None
+    if not chosen:
+        raise Error("no band is asked for", "", segment)
+    return chosen
+
+
+def _four(window, segment=""):
+    try:
+        row, column, height, width = window
+    except (TypeError, ValueError):
+        raise Error(f"a window is (row, column, height, width), not {window!r}", "", segment) from None
+    return tuple(_count("a window's number", number, 0, 2**63, segment) for number in (row, column, height, width))
 
 
 def _tree(fields):
@@ -160,7 +193,8 @@ class Part:
 
     def data(self, offset=0, count=None):
         """Bytes of its data as they are stored, at most 1 GiB at once. Raises Error."""
-        return self._calls.data(self._kind, self.index, offset, self.data_length if count is None else count)
+        count = self.data_length if count is None else count
+        return self._calls.data(self._kind, self.index, _count("an offset", offset, 0, 2**63), _count("a count", count, 0, 2**63))
 
 
 class Graphic(Part):
@@ -186,6 +220,8 @@ class Image(Part):
 
         im.shape                       (bands, rows, columns)
         im[0, 100:200, 300:400]        as of an array; only that is read
+
+    A list of numbers picks along its own axis, whatever the others are; masks are not taken.
     """
 
     @functools.cached_property
@@ -223,8 +259,8 @@ class Image(Part):
         bands, rows, columns = self.shape
         if window is None:
             return (0, 0, rows, columns)
-        row, column, height, width = (operator.index(number) for number in window)
-        if row < 0 or column < 0 or height < 1 or width < 1 or row + height > rows or column + width > columns:
+        row, column, height, width = _four(window, self.title)
+        if height < 1 or width < 1 or row + height > rows or column + width > columns:
             raise Error(f"the window {tuple(window)} is not on {rows} rows and {columns} columns", "", self.title)
         return (row, column, height, width)
 
@@ -239,17 +275,15 @@ class Image(Part):
         Raises Error.
         """
         window = self._window(window)
-        chosen = [] if bands is None else [operator.index(band) for band in bands]
-        if bands is not None and (not chosen or min(chosen) < 0):
-            raise Error(f"bands are 0 to {self.shape[0] - 1}", "", self.title)
-        pixels = self._calls.read(self.index, window, chosen, reduce)
+        chosen = _bands(bands, self.title)
+        pixels = self._calls.read(self.index, window, chosen, _count("reduce", reduce, 0, 16, self.title))
         return numpy.ascontiguousarray(numpy.moveaxis(pixels, 2, 0))
 
     def mask(self, window=None, bands=None):
         """True where pixels are there: (rows, columns) of bool. False where the image's mask has no block, or a pad
         pixel in all bands that are asked for."""
         window = self._window(window)
-        return self._calls.mask(self.index, window, list(bands or []), window[2:])
+        return self._calls.mask(self.index, window, _bands(bands, self.title), window[2:])
 
     def __getitem__(self, key):
         key = key if isinstance(key, tuple) else (key,)
@@ -282,13 +316,18 @@ class Image(Part):
 def _axis(part, count):
     if isinstance(part, slice):
         return range(*part.indices(count)), False
-    if isinstance(part, (list, numpy.ndarray)):
+    if isinstance(part, (list, numpy.ndarray)) and numpy.ndim(part) == 1:
         return [_checked(number, count) for number in part], False
     return [_checked(part, count)], True
 
 
 def _checked(number, count):
-    number = operator.index(number)
+    if isinstance(number, (bool, numpy.bool_)):
+        raise IndexError("an axis takes numbers, slices and lists of numbers, not masks")
+    try:
+        number = operator.index(number)
+    except TypeError:
+        raise IndexError(f"an axis takes numbers, slices and lists of numbers, not {number!r}") from None
     if not -count <= number < count:
         raise IndexError(f"{number} is not in an axis of {count}")
     return number % count
@@ -313,7 +352,11 @@ class File:
             isinstance(source, bytes) and source[:4] in (b"NITF", b"NSIF") and len(source) > 360)
         self._source = bytes(source) if isBytes else os.fspath(source)
         self.name = "bytes" if isBytes else os.fsdecode(self._source)
-        opened = _core.File(self._source, True) if isBytes else _core.File(os.fsencode(self._source))
+        try:
+            opened = _core.File(self._source, True) if isBytes else _core.File(os.fsencode(self._source))
+        except Error as error:
+            raise Error(f"{self.name}: {error.words}", error.field, error.segment, error.offset, error.status) from None
+        self._identity = None if isBytes else _identity(self._source)
         self._handle = _Handle(self.name, opened)
         parts = [_CLASSES.get(told[0], Part)(self._handle, told) for told in opened.segments()]
         self.header, self.segments = parts[0], parts[1:]
@@ -385,16 +428,20 @@ class File:
         """
         if size is not None and scale != 1:
             raise Error("give either size or scale")
-        by, *ends = (stretch,) if isinstance(stretch, str) else stretch
-        if by not in _STRETCHES or len(ends) not in (0, 2):
+        by, *ends = stretch if isinstance(stretch, (tuple, list)) and stretch else (stretch,)
+        if not isinstance(by, str) or by not in _STRETCHES or len(ends) not in (0, 2):
             raise Error('a stretch is "percent", ("percent", low, high), "minmax" or "none"')
         low, high = ends or (2, 98)
+        if isinstance(segment, Part) and segment._kind != _IMAGE:
+            raise Error("only images are drawn alone", "", segment.title)
         image = segment.index if isinstance(segment, Part) else segment
-        window = (0, 0, 0, 0) if window is None else tuple(operator.index(number) for number in window)
-        if any(number < 0 for number in window) or (any(window) and 0 in window[2:]):
-            raise Error(f"the window {window} is none")
-        picture, missing = self._calls.draw(window, size or 0, scale, fast, image, list(bands or []), _STRETCHES[by],
-                                            low, high, stretch_each)
+        image = None if image is None else _count("an image's number", image)
+        asked = (0, 0, 0, 0) if window is None else _four(window)
+        if window is not None and 0 in asked[2:]:
+            raise Error(f"the window {asked} has no pixels")
+        size = 0 if size is None else _count("size", size, 1, 65535)
+        picture, missing = self._calls.draw(asked, size, _count("scale", scale, 1, 65536), bool(fast), image, _bands(bands),
+                                            _STRETCHES[by], float(low), float(high), bool(stretch_each))
         for part, words in missing:
             warnings.warn(f"{part} is left out: {words}", MissingSegmentWarning, stacklevel=2)
         return picture
@@ -409,27 +456,50 @@ class File:
 
     def locate(self, row, column, image=0, height=None):
         """Where a point of an image lies on earth; see Image.locate."""
-        return self.images[image].locate(row, column, height)
+        return self._image(image).locate(row, column, height)
 
     def locate_ground(self, latitude, longitude, image=0, height=None):
         """The point of an image that lies there; see Image.locate_ground."""
-        return self.images[image].locate_ground(latitude, longitude, height)
+        return self._image(image).locate_ground(latitude, longitude, height)
+
+    def _image(self, number):
+        if not self.images:
+            raise Error("the file has no image")
+        return self.images[_count("an image's number", number, 0, len(self.images) - 1)]
 
     def report(self, path):
         """Writes a page (HTML) that tells what is in the file, where it is and what does not hold."""
         page = self._calls.report("" if self.name != "bytes" else "bytes")
-        if self.name != "bytes" and os.path.exists(path) and os.path.samefile(path, self._source):
+        if self._identity is not None and _identity(path) == self._identity:
             raise Error("the output is the input", status="not_written")
+        target = os.path.realpath(os.fsencode(path))
+        beside = None
         try:
-            with open(path, "wb") as out:
+            descriptor, beside = tempfile.mkstemp(prefix=b".orbntf-", dir=os.path.dirname(target))
+            with open(descriptor, "wb") as out:
                 out.write(page)
-        except OSError as error:
-            raise Error(f"{os.fsdecode(path)}: {error.strerror}", status="not_written") from error
+                mask = os.umask(0)
+                os.umask(mask)
+                os.fchmod(out.fileno(), os.stat(target).st_mode & 0o7777 if os.path.exists(target) else 0o666 & ~mask)
+            os.replace(beside, target)
+        except (OSError, ValueError) as error:
+            if beside is not None and os.path.exists(beside):
+                os.unlink(beside)
+            raise Error(f"{os.fsdecode(path)}: {getattr(error, 'strerror', None) or error}", status="not_written") from error
 
     def edit(self):
         """An Edit that begins as this file; the file itself stays as it is."""
         from ._edit import Edit
         return Edit(self)
+
+
+def _identity(path):
+    """What tells a file from others, whatever it is called; None for none."""
+    try:
+        status = os.stat(path)
+    except (OSError, ValueError):
+        return None
+    return status.st_dev, status.st_ino
 
 
 def _opened(source):

@@ -140,6 +140,51 @@ def test_edits_change_what_they_name(tmp_path):
     assert orbntf.open(tmp_path / "b.ntf").size == f.size
 
 
+def test_inputs_are_kept_and_edits_saved_again(tmp_path, monkeypatch):
+    path = tmp_path / "in" / "a.ntf"
+    path.parent.mkdir()
+    orbntf.new(path, images=[arrays_colour()])
+    before = path.read_bytes()
+    monkeypatch.chdir(path.parent)
+    f = orbntf.open("a.ntf")
+    edit = f.edit().set("image:0", ICORDS="D", IGEOLO="52,10 52,11 51,11 51,10")
+    monkeypatch.chdir(tmp_path)
+    for write in (lambda: edit.save("in/a.ntf"), lambda: f.report("in/a.ntf")):
+        with pytest.raises(orbntf.Error):
+            write()
+    assert path.read_bytes() == before
+    for name in ("one.ntf", "two.ntf"):
+        edit.save(name)
+    assert (tmp_path / "one.ntf").read_bytes() == (tmp_path / "two.ntf").read_bytes()
+    f.report("page.html")
+    assert (tmp_path / "page.html").stat().st_size > 1000 and not list(tmp_path.glob(".orbntf-*"))
+    # A picture that is taken in is an input as well.
+    run("render", path, "-o", "z.png")
+    picture = (tmp_path / "z.png").read_bytes()
+    with pytest.raises(orbntf.Error):
+        orbntf.new("z.png", images=["z.png"])
+    assert (tmp_path / "z.png").read_bytes() == picture
+    # What is refused leaves nothing behind.
+    edit = orbntf.open(path).edit()
+    with pytest.raises(orbntf.Error):
+        edit.append_image(arrays_colour(), fields={"NOPE": "x"})
+    edit.save("same.ntf")
+    assert (tmp_path / "same.ntf").read_bytes() == before
+    # Values go back as they came.
+    values = orbntf.open(path).values
+    edit.set("file", FDT=values["FDT"]).set("image:0", ILOC=(3, 4)).save("values.ntf")
+    assert orbntf.open("values.ntf").images[0].values["ILOC"] == (3, 4) and orbntf.open("values.ntf").values["FDT"] == values["FDT"]
+    # A file that becomes shorter is not taken for one with a hole.
+    long = tmp_path / "long.ntf"
+    orbntf.new(long, images=[numpy.ones((1000, 1000), "u1")])
+    edit = orbntf.open(long).edit().set("file", FTITLE="x")
+    with open(long, "r+b") as cut:
+        cut.truncate(5000)
+    with pytest.raises(orbntf.Error):
+        edit.save("short.ntf")
+    assert not (tmp_path / "short.ntf").exists()
+
+
 def test_places_and_values(tmp_path):
     f = orbntf.open(saved(images=[arrays_colour()], date="20260102030405"))
     assert f.values["FDT"].year == 2026 and f.version == "NITF02.10"
@@ -170,8 +215,23 @@ def test_what_cannot_be_done_is_told(tmp_path):
             im.read(window)
     with pytest.raises(orbntf.Error):
         im.read(bands=[3])
-    with pytest.raises(TypeError):
-        im.read(window=(0.5, 0, 1, 1))
+    for wrong in (lambda: im.read(window=(0.5, 0, 1, 1)), lambda: im.read((1, 2, 3)), lambda: im.read(reduce=-1), lambda: im.read(bands=[]),
+                  lambda: im.read(bands=0), lambda: im.mask(bands=[-1]), lambda: im.data(-1), lambda: orbntf.open(path).render(size=-1),
+                  lambda: orbntf.open(path).render(scale=0), lambda: orbntf.open(path).render(stretch=None), lambda: orbntf.open(path).locate(0, 0, 7),
+                  lambda: orbntf.open(path).render(segment=orbntf.open(path).header), lambda: orbntf.open(str(path) + "\0.x"),
+                  lambda: orbntf.open(""), lambda: orbntf.open(path).edit().set("image:²", IID1="x"), lambda: orbntf.open(path).edit().set(None, IID1="x"),
+                  lambda: saved(images=[arrays_colour()], mode="BXX"), lambda: saved(images=[arrays_colour()], jpeg=0),
+                  lambda: saved(images=[numpy.zeros((2, 2), "complex128")])):
+        with pytest.raises(orbntf.Error):
+            wrong()
+    for wrong in ([True, False, True], True, numpy.zeros(3, bool), 0.5):
+        with pytest.raises(IndexError):
+            im[wrong]
+    assert numpy.array_equal(im[numpy.array(1)], im[1])
+    assert numpy.array_equal(orbntf.open(path).render(bands=numpy.array([0])), orbntf.open(path).render(bands=[0]))
+    with pytest.raises(orbntf.Error) as error:
+        orbntf.open(tmp_path / "none.ntf")
+    assert "none.ntf" in str(error.value) and "no such file" in str(error.value).lower()
     with pytest.raises(orbntf.Error):
         orbntf.open(path).check("nonsense")
     f = orbntf.open(path)

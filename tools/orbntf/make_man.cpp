@@ -114,8 +114,12 @@ bool PrintCommand(const tool::Command& command, const tool::Command& top, const 
   if (out == nullptr) return false;
   std::fprintf(out, ".TH %s 1 \"\" \"orbntf\"\n.SH NAME\n%s \\- %s\n", Roff(name).c_str(),
                Roff(name).c_str(), Roff(command.Description()).c_str());
-  std::fprintf(out, ".SH SYNOPSIS\n\\fBorbntf %s\\fR [options] ...\n.SH OPTIONS\n",
-               command.Name().c_str());
+  std::string positional;
+  for (const tool::OptionText& option : command.Options()) {
+    if (option.names.empty()) positional += " \\fI" + Roff(option.shown) + "\\fR";
+  }
+  std::fprintf(out, ".SH SYNOPSIS\n\\fBorbntf %s\\fR [options]%s\n.SH OPTIONS\n", command.Name().c_str(),
+               positional.c_str());
   PrintOptions(out, command);
   std::fprintf(out, ".PP\nOf every command:\n");
   PrintOptions(out, top);

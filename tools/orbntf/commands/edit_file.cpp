@@ -92,7 +92,7 @@ DraftPart& NamedPart(Draft& draft, const std::string& text) {
   size_t index = 0;
   if (!ParsePart(text, kind, index)) RefuseArgument(text + ": not image:N, graphic:N, text:N or data:N");
   DraftPart* part = draft.Find(kind, index);
-  if (part == nullptr) RefuseArgument(text + ": there is no such segment");
+  if (part == nullptr) RefuseArgument(text + ": there is no such segment; info lists them");
   return *part;
 }
 

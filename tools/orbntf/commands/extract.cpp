@@ -137,7 +137,7 @@ int WriteExtraction(const ExtractOptions& options, const Survey& survey, const E
   if (stream != nullptr && !written && errno != 0) output.NoteFailure();
   const bool isDone = written && output.Commit();
   if (isDone && options.world && wanted.image != nullptr)
-    return WriteBeside("extract", options.file, wanted.output, *tiff.reference);
+    return WriteBeside("extract", wanted.output, *tiff.reference);
   return Report("extract", wanted.output, isDone ? ORB_SUCCESS : ORB_SHORT_WRITE, output.Problem());
 }
 
@@ -212,6 +212,8 @@ int ExtractOne(const ExtractOptions& options, const Survey& survey) {
   if (options.cloud && wanted.form != "tif") return Refuse("extract", "--cog is for .tif");
   if (options.world && (wanted.image == nullptr || wanted.output == "-"))
     return Refuse("extract", "--world is for samples that get a name");
+  const std::string why = options.world ? WhyNotBeside(Inputs({options.file}), wanted.output) : "";
+  if (!why.empty()) return Refuse("extract", why);
   if (wanted.image != nullptr && !IsOneOf(wanted.form, "tif|png|raw|npy"))
     return Refuse("extract",
                   "the output's name ends in .tif, .png, .npy or .raw, or --format says which");

@@ -94,6 +94,12 @@ void PrintLocation(std::FILE* out, const FileFacts& file, const SurveyedPart& im
   std::fprintf(out, "    place by %s: %s\n", placed.model->Name().c_str(),
                extent ? (PlaceText(extent->middle) + "; " + SizeText(*extent)).c_str()
                       : "not all of the image has one");
+  if (!extent) return;
+  std::fputs("    corners:", out);
+  for (const GeographicPoint& corner : extent->corners)
+    std::fprintf(out, " %.6f,%.6f", corner.latitude, corner.longitude);
+  std::fputs(placed.model->Height() ? " (at the model's height above the WGS 84 ellipsoid)\n" : "\n",
+             out);
 }
 
 void PrintForPeople(std::FILE* out, const std::string& path, const FileFacts& file, bool decoded) {
@@ -162,7 +168,7 @@ int ShowFile(const InfoOptions& options, const std::string& path, bool inArray, 
   }
   if (options.geojson) {
     JsonText json(false, 0, out);
-    WriteFeature(json, path, survey);
+    WriteFeature(json, path, survey, *options.definitions);
     std::fwrite(json.Text().data(), 1, json.Text().size(), out);
   } else if (options.csv) {
     const std::string lines = options.records ? CsvRecords(path, file) : CsvLine(path, file);
@@ -194,7 +200,7 @@ int RunInfo(InfoOptions& options, const std::string& folder) {
     frame = {"{\"type\": \"FeatureCollection\", \"features\": [\n", ",\n", "\n]}\n"};
     frame.failure = [](const BatchFile& file, const std::string&) {
       JsonText json(false);
-      WriteFeature(json, file.path, Survey(std::string_view()));
+      WriteFeature(json, file.path, Survey(std::string_view()), RecordDefinitions());
       return json.Text();
     };
   }

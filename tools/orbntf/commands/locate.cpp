@@ -56,6 +56,10 @@ class Locator {
       json.Real(*height);
     else
       json.Null();
+    if (height) {
+      json.Key("height_above");
+      json.String("WGS 84 ellipsoid");
+    }
     json.Key("model");
     json.String(model_.Name());
     json.Key("error_m");

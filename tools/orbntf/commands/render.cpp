@@ -6,13 +6,15 @@
 #include <sstream>
 
 #include "orbntf/orbntf.h"
-#include "tools/orbntf/inputs.h"
+#include "tools/orbntf/output/beside.h"
 
 namespace tool {
 namespace {
 
 int RenderFile(const RenderOptions& options, const std::string& file, const std::string& name) {
   if (Inputs({file}).Hold(name)) return Refuse("render", "the output is the input; give another name");
+  if (const std::string why = options.world ? WhyNotBeside(*options.inputs, name) : ""; !why.empty())
+    return Refuse("render", why);
   Output output(name, options.form == PictureForm::Tiff ? Output::Way::ByName : Output::Way::InOrder);
   if (!output.Problem().empty()) return Report("render", name, ORB_SHORT_WRITE, output.Problem());
   return (options.module ? RenderByModule : RenderView)(options, file, output);
@@ -90,6 +92,8 @@ int RunRender(RenderOptions& options) {
   if (const std::string problem = TakeOptions(options); !problem.empty())
     return Refuse("render", problem);
   const std::vector<BatchFile> files = FilesOf(options.batch);
+  options.inputs = std::make_shared<Inputs>();
+  for (const BatchFile& file : files) options.inputs->Add(file.path);
   options.progress = files.size() == 1 && isatty(STDERR_FILENO) != 0;
   if (options.folder.empty()) {
     if (files.size() != 1) return Refuse("render", "several files go into a folder: -O");

@@ -1,6 +1,7 @@
 // What render was asked for.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "core/pictures/picture.h"
 #include "core/view/view.h"
 #include "tools/orbntf/commands/batch.h"
+#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/output/output.h"
 
 namespace tool {
@@ -28,6 +30,7 @@ struct RenderOptions {
   Stretch stretch;
   std::optional<Region> region;
   bool progress = false;
+  std::shared_ptr<Inputs> inputs;  ///< all of them
 };
 
 /// Tells how far a picture is, on a terminal.

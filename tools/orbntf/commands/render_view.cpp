@@ -125,7 +125,7 @@ int RenderView(const RenderOptions& options, const std::string& file, Output& ou
   if (const std::string why = options.world ? WhyNoWorld(tiff.reference) : ""; !why.empty())
     return Refuse("render", InputName(file) + ": " + why);
   std::FILE* stream = output.Stream();
-  if (stream == nullptr) return Report("render", file, ORB_SHORT_WRITE, output.Problem());
+  if (stream == nullptr) return Report("render", output.Target(), ORB_SHORT_WRITE, output.Problem());
   const auto writer = PictureWriter::Start(options.form, stream, view.Width(), view.Height(), tiff);
   errno = 0;
   SampleFault fault = view.Draw([&](uint32_t y, const uint8_t* rgb) {
@@ -139,8 +139,7 @@ int RenderView(const RenderOptions& options, const std::string& file, Output& ou
   if (!isWritten || !output.Commit())
     return Report("render", options.output.empty() ? file : options.output, ORB_SHORT_WRITE,
                   output.Problem());
-  const int code =
-      options.world ? WriteBeside("render", file, output.Target(), *tiff.reference) : kExitOk;
+  const int code = options.world ? WriteBeside("render", output.Target(), *tiff.reference) : kExitOk;
   return std::max(code, NameMissing(file, view) || options.partial ? kExitOk : kExitStatus);
 }
 

@@ -2,6 +2,8 @@
 
 #include "core/format/numbers.h"
 #include "core/format/words.h"
+#include "core/place/extent.h"
+#include "core/place/placed.h"
 #include "orbntf/orbntf.h"
 #include "tools/orbntf/inputs.h"
 #include "tools/orbntf/tool.h"
@@ -97,15 +99,17 @@ std::string CsvRecords(const std::string& path, const FileFacts& file) {
   return lines;
 }
 
-void WriteFeature(JsonText& json, const std::string& path, const Survey& survey) {
+void WriteFeature(JsonText& json, const std::string& path, const Survey& survey,
+                  const RecordDefinitions& definitions) {
   json.BeginObject();
   json.Key("type");
   json.String("Feature");
   std::vector<GeographicCorners> corners;
   for (const SurveyedPart& part : survey.parts) {
-    const std::string_view form = part.Text("ICORDS");
-    if (part.kind != PartKind::Image || form.empty()) continue;
-    if (const auto own = CornersOf(form[0], part.Text("IGEOLO"))) corners.push_back(*own);
+    if (part.kind != PartKind::Image) continue;
+    const Placed placed = PlaceOf(part, survey.Header(), definitions);
+    const auto extent = placed.model == nullptr ? std::nullopt : ExtentOf(*placed.model, part);
+    if (extent) corners.push_back(extent->corners);
   }
   json.Key("geometry");
   if (corners.empty()) {

@@ -14,7 +14,9 @@ std::string CsvLine(const std::string& path, const FileFacts& file);
 std::string CsvFailure(const std::string& path, const std::string& words, bool ofRecords);
 /// A line for each field of each tagged record.
 std::string CsvRecords(const std::string& path, const FileFacts& file);
-/// A GeoJSON feature of the footprints of a file's images; its geometry is null where there are none.
-void WriteFeature(JsonText& json, const std::string& path, const Survey& survey);
+/// A GeoJSON feature of the footprints of a file's images by their best models; its geometry is null
+/// where there are none.
+void WriteFeature(JsonText& json, const std::string& path, const Survey& survey,
+                  const RecordDefinitions& definitions);
 
 }  // namespace tool

@@ -151,6 +151,15 @@ void WriteLocation(JsonText& json, const FileFacts& file, const SurveyedPart& im
       json.Key(key);
       json.Real(number);
     }
+    json.Key("corners");
+    json.BeginArray();
+    for (const GeographicPoint& corner : extent->corners) {
+      json.BeginArray();
+      json.Real(corner.latitude);
+      json.Real(corner.longitude);
+      json.EndArray();
+    }
+    json.EndArray();
     json.Key("footprint");
     WritePolygon(json, extent->corners);
   }

@@ -1,8 +1,9 @@
 #include "tools/orbntf/output/beside.h"
 
+#include <sys/stat.h>
+
 #include "core/place/world_file.h"
 #include "orbntf/orbntf.h"
-#include "tools/orbntf/inputs.h"
 #include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 
@@ -16,11 +17,21 @@ std::string WhyNoWorld(const std::optional<core::Georeference>& reference) {
   return "";
 }
 
-int WriteBeside(const char* command, const std::string& input, const std::string& picture,
-                const core::Georeference& reference) {
+std::string WhyNotBeside(const Inputs& inputs, const std::string& picture) {
+  struct stat status;
+  if (stat(picture.c_str(), &status) == 0 && !S_ISREG(status.st_mode))
+    return "--world: the output is no file that another one could stand beside";
+  for (const std::string& name : {core::WorldName(picture), core::SystemName(picture)}) {
+    if (name == picture || IsSameFile(name, picture))
+      return "--world: " + name + " would be the picture itself; give it another ending";
+    if (inputs.Hold(name)) return "--world: " + name + " is an input; give the output another name";
+  }
+  return "";
+}
+
+int WriteBeside(const char* command, const std::string& picture, const core::Georeference& reference) {
   for (const auto& [name, text] : {std::pair{core::WorldName(picture), core::WorldText(reference)},
                                    {core::SystemName(picture), core::SystemText(reference)}}) {
-    if (Inputs({input}).Hold(name)) return Refuse(command, "an output is the input: " + name);
     Output output(name, Output::Way::InOrder);
     std::FILE* stream = output.Problem().empty() ? output.Stream() : nullptr;
     const bool isWritten =
