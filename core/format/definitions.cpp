@@ -172,17 +172,30 @@ std::optional<RecordDefinition> ParseDefinition(std::string_view json, std::stri
   return problem.empty() ? std::optional(std::move(definition)) : std::nullopt;
 }
 
-RecordDefinitions::RecordDefinitions() {
+namespace {
+
+std::shared_ptr<const RecordDefinitions::ByTag> MakeCompiled() {
   // The parser's destructors take memory and cannot fail for want of it: what all of this takes is there,
   // or nothing is begun.
   constexpr size_t kTaken = 8 << 20;
-  const std::unique_ptr<volatile char[]> taken(new volatile char[kTaken]);
-  taken[0] = 0;
+  {
+    const std::unique_ptr<volatile char[]> taken(new volatile char[kTaken]);
+    taken[0] = 0;
+  }
+  auto definitions = std::make_shared<RecordDefinitions::ByTag>();
   for (const CompiledText& compiled : kRecordTexts) {
     std::string problem;
     if (auto definition = ParseDefinition(compiled.text, problem))
-      definitions_.emplace(definition->tag, *definition);
+      definitions->emplace(definition->tag, *definition);
   }
+  return definitions;
+}
+
+}  // namespace
+
+RecordDefinitions::RecordDefinitions() {
+  static const std::shared_ptr<const ByTag> compiled = MakeCompiled();
+  definitions_ = compiled;
 }
 
 std::string RecordDefinitions::AddFolder(const std::string& folder) {
@@ -194,12 +207,14 @@ std::string RecordDefinitions::AddFolder(const std::string& folder) {
   }
   if (error) return folder + ": " + error.message();
   std::sort(paths.begin(), paths.end());
+  auto all = std::make_shared<ByTag>(*definitions_);
   for (const std::string& path : paths) {
     std::string problem;
     auto definition = ParseDefinition(ReadWhole(path), problem);
     if (!definition) return problem.insert(0, path + ": ");
-    definitions_.insert_or_assign(definition->tag, std::move(*definition));
+    all->insert_or_assign(definition->tag, std::move(*definition));
   }
+  definitions_ = std::move(all);
   return "";
 }
 
@@ -209,8 +224,8 @@ std::string TakeDefinitions(const std::string& folder, std::unique_ptr<RecordDef
 }
 
 const RecordDefinition* RecordDefinitions::Find(std::string_view tag) const {
-  const auto found = definitions_.find(tag);
-  return found != definitions_.end() ? &found->second : nullptr;
+  const auto found = definitions_->find(tag);
+  return found != definitions_->end() ? &found->second : nullptr;
 }
 
 }  // namespace core

@@ -66,10 +66,11 @@ class RecordDefinitions {
   /// nothing.
   std::string AddFolder(const std::string& folder);
   const RecordDefinition* Find(std::string_view tag) const;
-  const std::map<std::string, RecordDefinition, std::less<>>& All() const { return definitions_; }
+  using ByTag = std::map<std::string, RecordDefinition, std::less<>>;
+  const ByTag& All() const { return *definitions_; }
 
  private:
-  std::map<std::string, RecordDefinition, std::less<>> definitions_;
+  std::shared_ptr<const ByTag> definitions_;  // those that come along are made once and shared
 };
 
 /// Makes the definitions that the tool brings along and adds those of a folder, "" for none; what is
