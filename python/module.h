@@ -6,6 +6,7 @@
 #include <pybind11/stl.h>
 
 #include <mutex>
+#include <new>
 #include <string>
 
 #include "orbntf/core.hpp"
@@ -33,7 +34,11 @@ struct OpenFile {
   auto Alone(Work work) {
     const py::gil_scoped_release released;
     const std::lock_guard<std::mutex> lock(mutex);
-    return work();
+    try {
+      return work();
+    } catch (const std::bad_alloc&) {
+      throw oc::Error(oc::ErrorKind::TooMuch, "there is not enough memory");
+    }
   }
   const oc::SegmentInfo& Segment(int kind, uint32_t index) {
     return file.Segment(static_cast<oc::SegmentKind>(kind), index);

@@ -22,8 +22,9 @@ import os as _os
 from ._core import version as __version__
 from ._edit import Edit, new
 from ._error import Error, MissingSegmentWarning
-from ._file import (Difference, Extension, File, Finding, Graphic, GroundPlace, Image, ImagePlace, Part, Record, Text,
-                    diff)
+from ._file import File, diff
+from ._parts import Extension, Graphic, Image, Part, Text
+from ._told import Difference, Finding, GroundPlace, ImagePlace, Record
 
 __all__ = ["Difference", "Edit", "Error", "Extension", "File", "Finding", "Graphic", "GroundPlace", "Image",
            "ImagePlace", "MissingSegmentWarning", "Part", "Record", "Text", "diff", "new", "open"]

@@ -6,8 +6,10 @@ import os
 import numpy
 
 from . import _core
+from ._arguments import _count
 from ._error import Error
-from ._file import _FILE, _WORDS, File, Part, _count
+from ._file import File
+from ._parts import _FILE, _WORDS, Part
 
 
 _SIZES = {"u": (1, 2, 4, 8), "i": (1, 2, 4, 8), "f": (4, 8), "c": (8,)}  # bytes of samples
