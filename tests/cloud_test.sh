@@ -3,11 +3,7 @@
 # project's folder, a scratch folder. Ends with 77 without those readers.
 set -euo pipefail
 tool=$1
-python3=$(command -v /usr/bin/python3 || command -v python3)
-"$python3" -c 'import tifffile' 2>/dev/null || { echo "no tifffile"; exit 77; }
-scratch=$(mktemp -d "$3/cloud-XXXXXX")
-trap 'rm -rf "$scratch"' EXIT
-cd "$scratch"
+. "$(dirname "$0")/support/tifffile.sh" "$3"
 "$python3" - "$tool" <<'PYTHON'
 import json, os, subprocess, sys
 import numpy, tifffile
@@ -69,6 +65,13 @@ numpy.save("in.npy", array)
 run("new", "-o", "in.ntf", "--station", "S", "--image", "in.npy", "--lossless")
 run("extract", "in.ntf", "image:0", "-o", "out.tif", "--cog")
 assert (pages("out.tif")[0][1] == 7).all()
+
+# The greatest whole numbers stay what they are.
+array = numpy.full((1, 520, 520), 2**64 - 1, "uint64")
+numpy.save("in.npy", array)
+run("new", "-o", "in.ntf", "--station", "S", "--image", "in.npy", "--lossless")
+run("extract", "in.ntf", "image:0", "-o", "out.tif", "--cog")
+assert all((page == 2**64 - 1).all() for page in pages("out.tif")[0])
 
 # Single bits: the nearest ones.
 bits = random.integers(0, 2, (601, 530)).astype("uint8")

@@ -2,13 +2,8 @@
 # Where extracted TIFF files lie, by a reader of their own. Arguments: the tool, the project's folder, a scratch folder.
 # Ends with 77 without that reader.
 set -euo pipefail
-. "$(dirname "$0")/support/tool.sh"
 tool=$1
-python3=$(command -v /usr/bin/python3 || command -v python3)
-"$python3" -c 'import tifffile' 2>/dev/null || { echo "no tifffile"; exit 77; }
-scratch=$(mktemp -d "$3/geotiff-XXXXXX")
-trap 'rm -rf "$scratch"' EXIT
-cd "$scratch"
+. "$(dirname "$0")/support/tifffile.sh" "$3"
 "$python3" - "$tool" <<'PYTHON'
 import json, random, subprocess, sys
 import tifffile

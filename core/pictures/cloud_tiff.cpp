@@ -33,7 +33,10 @@ Sample MeanOf(const Sample (&four)[4], const std::optional<Sample>& noData) {
   }
   if (count == 0) return four[0];
   const long double mean = sum / count;
-  return static_cast<Sample>(std::is_integral_v<Sample> ? std::floor(mean + 0.5L) : mean);
+  if (!std::is_integral_v<Sample>) return static_cast<Sample>(mean);
+  // A half added to the greatest whole numbers would be lost in them, or go beyond them.
+  const long double whole = std::floor(mean);
+  return static_cast<Sample>(mean - whole >= 0.5L ? whole + 1 : whole);
 }
 
 template <class Sample>
@@ -76,7 +79,7 @@ Halve MeansOf(SampleKind kind, uint32_t sampleBytes, size_t samples, std::option
   }
 }
 
-Halve FirstOf(size_t pixelBytes) {
+Halve NearestPixels(size_t pixelBytes) {
   return [=](const uint8_t* upper, const uint8_t*, uint32_t width, uint8_t* half) {
     for (uint32_t x = 0; x < width; x += 2, half += pixelBytes)
       std::memcpy(half, upper + x * pixelBytes, pixelBytes);

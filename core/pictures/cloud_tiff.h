@@ -21,7 +21,7 @@ using Halve =
 /// all four are, it is the first one.
 Halve MeansOf(SampleKind kind, uint32_t sampleBytes, size_t samples, std::optional<uint64_t> noData);
 /// The first one of 2 x 2 pixels.
-Halve FirstOf(size_t pixelBytes);
+Halve NearestPixels(size_t pixelBytes);
 
 /// Rows of pixels as they are given.
 struct CloudForm {

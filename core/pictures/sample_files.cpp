@@ -102,7 +102,7 @@ bool WriteCloud(std::FILE* file, const SampleImage& image, const TiffOptions& op
   form.pixelBytes = image.PixelBytes();
   form.areBits = image.bits == 1 && image.bands == 1;
   const bool isNearest = form.areBits || HasPalette(image);
-  form.halve = isNearest ? FirstOf(form.pixelBytes)
+  form.halve = isNearest ? NearestPixels(form.pixelBytes)
                          : MeansOf(image.kind, image.sampleBytes, image.bands, image.noData);
   if (image.kind != SampleKind::Real && image.kind != SampleKind::Complex && image.bits != 1 &&
       image.sampleBytes <= 4)
