@@ -99,7 +99,7 @@ struct Edit::State {
   ::core::Labels labels;
   ::core::RecordDefinitions definitions;
   std::vector<const ::core::Survey*> inputs;
-  std::vector<std::unique_ptr<::core::FileBytes>> pictures;  // that are inputs as well
+  std::vector<::core::FileIdentity> pictures;  // that are inputs as well
   std::vector<std::string> notes;
 };
 
@@ -175,10 +175,10 @@ Edit& Edit::Merge(const File& other) {
 uint32_t Edit::AppendImage(const std::string& path, const Storage& storage, const Placement& place) {
   return Guarded([&] {
     RequirePath(path);
-    auto picture = std::make_unique<::core::FileBytes>(path);
+    const auto picture = ::core::IdentityOf(path);
     const uint32_t number = state_->Add(
         ::core::StorePicture(state_->draft, path, "", OptionsOf(storage), state_->notes), place);
-    state_->pictures.push_back(std::move(picture));
+    if (picture) state_->pictures.push_back(*picture);
     return number;
   });
 }
@@ -237,8 +237,9 @@ void Edit::Save(const std::string& path, bool force) {
     for (const ::core::Survey* input : state_->inputs) {
       if (input->file.Is(path)) throw Error(ErrorKind::Invalid, "the output is an input");
     }
-    for (const auto& picture : state_->pictures) {
-      if (picture->Is(path)) throw Error(ErrorKind::Invalid, "the output is an input");
+    const auto output = ::core::IdentityOf(path);
+    for (const ::core::FileIdentity& picture : state_->pictures) {
+      if (output == picture) throw Error(ErrorKind::Invalid, "the output is an input");
     }
     ::core::Draft draft = state_->draft;
     const ::core::Proof proof = ::core::SaveAs(draft, path, state_->definitions, force);

@@ -1,5 +1,7 @@
 // What the library's surface tells beyond fields and samples: places, masks, pages, differences.
 #include <algorithm>
+#include <cerrno>
+#include <cmath>
 
 #include "core/compare/compare.h"
 #include "core/core_state.h"
@@ -36,6 +38,26 @@ std::vector<Difference> DifferencesOf(const ::core::Comparison& comparison) {
   for (const ::core::SampleDifference& samples : comparison.samples)
     all.push_back({Difference::Kind::Samples, samples.part, "", "", {}, {}, WordsOf(samples)});
   return all;
+}
+
+// Notes which pixels of some samples a mask leaves out.
+void MaskOf(const SurveyedPart& part, const Samples& samples, const SampleRequest& request,
+            std::vector<uint8_t>& there) {
+  ::core::SampleImage form;
+  (void)::core::DescribeSamples(part, form);
+  ::core::ShownBands shown;
+  shown.bands = request.bands;
+  form.bands = samples.bands;
+  form.kind = ::core::SampleKind::Unsigned;  // what is no number is there
+  for (uint32_t band = 0; request.bands.empty() && band < samples.bands; ++band)
+    shown.bands.push_back(band);
+  const ::core::MaskRows mask(part, form, shown);
+  std::vector<uint8_t> row(samples.width);
+  const size_t stride = size_t{samples.width} * samples.bands * samples.sampleBytes;
+  for (uint32_t y = 0; mask.LeavesOut() && y < samples.height; ++y) {
+    mask.Look(request.row + y, request.column, &samples.data[y * stride], row);
+    std::copy(row.begin(), row.end(), there.begin() + static_cast<ptrdiff_t>(y * row.size()));
+  }
 }
 
 }  // namespace
@@ -99,7 +121,9 @@ std::string File::Report(const std::string& title) const {
       return page(file);
     }
     // The file that is open, whatever has its name by now.
-    ::core::ReportedFile file(state_->survey.file.Again(), Size(), name, "f1", state_->definitions);
+    const int again = state_->survey.file.Again();
+    if (again < 0) throw Error(ErrorKind::Unreadable, ::core::WordsOfErrno(errno));
+    ::core::ReportedFile file(again, Size(), name, "f1", state_->definitions);
     return page(file);
   });
 }
@@ -124,27 +148,22 @@ Samples File::DescribeSamples(const SegmentInfo& image) const {
 }
 
 std::vector<uint8_t> File::ReadMask(const SegmentInfo& image, const SampleRequest& request) const {
-  const Samples samples = ReadSamples(image, request);
+  if (request.reduce != 0) throw Error(ErrorKind::Invalid, "a mask is not reduced", image.title);
   return Guarded([&] {
-    if (request.reduce != 0) throw Error(ErrorKind::Invalid, "a mask is not reduced", image.title);
-    const SurveyedPart& part = state_->Part(image);
-    std::vector<uint8_t> there(size_t{samples.width} * samples.height, 1);
-    if (!part.IsMasked()) return there;
-    ::core::SampleImage form;
-    (void)::core::DescribeSamples(part, form);
-    ::core::ShownBands shown;
-    shown.bands = request.bands;
-    form.bands = samples.bands;
-    form.kind = ::core::SampleKind::Unsigned;  // what is no number is there
-    for (uint32_t band = 0; request.bands.empty() && band < samples.bands; ++band)
-      shown.bands.push_back(band);
-    const ::core::MaskRows mask(part, form, shown);
-    std::vector<uint8_t> row(samples.width);
-    for (uint32_t y = 0; mask.LeavesOut() && y < samples.height; ++y) {
-      const size_t stride = size_t{samples.width} * samples.bands * samples.sampleBytes;
-      mask.Look(request.row + y, request.column, &samples.data[y * stride], row);
-      std::copy(row.begin(), row.end(), there.begin() + static_cast<ptrdiff_t>(y * row.size()));
-    }
+    const SurveyedPart& part = ImageOf(state_->Part(image));
+    const Samples form = DescribeSamples(image);
+    const bool isThere = request.row < form.height && request.column < form.width &&
+                         std::all_of(request.bands.begin(), request.bands.end(),
+                                     [&](uint32_t band) { return band < form.bands; });
+    if (!isThere)
+      throw Error(ErrorKind::Invalid, "the window or a band is not of the image", image.title);
+    const auto side = [](uint64_t begin, uint64_t count, uint64_t all) {
+      return static_cast<size_t>(count == 0 ? all - begin : std::min(count, all - begin));
+    };
+    const size_t width = side(request.column, request.columns, form.width),
+                 height = side(request.row, request.rows, form.height);
+    std::vector<uint8_t> there(width * height, 1);
+    if (part.IsMasked()) MaskOf(part, ReadSamples(image, request), request, there);
     return there;
   });
 }

@@ -1,10 +1,8 @@
 #include "core/edit/pieces.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #define XXH_INLINE_ALL
 #include <xxhash.h>

@@ -1,9 +1,6 @@
 #include "core/format/band_words.h"
 
 #include <algorithm>
-#include <cmath>
-
-#include "core/format/json_text.h"
 
 namespace core {
 namespace {

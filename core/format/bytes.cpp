@@ -66,6 +66,12 @@ bool WriteAll(int descriptor, const void* bytes, size_t count) {
   return true;
 }
 
+std::optional<FileIdentity> IdentityOf(const std::string& path) {
+  struct stat status;
+  if (stat(path.c_str(), &status) != 0) return std::nullopt;
+  return FileIdentity{status.st_dev, status.st_ino};
+}
+
 std::string ReadWhole(const std::string& path) {
   struct stat status;
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -90,9 +96,9 @@ FileBytes::FileBytes(const std::string& path)
 }
 
 bool FileBytes::Is(const std::string& path) const {
-  struct stat own, other;
+  struct stat own;
   return descriptor_.Get() >= 0 && fstat(descriptor_.Get(), &own) == 0 &&
-         stat(path.c_str(), &other) == 0 && own.st_dev == other.st_dev && own.st_ino == other.st_ino;
+         IdentityOf(path) == FileIdentity{own.st_dev, own.st_ino};
 }
 
 int FileBytes::Again() const { return fcntl(descriptor_.Get(), F_DUPFD_CLOEXEC, 0); }

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -49,6 +50,14 @@ class Descriptor {
  private:
   int fd_;
 };
+
+/// What tells a file from others, whatever it is called.
+struct FileIdentity {
+  uint64_t device = 0, node = 0;
+  bool operator==(const FileIdentity& other) const = default;
+};
+/// That of a path; none where there is no file.
+std::optional<FileIdentity> IdentityOf(const std::string& path);
 
 /// Writes all of some bytes; false with errno set.
 bool WriteAll(int descriptor, const void* bytes, size_t count);

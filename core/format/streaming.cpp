@@ -1,6 +1,5 @@
 #include "core/format/streaming.h"
 
-#include "core/format/numbers.h"
 #include "core/format/words.h"
 
 namespace core {

@@ -1,7 +1,7 @@
 #include "core/place/apart.h"
 
-#include <GeographicLib/Geodesic.hpp>
 #include <algorithm>
+#include <cmath>
 
 #include "core/place/extent.h"
 #include "core/place/grid.h"
@@ -10,12 +10,6 @@
 
 namespace core {
 namespace {
-
-double Distance(const GroundPoint& a, const GroundPoint& b) {
-  double metres = 0;
-  GeographicLib::Geodesic::WGS84().Inverse(a.latitude, a.longitude, b.latitude, b.longitude, metres);
-  return metres;
-}
 
 // The heights at which a record's places are looked for.
 std::vector<double> HeightsOf(const PlaceModel& model, const std::vector<TaggedRecord>& records) {

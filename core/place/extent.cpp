@@ -10,12 +10,6 @@ namespace {
 
 constexpr double kPi = 3.14159265358979323846;
 
-double Distance(const GroundPoint& a, const GroundPoint& b) {
-  double metres = 0;
-  GeographicLib::Geodesic::WGS84().Inverse(a.latitude, a.longitude, b.latitude, b.longitude, metres);
-  return metres;
-}
-
 double AreaOf(const std::array<GroundPoint, 4>& corners) {
   GeographicLib::PolygonArea polygon(GeographicLib::Geodesic::WGS84());
   for (const GroundPoint& corner : corners) polygon.AddPoint(corner.latitude, corner.longitude);
@@ -33,6 +27,12 @@ std::string Rounded(double number) {
 }
 
 }  // namespace
+
+double Distance(const GroundPoint& a, const GroundPoint& b) {
+  double metres = 0;
+  GeographicLib::Geodesic::WGS84().Inverse(a.latitude, a.longitude, b.latitude, b.longitude, metres);
+  return metres;
+}
 
 std::optional<Extent> ExtentOf(const PlaceModel& model, uint64_t rows, uint64_t columns) {
   constexpr double kStep = 1e-4;  // degrees northwards, some ten metres

@@ -20,6 +20,8 @@ struct Extent {
 std::optional<Extent> ExtentOf(const PlaceModel& model, uint64_t rows, uint64_t columns);
 /// The same of an image whose subheader tells its rows and columns.
 std::optional<Extent> ExtentOf(const PlaceModel& model, const SurveyedPart& image);
+/// Metres between two places on the WGS 84 ellipsoid, their heights aside.
+double Distance(const GroundPoint& a, const GroundPoint& b);
 /// "51.50° N, 16.50° E".
 std::string PlaceText(GeographicPoint point);
 /// Spacing, area and north in words: "0.52 m a pixel, 12.3 km², north 4° clockwise from up".

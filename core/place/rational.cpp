@@ -95,7 +95,7 @@ class Rational : public PlaceModel {
       if (length > kLongest) p *= kLongest / length, l *= kLongest / length;
       at.latitude += p;
       at.longitude += l;
-      // A way that leads so far out does not come back.
+      // So far out is no place that the polynomials are believed in.
       if (std::hypot(at.latitude, at.longitude) > kFar) return kOutside;
       if (length < kEnd || (step > kMostSteps / 2 && length < 100 * kEnd))
         return Found(at, height, ground);

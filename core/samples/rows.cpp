@@ -135,9 +135,12 @@ void SampleRows::ReadAhead() {
 
 SampleRows::Piece SampleRows::TakeAhead() {
   Piece piece = ahead_.get();
-  media::WorkLeft& work = media::CurrentWork();
-  work.nanoseconds -= std::min(work.nanoseconds, piece.began.nanoseconds - piece.left.nanoseconds);
-  work.samples -= std::min(work.samples, piece.began.samples - piece.left.samples);
+  const auto take = [&](uint64_t media::WorkLeft::*kind) {
+    uint64_t& left = media::CurrentWork().*kind;
+    left -= std::min(left, piece.began.*kind - std::min(piece.began.*kind, piece.left.*kind));
+  };
+  take(&media::WorkLeft::nanoseconds);
+  take(&media::WorkLeft::samples);
   return piece;
 }
 
