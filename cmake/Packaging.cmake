@@ -72,6 +72,7 @@ add_custom_command(OUTPUT ${made}/orbntf.1 ${made}/orbntf.h.3 ${made}/orbntf.bas
   COMMAND orbntf_tool completion bash > ${made}/orbntf.bash
   COMMAND orbntf_tool completion zsh > ${made}/_orbntf
   COMMAND orbntf_tool completion fish > ${made}/orbntf.fish
+  COMMAND ${CMAKE_COMMAND} -E rm -rf ${made}/man1
   COMMAND ${CMAKE_COMMAND} -E make_directory ${made}/man1
   COMMAND make_man commands ${made}/man1
   COMMAND gzip -9nrf ${made}/man1
