@@ -4,6 +4,7 @@
 
 #include <png.h>
 
+#include "core/pictures/behind.h"
 #include "media/drawing/picture.h"
 
 namespace core {
@@ -11,44 +12,34 @@ namespace {
 
 class PpmWriter : public PictureWriter {
  public:
-  PpmWriter(std::FILE* file, uint32_t width, uint32_t height) : file_(file), bytes_(size_t{width} * 3) {
+  PpmWriter(std::FILE* file, uint32_t width, uint32_t height) : file_(file), stride_(size_t{width} * 3) {
     good_ = std::fprintf(file, "P6\n%u %u\n255\n", width, height) > 0;
-    rows_.reserve(kPiece + bytes_);
   }
-  bool PutRow(const uint8_t* rgb) override {
-    rows_.insert(rows_.end(), rgb, rgb + bytes_);
-    return rows_.size() < kPiece || Flush();
+  bool PutRows(const uint8_t* rgb, uint32_t rows) override {
+    return good_ = good_ && std::fwrite(rgb, stride_, rows, file_) == rows;
   }
-  bool Finish() override { return Flush() && std::fflush(file_) == 0; }
+  bool Finish() override { return good_ && std::fflush(file_) == 0; }
 
  private:
-  static constexpr size_t kPiece = 256 << 10;  // bytes that are written at once
-
-  bool Flush() {
-    good_ = good_ && std::fwrite(rows_.data(), 1, rows_.size(), file_) == rows_.size();
-    rows_.clear();
-    return good_;
-  }
-
   std::FILE* file_;
-  size_t bytes_;
-  std::vector<uint8_t> rows_;
+  size_t stride_;
   bool good_;
 };
 
 // libpng's errors jump back into the call that met them; nothing with a destructor lives in between.
 class PngWriter : public PictureWriter {
  public:
-  PngWriter(std::FILE* file, uint32_t width, uint32_t height, bool alpha) : file_(file) {
+  PngWriter(std::FILE* file, uint32_t width, uint32_t height, bool alpha)
+      : file_(file), stride_(size_t{width} * (alpha ? 4 : 3)) {
     png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, &Silent, &Silent);
     info_ = png_ != nullptr ? png_create_info_struct(png_) : nullptr;
     good_ = info_ != nullptr && Begin(width, height, alpha);
   }
   ~PngWriter() override { png_destroy_write_struct(&png_, &info_); }
 
-  bool PutRow(const uint8_t* rgb) override {
+  bool PutRows(const uint8_t* rgb, uint32_t rows) override {
     if (!good_ || setjmp(png_jmpbuf(png_)) != 0) return good_ = false;
-    png_write_row(png_, rgb);
+    for (uint32_t row = 0; row < rows; ++row) png_write_row(png_, rgb + row * stride_);
     return true;
   }
   bool Finish() override {
@@ -72,10 +63,26 @@ class PngWriter : public PictureWriter {
   }
 
   std::FILE* file_;
+  size_t stride_;
   png_structp png_ = nullptr;
   png_infop info_ = nullptr;
   bool good_ = false;
 };
+
+std::unique_ptr<PictureWriter> StartForm(PictureForm form, std::FILE* file, uint32_t width,
+                                         uint32_t height, const TiffOptions& options) {
+  switch (form) {
+    case PictureForm::Ppm:
+      return std::make_unique<PpmWriter>(file, width, height);
+    case PictureForm::Jpeg:
+      return StartJpeg(file, width, height);
+    case PictureForm::Tiff:
+      return StartTiff(file, width, height, options);
+    case PictureForm::Png:
+      break;
+  }
+  return StartPng(file, width, height, false);
+}
 
 }  // namespace
 
@@ -96,17 +103,7 @@ const char* EndingOf(PictureForm form) {
 
 std::unique_ptr<PictureWriter> PictureWriter::Start(PictureForm form, std::FILE* file, uint32_t width,
                                                     uint32_t height, const TiffOptions& options) {
-  switch (form) {
-    case PictureForm::Ppm:
-      return std::make_unique<PpmWriter>(file, width, height);
-    case PictureForm::Jpeg:
-      return StartJpeg(file, width, height);
-    case PictureForm::Tiff:
-      return StartTiff(file, width, height, options);
-    case PictureForm::Png:
-      break;
-  }
-  return StartPng(file, width, height, false);
+  return WriteBehind(StartForm(form, file, width, height, options), size_t{3} * width);
 }
 
 std::unique_ptr<PictureWriter> StartPng(std::FILE* file, uint32_t width, uint32_t height, bool alpha) {

@@ -23,12 +23,15 @@ const char* EndingOf(PictureForm form);
 class PictureWriter {
  public:
   virtual ~PictureWriter() = default;
-  /// False when the file does not take it; nothing further is written.
-  virtual bool PutRow(const uint8_t* rgb) = 0;
+  /// Puts rows that stand one behind the other. False when the file does not take them; nothing further is
+  /// written.
+  virtual bool PutRows(const uint8_t* rgb, uint32_t rows) = 0;
+  bool PutRow(const uint8_t* rgb) { return PutRows(rgb, 1); }
   /// False when the picture is incomplete.
   virtual bool Finish() = 0;
 
-  /// `options` are those of TIFF.
+  /// `options` are those of TIFF. Where there is a core for it, rows are written while the next ones are
+  /// made: a failure may be told with a later row.
   static std::unique_ptr<PictureWriter> Start(PictureForm form, std::FILE* file, uint32_t width,
                                               uint32_t height, const TiffOptions& options = {});
 };

@@ -12,7 +12,7 @@ namespace {
 // libjpeg's errors jump back into the call that met them; nothing with a destructor lives in between.
 class JpegWriter : public PictureWriter {
  public:
-  JpegWriter(std::FILE* file, uint32_t width, uint32_t height) : file_(file) {
+  JpegWriter(std::FILE* file, uint32_t width, uint32_t height) : file_(file), stride_(size_t{3} * width) {
     codec_.err = jpeg_std_error(&errors_.manager);
     errors_.manager.error_exit = &Jump;
     errors_.manager.output_message = [](j_common_ptr) {};
@@ -20,10 +20,12 @@ class JpegWriter : public PictureWriter {
   }
   ~JpegWriter() override { jpeg_destroy_compress(&codec_); }
 
-  bool PutRow(const uint8_t* rgb) override {
+  bool PutRows(const uint8_t* rgb, uint32_t rows) override {
     if (!good_ || setjmp(errors_.jump) != 0) return good_ = false;
-    JSAMPROW row = const_cast<JSAMPROW>(rgb);
-    jpeg_write_scanlines(&codec_, &row, 1);
+    for (uint32_t y = 0; y < rows; ++y) {
+      JSAMPROW row = const_cast<JSAMPROW>(rgb + y * stride_);
+      jpeg_write_scanlines(&codec_, &row, 1);
+    }
     return true;
   }
   bool Finish() override {
@@ -55,6 +57,7 @@ class JpegWriter : public PictureWriter {
   }
 
   std::FILE* file_;
+  size_t stride_;
   jpeg_compress_struct codec_{};
   Errors errors_;
   bool good_ = false;

@@ -42,10 +42,13 @@ class TiffWriter : public PictureWriter {
     if (tiff_ != nullptr) TIFFClose(tiff_);
   }
 
-  bool PutRow(const uint8_t* rgb) override {
-    std::memcpy(&rows_[held_++ * stride_], rgb, stride_);
-    ++taken_;
-    return (held_ < kTile && taken_ < height_) || WriteTiles();
+  bool PutRows(const uint8_t* rgb, uint32_t rows) override {
+    for (; rows > 0; --rows, rgb += stride_) {
+      std::memcpy(&rows_[held_++ * stride_], rgb, stride_);
+      ++taken_;
+      if ((held_ == kTile || taken_ == height_) && !WriteTiles()) return false;
+    }
+    return true;
   }
   bool Finish() override {
     if (good_) good_ = TIFFFlush(tiff_) == 1;
@@ -79,11 +82,13 @@ class TiffWriter : public PictureWriter {
 class CloudWriter : public PictureWriter {
  public:
   CloudWriter(std::FILE* file, uint32_t width, uint32_t height, const TiffOptions& options)
-      : file_(file) {
+      : file_(file), stride_(size_t{3} * width) {
     Try([&] { cloud_ = std::make_unique<CloudTiff>(FormOf(width, height, options)); });
   }
-  bool PutRow(const uint8_t* rgb) override {
-    return Try([&] { cloud_->PutRow(rgb); });
+  bool PutRows(const uint8_t* rgb, uint32_t rows) override {
+    return Try([&] {
+      for (uint32_t row = 0; row < rows; ++row) cloud_->PutRow(rgb + row * stride_);
+    });
   }
   bool Finish() override {
     return Try([&] { good_ = cloud_->Write(file_); });
@@ -113,6 +118,7 @@ class CloudWriter : public PictureWriter {
     return form;
   }
   std::FILE* file_;
+  size_t stride_;
   std::unique_ptr<CloudTiff> cloud_;
   bool good_ = true;
 };

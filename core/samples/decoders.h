@@ -48,6 +48,11 @@ class PartSource {
   media::Source source_;
 };
 
+/// The bits of a byte, the highest one first, as bytes.
+inline void SpreadBits(uint8_t bits, uint8_t* to) {
+  for (uint32_t i = 0; i < 8; ++i) to[i] = bits >> (7 - i) & 1;
+}
+
 SampleFault ReadPlain(const SampleSource& source, SampleTarget& target);
 SampleFault ReadFacsimile(const SampleSource& source, SampleTarget& target);
 SampleFault ReadJpeg(const SampleSource& source, SampleTarget& target);

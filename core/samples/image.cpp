@@ -30,10 +30,12 @@ SampleFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height) {
   image.height = static_cast<uint32_t>(height);
   image.samples.assign(image.PixelBytes() * image.width * image.height, 0);
   if (image.noData.value_or(0) == 0) return {};
-  for (uint32_t y = 0; y < image.height; ++y) {
-    for (uint32_t x = 0; x < image.width; ++x) {
-      for (uint32_t band = 0; band < image.bands; ++band) PutSample(image, x, y, band, *image.noData);
-    }
+  for (uint32_t band = 0; band < image.bands; ++band) PutSample(image, 0, 0, band, *image.noData);
+  // What is filled is copied behind itself.
+  for (size_t filled = image.PixelBytes(); filled < image.samples.size();) {
+    const size_t count = std::min(filled, image.samples.size() - filled);
+    std::memcpy(&image.samples[filled], image.samples.data(), count);
+    filled += count;
   }
   return {};
 }

@@ -2,11 +2,29 @@
 #include "media/codecs/jpeg2000.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "core/samples/decoders.h"
 
 namespace core {
 namespace {
+
+// Puts a line of as many samples as pixels to bytes or words. False where it does not go there as it is.
+bool PutLine(const media::Plane& plane, const int32_t* line, SampleTarget& target, uint32_t x, uint32_t y,
+             uint32_t band, uint32_t count) {
+  const uint32_t bytes = target.Image().sampleBytes;
+  const bool lies = x >= target.Left() && uint64_t{x} + count <= target.Right() && target.WantsRow(y);
+  uint8_t* to =
+      lies && bytes <= 2 && plane.stepX == 1 && count <= plane.width ? target.Run(x, y, band) : nullptr;
+  if (to == nullptr) return false;
+  const size_t step = target.Image().PixelBytes();
+  for (uint32_t i = 0; bytes == 1 && i < count; ++i) to[i * step] = static_cast<uint8_t>(line[i]);
+  for (uint32_t i = 0; bytes == 2 && i < count; ++i) {
+    const auto word = static_cast<uint16_t>(line[i]);
+    std::memcpy(to + i * step, &word, sizeof word);
+  }
+  return true;
+}
 
 // Puts a decoded part of the window to its place. A component of fewer samples than the image has each of
 // them for several pixels.
@@ -17,6 +35,9 @@ void PutPart(const media::CodestreamPart& part, SampleTarget& target) {
     const media::Plane& plane = part.planes[band];
     for (uint32_t y = 0; y < place.height; ++y) {
       const int32_t* line = plane.Line(y);
+      if (PutLine(plane, line, target, target.Left() + place.left, target.Top() + place.top + y, band,
+                  place.width))
+        continue;
       for (uint32_t x = 0; x < place.width; ++x)
         target.Put(target.Left() + place.left + x, target.Top() + place.top + y, band,
                    static_cast<uint64_t>(int64_t{plane.At(line, x)}));

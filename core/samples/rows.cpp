@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <atomic>
-#include <system_error>
-#include <thread>
 
+#include "core/format/background.h"
 #include "core/format/words.h"
 
 namespace core {
@@ -125,11 +124,10 @@ void SampleRows::ReadAhead() {
     piece.left = media::CurrentWork();
     return piece;
   };
-  try {
-    ahead_ = std::async(std::launch::async, read);
-  } catch (const std::system_error&) {
-    // There is no thread to be had: it is read when it is asked for.
-    threads.fetch_sub(1);
+  if (auto begun = InBackground(read)) {
+    ahead_ = std::move(*begun);
+  } else {
+    threads.fetch_sub(1);  // it is read when it is asked for
   }
 }
 

@@ -1,5 +1,6 @@
 // Vector-quantised blocks (MIL-STD-188-199): codes, each of which stands for a small rectangle of pixels.
 #include <algorithm>
+#include <cstring>
 
 #include "core/samples/decoders.h"
 
@@ -96,45 +97,89 @@ class VqBlocks {
       if (!target_.Wants(left, top + row * vectorHeight_, codesAcross_ * vectorWidth_, vectorHeight_))
         continue;
       const uint64_t bytes = (bit % 8 + rowBits + 7) / 8;
-      const std::string codes = data_.Piece(at_ + bit / 8, bytes);
-      if (codes.size() < bytes) return false;
-      for (uint64_t n = 0; n < codesAcross_; ++n) {
-        const uint64_t code = BitsAt(codes, bit % 8 + n * codeBits_, codeBits_);
-        if (code >= entries_) return false;
-        PutVector(code, left + n * vectorWidth_, top + row * vectorHeight_);
-      }
+      const std::string_view codes = CodesAt(at_ + bit / 8, bytes);
+      if (codes.size() < bytes || !TakeCodes(codes, bit % 8)) return false;
+      PutCodes(left, top + row * vectorHeight_);
     }
     return true;
   }
 
-  // A row of a vector as it stands, where all of it is wanted.
-  bool PutRow(uint64_t code, uint32_t left, uint32_t row, uint64_t y) {
-    if (image_.sampleBytes != 1 || image_.bands != target_.Bands() || !target_.WantsRow(row) ||
-        left < target_.Left() || left + vectorWidth_ > target_.Right() || vectorWidth_ != tables_)
-      return false;
-    uint8_t* to = target_.Run(left, row, 0);
-    if (to == nullptr || (image_.bands == 3 && to + 2 != target_.Run(left, row, 2))) return false;
-    const uint64_t at = code * entryBytes_ + y * vectorWidth_ * valueBytes_;
-    const uint64_t count = vectorWidth_ * valueBytes_;
-    if (at + count > (code + 1) * entryBytes_) return false;
-    book_.copy(reinterpret_cast<char*>(to), static_cast<size_t>(count), static_cast<size_t>(at));
-    return true;
+  // Bytes of codes; those of the blocks that follow are read with them.
+  std::string_view CodesAt(uint64_t at, uint64_t count) {
+    constexpr uint64_t kPiece = 16 << 10;
+    if (at < heldAt_ || at + count > heldAt_ + held_.size()) {
+      held_ = data_.Piece(at, std::max(count, kPiece));
+      heldAt_ = at;
+    }
+    return std::string_view(held_).substr(static_cast<size_t>(at - heldAt_), static_cast<size_t>(count));
   }
 
-  void PutVector(uint64_t code, uint64_t left, uint64_t top) {
-    if (!target_.Wants(left, top, vectorWidth_, vectorHeight_)) return;
+  bool TakeCodes(std::string_view bytes, uint64_t bit) {
+    codes_.resize(static_cast<size_t>(codesAcross_));
+    uint64_t most = 0;
+    for (uint32_t& code : codes_) {
+      code = static_cast<uint32_t>(BitsAt(bytes, bit, codeBits_));
+      most = std::max<uint64_t>(most, code);
+      bit += codeBits_;
+    }
+    return most < entries_;
+  }
+
+  // Puts the vectors of a row of codes: those that are wanted whole stand between those that are cut.
+  void PutCodes(uint64_t left, uint64_t top) {
+    const uint64_t cut = target_.Left() - std::min<uint64_t>(target_.Left(), left),
+                   wanted = target_.Right() - std::min<uint64_t>(target_.Right(), left);
+    const uint64_t end = std::min(codesAcross_, wanted / vectorWidth_),
+                   first = std::min(end, (cut + vectorWidth_ - 1) / vectorWidth_);
     for (uint64_t y = 0; y < vectorHeight_; ++y) {
-      if (!target_.Wants(left, top + y, vectorWidth_, 1)) continue;
-      if (PutRow(code, static_cast<uint32_t>(left), static_cast<uint32_t>(top + y), y)) continue;
+      if (!target_.Wants(left, top + y, codesAcross_ * vectorWidth_, 1)) continue;
+      const bool isWhole = PutWhole(first, end, left, top + y, y);
+      PutParts(0, isWhole ? first : codesAcross_, left, top + y, y);
+      if (isWhole) PutParts(end, codesAcross_, left, top + y, y);
+    }
+  }
+
+  // A row of some vectors as it stands in the tables. False where it does not.
+  bool PutWhole(uint64_t first, uint64_t end, uint64_t left, uint64_t row, uint64_t y) {
+    const auto column = static_cast<uint32_t>(left + first * vectorWidth_),
+               at = static_cast<uint32_t>(row);
+    const uint64_t count = vectorWidth_ * valueBytes_;
+    if (first >= end || image_.sampleBytes != 1 || image_.bands != target_.Bands() ||
+        !target_.WantsRow(at) || vectorWidth_ != tables_ || (y + 1) * count > entryBytes_)
+      return false;
+    uint8_t* to = target_.Run(column, at, 0);
+    for (uint32_t band = 0; to != nullptr && band < image_.bands; ++band) {
+      if (target_.Run(column, at, band) != to + band) return false;
+    }
+    if (to == nullptr) return false;
+    const char* rows = book_.data() + y * count;
+    if (count == 4) {
+      CopyRows<4>(first, end, rows, count, to);  // a number that the compiler knows
+    } else {
+      CopyRows<0>(first, end, rows, count, to);
+    }
+    return true;
+  }
+  template <size_t kCount>
+  void CopyRows(uint64_t first, uint64_t end, const char* rows, size_t count, uint8_t* to) const {
+    for (uint64_t n = first; n < end; ++n, to += count)
+      std::memcpy(to, rows + codes_[static_cast<size_t>(n)] * entryBytes_, kCount != 0 ? kCount : count);
+  }
+
+  // A row of some vectors, sample by sample.
+  void PutParts(uint64_t first, uint64_t end, uint64_t left, uint64_t row, uint64_t y) {
+    for (uint64_t n = first; n < end; ++n) {
+      const uint64_t entry = codes_[static_cast<size_t>(n)] * entryBytes_;
       for (uint64_t x = 0; x < vectorWidth_; ++x) {
         const uint64_t in = (y * vectorWidth_ + x) * valueBytes_;
         for (uint32_t band = 0; band < target_.Bands(); ++band) {
           const uint64_t at = in + band * image_.sampleBytes;
           const uint64_t value =
               at + image_.sampleBytes <= entryBytes_
-                  ? BigNumber(book_, static_cast<size_t>(code * entryBytes_ + at), image_.sampleBytes)
+                  ? BigNumber(book_, static_cast<size_t>(entry + at), image_.sampleBytes)
                   : 0;
-          target_.Put(static_cast<uint32_t>(left + x), static_cast<uint32_t>(top + y), band, value);
+          target_.Put(static_cast<uint32_t>(left + n * vectorWidth_ + x), static_cast<uint32_t>(row),
+                      band, value);
         }
       }
     }
@@ -146,6 +191,9 @@ class VqBlocks {
   PartBytes data_;
   uint64_t at_;  // in the data
   std::string book_;
+  std::string held_;  // some bytes of the data
+  uint64_t heldAt_ = 0;
+  std::vector<uint32_t> codes_;  // of a row of vectors
   uint64_t codeRows_ = 0, codesAcross_ = 0, tables_ = 0, entries_ = 0, entryBytes_ = 0;
   uint64_t vectorHeight_ = 1, vectorWidth_ = 1, valueBytes_ = 1;
   uint32_t codeBits_ = 8;

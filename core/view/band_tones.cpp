@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "media/shuffle.h"
+
 namespace core {
 
 // Samples so many bytes apart, and which of their bits count.
@@ -15,13 +17,18 @@ struct BandTones::Samples {
 
 namespace {
 
-template <class Word, class Of, class Put>
-void ForEachWord(Of of, uint64_t pixels, uint8_t* rgb, Put put) {
-  for (; pixels > 0; --pixels, of.first += of.step, rgb += 3) {
-    Word word;
-    std::memcpy(&word, of.first, sizeof word);
-    put(word & of.mask, rgb);
-  }
+// Puts what is found of each sample to places so many bytes apart. The samples of a single band stand
+// side by side, which the compiler makes use of.
+template <class Word, size_t kToStep, class Of, class Put>
+void ForEachWord(const Of& of, uint64_t pixels, uint8_t* to, Put put) {
+  const auto all = [&](size_t step) {
+    for (uint64_t x = 0; x < pixels; ++x) {
+      Word word;
+      std::memcpy(&word, of.first + x * step, sizeof word);
+      put(word & of.mask, to + x * kToStep);
+    }
+  };
+  of.step == sizeof(Word) ? all(sizeof(Word)) : all(of.step);
 }
 
 }  // namespace
@@ -42,6 +49,7 @@ BandTones::BandTones(const SampleImage& form, const BandTable& table, const Tone
     uint8_t shown[3];
     Find(sample, shown);
     known_.insert(known_.end(), shown, shown + Bytes());
+    if (Bytes() == 3) known_.push_back(0);
   }
   isIdentity_ = Bytes() == 1 && form.bits == 8;
   for (size_t i = 0; i < known_.size(); ++i) isIdentity_ = isIdentity_ && known_[i] == i;
@@ -63,17 +71,27 @@ void BandTones::Show(const uint8_t* samples, size_t step, uint64_t pixels, uint8
 template <class Word>
 void BandTones::ShowWords(const Samples& of, uint64_t pixels, uint8_t* rgb, bool isGrey) const {
   const uint8_t* known = known_.data();
+  const auto one = [known](uint32_t bits, uint8_t* to) { *to = known[bits]; };
   if (Bytes() == 3) {
-    ForEachWord<Word>(of, pixels, rgb, [known](uint32_t bits, uint8_t* pixel) {
-      std::memcpy(pixel, known + size_t{3} * bits, 3);
+    if (pixels == 0) return;
+    // Four bytes at once, of which the next pixel takes the last one.
+    ForEachWord<Word, 3>(of, pixels - 1, rgb, [known](uint32_t bits, uint8_t* pixel) {
+      std::memcpy(pixel, known + size_t{4} * bits, 4);
+    });
+    const Samples last = {of.first + (pixels - 1) * of.step, of.step, of.mask};
+    ForEachWord<Word, 3>(last, 1, rgb + 3 * (pixels - 1), [known](uint32_t bits, uint8_t* pixel) {
+      std::memcpy(pixel, known + size_t{4} * bits, 3);
     });
   } else if (isGrey) {
-    ForEachWord<Word>(of, pixels, rgb, [known](uint32_t bits, uint8_t* pixel) {
-      pixel[0] = pixel[1] = pixel[2] = known[bits];
-    });
+    constexpr uint64_t kPiece = 4096;
+    uint8_t grey[kPiece];
+    for (uint64_t x = 0; x < pixels; x += kPiece) {
+      const uint64_t count = std::min(kPiece, pixels - x);
+      ForEachWord<Word, 1>(Samples{of.first + x * of.step, of.step, of.mask}, count, grey, one);
+      media::TripleBytes(grey, static_cast<uint32_t>(count), rgb + 3 * x);
+    }
   } else {
-    ForEachWord<Word>(of, pixels, rgb,
-                      [known](uint32_t bits, uint8_t* pixel) { pixel[0] = known[bits]; });
+    ForEachWord<Word, 3>(of, pixels, rgb, one);
   }
 }
 

@@ -124,11 +124,38 @@ class Sampling {
     SampleImage image;
     if (SampleFault fault = ReadSamples(survey_, image_, request, image, &cache_); fault.Met())
       return fault;
+    const bool isWord = image.kind == SampleKind::Unsigned && image.sampleBytes == 2;
+    if (isWord && !image.noData && shown_.as != ShownAs::Magnitude) {
+      TakeWords(image);
+      return {};
+    }
     for (uint32_t y = 0; y < image.height; ++y) {
       const uint8_t* at = image.Pixel(0, y);
       for (uint32_t x = 0; x < image.width; ++x, at += image.PixelBytes()) TakePixel(image, at);
     }
     return {};
+  }
+
+  // What TakePixel does of each, for the samples that most deep images have.
+  void TakeWords(const SampleImage& image) {
+    const uint64_t count = uint64_t{image.width} * image.height;
+    for (size_t band = 0; band < values_.size(); ++band) {
+      const uint8_t* first = image.samples.data() + band * image.sampleBytes;
+      const auto at = [&](uint64_t n) {
+        uint16_t word;
+        std::memcpy(&word, first + n * image.PixelBytes(), sizeof word);
+        return word;
+      };
+      uint16_t low = UINT16_MAX, high = 0;
+      for (uint64_t n = 0; n < count; ++n) {
+        low = std::min(low, at(n));
+        high = std::max(high, at(n));
+      }
+      ends_[band] = {std::min<double>(ends_[band].low, low), std::max<double>(ends_[band].high, high)};
+      for (uint64_t n = keepEach_ - 1 - pixels_ % keepEach_; n < count; n += keepEach_)
+        values_[band].push_back(at(n));
+    }
+    pixels_ += count;
   }
 
   void TakePixel(const SampleImage& image, const uint8_t* at) {

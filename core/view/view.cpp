@@ -63,6 +63,8 @@ class FileView::Drawer {
 
   SampleFault Draw(const TakeRow& take) {
     row_.resize(3 * static_cast<size_t>(window_.columns));
+    ground_.resize(row_.size());
+    for (size_t x = 0; x < ground_.size(); x += 3) std::copy_n(background_, 3, &ground_[x]);
     return IsSmaller() && request_.fast ? DrawNearest(take) : DrawAll(take);
   }
 
@@ -239,7 +241,7 @@ class FileView::Drawer {
       if (Hides(items_[first - 1], y)) break;
     }
     if (first == 0) {
-      for (size_t x = 0; x < row_.size(); x += 3) std::copy_n(background_, 3, &row_[x]);
+      row_ = ground_;
     } else {
       --first;
     }
@@ -312,7 +314,7 @@ class FileView::Drawer {
   uint32_t smallWidth_ = 0, smallHeight_ = 0;
   ImageLook look_;
   uint8_t background_[3] = {};
-  std::vector<uint8_t> row_;
+  std::vector<uint8_t> row_, ground_;  // one that is drawn, and one of the background
 };
 
 FileView::FileView(const Survey& survey, const ViewRequest& request)

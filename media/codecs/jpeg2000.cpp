@@ -63,7 +63,9 @@ struct ImageOwner {
 };
 
 StreamPtr OpenSource(SourceStream& source) {
-  StreamPtr stream(opj_stream_default_create(OPJ_TRUE), &opj_stream_destroy);
+  // Tiles that are not wanted are passed over: the library reads a piece at the beginning of each.
+  constexpr OPJ_SIZE_T kPiece = 64 << 10;
+  StreamPtr stream(opj_stream_create(kPiece, OPJ_TRUE), &opj_stream_destroy);
   if (stream == nullptr) return stream;
   opj_stream_set_user_data(stream.get(), &source, nullptr);
   opj_stream_set_user_data_length(stream.get(), source.source.Size());
