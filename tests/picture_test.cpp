@@ -1,6 +1,11 @@
-// Drawings saved as pictures of their own.
+// Drawings saved as pictures of their own, and how pictures are written.
+#include <algorithm>
 #include <array>
+#include <cerrno>
+#include <random>
+#include <stdexcept>
 
+#include "core/pictures/behind.h"
 #include "core/pictures/load.h"
 #include "media/drawing/picture.h"
 #include "tests/support/metafile.h"
@@ -115,6 +120,75 @@ TEST_F(PictureTest, APatternIsMadeOnce) {
   std::string body = pattern + Element(5, 22, I({2})) + Element(5, 25, I({1}));
   for (int i = 0; i < 30000; ++i) body += Element(4, 11, I({0, 0, 1, 1}));
   EXPECT_GT(PaintedPicture(Metafile(body), 64).painted, 0);
+}
+
+// Keeps what it is given, until it has had enough.
+struct Kept {
+  std::vector<uint8_t> bytes;
+  size_t most = SIZE_MAX;
+  bool throws = false;
+  bool isFinished = false;
+};
+class KeepingWriter : public core::PictureWriter {
+ public:
+  KeepingWriter(Kept& kept, size_t stride) : kept_(kept), stride_(stride) {}
+  bool PutRows(const uint8_t* rgb, uint32_t rows) override {
+    if (kept_.bytes.size() + rows * stride_ > kept_.most) {
+      if (kept_.throws) throw std::length_error("enough");
+      errno = ENOSPC;
+      return false;
+    }
+    kept_.bytes.insert(kept_.bytes.end(), rgb, rgb + rows * stride_);
+    return true;
+  }
+  bool Finish() override { return kept_.isFinished = true; }
+
+ private:
+  Kept& kept_;
+  size_t stride_;
+};
+
+// Puts rows until they are refused, and ends. Whether all was taken.
+bool PutAll(Kept& kept, size_t stride, const std::vector<uint8_t>& bytes) {
+  const auto writer = core::WriteBehind(std::make_unique<KeepingWriter>(kept, stride), stride);
+  for (size_t at = 0; at < bytes.size(); at += stride) {
+    if (!writer->PutRow(&bytes[at])) {
+      EXPECT_EQ(errno, ENOSPC);
+      return false;
+    }
+  }
+  return writer->Finish();
+}
+
+TEST_F(PictureTest, RowsThatAreWrittenBehindArriveInTheirOrder) {
+  std::mt19937 random(3);
+  for (const size_t stride : {3u, 1000u, 300000u, 1u << 20}) {
+    for (const size_t rows : {1u, 7u, 40u}) {
+      std::vector<uint8_t> bytes(stride * rows * (stride < 100 ? 20000 : 1));
+      std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<uint8_t>(random()); });
+      Kept kept;
+      EXPECT_TRUE(PutAll(kept, stride, bytes));
+      EXPECT_TRUE(kept.isFinished);
+      EXPECT_TRUE(kept.bytes == bytes) << stride << " x " << rows;
+    }
+  }
+}
+
+TEST_F(PictureTest, WhatIsNotWrittenBehindIsTold) {
+  constexpr size_t kStride = 3000, kRows = 4000;
+  std::vector<uint8_t> bytes(kStride * kRows);
+  for (const size_t most : {size_t{0}, kStride * 1500, kStride * (kRows - 1)}) {
+    Kept full;
+    full.most = most;
+    errno = 0;
+    EXPECT_FALSE(PutAll(full, kStride, bytes)) << most;
+    EXPECT_EQ(errno, ENOSPC);
+    EXPECT_FALSE(full.isFinished);
+    Kept thrown;
+    thrown.most = most;
+    thrown.throws = true;
+    EXPECT_THROW((void)PutAll(thrown, kStride, bytes), std::length_error) << most;
+  }
 }
 
 }  // namespace
