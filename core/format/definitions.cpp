@@ -174,7 +174,7 @@ std::optional<RecordDefinition> ParseDefinition(std::string_view json, std::stri
 
 namespace {
 
-std::shared_ptr<const RecordDefinitions::ByTag> MakeCompiled() {
+RecordDefinitions::ByTag MakeCompiled() {
   // The parser's destructors take memory and cannot fail for want of it: what all of this takes is there,
   // or nothing is begun.
   constexpr size_t kTaken = 8 << 20;
@@ -182,20 +182,21 @@ std::shared_ptr<const RecordDefinitions::ByTag> MakeCompiled() {
     const std::unique_ptr<volatile char[]> taken(new volatile char[kTaken]);
     taken[0] = 0;
   }
-  auto definitions = std::make_shared<RecordDefinitions::ByTag>();
+  RecordDefinitions::ByTag definitions;
   for (const CompiledText& compiled : kRecordTexts) {
     std::string problem;
     if (auto definition = ParseDefinition(compiled.text, problem))
-      definitions->emplace(definition->tag, *definition);
+      definitions.emplace(definition->tag, *definition);
   }
   return definitions;
 }
 
 }  // namespace
 
-RecordDefinitions::RecordDefinitions() {
-  static const std::shared_ptr<const ByTag> compiled = MakeCompiled();
-  definitions_ = compiled;
+const RecordDefinitions::ByTag& RecordDefinitions::All() const {
+  if (definitions_ != nullptr) return *definitions_;
+  static const ByTag compiled = MakeCompiled();
+  return compiled;
 }
 
 std::string RecordDefinitions::AddFolder(const std::string& folder) {
@@ -207,7 +208,7 @@ std::string RecordDefinitions::AddFolder(const std::string& folder) {
   }
   if (error) return folder + ": " + error.message();
   std::sort(paths.begin(), paths.end());
-  auto all = std::make_shared<ByTag>(*definitions_);
+  auto all = std::make_shared<ByTag>(All());
   for (const std::string& path : paths) {
     std::string problem;
     auto definition = ParseDefinition(ReadWhole(path), problem);
@@ -224,8 +225,8 @@ std::string TakeDefinitions(const std::string& folder, std::unique_ptr<RecordDef
 }
 
 const RecordDefinition* RecordDefinitions::Find(std::string_view tag) const {
-  const auto found = definitions_->find(tag);
-  return found != definitions_->end() ? &found->second : nullptr;
+  const auto found = All().find(tag);
+  return found != All().end() ? &found->second : nullptr;
 }
 
 }  // namespace core

@@ -60,17 +60,18 @@ std::optional<RecordDefinition> ParseDefinition(std::string_view json, std::stri
 
 class RecordDefinitions {
  public:
-  /// The definitions that the tool brings along.
-  RecordDefinitions();
+  /// Begins with the definitions that the tool brings along.
+  RecordDefinitions() = default;
   /// Adds the *.json files of a folder; one of a tag that is there replaces it. What is wrong, empty for
   /// nothing.
   std::string AddFolder(const std::string& folder);
   const RecordDefinition* Find(std::string_view tag) const;
   using ByTag = std::map<std::string, RecordDefinition, std::less<>>;
-  const ByTag& All() const { return *definitions_; }
+  const ByTag& All() const;
 
  private:
-  std::shared_ptr<const ByTag> definitions_;  // those that come along are made once and shared
+  // Those that come along and more; null for those that come along, which are made when they are asked for.
+  std::shared_ptr<const ByTag> definitions_;
 };
 
 /// Makes the definitions that the tool brings along and adds those of a folder, "" for none; what is

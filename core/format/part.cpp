@@ -65,8 +65,13 @@ bool PlaceOfText(std::string_view text, int64_t& row, int64_t& column) {
 }
 
 std::optional<SurveyedField> SurveyedPart::Find(const std::string& name) const {
-  const auto found = index_.find(name);
-  if (found != index_.end()) return fields_[found->second];
+  if (index_.empty()) {
+    const auto field = std::find_if(fields_.begin(), fields_.end(),
+                                    [&](const SurveyedField& one) { return one.name == name; });
+    if (field != fields_.end()) return *field;
+  } else if (const auto found = index_.find(name); found != index_.end()) {
+    return fields_[found->second];
+  }
   return bands_.empty() ? std::nullopt : FindOfBand(name);
 }
 

@@ -90,7 +90,7 @@ struct SurveyedPart {
 
   std::shared_ptr<const std::string> bytes_;  // of the header
   std::vector<SurveyedField> fields_;         // but those of bands
-  std::unordered_map<std::string, size_t> index_;
+  std::unordered_map<std::string, size_t> index_;  // of many fields; few are looked through
   std::vector<uint32_t> bands_;  // where each begins in the bytes
   size_t bandsBehind_ = 0;       // the fields in front of them
 };

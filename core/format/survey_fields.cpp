@@ -123,8 +123,12 @@ void FieldTaker::Add(std::string name, uint64_t width, const LayoutRow& row) {
     return;
   }
   const std::string_view text = bytes_.substr(static_cast<size_t>(at_), static_cast<size_t>(width));
-  part_.index_.emplace(name, part_.fields_.size());
-  part_.fields_.push_back({std::move(name), part_.offset + at_, text, row.meaning, row.form});
+  constexpr size_t kFew = 64;
+  std::vector<SurveyedField>& fields = part_.fields_;
+  if (fields.empty()) fields.reserve(kFew);
+  fields.push_back({std::move(name), part_.offset + at_, text, row.meaning, row.form});
+  for (size_t i = fields.size() <= kFew ? fields.size() : part_.index_.size(); i < fields.size(); ++i)
+    part_.index_.emplace(fields[i].name, i);
   at_ += width;
 }
 

@@ -77,12 +77,12 @@ std::string Shown(std::string_view field) {
 }
 
 bool IsOneOf(std::string_view text, std::string_view list) {
-  while (true) {
-    const size_t end = list.find('|');
-    if (list.substr(0, end) == text) return true;
-    if (end == std::string_view::npos) return false;
-    list.remove_prefix(end + 1);
+  if (text.find('|') != std::string_view::npos) return false;
+  for (size_t at = list.find(text); at != std::string_view::npos; at = list.find(text, at + 1)) {
+    const size_t end = at + text.size();
+    if ((at == 0 || list[at - 1] == '|') && (end == list.size() || list[end] == '|')) return true;
   }
+  return false;
 }
 
 std::string Quoted(std::string_view text) {
