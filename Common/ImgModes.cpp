@@ -224,35 +224,52 @@ class BandRows {
     width_ = source_.header.NPPBH.value;
     step_ = scratch.BytesPerPixel();
     if (Status s = pixels_.Allocate(uint64_t{scratch.BytesPerLine()} + 3, ORB_HERE); !Ok(s)) return s;
+    if (IsSideBySide()) {
+      const auto [first, last] = std::minmax_element(std::begin(bands_), std::end(bands_));
+      return AllocateRow(samples_[0], static_cast<uint32_t>(*last - *first));
+    }
     for (KernelBuffer<uint8_t>& samples : samples_) {
-      if (Status s = samples.Allocate(uint64_t{width_} * layout_.pixelStride, ORB_HERE); !Ok(s)) return s;
+      if (Status s = AllocateRow(samples, 0); !Ok(s)) return s;
     }
     return Status::Success;
   }
   void Clear() { std::fill(pixels_.begin(), pixels_.end(), uint8_t{0}); }
   /// Reads a row whose first sample of band 0 lies at `offset` of the data.
   Status Read(int64_t offset) {
-    for (uint8_t colour : layout_.readOrder) {
-      const int64_t at = offset + bands_[colour] * layout_.bandStride;
-      KernelBuffer<uint8_t>& samples = samples_[colour];
-      // Behind the row's last sample of the band may be the end of the file.
-      const auto bytes =
-          static_cast<uint32_t>(samples.size()) - (layout_.repeatsLastRow ? 0 : layout_.pixelStride - 1);
-      if (Status s = source_.ReadAt(at, samples.data(), bytes); !Ok(s)) return s;
-    }
+    if (Status s = IsSideBySide() ? ReadOnce(offset) : ReadEach(offset); !Ok(s)) return s;
     SpreadAll();
     return Status::Success;
   }
   const uint8_t* Pixels() const { return pixels_.data(); }
 
  private:
+  // Whether the samples of a pixel stand side by side: one row has those of all bands.
+  bool IsSideBySide() const { return layout_.pixelStride != 1; }
+  Status AllocateRow(KernelBuffer<uint8_t>& samples, uint32_t more) {
+    return samples.Allocate(uint64_t{width_} * layout_.pixelStride + more, ORB_HERE);
+  }
+  Status ReadOnce(int64_t offset) {
+    const int32_t first = *std::min_element(std::begin(bands_), std::end(bands_));
+    KernelBuffer<uint8_t>& samples = samples_[0];
+    for (int colour = 0; colour < 3; ++colour) rows_[colour] = samples.data() + (bands_[colour] - first);
+    return source_.ReadAt(offset + first, samples.data(), static_cast<uint32_t>(samples.size()));
+  }
+  Status ReadEach(int64_t offset) {
+    for (uint8_t colour : layout_.readOrder) {
+      KernelBuffer<uint8_t>& samples = samples_[colour];
+      rows_[colour] = samples.data();
+      const int64_t at = offset + bands_[colour] * layout_.bandStride;
+      if (Status s = source_.ReadAt(at, samples.data(), static_cast<uint32_t>(samples.size())); !Ok(s))
+        return s;
+    }
+    return Status::Success;
+  }
   void SpreadAll() {
     const auto interleave = layout_.pixelStride == 1   ? &InterleaveRows<1>
                             : layout_.pixelStride == 3 ? &InterleaveRows<3>
                                                        : nullptr;
     if (interleave != nullptr && step_ == 3)
-      return interleave(samples_[0].data(), samples_[1].data(), samples_[2].data(), width_,
-                        pixels_.data());
+      return interleave(rows_[0], rows_[1], rows_[2], width_, pixels_.data());
     for (uint8_t colour : layout_.readOrder) {
       if (colour < step_) Spread(colour);
     }
@@ -260,7 +277,7 @@ class BandRows {
   // The samples of one colour, at pixels of any size and distance.
   void Spread(uint8_t colour) {
     const auto fits = static_cast<uint32_t>((pixels_.size() - colour + step_ - 1) / step_);
-    const uint8_t* in = samples_[colour].data();
+    const uint8_t* in = rows_[colour];
     uint8_t* out = pixels_.data() + colour;
     const uint32_t count = std::min(width_, fits);
     for (uint32_t i = 0; i < count; ++i, in += layout_.pixelStride, out += step_) *out = *in;
@@ -273,6 +290,7 @@ class BandRows {
   uint32_t step_ = 0;
   KernelBuffer<uint8_t> pixels_;
   KernelBuffer<uint8_t> samples_[3];
+  const uint8_t* rows_[3] = {};  // the first sample of each colour
 };
 
 Status ReadBandBlock(KernelBitmap& segment, const ImageSource& source, const ModeLayout& layout,

@@ -77,7 +77,7 @@ expect 2 '--memory-limit takes' "$tool" info --memory-limit 3x first.ntf
 expect 1 'longer than --time-limit' "$tool" --time-limit 1 info - < <(sleep 5)
 # Sanitizers take more memory than any limit gives.
 if [[ $(ldd "$tool") != *asan* ]]; then
-  expect 1 'out of memory' "$tool" --memory-limit 1K info first.ntf
+  expect 1 'out of memory' "$tool" --memory-limit 1K report first.ntf -o limited.html
   expect 0 '' "$tool" render --time-limit 60 --memory-limit 2G first.ntf -o limited.png
 fi
 expect 2 '--size and --scale both say' "$tool" render first.ntf -o x.png --scale 1/2 --size 10
