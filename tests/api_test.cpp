@@ -322,6 +322,7 @@ TEST_F(ApiTest, CoordinatesAndCompressionKeepTheLengthsInStep) {
   EXPECT_EQ(image.SetCompression("ZZ"), Status::InvalidParameter);
   EXPECT_EQ(image.SetCompression("NM"), Status::Success);
   EXPECT_EQ(image.SetCoordinates(" "), Status::Success);
+  EXPECT_EQ(header.images.Current(0).subheader, subheader);
   EXPECT_EQ(header.fileLength, file);
   EXPECT_STREQ(header.FL.text, test::Digits(file, 12).c_str());
   EXPECT_EQ(image.SetCompressionRate("12345"), Status::InvalidParameter);

@@ -67,6 +67,14 @@ TEST_F(CompressedAppendTest, SegmentDatesAreLoweredByOnePiece) {
   EXPECT_EQ(dates("--------------"), std::pair("--------------"s, "--------------"s));
 }
 
+TEST_F(AppendTest, SegmentsOfAFileWithoutADateHaveOneOfTheirOwn) {
+  const test::TempFile text("words", ".txt");
+  const Handle handle;
+  handle->header.FDT.text[0] = 0;
+  EXPECT_EQ(Orb_NITFAppendTextSegment(handle, text.Wide()), 1);
+  EXPECT_STREQ(handle->texts.At(0)->TXTDT.text, "50020530010101");
+}
+
 TEST_F(AppendTest, RefusedAppendsChangeNothing) {
   const Handle handle;
   const Bitmap bitmap(4, 4, 24);

@@ -100,6 +100,24 @@ TEST_F(ExchangeTest, ABlankMagnificationIsOne) {
   EXPECT_EQ(handle->images.At(0)->magnification, 0.5);
 }
 
+TEST_F(ExchangeTest, CountsOfNoneAreSet) {
+  const test::TempFile file(NitfBuilder().Text("a text").Bytes());
+  const test::Handle handle(file);
+  NITFHeader record = {};
+  ASSERT_EQ(Orb_NITFGetNITFHeader(handle, &record), 1);
+  ASSERT_EQ(record.NUMT, 1);
+  for (const int32_t count : {-1, 0}) {
+    record.NUMT = count;
+    ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+    NITFHeader now = {};
+    ASSERT_EQ(Orb_NITFGetNITFHeader(handle, &now), 1);
+    EXPECT_EQ(now.NUMT, count == 0 ? 0 : 1);
+    Orb_NITFFreeNITFHeader(&now);
+  }
+  record.NUMT = 1;
+  Orb_NITFFreeNITFHeader(&record);
+}
+
 TEST_F(ExchangeTest, LengthsThatARecordCannotHoldStayWhenTheyAreGivenBack) {
   NitfBuilder builder;
   builder.Image(ImageForm{}, std::string(64, 'x')).Patch("LI0", "3000000000");

@@ -82,6 +82,11 @@ TEST_F(GeometryTest, LoopingAttachmentsStop) {
   EXPECT_EQ(SizeOf(Compose({{1, 2, "0000100001", 10, 10}, {2, 1, "0000200002", 10, 10}})),
             (Size{1, 13, 13}));
   EXPECT_EQ(SizeOf(Compose({{3, 3, "0000500005", 10, 10}})), (Size{1, 15, 15}));
+  // 1 leads into a loop that it is not in.
+  EXPECT_EQ(
+      SizeOf(Compose(
+          {{1, 2, "0000100001", 10, 10}, {2, 3, "0000200002", 10, 10}, {3, 2, "0000400004", 10, 10}})),
+      (Size{1, 17, 17}));
 }
 
 TEST_F(GeometryTest, AbsurdSizesAreRefused) {

@@ -89,6 +89,16 @@ TEST_F(SaveTest, FixedWritingsReplaceWhatAFileHeld) {
   EXPECT_EQ(Saved(Handle(original)), expected.Bytes());
 }
 
+TEST_F(SaveTest, AClassificationThatIsEmptyIsPadded) {
+  const test::TempFile file(NitfBuilder().Graphic(test::GraphicRecord(), "x").Bytes());
+  const Handle handle(file);
+  handle->graphics.At(0)->security.CLAS.text[0] = 0;
+  const std::string saved = Saved(handle);
+  const size_t begin = saved.rfind("SY");
+  ASSERT_NE(begin, std::string::npos);
+  EXPECT_EQ(saved.substr(begin + 32, 1), "0") << "behind SY, SID and SNAME";
+}
+
 TEST_F(SaveTest, AMaskedVectorQuantisedImageIsRewrittenWithItsLengths) {
   // A header and one table of 16 codes, then the codes of block 0; bytes that belong to nothing follow.
   std::string vq = test::Big(4, 4) + test::Big(4, 4) + test::Big(8, 1) + test::Big(1, 2) +

@@ -225,6 +225,41 @@ TEST_F(UncompressedTest, DeepSamplesAreShownThroughTheirHighBits) {
       test::Big(1255, 4) + test::Big(1000, 4) + test::Big(1128, 4) + test::Big(1000, 4);
   EXPECT_EQ(first(32, 31, longs), 255);
   EXPECT_EQ(first(32, 31, test::Big(0x7FFFFFFF, 4) + std::string(28, 0), 2), 255);
+  // Blocks lie as far apart as their samples take.
+  for (const int bits : {32, 64}) {
+    ImageForm form{.width = 4, .height = 1, .blocksAcross = 2, .bits = bits};
+    const auto row = static_cast<size_t>(bits / 2);
+    const std::string second(row, '\x7F');
+    const auto picture =
+        test::RenderBytes(NitfBuilder().Image(form, std::string(row, '\0') + second).Bytes());
+    ASSERT_EQ(picture.status, 1);
+    EXPECT_EQ(picture.At(3, 0), test::Grey(0)) << bits;
+    EXPECT_NE(picture.At(4, 0), test::Grey(0)) << bits;
+  }
+}
+
+TEST_F(UncompressedTest, BlocksOfMoreRowsThanAreReadAtOnceAreWhole) {
+  // Strips of 256 KiB: the last one of a block has fewer rows.
+  for (const int bands : {1, 3}) {
+    ImageForm form{.width = 1024, .height = 300, .blocksDown = 2, .bands = bands};
+    if (bands == 3) form.representation = "RGB";
+    std::string data;
+    for (int block = 0; block < 2; ++block) {
+      for (int band = 0; band < bands; ++band) {
+        for (int y = 0; y < 300; ++y)
+          data += std::string(1024, static_cast<char>(Sample(0, 300 * block + y, band)));
+      }
+    }
+    const auto picture = test::RenderBytes(NitfBuilder().Image(form, data).Bytes());
+    ASSERT_EQ(picture.status, 1);
+    for (int y = 0; y < 600; ++y) {
+      const auto sample = [&](int band) {
+        return static_cast<uint8_t>(Sample(0, y, bands == 1 ? 0 : band));
+      };
+      const Rgb expected = {sample(0), sample(1), sample(2)};
+      ASSERT_EQ(picture.At(1023, static_cast<uint32_t>(y)), expected) << bands << ": " << y;
+    }
+  }
 }
 
 // How many of the allocations of drawing an image can fail without its failing.
