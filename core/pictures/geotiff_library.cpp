@@ -1,6 +1,6 @@
 #include "core/pictures/geotiff_library.h"
 
-#include "core/format/library.h"
+#include "media/library.h"
 
 namespace core {
 
@@ -15,13 +15,13 @@ void Drop(GTIF*, int, const char*, ...) {}
 const GeotiffLibrary* GeotiffLibrary::Get() {
   static GeotiffLibrary functions{};
   static const bool isThere = [] {
-    void* library = LoadLibrary(GEOTIFF_SONAME);
-    return Resolve(library, "GTIFNewEx", functions.create) &&
-           Resolve(library, "GTIFFree", functions.free) &&
-           Resolve(library, "GTIFKeySet", functions.set) &&
-           Resolve(library, "GTIFKeyGetSHORT", functions.get) &&
-           Resolve(library, "GTIFWriteKeys", functions.write) &&
-           Resolve(library, "XTIFFInitialize", functions.initialize);
+    void* library = media::LoadLibrary(GEOTIFF_SONAME);
+    return media::Resolve(library, "GTIFNewEx", functions.create) &&
+           media::Resolve(library, "GTIFFree", functions.free) &&
+           media::Resolve(library, "GTIFKeySet", functions.set) &&
+           media::Resolve(library, "GTIFKeyGetSHORT", functions.get) &&
+           media::Resolve(library, "GTIFWriteKeys", functions.write) &&
+           media::Resolve(library, "XTIFFInitialize", functions.initialize);
   }();
   return isThere ? &functions : nullptr;
 }

@@ -88,8 +88,7 @@ SampleFault GraphicPainter::Open() {
 
 SampleFault GraphicPainter::Find(int64_t x, int64_t y, const Piece*& piece) {
   const media::PixelArea area = media::PieceOf(*reached_, x, y);
-  const auto [found, isNew] = painted_.try_emplace({area.left, area.top}, area,
-                                                   media::SurfacePtr(nullptr, &cairo_surface_destroy));
+  const auto [found, isNew] = painted_.try_emplace({area.left, area.top}, area, media::SurfacePtr());
   if (isNew) {
     if (pieces_ == nullptr) {
       if (SampleFault fault = Open(); fault.Met()) return fault;
@@ -127,8 +126,8 @@ SampleFault GraphicPainter::PaintRow(int64_t y, int64_t column, int64_t columns,
     if (SampleFault fault = Find(x, y, piece); fault.Met()) return fault;
     const int64_t stop = std::min(end, piece->first.right);
     if (cairo_surface_t* surface = piece->second.get(); surface != nullptr) {
-      const uint8_t* row = cairo_image_surface_get_data(surface) +
-                           (y - piece->first.top) * cairo_image_surface_get_stride(surface) +
+      const uint8_t* row = media::Cairo().image_surface_get_data(surface) +
+                           (y - piece->first.top) * media::Cairo().image_surface_get_stride(surface) +
                            4 * (x - piece->first.left);
       uint8_t* to = rgb + 3 * (x - column);
       for (int64_t at = x; at < stop; ++at, row += 4, to += 3) {

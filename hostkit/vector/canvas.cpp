@@ -16,10 +16,10 @@ using media::SurfacePtr;
 
 // Lays a painted surface over the canvas: untouched pixels stay as they are.
 void Blend(const SurfacePtr& surface, KernelBitmap& canvas, uint32_t left, uint32_t top) {
-  const auto width = static_cast<uint32_t>(cairo_image_surface_get_width(surface.get()));
-  const auto height = static_cast<uint32_t>(cairo_image_surface_get_height(surface.get()));
-  const auto stride = static_cast<size_t>(cairo_image_surface_get_stride(surface.get()));
-  const uint8_t* bytes = cairo_image_surface_get_data(surface.get());
+  const auto width = static_cast<uint32_t>(media::Cairo().image_surface_get_width(surface.get()));
+  const auto height = static_cast<uint32_t>(media::Cairo().image_surface_get_height(surface.get()));
+  const auto stride = static_cast<size_t>(media::Cairo().image_surface_get_stride(surface.get()));
+  const uint8_t* bytes = media::Cairo().image_surface_get_data(surface.get());
   NearestColour nearest(canvas);
   for (uint32_t y = 0; y < height; ++y) {
     uint8_t* row = PictureRow(canvas, top + y);
@@ -45,7 +45,7 @@ int32_t PaintOnto(KernelBitmap& canvas, const Drawing& drawing, const RECT& plac
   const media::PixelArea& reached = pieces.Reached();
   for (int64_t y = reached.top; y < reached.bottom; y = pieces.PieceAt(reached.left, y).bottom) {
     for (int64_t x = reached.left; x < reached.right; x = pieces.PieceAt(x, y).right) {
-      SurfacePtr surface(nullptr, &cairo_surface_destroy);
+      SurfacePtr surface;
       const media::Outcome outcome = pieces.Paint(pieces.PieceAt(x, y), surface);
       if (outcome != media::Outcome::Ok) return StatusOf(outcome);
       if (surface != nullptr) Blend(surface, canvas, static_cast<uint32_t>(x), static_cast<uint32_t>(y));

@@ -1,7 +1,7 @@
 // Painting drawings with Cairo.
 #pragma once
 
-#include <cairo.h>
+#include "media/drawing/cairo_library.h"
 
 #include <map>
 #include <memory>

@@ -11,10 +11,10 @@ namespace media {
 class CellSurface {
  public:
   CellSurface(const std::vector<Colour>& cells, int32_t columns, int32_t rows)
-      : surface_(cairo_image_surface_create(CAIRO_FORMAT_RGB24, columns, rows)) {
-    if (cairo_surface_status(surface_) != CAIRO_STATUS_SUCCESS) return;
-    uint8_t* bytes = cairo_image_surface_get_data(surface_);
-    const auto stride = static_cast<size_t>(cairo_image_surface_get_stride(surface_));
+      : surface_(Cairo().image_surface_create(CAIRO_FORMAT_RGB24, columns, rows)) {
+    if (Cairo().surface_status(surface_) != CAIRO_STATUS_SUCCESS) return;
+    uint8_t* bytes = Cairo().image_surface_get_data(surface_);
+    const auto stride = static_cast<size_t>(Cairo().image_surface_get_stride(surface_));
     for (int32_t row = 0; row < rows; ++row) {
       for (int32_t column = 0; column < columns; ++column) {
         const Colour c =
@@ -24,26 +24,26 @@ class CellSurface {
                     4);
       }
     }
-    cairo_surface_mark_dirty(surface_);
+    Cairo().surface_mark_dirty(surface_);
   }
-  ~CellSurface() { cairo_surface_destroy(surface_); }
+  ~CellSurface() { Cairo().surface_destroy(surface_); }
   CellSurface(const CellSurface&) = delete;
   CellSurface& operator=(const CellSurface&) = delete;
 
   /// Paints or fills with the cells; a cell's sides are the device vectors `right` and `down`.
   void Use(cairo_t* cairo, Point corner, Point right, Point down, cairo_extend_t extend) {
     cairo_matrix_t matrix;
-    cairo_matrix_init(&matrix, right.x, right.y, down.x, down.y, corner.x, corner.y);
-    if (cairo_matrix_invert(&matrix) != CAIRO_STATUS_SUCCESS) {
-      cairo_new_path(cairo);
+    Cairo().matrix_init(&matrix, right.x, right.y, down.x, down.y, corner.x, corner.y);
+    if (Cairo().matrix_invert(&matrix) != CAIRO_STATUS_SUCCESS) {
+      Cairo().new_path(cairo);
       return;
     }
-    cairo_set_source_surface(cairo, surface_, 0, 0);
-    cairo_pattern_t* pattern = cairo_get_source(cairo);
-    cairo_pattern_set_matrix(pattern, &matrix);
-    cairo_pattern_set_filter(pattern, CAIRO_FILTER_NEAREST);
-    cairo_pattern_set_extend(pattern, extend);
-    cairo_fill(cairo);
+    Cairo().set_source_surface(cairo, surface_, 0, 0);
+    cairo_pattern_t* pattern = Cairo().get_source(cairo);
+    Cairo().pattern_set_matrix(pattern, &matrix);
+    Cairo().pattern_set_filter(pattern, CAIRO_FILTER_NEAREST);
+    Cairo().pattern_set_extend(pattern, extend);
+    Cairo().fill(cairo);
   }
 
  private:
@@ -73,16 +73,16 @@ void FillHatch(const Brush& brush, const Attributes& attributes) {
     const uint32_t gap = attributes.transparent ? 0 : pixel(attributes.auxiliary);
     square[i] = isLine(i % kGap, i / kGap) ? pixel(attributes.fill.colour) : gap;
   }
-  cairo_surface_t* surface = cairo_image_surface_create_for_data(
+  cairo_surface_t* surface = Cairo().image_surface_create_for_data(
       reinterpret_cast<unsigned char*>(square), CAIRO_FORMAT_ARGB32, kGap, kGap, 4 * kGap);
   // Squares lie alike on all surfaces that a drawing is painted on.
-  cairo_set_source_surface(cairo, surface, -std::fmod(brush.left, kGap), -std::fmod(brush.top, kGap));
-  cairo_pattern_set_extend(cairo_get_source(cairo), CAIRO_EXTEND_REPEAT);
-  cairo_pattern_set_filter(cairo_get_source(cairo), CAIRO_FILTER_NEAREST);
-  cairo_fill(cairo);
-  cairo_set_source_rgb(cairo, 0, 0, 0);  // lets go of the square
-  cairo_surface_finish(surface);
-  cairo_surface_destroy(surface);
+  Cairo().set_source_surface(cairo, surface, -std::fmod(brush.left, kGap), -std::fmod(brush.top, kGap));
+  Cairo().pattern_set_extend(Cairo().get_source(cairo), CAIRO_EXTEND_REPEAT);
+  Cairo().pattern_set_filter(Cairo().get_source(cairo), CAIRO_FILTER_NEAREST);
+  Cairo().fill(cairo);
+  Cairo().set_source_rgb(cairo, 0, 0, 0);  // lets go of the square
+  Cairo().surface_finish(surface);
+  Cairo().surface_destroy(surface);
 }
 
 void FillPattern(const Brush& brush, const FillLook& fill) {
@@ -92,7 +92,7 @@ void FillPattern(const Brush& brush, const FillLook& fill) {
   const auto found = drawing.patterns.find(fill.pattern);
   if (found == drawing.patterns.end() || found->second.columns > 32767 || found->second.rows > 32767) {
     SetColour(cairo, fill.colour);
-    cairo_fill(cairo);
+    Cairo().fill(cairo);
     return;
   }
   const Pattern& pattern = found->second;
@@ -100,7 +100,7 @@ void FillPattern(const Brush& brush, const FillLook& fill) {
   if (surface == nullptr) {
     const auto cells = static_cast<double>(pattern.cells.size());
     if (!brush.limit.Take(kCellCost * cells) || !brush.limit.Keep(kCellMemory * cells))
-      return cairo_new_path(cairo);
+      return Cairo().new_path(cairo);
     surface = std::make_unique<CellSurface>(pattern.cells, pattern.columns, pattern.rows);
   }
   Point right{1, 0}, down{0, 1};
@@ -121,7 +121,7 @@ void FillPath(const Brush& brush, const Object& object, const PathExtent& path) 
   if (!brush.limit.Take(ChooseSmoothness(brush, path.edgeRows, path.segments) +
                         kEdgeCost * path.segments +
                         (plain ? kPixelCost : kSampledPixelCost) * path.extent.Area(brush))) {
-    return cairo_new_path(cairo);
+    return Cairo().new_path(cairo);
   }
   switch (attributes.fill.interior) {
     case Interior::Hatch:
@@ -130,7 +130,7 @@ void FillPath(const Brush& brush, const Object& object, const PathExtent& path) 
       return FillPattern(brush, attributes.fill);
     default:
       SetColour(cairo, attributes.fill.colour);
-      return cairo_fill(cairo);
+      return Cairo().fill(cairo);
   }
 }
 
@@ -150,11 +150,11 @@ void PaintCells(const Brush& brush, const Object& object) {
       !brush.limit.Keep(kCellMemory * cells)) {
     return;
   }
-  cairo_move_to(cairo, p.x, p.y);
-  cairo_line_to(cairo, r.x, r.y);
-  cairo_line_to(cairo, q.x, q.y);
-  cairo_line_to(cairo, p.x + q.x - r.x, p.y + q.y - r.y);
-  cairo_close_path(cairo);
+  Cairo().move_to(cairo, p.x, p.y);
+  Cairo().line_to(cairo, r.x, r.y);
+  Cairo().line_to(cairo, q.x, q.y);
+  Cairo().line_to(cairo, p.x + q.x - r.x, p.y + q.y - r.y);
+  Cairo().close_path(cairo);
   CellSurface(object.cells, object.columns, object.rows).Use(cairo, p, right, down, CAIRO_EXTEND_PAD);
 }
 

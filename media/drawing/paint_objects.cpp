@@ -20,17 +20,17 @@ PathExtent AddPaths(const Brush& brush, const std::vector<Path>& paths) {
     for (size_t i = 0; i < path.points.size(); ++i) {
       const Point p = brush.map.ToDevice(path.points[i]);
       if (i == 0) {
-        cairo_move_to(brush.cairo, p.x, p.y);
+        Cairo().move_to(brush.cairo, p.x, p.y);
         first = p;
         extent.extent.Add(p);
       } else {
-        cairo_line_to(brush.cairo, p.x, p.y);
+        Cairo().line_to(brush.cairo, p.x, p.y);
         extent.AddEdge(brush, previous, p);
       }
       previous = p;
     }
     if (!path.closed || path.points.empty()) continue;
-    cairo_close_path(brush.cairo);
+    Cairo().close_path(brush.cairo);
     extent.AddEdge(brush, previous, first);
   }
   return extent;
@@ -57,7 +57,7 @@ void PaintOutline(const Brush& brush, const Object& object) {
   if (!IsFilled(object.kind)) return StrokePath(brush, attributes.line, attributes, paths, path);
   const Interior interior = attributes.fill.interior;
   if (interior == Interior::Empty || (interior == Interior::Hollow && attributes.edgeVisible)) {
-    cairo_new_path(brush.cairo);
+    Cairo().new_path(brush.cairo);
   } else if (interior == Interior::Hollow) {
     StrokePath(brush, {1, 1, true, attributes.fill.colour}, attributes, paths, path);
   } else {
@@ -73,13 +73,13 @@ void PaintOutline(const Brush& brush, const Object& object) {
 
 void AddMarker(cairo_t* cairo, int32_t type, Point p, double half) {
   const auto line = [&](double dx, double dy) {
-    cairo_move_to(cairo, p.x - dx * half, p.y - dy * half);
-    cairo_line_to(cairo, p.x + dx * half, p.y + dy * half);
+    Cairo().move_to(cairo, p.x - dx * half, p.y - dy * half);
+    Cairo().line_to(cairo, p.x + dx * half, p.y + dy * half);
   };
   constexpr double kDiagonal = 0.70710678118654752;
   if (type == 1 || type == 4) {
-    cairo_new_sub_path(cairo);
-    cairo_arc(cairo, p.x, p.y, type == 1 ? std::max(0.5, half / 8) : half, 0, 6.283185307179586);
+    Cairo().new_sub_path(cairo);
+    Cairo().arc(cairo, p.x, p.y, type == 1 ? std::max(0.5, half / 8) : half, 0, 6.283185307179586);
     return;
   }
   if (type == 2 || type == 3) {
@@ -109,8 +109,8 @@ void PaintMarkers(const Brush& brush, const Object& object) {
   const double half = HalfMarker(look, brush.map);
   cairo_t* cairo = brush.cairo;
   SetColour(cairo, look.colour);
-  cairo_set_dash(cairo, nullptr, 0, 0);
-  cairo_set_line_width(cairo, 1);
+  Cairo().set_dash(cairo, nullptr, 0, 0);
+  Cairo().set_line_width(cairo, 1);
   size_t held = 0;
   for (size_t i = 0; i < object.points.size(); ++i) {
     const Point p = brush.map.ToDevice(object.points[i]);
@@ -123,10 +123,10 @@ void PaintMarkers(const Brush& brush, const Object& object) {
       ++held;
     }
     if (held < kAtOnce && i + 1 < object.points.size()) continue;
-    look.type == 1 ? cairo_fill(cairo) : cairo_stroke(cairo);
+    look.type == 1 ? Cairo().fill(cairo) : Cairo().stroke(cairo);
     held = 0;
   }
-  cairo_new_path(cairo);
+  Cairo().new_path(cairo);
 }
 
 void PaintObject(const Brush& brush, const Object& object) {
@@ -145,25 +145,25 @@ void PaintObject(const Brush& brush, const Object& object) {
 
 void ClipTo(cairo_t* cairo, const Box& box, const DeviceMap& map) {
   const Point a = map.ToDevice(box.first), b = map.ToDevice(box.second);
-  cairo_rectangle(cairo, std::min(a.x, b.x), std::min(a.y, b.y), std::abs(b.x - a.x),
-                  std::abs(b.y - a.y));
-  cairo_clip(cairo);
+  Cairo().rectangle(cairo, std::min(a.x, b.x), std::min(a.y, b.y), std::abs(b.x - a.x),
+                    std::abs(b.y - a.y));
+  Cairo().clip(cairo);
 }
 
 }  // namespace
 
 bool PaintObjects(const Brush& brush, std::span<const Object* const> objects) {
-  cairo_set_fill_rule(brush.cairo, CAIRO_FILL_RULE_EVEN_ODD);
+  Cairo().set_fill_rule(brush.cairo, CAIRO_FILL_RULE_EVEN_ODD);
   for (const Object* object : objects) {
     const auto points = static_cast<double>(object->points.size());
     if (!brush.limit.Take(kObjectCost + kPointCost * points)) break;
     if (!brush.limit.Keep(kObjectMemory + kPointMemory * points)) break;
-    cairo_save(brush.cairo);
+    Cairo().save(brush.cairo);
     if (brush.drawing.Clips(*object->attributes))
       ClipTo(brush.cairo, object->attributes->clipBox, brush.map);
-    cairo_new_path(brush.cairo);
+    Cairo().new_path(brush.cairo);
     PaintObject(brush, *object);
-    cairo_restore(brush.cairo);
+    Cairo().restore(brush.cairo);
   }
   return !brush.limit.IsExceeded();
 }

@@ -58,14 +58,14 @@ double ChooseSmoothness(const Brush& brush, double edgeRows, double edges) {
   const double beside = edgeRows / std::max(1.0, brush.height);
   const double crossings =
       beside * beside * brush.height / (2 * std::max(1.0, edgeRows / std::max(1.0, edges)));
-  cairo_set_antialias(brush.cairo, few    ? CAIRO_ANTIALIAS_DEFAULT
-                                   : many ? CAIRO_ANTIALIAS_NONE
-                                          : CAIRO_ANTIALIAS_FAST);
+  Cairo().set_antialias(brush.cairo, few    ? CAIRO_ANTIALIAS_DEFAULT
+                                     : many ? CAIRO_ANTIALIAS_NONE
+                                            : CAIRO_ANTIALIAS_FAST);
   return edgeRows * (few ? kFineCost : many ? kPlainCost : kFastCost) + kCrossingCost * crossings;
 }
 
 void SetColour(cairo_t* cairo, Colour colour) {
-  cairo_set_source_rgb(cairo, colour.red / 255.0, colour.green / 255.0, colour.blue / 255.0);
+  Cairo().set_source_rgb(cairo, colour.red / 255.0, colour.green / 255.0, colour.blue / 255.0);
 }
 
 }  // namespace media

@@ -13,7 +13,7 @@ void SetDashes(cairo_t* cairo, int32_t type, double width) {
   double dashes[6];
   const auto set = [&](const auto& pattern) {
     std::transform(std::begin(pattern), std::end(pattern), dashes, [&](double d) { return d * width; });
-    cairo_set_dash(cairo, dashes, static_cast<int>(std::size(pattern)), 0);
+    Cairo().set_dash(cairo, dashes, static_cast<int>(std::size(pattern)), 0);
   };
   switch (static_cast<LineType>(type)) {
     case LineType::Dash:
@@ -25,7 +25,7 @@ void SetDashes(cairo_t* cairo, int32_t type, double width) {
     case LineType::DashDotDot:
       return set(kDashDotDot);
     default:
-      cairo_set_dash(cairo, nullptr, 0, 0);
+      Cairo().set_dash(cairo, nullptr, 0, 0);
   }
 }
 
@@ -44,9 +44,9 @@ void FillDots(const Brush& brush, double width, const std::vector<Path>& paths) 
   for (const Path& path : paths) {
     if (path.points.empty() || LengthOf(path, brush.map) != 0) continue;
     const Point p = brush.map.ToDevice(path.points[0]);
-    cairo_rectangle(brush.cairo, p.x - width / 2, p.y - width / 2, width, width);
+    Cairo().rectangle(brush.cairo, p.x - width / 2, p.y - width / 2, width, width);
   }
-  cairo_fill(brush.cairo);
+  Cairo().fill(brush.cairo);
 }
 
 }  // namespace
@@ -71,17 +71,17 @@ void StrokePath(const Brush& brush, const LineLook& look, const Attributes& attr
   const double ink = std::min(path.extent.Area(brush, width), length * width);
   if (!brush.limit.Take(ChooseSmoothness(brush, sides, path.segments) + kSegmentCost * path.segments +
                         kPixelCost * ink + (dashed ? kDashCost * length / width : 0))) {
-    return cairo_new_path(cairo);
+    return Cairo().new_path(cairo);
   }
-  cairo_set_line_width(cairo, width);
+  Cairo().set_line_width(cairo, width);
   if (dashed && !attributes.transparent) {
     SetDashes(cairo, 1, width);
     SetColour(cairo, attributes.auxiliary);
-    cairo_stroke_preserve(cairo);
+    Cairo().stroke_preserve(cairo);
   }
   SetDashes(cairo, dashed ? look.type : 1, width);
   SetColour(cairo, look.colour);
-  cairo_stroke(cairo);
+  Cairo().stroke(cairo);
   FillDots(brush, width, paths);
 }
 

@@ -15,12 +15,12 @@ void FillTextBox(const Brush& brush, const Object& object) {
   TextCorners(brush.drawing, object, TextBox::Full, corners);
   for (const Point& corner : corners) {
     const Point p = brush.map.ToDevice(corner);
-    cairo_line_to(cairo, p.x, p.y);
+    Cairo().line_to(cairo, p.x, p.y);
     extent.Add(p);
   }
-  if (!brush.limit.Take(extent.Area(brush))) return cairo_new_path(cairo);
+  if (!brush.limit.Take(extent.Area(brush))) return Cairo().new_path(cairo);
   SetColour(cairo, object.attributes->auxiliary);
-  cairo_fill(cairo);
+  Cairo().fill(cairo);
 }
 
 // Draws the characters of a text whose letters' sides are the device vectors `x` and `y`.
@@ -39,12 +39,12 @@ void PaintCharacters(const Brush& brush, const Object& object, const LaidOutText
     const double seen = extent.Area(brush);
     if (seen == 0) continue;
     if (!brush.limit.Take(kGlyphCost + kRowCost * std::min(tall, brush.height) + seen)) return;
-    cairo_move_to(brush.cairo, device.x, device.y);
+    Cairo().move_to(brush.cairo, device.x, device.y);
     if (asOutline) {
-      cairo_text_path(brush.cairo, character.c_str());
-      cairo_fill(brush.cairo);
+      Cairo().text_path(brush.cairo, character.c_str());
+      Cairo().fill(brush.cairo);
     } else {
-      cairo_show_text(brush.cairo, character.c_str());
+      Cairo().show_text(brush.cairo, character.c_str());
     }
   }
 }
@@ -66,8 +66,8 @@ void PaintText(const Brush& brush, const Object& object) {
   if (!attributes.transparent) FillTextBox(brush, object);
   SelectFont(cairo, FontOf(brush.drawing, attributes.text));
   cairo_matrix_t matrix;
-  cairo_matrix_init(&matrix, x.x, x.y, -y.x, -y.y, 0, 0);
-  cairo_set_font_matrix(cairo, &matrix);
+  Cairo().matrix_init(&matrix, x.x, x.y, -y.x, -y.y, 0, 0);
+  Cairo().set_font_matrix(cairo, &matrix);
   SetColour(cairo, attributes.text.colour);
   constexpr double kTextCost = 60'000;
   if (brush.limit.Take(kTextCost)) PaintCharacters(brush, object, text, x, y);

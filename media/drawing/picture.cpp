@@ -1,5 +1,4 @@
 // A drawing as a picture of its own: rows of pixels, or a file of lines and letters.
-#include <cairo-svg.h>
 
 #include <algorithm>
 #include <cmath>
@@ -95,8 +94,8 @@ class Strips {
 
   const uint32_t* RowOf(int y) const {
     if (surface_ == nullptr) return nullptr;
-    const uint8_t* bytes = cairo_image_surface_get_data(surface_.get());
-    const auto stride = static_cast<size_t>(cairo_image_surface_get_stride(surface_.get()));
+    const uint8_t* bytes = Cairo().image_surface_get_data(surface_.get());
+    const auto stride = static_cast<size_t>(Cairo().image_surface_get_stride(surface_.get()));
     return reinterpret_cast<const uint32_t*>(bytes + static_cast<size_t>(y - top_) * stride);
   }
   // The strip that is there already is not painted again.
@@ -125,7 +124,7 @@ class Strips {
   Painting painting_;
   int rows_ = 0, top_ = 0;
   bool painted_ = false;
-  SurfacePtr surface_{nullptr, &cairo_surface_destroy};
+  SurfacePtr surface_;
 };
 
 // The rectangle of all pixels that are painted.
@@ -198,7 +197,7 @@ Outcome SaveSvg(const Drawing& drawing, const char* path, int32_t longerSide) {
   const int width = ink.Width() + 2 * kMargin, height = ink.Height() + 2 * kMargin;
   if (!AllowsPixels(static_cast<uint64_t>(width) * static_cast<uint64_t>(height)))
     return Outcome::NoMemory;
-  const SurfacePtr surface(cairo_svg_surface_create(path, width, height), &cairo_surface_destroy);
+  const SurfacePtr surface(Cairo().svg_surface_create(path, width, height));
   Painting painting(drawing,
                     PaintLimit(static_cast<double>(width) * height, static_cast<double>(drawing.bytes)));
   painting.limit.BoundMemory(kMostKept);
@@ -209,8 +208,8 @@ Outcome SaveSvg(const Drawing& drawing, const char* path, int32_t longerSide) {
       surface.get(), map, {left, top, static_cast<double>(width), static_cast<double>(height)}, objects,
       painting);
   if (status != Outcome::Ok) return status;
-  cairo_surface_finish(surface.get());
-  const cairo_status_t finished = cairo_surface_status(surface.get());
+  Cairo().surface_finish(surface.get());
+  const cairo_status_t finished = Cairo().surface_status(surface.get());
   if (finished == CAIRO_STATUS_NO_MEMORY) return Outcome::NoMemory;
   return finished == CAIRO_STATUS_SUCCESS ? Outcome::Ok : Outcome::NotTaken;
 }

@@ -12,21 +12,22 @@ Outcome StatusOf(cairo_status_t status) {
 }  // namespace
 
 SurfacePtr MakeSurface(int width, int height) {
-  return {cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height), &cairo_surface_destroy};
+  return SurfacePtr(Cairo().image_surface_create(CAIRO_FORMAT_ARGB32, width, height));
 }
 
 Outcome PaintOnSurface(cairo_surface_t* surface, const DeviceMap& whole, const DeviceArea& area,
                        std::span<const Object* const> objects, Painting& painting) {
-  if (const Outcome made = StatusOf(cairo_surface_status(surface)); made != Outcome::Ok) return made;
-  const ContextPtr cairo(cairo_create(surface), &cairo_destroy);
+  if (const Outcome made = StatusOf(Cairo().surface_status(surface)); made != Outcome::Ok) return made;
+  const ContextPtr cairo(Cairo().create(surface));
   const Brush brush = {cairo.get(), painting.drawing, whole.Shifted(area.left, area.top),
                        area.left,   area.top,         area.width,
                        area.height, painting.limit,   painting};
   const bool complete = PaintObjects(brush, objects);
-  if (const Outcome painted = StatusOf(cairo_status(cairo.get())); painted != Outcome::Ok) return painted;
+  if (const Outcome painted = StatusOf(Cairo().status(cairo.get())); painted != Outcome::Ok)
+    return painted;
   if (!complete) return Outcome::OverBudget;
-  cairo_surface_flush(surface);
-  return StatusOf(cairo_surface_status(surface));
+  Cairo().surface_flush(surface);
+  return StatusOf(Cairo().surface_status(surface));
 }
 
 }  // namespace media

@@ -4,13 +4,20 @@
 #include <memory>
 #include <span>
 
+#include "media/drawing/cairo_library.h"
 #include "media/drawing/paint.h"
 #include "media/outcome.h"
 
 namespace media {
 
-using SurfacePtr = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
-using ContextPtr = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
+struct DestroySurface {
+  void operator()(cairo_surface_t* surface) const { Cairo().surface_destroy(surface); }
+};
+struct DestroyContext {
+  void operator()(cairo_t* context) const { Cairo().destroy(context); }
+};
+using SurfacePtr = std::unique_ptr<cairo_surface_t, DestroySurface>;
+using ContextPtr = std::unique_ptr<cairo_t, DestroyContext>;
 
 /// An empty surface of premultiplied colours with alpha; one that cannot be used when memory is out.
 SurfacePtr MakeSurface(int width, int height);

@@ -25,9 +25,9 @@ std::string Utf8(const std::string& latin1) {
 
 void SelectFont(cairo_t* cairo, const FontName& name) {
   const std::string family = name.family.empty() ? "sans-serif" : Utf8(name.family);
-  cairo_select_font_face(cairo, family.c_str(),
-                         name.slanted ? CAIRO_FONT_SLANT_ITALIC : CAIRO_FONT_SLANT_NORMAL,
-                         name.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+  Cairo().select_font_face(cairo, family.c_str(),
+                           name.slanted ? CAIRO_FONT_SLANT_ITALIC : CAIRO_FONT_SLANT_NORMAL,
+                           name.bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
 }
 
 namespace {
@@ -37,11 +37,11 @@ constexpr double kMeasureSize = 1000;
 class Scratch {
  public:
   Scratch()
-      : surface_(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr)),
-        cairo_(cairo_create(surface_)) {}
+      : surface_(Cairo().recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr)),
+        cairo_(Cairo().create(surface_)) {}
   ~Scratch() {
-    cairo_destroy(cairo_);
-    cairo_surface_destroy(surface_);
+    Cairo().destroy(cairo_);
+    Cairo().surface_destroy(surface_);
   }
   Scratch(const Scratch&) = delete;
   Scratch& operator=(const Scratch&) = delete;
@@ -62,9 +62,9 @@ struct KnownFont {
     Scratch scratch;
     Select(scratch);
     cairo_text_extents_t extents;
-    cairo_text_extents(scratch.get(), "H", &extents);
+    Cairo().text_extents(scratch.get(), "H", &extents);
     cairo_font_extents_t whole;
-    cairo_font_extents(scratch.get(), &whole);
+    Cairo().font_extents(scratch.get(), &whole);
     measure = {
         extents.height / kMeasureSize, whole.ascent / kMeasureSize, whole.descent / kMeasureSize, {}};
     std::fill(std::begin(advances), std::end(advances), NAN);
@@ -77,7 +77,7 @@ struct KnownFont {
     for (const char c : text) {
       if (!unknown(c)) continue;
       cairo_text_extents_t extents;
-      cairo_text_extents(scratch.get(), Utf8(std::string(1, c)).c_str(), &extents);
+      Cairo().text_extents(scratch.get(), Utf8(std::string(1, c)).c_str(), &extents);
       advances[static_cast<uint8_t>(c)] = extents.x_advance / kMeasureSize;
     }
   }
@@ -85,7 +85,7 @@ struct KnownFont {
  private:
   void Select(Scratch& scratch) const {
     SelectFont(scratch.get(), name);
-    cairo_set_font_size(scratch.get(), kMeasureSize);
+    Cairo().set_font_size(scratch.get(), kMeasureSize);
   }
 };
 

@@ -1,7 +1,7 @@
 // Cairo's fonts.
 #pragma once
 
-#include <cairo.h>
+#include "media/drawing/cairo_library.h"
 
 #include "media/drawing/text.h"
 

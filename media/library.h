@@ -2,7 +2,7 @@
 // others nothing.
 #pragma once
 
-namespace core {
+namespace media {
 
 /// A library by its soname, which stays loaded; null where it is not there, or where there is not enough
 /// memory to set it up.
@@ -17,4 +17,4 @@ bool Resolve(void* library, const char* name, Function*& function) {
   return function != nullptr;
 }
 
-}  // namespace core
+}  // namespace media

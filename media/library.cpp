@@ -1,4 +1,4 @@
-#include "core/format/library.h"
+#include "media/library.h"
 
 #include <dlfcn.h>
 
@@ -6,7 +6,7 @@
 #include <memory>
 #include <new>
 
-namespace core {
+namespace media {
 
 void* LoadLibrary(const char* soname) {
   // What libraries throw while they are set up ends the program: the memory is there, or nothing is
@@ -24,4 +24,4 @@ void* FunctionOf(void* library, const char* name) {
   return library == nullptr ? nullptr : dlsym(library, name);
 }
 
-}  // namespace core
+}  // namespace media

@@ -1,0 +1,28 @@
+#include "media/drawing/cairo_library.h"
+
+#include <new>
+
+#include "media/library.h"
+
+namespace media {
+namespace {
+
+CairoLibrary Load() {
+  CairoLibrary cairo;
+  void* library = LoadLibrary(CAIRO_SONAME);
+  bool isThere = true;
+#define MEDIA_CAIRO_RESOLVE(name) isThere = isThere && Resolve(library, "cairo_" #name, cairo.name);
+  MEDIA_CAIRO_CALLS(MEDIA_CAIRO_RESOLVE)
+#undef MEDIA_CAIRO_RESOLVE
+  if (!isThere) throw std::bad_alloc();
+  return cairo;
+}
+
+}  // namespace
+
+const CairoLibrary& Cairo() {
+  static const CairoLibrary cairo = Load();
+  return cairo;
+}
+
+}  // namespace media
