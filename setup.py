@@ -20,6 +20,8 @@ class CMakeBuild(build_ext):
         made = next((build / "python" / "orbntf").glob("_core.*"))
         target.parent.mkdir(parents=True, exist_ok=True)
         self.copy_file(str(made), str(target))
+        for plugins in made.parent.glob("orbntf-*"):
+            self.copy_tree(str(plugins), str(target.parent / plugins.name))
 
 
 lists = (pathlib.Path(__file__).parent / "CMakeLists.txt").read_text()

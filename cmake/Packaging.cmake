@@ -141,10 +141,11 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME orbntf)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION graphics)
-set(loaded "proj-data, libproj25, libgeotiff5")  # what is loaded when it is first used
+set(loaded "libcairo2, proj-data, libproj25, libgeotiff5")  # what is loaded when it is first used
 set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS "${loaded}")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME liborbntf${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "libcairo2")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "fonts-liberation2")
 set(CPACK_DEBIAN_CORE_PACKAGE_NAME liborbntf-core${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
 set(CPACK_DEBIAN_CORE_PACKAGE_SECTION libs)
@@ -184,6 +185,7 @@ set(CPACK_COMPONENT_PYTHON_DESCRIPTION "NITF files in Python
  Fields, records, samples as arrays of numpy, pictures, findings, places and
  changes of files.")
 set(CPACK_COMPONENT_DESKTOP_DEPENDS tool)
+set(CPACK_COMPONENT_CORE_DEPENDS library)
 set(CPACK_COMPONENT_PYTHON_DEPENDS core)
 set(CPACK_COMPONENT_TOOL_DEPENDS library)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS library core)

@@ -146,4 +146,20 @@ for command in "copy large.ntf -o limited.ntf" "render large.ntf -o limited.ppm"
   [ ! -e limited.ntf ] && [ ! -e limited.ppm ] && [ ! -e limited.tif ] || fail "a file beyond the limit"
 done
 nothing_left "a limit"
+
+# A plugin comes from the tool's own folder alone, wherever the tool stands or is called from; without it the rest works.
+plugins=$(cd "$(dirname "$tool")" && echo orbntf-*)
+if [ -e "$(dirname "$tool")/$plugins/wide-jpeg.so" ]; then
+  { printf 'P5\n32 32\n4095\n' && head -c 2048 /dev/zero | tr '\0' '\5'; } >deep.pgm
+  "$tool" new -o deep.ntf --station S --image deep.pgm --quality 80
+  mkdir alone && cp "$tool" "$(dirname "$tool")"/libhostkit.so* alone/
+  mkdir "$plugins" && cp "$(dirname "$tool")/$plugins/wide-jpeg.so" "$plugins"/
+  export LD_LIBRARY_PATH=$PWD/$plugins
+  expect 1 'whose plugin wide-jpeg.so is not there' alone/orbntf extract deep.ntf image:0 -o deep.tif
+  expect 1 'is left out' alone/orbntf render deep.ntf -o deep.png
+  expect 0 '' alone/orbntf render a.ntf -o a.png
+  unset LD_LIBRARY_PATH
+  mv "$plugins" alone/ && ln -s alone/orbntf link
+  expect 0 '' ./link extract deep.ntf image:0 -o deep.tif
+fi
 exit 0

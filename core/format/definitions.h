@@ -70,7 +70,8 @@ class RecordDefinitions {
   const ByTag& All() const;
 
  private:
-  // Those that come along and more; null for those that come along, which are made when they are asked for.
+  // Those that come along and more; null for those that come along, which are made when they are asked
+  // for.
   std::shared_ptr<const ByTag> definitions_;
 };
 

@@ -88,11 +88,11 @@ struct SurveyedPart {
   void ForEachBandField(size_t band, const std::function<void(const SurveyedField&)>& take) const;
   std::optional<SurveyedField> FindOfBand(const std::string& name) const;
 
-  std::shared_ptr<const std::string> bytes_;  // of the header
-  std::vector<SurveyedField> fields_;         // but those of bands
+  std::shared_ptr<const std::string> bytes_;       // of the header
+  std::vector<SurveyedField> fields_;              // but those of bands
   std::unordered_map<std::string, size_t> index_;  // of many fields; few are looked through
-  std::vector<uint32_t> bands_;  // where each begins in the bytes
-  size_t bandsBehind_ = 0;       // the fields in front of them
+  std::vector<uint32_t> bands_;                    // where each begins in the bytes
+  size_t bandsBehind_ = 0;                         // the fields in front of them
 };
 
 /// Whether a field holds tagged records, which have a table of their own.

@@ -23,8 +23,8 @@ const char* EndingOf(PictureForm form);
 class PictureWriter {
  public:
   virtual ~PictureWriter() = default;
-  /// Puts rows that stand one behind the other. False when the file does not take them; nothing further is
-  /// written.
+  /// Puts rows that stand one behind the other. False when the file does not take them; nothing further
+  /// is written.
   virtual bool PutRows(const uint8_t* rgb, uint32_t rows) = 0;
   bool PutRow(const uint8_t* rgb) { return PutRows(rgb, 1); }
   /// False when the picture is incomplete.

@@ -30,7 +30,8 @@ class BandTones {
   const SampleImage& form_;
   const BandTable& table_;
   ToneRange range_;
-  std::vector<uint8_t> known_;  // of each sample, where there are few: a byte, or four of which three count
+  std::vector<uint8_t>
+      known_;  // of each sample, where there are few: a byte, or four of which three count
   bool isIdentity_ = false;
 };
 

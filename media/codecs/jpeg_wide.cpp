@@ -12,8 +12,7 @@
 #include <dcmtk/dcmjpeg/djeijg12.h>
 #include <dcmtk/oflog/oflog.h>
 
-#include "media/codecs/jpeg.h"
-#include "media/work.h"
+#include "media/codecs/jpeg_plugin.h"
 
 namespace media {
 namespace {
@@ -43,11 +42,7 @@ std::unique_ptr<DJDecoder> MakeDecoder(uint32_t precision, const DJCodecParamete
   return std::make_unique<DJDecompressIJG16Bit>(parameters, OFFalse);
 }
 
-}  // namespace
-
-bool HasWideJpeg() { return true; }
-
-Outcome DecodeWideJpeg(Bytes bytes, const JpegFrame& frame, const TakeRow& take) {
+Outcome Decode(Bytes bytes, const JpegFrame& frame, const TakeRow& take) {
   if (frame.precision < 2 || frame.precision > 16 || frame.components > 10) return Outcome::Unsupported;
   SilenceOnce();
   const DJCodecParameter parameters(ECC_lossyYCbCr, EDC_never, EUC_default, EPC_default);
@@ -55,7 +50,7 @@ Outcome DecodeWideJpeg(Bytes bytes, const JpegFrame& frame, const TakeRow& take)
   const RowForm form = {frame.width, frame.height, frame.components, frame.precision};
   const uint64_t rowBytes = uint64_t{frame.width} * frame.components * form.SampleBytes();
   const uint64_t size = rowBytes * frame.height;
-  if (size > INT32_MAX || !AllowsPixels(uint64_t{frame.width} * frame.height)) return Outcome::NoMemory;
+  if (size > INT32_MAX) return Outcome::NoMemory;
   if ((frame.IsProgressive() || HasSeveralScans(bytes, frame)) && size > kMaxKeptBytes)
     return Outcome::OverBudget;
   std::vector<uint8_t> samples(static_cast<size_t>(size));
@@ -71,7 +66,7 @@ Outcome DecodeWideJpeg(Bytes bytes, const JpegFrame& frame, const TakeRow& take)
   return Outcome::Ok;
 }
 
-Outcome EncodeWideJpeg(const JpegPlan& plan, const uint16_t* samples, std::string& bytes) {
+Outcome Encode(const JpegPlan& plan, const uint16_t* samples, std::string& bytes) {
   SilenceOnce();
   const DJCodecParameter parameters(ECC_lossyYCbCr, EDC_never, EUC_default, EPC_default);
   DJCompressIJG12Bit encoder(parameters, EJM_sequential, static_cast<Uint8>(plan.quality));
@@ -86,6 +81,13 @@ Outcome EncodeWideJpeg(const JpegPlan& plan, const uint16_t* samples, std::strin
   // It is filled up to an even length.
   while (bytes.size() > 2 && bytes.compare(bytes.size() - 2, 2, "\xFF\xD9") != 0) bytes.pop_back();
   return Outcome::Ok;
+}
+
+}  // namespace
+
+extern "C" const WideJpegPlugin* media_wide_jpeg() {
+  static const WideJpegPlugin plugin = {&Decode, &Encode};
+  return &plugin;
 }
 
 }  // namespace media
