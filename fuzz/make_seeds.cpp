@@ -59,7 +59,7 @@ void WritePicture() {
   std::FILE* file = std::fopen(path.c_str(), "wb");
   if (file == nullptr) return;
   {
-    const auto writer = core::PictureWriter::Start(core::PictureForm::Png, file, 9, 4);
+    const auto writer = core::StartPicture(core::PictureForm::Png, file, 9, 4);
     const std::string row(27, '\x5A');
     for (int y = 0; y < 4; ++y) writer->PutRow(reinterpret_cast<const uint8_t*>(row.data()));
     writer->Finish();

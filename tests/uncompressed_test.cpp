@@ -247,7 +247,7 @@ TEST_F(UncompressedTest, BlocksOfMoreRowsThanAreReadAtOnceAreWhole) {
     for (int block = 0; block < 2; ++block) {
       for (int band = 0; band < bands; ++band) {
         for (int y = 0; y < 300; ++y)
-          data += std::string(1024, static_cast<char>(Sample(0, 300 * block + y, band)));
+          data.append(1024, static_cast<char>(Sample(0, 300 * block + y, band)));
       }
     }
     const auto picture = test::RenderBytes(NitfBuilder().Image(form, data).Bytes());

@@ -136,7 +136,7 @@ TEST_F(ViewTest, SmallerPicturesAreMeansOfTheWhole) {
 test::WholeRaster ThroughFile(const Drawn& drawn, core::PictureForm form) {
   test::TempFile out("", core::EndingOf(form));
   std::FILE* file = std::fopen(out.Path().c_str(), "wb+");
-  const auto writer = core::PictureWriter::Start(form, file, drawn.width, drawn.height);
+  const auto writer = core::StartPicture(form, file, drawn.width, drawn.height);
   for (uint32_t y = 0; y < drawn.height; ++y) EXPECT_TRUE(writer->PutRow(drawn.At(0, y)));
   EXPECT_TRUE(writer->Finish());
   std::fclose(file);

@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <vector>
 
 #include "core/format/background.h"
 

@@ -1,7 +1,10 @@
 // Pictures whose rows are written while the next ones are made.
 #pragma once
 
-#include "core/pictures/picture.h"
+#include <cstddef>
+#include <memory>
+
+#include "core/pictures/picture_writer.h"
 
 namespace core {
 

@@ -101,8 +101,8 @@ const char* EndingOf(PictureForm form) {
   return kEndings[static_cast<size_t>(form)];
 }
 
-std::unique_ptr<PictureWriter> PictureWriter::Start(PictureForm form, std::FILE* file, uint32_t width,
-                                                    uint32_t height, const TiffOptions& options) {
+std::unique_ptr<PictureWriter> StartPicture(PictureForm form, std::FILE* file, uint32_t width,
+                                            uint32_t height, const TiffOptions& options) {
   return WriteBehind(StartForm(form, file, width, height, options), size_t{3} * width);
 }
 

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string_view>
 
+#include "core/pictures/picture_writer.h"
 #include "core/pictures/tiff_options.h"
 #include "media/drawing/drawing.h"
 #include "media/outcome.h"
@@ -19,22 +20,10 @@ std::optional<PictureForm> PictureFormOf(std::string_view word);
 /// The ending of a form's names.
 const char* EndingOf(PictureForm form);
 
-/// Writes 24-bit RGB rows, top row first, into an open file; TIFF goes back in it.
-class PictureWriter {
- public:
-  virtual ~PictureWriter() = default;
-  /// Puts rows that stand one behind the other. False when the file does not take them; nothing further
-  /// is written.
-  virtual bool PutRows(const uint8_t* rgb, uint32_t rows) = 0;
-  bool PutRow(const uint8_t* rgb) { return PutRows(rgb, 1); }
-  /// False when the picture is incomplete.
-  virtual bool Finish() = 0;
-
-  /// `options` are those of TIFF. Where there is a core for it, rows are written while the next ones are
-  /// made: a failure may be told with a later row.
-  static std::unique_ptr<PictureWriter> Start(PictureForm form, std::FILE* file, uint32_t width,
-                                              uint32_t height, const TiffOptions& options = {});
-};
+/// Begins a picture in an open file. `options` are those of TIFF. Where there is a core for it, rows are
+/// written while the next ones are made: a failure may be told with a later row.
+std::unique_ptr<PictureWriter> StartPicture(PictureForm form, std::FILE* file, uint32_t width,
+                                            uint32_t height, const TiffOptions& options = {});
 
 /// PNG, with `alpha` of rows of red, green, blue and alpha.
 std::unique_ptr<PictureWriter> StartPng(std::FILE* file, uint32_t width, uint32_t height, bool alpha);

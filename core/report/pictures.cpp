@@ -42,7 +42,7 @@ class MemoryFile {
 std::string Encode(const Pixels& pixels, PictureForm form) {
   MemoryFile memory;
   if (memory.Stream() == nullptr) return "";
-  const auto writer = PictureWriter::Start(form, memory.Stream(), pixels.width, pixels.height);
+  const auto writer = StartPicture(form, memory.Stream(), pixels.width, pixels.height);
   for (uint32_t y = 0; y < pixels.height; ++y) {
     if (!writer->PutRow(&pixels.rgb[size_t{y} * pixels.width * 3])) return "";
   }

@@ -20,7 +20,7 @@ bool WritePicture(const std::string& path, uint32_t width, uint32_t height,
                   void (*colour)(uint32_t x, uint32_t y, uint8_t* rgb)) {
   std::FILE* file = std::fopen(path.c_str(), "wb");
   if (file == nullptr) return false;
-  const auto writer = core::PictureWriter::Start(core::PictureForm::Png, file, width, height);
+  const auto writer = core::StartPicture(core::PictureForm::Png, file, width, height);
   std::vector<uint8_t> row(3 * size_t{width});
   bool good = true;
   for (uint32_t y = 0; y < height && good; ++y) {

@@ -96,7 +96,7 @@ bool WriteDifferences(const DiffOptions& options, const PixelDifference& pixels,
                       Output& output) {
   std::FILE* stream = output.Problem().empty() ? output.Stream() : nullptr;
   if (stream == nullptr) return false;
-  const auto writer = PictureWriter::Start(options.form, stream, pixels.widthA, pixels.heightA);
+  const auto writer = StartPicture(options.form, stream, pixels.widthA, pixels.heightA);
   std::vector<uint8_t> row(size_t{3} * pixels.widthA);
   errno = 0;
   bool isWritten = true;

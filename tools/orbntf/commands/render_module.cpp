@@ -19,7 +19,7 @@ class RowSink {
   RowSink(const RenderOptions& options, uint32_t width, uint32_t height, std::FILE* file)
       : part_(options.region ? *options.region : Region{0, 0, height, width}),
         scaler_(part_.width, part_.height, options.factor),
-        writer_(PictureWriter::Start(options.form, file, scaler_.Width(), scaler_.Height())),
+        writer_(StartPicture(options.form, file, scaler_.Width(), scaler_.Height())),
         rgb_(3 * size_t{scaler_.Width()}),
         height_(height),
         showsProgress_(options.progress) {}

@@ -126,7 +126,7 @@ int RenderView(const RenderOptions& options, const std::string& file, Output& ou
     return Refuse("render", InputName(file) + ": " + why);
   std::FILE* stream = output.Stream();
   if (stream == nullptr) return Report("render", output.Target(), ORB_SHORT_WRITE, output.Problem());
-  const auto writer = PictureWriter::Start(options.form, stream, view.Width(), view.Height(), tiff);
+  const auto writer = StartPicture(options.form, stream, view.Width(), view.Height(), tiff);
   errno = 0;
   SampleFault fault = view.Draw([&](uint32_t y, const uint8_t* rgb) {
     if (options.progress) ShowProgress(y, view.Height());
