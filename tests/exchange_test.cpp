@@ -1,4 +1,5 @@
 // Exchange of records where lengths, bytes and pointers meet.
+#include <array>
 #include <cstring>
 
 #include "tests/support/objects.h"
@@ -98,6 +99,21 @@ TEST_F(ExchangeTest, ABlankMagnificationIsOne) {
   EXPECT_EQ(handle->images.At(0)->magnification, 1.0);
   EXPECT_EQ(handle->images.At(0)->SetMagnification("0.5"), Status::Success);
   EXPECT_EQ(handle->images.At(0)->magnification, 0.5);
+}
+
+TEST_F(ExchangeTest, LengthsOfMaskRecordsAreGiven) {
+  const std::pair<test::MaskForm, std::array<uint32_t, 3>> forms[] = {
+      {{.blocks = {0}}, {4, 0, 0}}, {{.pads = {0}}, {0, 4, 0}}, {{.padCode = 7}, {0, 0, 8}}};
+  for (const auto& [mask, lengths] : forms) {
+    const ImageForm form{.compression = "NM"};
+    const test::TempFile file(
+        NitfBuilder().Image(form, test::MaskBytes(mask) + std::string(64, 'x')).Bytes());
+    const test::Handle handle(file);
+    ImageHeader image = {};
+    ASSERT_EQ(Orb_NITFGetImageHeader(handle, 0, &image), 1);
+    EXPECT_EQ((std::array<uint32_t, 3>{image.BMRLNTH, image.TMRLNTH, image.TPXCDLNTH}), lengths);
+    Orb_NITFFreeImageHeader(&image);
+  }
 }
 
 TEST_F(ExchangeTest, CountsOfNoneAreSet) {

@@ -239,7 +239,9 @@ TEST_F(HeadersTest, MagnificationsOfThreeDigitsCount) {
                                     {".125", 0.125},
                                     {"/0  ", 1.0},
                                     {"    ", 1.0},
-                                    {"12.5", 12.5}}) {
+                                    {"12.5", 12.5},
+                                    {"2e1 ", 20.0},
+                                    {"1e-1", 0.1}}) {
     test::Record image = test::ImageRecord({});
     image.Set("IMAG", text);
     NitfFile document;

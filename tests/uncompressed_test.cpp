@@ -225,6 +225,7 @@ TEST_F(UncompressedTest, DeepSamplesAreShownThroughTheirHighBits) {
       test::Big(1255, 4) + test::Big(1000, 4) + test::Big(1128, 4) + test::Big(1000, 4);
   EXPECT_EQ(first(32, 31, longs), 255);
   EXPECT_EQ(first(32, 31, test::Big(0x7FFFFFFF, 4) + std::string(28, 0), 2), 255);
+  EXPECT_EQ(first(32, 32, test::Big(0xFFFFFFFF, 4) + std::string(28, 0), 2), 255);
   // Blocks lie as far apart as their samples take.
   for (const int bits : {32, 64}) {
     ImageForm form{.width = 4, .height = 1, .blocksAcross = 2, .bits = bits};

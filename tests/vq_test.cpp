@@ -65,6 +65,8 @@ TEST_F(VqTest, EveryShapeOfVectorsIsDecoded) {
       {"wide vectors", {.codeRows = 8, .codesPerRow = 4, .tables = 4}},
       {"tall vectors", {.codeRows = 2, .codesPerRow = 4, .tables = 4}},
       {"vectors of one column", {.codeRows = 16, .codesPerRow = 16, .tables = 1}},
+      {"more codes than are read at once",
+       {.blockWidth = 256, .blockHeight = 256, .codeRows = 64, .codesPerRow = 64}},
       {"fewer tables than columns", {.tables = 3}},
       {"widths that are no multiple of four",
        {.blockWidth = 10, .blockHeight = 15, .codeRows = 3, .codesPerRow = 2, .tables = 5}},
