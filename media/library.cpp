@@ -3,7 +3,6 @@
 #include <dlfcn.h>
 #include <link.h>
 
-#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <new>
@@ -28,12 +27,11 @@ std::filesystem::path OwnFile() {
 
 }  // namespace
 
-void* LoadLibrary(const char* soname) {
+void* LoadLibrary(const char* soname, size_t setUpBytes) {
   // What libraries throw while they are set up ends the program: the memory is there, or nothing is
   // begun.
-  constexpr size_t kTaken = 64 << 20;
   {
-    const std::unique_ptr<volatile char[]> taken(new (std::nothrow) volatile char[kTaken]);
+    const std::unique_ptr<volatile char[]> taken(new (std::nothrow) volatile char[setUpBytes]);
     if (taken == nullptr) return nullptr;
     taken[0] = 0;
   }

@@ -2,11 +2,15 @@
 // others nothing.
 #pragma once
 
+#include <cstddef>
+
 namespace media {
 
-/// A library by its soname, which stays loaded; null where it is not there, or where there is not enough
-/// memory to set it up.
-void* LoadLibrary(const char* soname);
+/// What libraries of C++ take while they are set up, which ends the program where it is not there.
+constexpr size_t kSetUpBytes = 64 << 20;
+/// A library by its soname or path, which stays loaded; null where it is not there, or where there is less
+/// memory than it takes to set it up.
+void* LoadLibrary(const char* soname, size_t setUpBytes = kSetUpBytes);
 /// A plugin by its file's name. It lies in the folder of this version beside the library that asks, or
 /// where the libraries of the program that asks are installed, and nowhere else.
 void* LoadPlugin(const char* name);

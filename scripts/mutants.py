@@ -1,4 +1,4 @@
-"""Changes one token of Common/ at a time and reports which changes no test notices: mutants.py COUNT [SEED].
+"""Changes one token of Common, core or media at a time and tells what no test notices: mutants.py COUNT [SEED].
 
 Works in the coverage build, whose tests are quick to build and run. A report, not a gate: the source is put back.
 """
@@ -18,7 +18,7 @@ def run(*command):
 
 
 def places():
-    for path in sorted(pathlib.Path("Common").glob("*.cpp")):
+    for path in sorted(path for folder in ("Common", "core", "media") for path in pathlib.Path(folder).rglob("*.cpp")):
         offset = 0
         for line in path.read_text().splitlines(keepends=True):
             if not re.match(r"\s*(//|#|namespace|static_assert|template)", line):

@@ -9,7 +9,8 @@ namespace {
 
 CairoLibrary Load() {
   CairoLibrary cairo;
-  void* library = LoadLibrary(CAIRO_SONAME);
+  constexpr size_t kSetUp = 16 << 20;  // in C, whose failures are told
+  void* library = LoadLibrary(CAIRO_SONAME, kSetUp);
   bool isThere = true;
 #define MEDIA_CAIRO_RESOLVE(name) isThere = isThere && Resolve(library, "cairo_" #name, cairo.name);
   MEDIA_CAIRO_CALLS(MEDIA_CAIRO_RESOLVE)
