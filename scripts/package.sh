@@ -43,6 +43,8 @@ inside apt-get update -qq
 inside bash -c 'cd /orbntf && apt-get install -y -qq --no-install-recommends ./orbntf_*.deb ./liborbntf?_*.deb' >>build/package/root.log 2>&1
 inside orbntf --version
 inside bash -c 'cd /tmp && printf "P6 2 2 255 abcdefghijkl" >a.ppm && orbntf new -o a.ntf --image a.ppm && orbntf render a.ntf -o a.png && orbntf info a.ntf'
+# The plugin is found from where the program is installed.
+inside bash -c 'cd /tmp && { printf "P5 16 16 4095 " && head -c 512 /dev/zero; } >deep.pgm && orbntf new -o deep.ntf --image deep.pgm --quality 80 && orbntf extract deep.ntf image:0 -o deep.tif'
 inside apt-get install -y -qq --no-install-recommends man-db bash-completion >>build/package/root.log 2>&1
 inside man orbntf | grep -q 'Draw the composite, or one image'
 for section in EXAMPLES FIELDS; do inside man orbntf | grep -q "^$section"; done
@@ -56,6 +58,8 @@ inside bash -c 'cd /tmp && python3 -c "
 import orbntf
 with orbntf.open(\"a.ntf\") as f:
     assert f.images[0].shape == (3, 2, 2) and f.render().shape == (2, 2, 3), f.images[0].shape
+with orbntf.open(\"deep.ntf\") as f:
+    assert f.images[0].read().max() == 0
 orbntf.new(\"b.ntf\", images=[f_ for f_ in [orbntf.open(\"a.ntf\").render()[..., 0]]])
 "'
 inside bash -c 'cd /tmp && $(sed -n "s/^Exec=//p" /usr/share/thumbnailers/orbntf.thumbnailer | sed "s/%s/128/;s/%i/a.ntf/;s/%o/thumbnail.png/") && test -s thumbnail.png'
