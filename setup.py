@@ -20,8 +20,16 @@ class CMakeBuild(build_ext):
         made = next((build / "python" / "orbntf").glob("_core.*"))
         target.parent.mkdir(parents=True, exist_ok=True)
         self.copy_file(str(made), str(target))
-        for plugins in made.parent.glob("orbntf-*"):
-            self.copy_tree(str(plugins), str(target.parent / plugins.name))
+        self.plugins = made.parent / f"orbntf-{self.distribution.get_version()}"
+        self.copy_plugins(target.parent)
+
+    def copy_plugins(self, folder):
+        if self.plugins.is_dir():
+            self.copy_tree(str(self.plugins), str(folder / self.plugins.name))
+
+    def copy_extensions_to_source(self):
+        super().copy_extensions_to_source()
+        self.copy_plugins(pathlib.Path(__file__).parent / "python" / "orbntf")
 
 
 lists = (pathlib.Path(__file__).parent / "CMakeLists.txt").read_text()

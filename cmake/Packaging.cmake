@@ -185,7 +185,6 @@ set(CPACK_COMPONENT_PYTHON_DESCRIPTION "NITF files in Python
  Fields, records, samples as arrays of numpy, pictures, findings, places and
  changes of files.")
 set(CPACK_COMPONENT_DESKTOP_DEPENDS tool)
-set(CPACK_COMPONENT_CORE_DEPENDS library)
 set(CPACK_COMPONENT_PYTHON_DEPENDS core)
 set(CPACK_COMPONENT_TOOL_DEPENDS library)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS library core)

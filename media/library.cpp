@@ -5,7 +5,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <new>
 
 namespace media {
 
@@ -19,6 +18,8 @@ std::filesystem::path OwnFile() {
               RTLD_DL_LINKMAP) == 0)
     return {};
   const bool isProgram = map == nullptr || map->l_name[0] == 0;
+  // A name that is no path from the root may mean another file by now.
+  if (!isProgram && map->l_name[0] != '/') return {};
   std::error_code error;
   std::filesystem::path path =
       std::filesystem::canonical(isProgram ? "/proc/self/exe" : map->l_name, error);
@@ -28,11 +29,12 @@ std::filesystem::path OwnFile() {
 }  // namespace
 
 void* LoadLibrary(const char* soname, size_t setUpBytes) {
+  if (void* loaded = dlopen(soname, RTLD_NOW | RTLD_LOCAL | RTLD_NOLOAD); loaded != nullptr)
+    return loaded;
   // What libraries throw while they are set up ends the program: the memory is there, or nothing is
   // begun.
   {
-    const std::unique_ptr<volatile char[]> taken(new (std::nothrow) volatile char[setUpBytes]);
-    if (taken == nullptr) return nullptr;
+    const std::unique_ptr<volatile char[]> taken(new volatile char[setUpBytes]);
     taken[0] = 0;
   }
   return dlopen(soname, RTLD_NOW | RTLD_LOCAL);
@@ -42,9 +44,11 @@ void* LoadPlugin(const char* name) {
   const std::filesystem::path own = OwnFile();
   if (own.empty()) return nullptr;
   for (const char* folder : {".", ORBNTF_LIBRARIES_FROM_PROGRAMS}) {
-    const std::filesystem::path path = own.parent_path() / folder / ORBNTF_PLUGINS / name;
-    std::error_code error;
-    if (std::filesystem::exists(path, error)) return LoadLibrary(path.c_str());
+    for (const char* plugins : {ORBNTF_PLUGINS, ORBNTF_CORE_PLUGINS}) {
+      const std::filesystem::path path = own.parent_path() / folder / plugins / name;
+      std::error_code error;
+      if (std::filesystem::exists(path, error)) return LoadLibrary(path.c_str());
+    }
   }
   return nullptr;
 }

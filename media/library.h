@@ -8,8 +8,8 @@ namespace media {
 
 /// What libraries of C++ take while they are set up, which ends the program where it is not there.
 constexpr size_t kSetUpBytes = 64 << 20;
-/// A library by its soname or path, which stays loaded; null where it is not there, or where there is
-/// less memory than it takes to set it up.
+/// A library by its soname or path, which stays loaded; null where it is not there. Throws std::bad_alloc
+/// where there is less memory than it takes to set it up.
 void* LoadLibrary(const char* soname, size_t setUpBytes = kSetUpBytes);
 /// A plugin by its file's name. It lies in the folder of this version beside the library that asks, or
 /// where the libraries of the program that asks are installed, and nowhere else.

@@ -147,6 +147,16 @@ for command in "copy large.ntf -o limited.ntf" "render large.ntf -o limited.ppm"
 done
 nothing_left "a limit"
 
+# A pipe that is closed ends the tool as it ends others, however much is written by another thread.
+for form in ppm png jpeg; do
+  set +e
+  "$tool" render large.ntf -o - --format "$form" 2>pipe.err | head -c 100 >/dev/null
+  codes=("${PIPESTATUS[@]}")
+  set -e
+  [ "${codes[0]}" -eq 141 ] && [ ! -s pipe.err ] || fail "a closed pipe: $form ${codes[0]} $(cat pipe.err)"
+done
+nothing_left "a closed pipe"
+
 # A plugin comes from the tool's own folder alone, wherever the tool stands or is called from; without it the rest works.
 plugins=$(cd "$(dirname "$tool")" && echo orbntf-*)
 if [ -e "$(dirname "$tool")/$plugins/wide-jpeg.so" ]; then
@@ -155,7 +165,7 @@ if [ -e "$(dirname "$tool")/$plugins/wide-jpeg.so" ]; then
   mkdir alone && cp "$tool" "$(dirname "$tool")"/libhostkit.so* alone/
   mkdir "$plugins" && cp "$(dirname "$tool")/$plugins/wide-jpeg.so" "$plugins"/
   export LD_LIBRARY_PATH=$PWD/$plugins
-  expect 1 'whose plugin wide-jpeg.so is not there' alone/orbntf extract deep.ntf image:0 -o deep.tif
+  expect 1 'it takes the plugin wide-jpeg.so, which cannot be opened' alone/orbntf extract deep.ntf image:0 -o deep.tif
   expect 1 'is left out' alone/orbntf render deep.ntf -o deep.png
   expect 0 '' alone/orbntf render a.ntf -o a.png
   unset LD_LIBRARY_PATH

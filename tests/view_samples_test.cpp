@@ -157,6 +157,14 @@ TEST_F(ViewSamplesTest, TablesAndDifferencesBecomeColours) {
   EXPECT_EQ(Pixels(form, std::string("\0\x01\x02", 3)),
             (std::vector{0x01, 0x11, 0x21, 0x02, 0x12, 0x22, 2, 2, 2}))
       << "a sample without an entry is shown as it is";
+  // Of several bands each is shown through the first of its tables.
+  form.width = 20;
+  form.bands = 3;
+  form.representation = "RGB";
+  form.bandCodes = {"B", "G", "R"};
+  const std::vector<int> shown = Pixels(form, std::string(60, '\x01'));
+  ASSERT_EQ(shown.size(), 60u);
+  for (size_t i = 0; i < shown.size(); ++i) EXPECT_EQ(shown[i], i % 3 == 2 ? 0x02 : 0x01) << i;
   // White, and a red, with the differences in any order.
   form = {
       .width = 2, .height = 1, .bands = 3, .representation = "YCbCr601", .bandCodes = {"Y", "Cb", "Cr"}};

@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <future>
+#include <new>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -19,21 +20,34 @@ inline bool HasSecondCore() {
   return has;
 }
 
-/// Begins some work on a thread of its own, which no signal interrupts. None where there is no thread to
-/// be had: the work has not begun then.
+/// Signals go to other threads while it lasts; threads that are begun meanwhile never take any.
+class SignalsBlocked {
+ public:
+  SignalsBlocked() {
+    sigset_t all;
+    sigfillset(&all);
+    (void)pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~SignalsBlocked() { (void)pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+  SignalsBlocked(const SignalsBlocked&) = delete;
+  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
+
+ private:
+  sigset_t before_;
+};
+
+/// Begins some work on a thread of its own, which no signal interrupts. None where there is no thread or
+/// no memory for one: the work has not begun then.
 template <class Work>
 std::optional<std::future<std::invoke_result_t<Work>>> InBackground(Work work) {
-  sigset_t all, before;
-  sigfillset(&all);
-  (void)pthread_sigmask(SIG_SETMASK, &all, &before);
-  std::optional<std::future<std::invoke_result_t<Work>>> begun;
+  const SignalsBlocked blocked;
   try {
-    begun = std::async(std::launch::async, std::move(work));
+    return std::async(std::launch::async, std::move(work));
   } catch (const std::system_error&) {
-    begun.reset();
+    return std::nullopt;
+  } catch (const std::bad_alloc&) {
+    return std::nullopt;
   }
-  (void)pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  return begun;
 }
 
 }  // namespace core

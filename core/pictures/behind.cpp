@@ -13,19 +13,21 @@
 namespace core {
 namespace {
 
+constexpr size_t kPiece = 256 << 10;  // bytes that are written at once
+
 class BehindWriter : public PictureWriter {
  public:
   BehindWriter(std::unique_ptr<PictureWriter> writer, size_t stride)
-      : writer_(std::move(writer)), stride_(stride), most_(std::max<size_t>(1, kPiece / stride)) {}
+      : writer_(std::move(writer)), stride_(stride), most_(kPiece / stride) {}
   ~BehindWriter() override { End(); }
 
   bool PutRows(const uint8_t* rgb, uint32_t rows) override {
-    for (; rows > 0; --rows, rgb += stride_) {
+    for (; rows > 0 && !isRefused_; --rows, rgb += stride_) {
       std::vector<uint8_t>& piece = pieces_[next_];
       piece.insert(piece.end(), rgb, rgb + stride_);
-      if (piece.size() == most_ * stride_ && !HandOver()) return false;
+      if (piece.size() == most_ * stride_) isRefused_ = !HandOver();
     }
-    return true;
+    return !isRefused_;
   }
   bool Finish() override {
     End();
@@ -34,7 +36,7 @@ class BehindWriter : public PictureWriter {
   }
 
  private:
-  static constexpr size_t kPiece = 256 << 10, kPieces = 6;  // bytes that are written at once
+  static constexpr size_t kPieces = 6;
 
   // What a piece came to.
   struct Outcome {
@@ -108,14 +110,15 @@ class BehindWriter : public PictureWriter {
   std::mutex mutex_;
   std::condition_variable changed_;
   size_t next_ = 0, waiting_ = 0;  // the piece that is filled, and how many in front of it are full
-  bool isEnded_ = false;
+  bool isEnded_ = false, isRefused_ = false;
   Outcome told_;
 };
 
 }  // namespace
 
 std::unique_ptr<PictureWriter> WriteBehind(std::unique_ptr<PictureWriter> writer, size_t stride) {
-  if (!HasSecondCore()) return writer;
+  // Pieces are of whole rows.
+  if (!HasSecondCore() || stride == 0 || stride > kPiece) return writer;
   return std::make_unique<BehindWriter>(std::move(writer), stride);
 }
 

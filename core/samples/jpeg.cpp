@@ -140,9 +140,9 @@ class JpegBlocks {
       return {media::Outcome::BadData, where + " has " + std::to_string(facts.width) + " x " +
                                            std::to_string(facts.height) + " pixels"};
     const media::Outcome outcome = DecodeRows(found, places);
-    if (outcome == media::Outcome::Unsupported && facts.precision > 8 && !media::HasWideJpeg())
-      return {outcome, where + " has samples of " + std::to_string(facts.precision) +
-                           " bits, whose plugin wide-jpeg.so is not there"};
+    if (outcome == media::Outcome::Unsupported && !media::HasWideJpeg())
+      return {outcome,
+              where + " does not decode: it takes the plugin wide-jpeg.so, which cannot be opened"};
     if (outcome == media::Outcome::Unsupported && target_.Reduce() != 0)
       return {media::Outcome::Unsupported, where + " has no smaller picture in it"};
     return FaultOf(outcome, where);

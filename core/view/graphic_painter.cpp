@@ -25,6 +25,8 @@ SampleFault GraphicPainter::Load() {
   const SurveyedPart& part = *place_.part;
   if (part.Text("SFMT") != "C")
     return {media::Outcome::Unsupported, "SFMT is " + Quoted(part.Text("SFMT"))};
+  if (!media::HasCairo())
+    return {media::Outcome::Unsupported, "drawings take the library Cairo, which is not there"};
   if (!survey_.HoldsData(part)) return {media::Outcome::ShortData, "the data ends behind the file"};
   media::Drawing drawing;
   if (SampleFault fault = Decode(drawing); fault.Met()) return fault;

@@ -35,12 +35,13 @@ class Chooser {
     return {{0, 1, 2}, ShownAs::Colour, {}};
   }
 
-  BandTable TableOf(uint32_t band) const {
+  // Of a band that is one of several, the first table is its own.
+  BandTable TableOf(uint32_t band, bool isAlone) const {
     const std::string prefix = NameOf("LUTD", band) + ".";
     const std::string_view first = image_.Text(prefix + "1");
     BandTable table;
     // Two tables are the high and the low byte of what a sample stands for.
-    table.isColour = image_.Has(prefix + "3");
+    table.isColour = isAlone && image_.Has(prefix + "3");
     for (size_t i = 0; i < first.size(); ++i) {
       table.entries.push_back(static_cast<uint8_t>(first[i]));
       for (const char* more : {"2", "3"}) {
@@ -132,8 +133,9 @@ SampleFault ChooseBands(const SurveyedPart& image, const std::vector<uint32_t>& 
   } else {
     return {media::Outcome::Invalid, "one band is shown or three"};
   }
-  for (const uint32_t band : shown.bands) shown.tables.push_back(chooser.TableOf(band));
-  if (shown.bands.size() == 1 && shown.tables[0].isColour) shown.as = ShownAs::Colour;
+  const bool isAlone = shown.bands.size() == 1;
+  for (const uint32_t band : shown.bands) shown.tables.push_back(chooser.TableOf(band, isAlone));
+  if (isAlone && shown.tables[0].isColour) shown.as = ShownAs::Colour;
   return {};
 }
 

@@ -65,6 +65,7 @@ int32_t ORB_CALL VectorPaint(HDC dc, const VectorHandle* handle, int32_t width, 
   if (sourceX != 0 || sourceY != 0 || clip != nullptr || flags != 0) return kHostInvalid;
   if (HostkitShouldFail(kFaultCodec)) return kHostNoMemory;
   try {
+    if (!media::HasCairo()) return kHostUnsupported;
     return hostkit::PaintOnto(*hostkit::Context(dc)->bitmap, *drawing, *destination,
                               std::abs(static_cast<double>(width)),
                               std::abs(static_cast<double>(height)));

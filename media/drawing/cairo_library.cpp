@@ -7,6 +7,7 @@
 namespace media {
 namespace {
 
+// Empty where it is not there.
 CairoLibrary Load() {
   CairoLibrary cairo;
   constexpr size_t kSetUp = 16 << 20;  // in C, whose failures are told
@@ -15,15 +16,21 @@ CairoLibrary Load() {
 #define MEDIA_CAIRO_RESOLVE(name) isThere = isThere && Resolve(library, "cairo_" #name, cairo.name);
   MEDIA_CAIRO_CALLS(MEDIA_CAIRO_RESOLVE)
 #undef MEDIA_CAIRO_RESOLVE
-  if (!isThere) throw std::bad_alloc();
+  return isThere ? cairo : CairoLibrary();
+}
+
+const CairoLibrary& Loaded() {
+  static const CairoLibrary cairo = Load();
   return cairo;
 }
 
 }  // namespace
 
+bool HasCairo() { return Loaded().create != nullptr; }
+
 const CairoLibrary& Cairo() {
-  static const CairoLibrary cairo = Load();
-  return cairo;
+  if (!HasCairo()) throw std::bad_alloc();
+  return Loaded();
 }
 
 }  // namespace media

@@ -30,7 +30,10 @@ struct CairoLibrary {
 #undef MEDIA_CAIRO_MEMBER
 };
 
-/// The library, loaded once. Throws std::bad_alloc where it cannot be set up.
+/// Whether it is there.
+bool HasCairo();
+/// The library, loaded once. Throws std::bad_alloc where there is no memory for it, or where it is not
+/// there.
 const CairoLibrary& Cairo();
 
 }  // namespace media

@@ -181,6 +181,7 @@ Outcome Deliver(Strips& strips, const Area& ink, const PictureRow& take) {
 }  // namespace
 
 Outcome PaintPicture(const Drawing& drawing, int32_t longerSide, const PictureRow& take) {
+  if (!HasCairo()) return Outcome::Unsupported;
   Strips strips(drawing, MapOf(drawing, longerSide));
   Area ink;
   if (const Outcome status = FindInk(strips, ink); status != Outcome::Ok) return status;
@@ -190,6 +191,7 @@ Outcome PaintPicture(const Drawing& drawing, int32_t longerSide, const PictureRo
 // The library keeps all of a file's painting until it is closed.
 Outcome SaveSvg(const Drawing& drawing, const char* path, int32_t longerSide) {
   constexpr double kMostKept = 64 << 20;
+  if (!HasCairo()) return Outcome::Unsupported;
   const DeviceMap map = MapOf(drawing, longerSide);
   Strips strips(drawing, map);
   Area ink;

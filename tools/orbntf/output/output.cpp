@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <vector>
@@ -112,6 +113,14 @@ bool Output::Fail(const std::string& words) {
   if (problem_.empty()) problem_ = words;
   return false;
 }
+void Output::NoteFailure() {
+  const int error = errno;
+  // What wrote took no signals: a pipe that is closed ends the process as it would have.
+  if (error == EPIPE) (void)raise(SIGPIPE);
+  errno = error;
+  (void)FailByErrno();
+}
+
 bool Output::FailByErrno() { return Fail(WordsOfErrno(errno)); }
 
 bool Output::MakeTemporary() {

@@ -31,7 +31,7 @@ class Output {
   /// Or a stream to write to; null when it cannot be had.
   std::FILE* Stream();
   /// A write has just failed: what errno says is the problem.
-  void NoteFailure() { (void)FailByErrno(); }
+  void NoteFailure();
   /// Completes the output. False when not all of it is there; Problem says why.
   bool Commit();
 
