@@ -89,6 +89,14 @@ TEST_F(SaveTest, FixedWritingsReplaceWhatAFileHeld) {
   EXPECT_EQ(Saved(Handle(original)), expected.Bytes());
 }
 
+TEST_F(SaveTest, AMaskTableIsWrittenAsItWasRead) {
+  const ImageForm form{.compression = "NM"};
+  std::string table = test::MaskBytes({.blocks = {0x01020304}, .pads = {0x05060708}, .padCode = 9});
+  table.replace(0, 4, test::Big(0x0A0B0C0D, 4));
+  const std::string bytes = NitfBuilder().Image(form, table + std::string(64, 'm')).Bytes();
+  EXPECT_TRUE(Saved(Handle(test::TempFile(bytes))) == bytes);
+}
+
 TEST_F(SaveTest, AClassificationThatIsEmptyIsPadded) {
   const test::TempFile file(NitfBuilder().Graphic(test::GraphicRecord(), "x").Bytes());
   const Handle handle(file);
