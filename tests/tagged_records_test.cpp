@@ -19,7 +19,7 @@ using namespace std::string_literals;
 
 class TaggedRecordsTest : public test::ModuleTest {
  protected:
-  const core::RecordDefinitions definitions;
+  const core::RecordDefinitions definitions{};
 
   // The records of an area of these bytes.
   std::vector<TaggedRecord> Records(const std::string& bytes, uint64_t offset = 0) const {

@@ -72,7 +72,7 @@ class RecordDefinitions {
  private:
   // Those that come along and more; null for those that come along, which are made when they are asked
   // for.
-  std::shared_ptr<const ByTag> definitions_ = nullptr;
+  std::shared_ptr<const ByTag> definitions_;
 };
 
 /// Makes the definitions that the tool brings along and adds those of a folder, "" for none; what is
