@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 
 #include "core/pictures/area_scaler.h"
 #include "core/pictures/box_scaler.h"
@@ -63,8 +64,6 @@ class FileView::Drawer {
 
   SampleFault Draw(const TakeRow& take) {
     row_.resize(3 * static_cast<size_t>(window_.columns));
-    ground_.resize(row_.size());
-    for (size_t x = 0; x < ground_.size(); x += 3) std::copy_n(background_, 3, &ground_[x]);
     return IsSmaller() && request_.fast ? DrawNearest(take) : DrawAll(take);
   }
 
@@ -241,7 +240,7 @@ class FileView::Drawer {
       if (Hides(items_[first - 1], y)) break;
     }
     if (first == 0) {
-      row_ = ground_;
+      FillWithBackground();
     } else {
       --first;
     }
@@ -255,6 +254,16 @@ class FileView::Drawer {
       if (i == first && first != 0) return Compose(y);  // what it hid is seen now
     }
     return {};
+  }
+
+  // What is filled is copied behind itself.
+  void FillWithBackground() {
+    std::copy_n(background_, 3, row_.begin());
+    for (size_t filled = 3; filled < row_.size();) {
+      const size_t count = std::min(filled, row_.size() - filled);
+      std::memcpy(&row_[filled], row_.data(), count);
+      filled += count;
+    }
   }
 
   bool Hides(Item& item, int64_t y) {
@@ -314,7 +323,7 @@ class FileView::Drawer {
   uint32_t smallWidth_ = 0, smallHeight_ = 0;
   ImageLook look_;
   uint8_t background_[3] = {};
-  std::vector<uint8_t> row_, ground_;  // one that is drawn, and one of the background
+  std::vector<uint8_t> row_;
 };
 
 FileView::FileView(const Survey& survey, const ViewRequest& request)
