@@ -122,6 +122,27 @@ TEST_F(GeometryTest, HigherLevelsCoverLowerOnes) {
   EXPECT_EQ(picture.At(7, 7), test::Grey(10));
 }
 
+TEST_F(GeometryTest, ABlankImageIsDrawnOnceBelowThoseAboveIt) {
+  ImageForm blank{.width = 4,
+                  .height = 8,
+                  .blocksAcross = 2,
+                  .compression = "NM",
+                  .lookup = "\x50q",
+                  .lookupTables = 1};
+  NitfBuilder file;
+  file.Image(blank, test::MaskBytes({.blocks = {0xFFFFFFFF, 0xFFFFFFFF}}));
+  for (int level = 2; level <= 3; ++level) {
+    test::Record above = test::ImageRecord({.width = 2, .height = 2});
+    above.Set("IDLVL", level).Set("ILOC", level == 2 ? "0000000000" : "0000400004");
+    file.Image(above, std::string(4, static_cast<char>(0x20 * level)));
+  }
+  const test::Picture picture = test::RenderBytes(file.Bytes());
+  ASSERT_EQ(picture.status, 1);
+  EXPECT_EQ(picture.At(0, 0), test::Grey(0x40));
+  EXPECT_EQ(picture.At(5, 5), test::Grey(0x60));
+  EXPECT_EQ(picture.At(3, 3), test::Grey(0x50)) << "what its table has for zero";
+}
+
 TEST_F(GeometryTest, LongAttachmentChainsAreFollowedQuickly) {
   std::vector<Placed> chain;
   for (int i = 1; i <= 999; ++i) chain.push_back({i, i - 1, "0000100001", 1, 1});

@@ -251,6 +251,19 @@ TEST_F(HeadersTest, MagnificationsOfThreeDigitsCount) {
   }
 }
 
+TEST_F(HeadersTest, AFreshImageIsJustifiedRight) {
+  ImageSubheader fresh;
+  EXPECT_EQ(fresh.PJUST.code, 1u);
+  test::Record image = test::ImageRecord({});
+  for (const auto& [text, code] : {std::pair{"R", 1u}, {"L", 0u}}) {
+    NitfFile document;
+    ASSERT_EQ(
+        ReadBytes(NitfBuilder().Image(image.Set("PJUST", text), std::string(64, 'i')).Bytes(), document),
+        1);
+    EXPECT_EQ(document.images.At(0)->PJUST.code, code);
+  }
+}
+
 TEST_F(HeadersTest, DataThatBeginsBehindItsEndIsShort) {
   const std::vector<std::pair<const char*, int>> forms = {{"NM", 8}, {"NM", 1}, {"M1", 1}, {"M3", 8}};
   for (const auto& [compression, bits] : forms) {

@@ -23,7 +23,7 @@ std::vector<Rgb> BlockOf(const VqForm& vq, uint32_t firstCode) {
   uint32_t n = firstCode;
   for (uint32_t y = 0; y < vq.blockHeight; y += height) {
     for (uint32_t k = 0; k < vq.codesPerRow; ++k) {
-      const std::string entry = VqEntry(vq, VqCode(n++));
+      const std::string entry = VqEntry(vq, VqCode(n++) % vq.codes);
       for (uint32_t j = 0; j < std::min({side, height, vq.blockHeight - y}); ++j) {
         for (uint32_t i = 0; i < side && k * height + i < vq.blockWidth; ++i) {
           const auto at = [&](uint32_t byte) {
@@ -67,6 +67,7 @@ TEST_F(VqTest, EveryShapeOfVectorsIsDecoded) {
       {"vectors of one column", {.codeRows = 16, .codesPerRow = 16, .tables = 1}},
       {"more codes than are read at once",
        {.blockWidth = 256, .blockHeight = 256, .codeRows = 64, .codesPerRow = 64}},
+      {"a single entry", {.entries = 1, .codes = 1}},
       {"fewer tables than columns", {.tables = 3}},
       {"widths that are no multiple of four",
        {.blockWidth = 10, .blockHeight = 15, .codeRows = 3, .codesPerRow = 2, .tables = 5}},

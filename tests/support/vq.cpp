@@ -40,7 +40,7 @@ std::string VqData(const VqForm& form) {
   uint32_t n = 0;
   for (const bool stored : form.stored) {
     for (uint32_t i = 0; stored && i < form.CodedRows() * form.codesPerRow; ++i) {
-      bits = bits << form.codeBits | VqCode(n++);
+      bits = bits << form.codeBits | VqCode(n++) % form.codes;
       for (held += form.codeBits; held >= 8; held -= 8) data += static_cast<char>(bits >> (held - 8));
     }
   }

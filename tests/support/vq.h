@@ -14,8 +14,9 @@ struct VqForm {
   uint32_t blockWidth = 16, blockHeight = 16;
   uint32_t codeRows = 4, codesPerRow = 4, tables = 4, entries = 16;
   int codeBits = 12;
-  int bits = 8;   ///< of a sample: 8, 12 or 16
-  int bands = 1;  ///< 1 or 3
+  int bits = 8;         ///< of a sample: 8, 12 or 16
+  int bands = 1;        ///< 1 or 3
+  uint32_t codes = 16;  ///< that are used
   std::vector<bool> stored = {true};
 
   uint32_t VectorWidth() const { return blockWidth / codesPerRow; }
