@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 #include <link.h>
+#include <sys/auxv.h>
 
 #include <filesystem>
 #include <memory>
@@ -18,11 +19,15 @@ std::filesystem::path OwnFile() {
               RTLD_DL_LINKMAP) == 0)
     return {};
   const bool isProgram = map == nullptr || map->l_name[0] == 0;
+  std::error_code error;
   // A name that is no path from the root may mean another file by now.
   if (!isProgram && map->l_name[0] != '/') return {};
-  std::error_code error;
   std::filesystem::path path =
       std::filesystem::canonical(isProgram ? "/proc/self/exe" : map->l_name, error);
+  // Where there is no /proc, the name that the program was started by, if it is one from the root.
+  const char* started = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+  if (error && isProgram && started != nullptr && started[0] == '/')
+    path = std::filesystem::canonical(started, error);
   return error ? std::filesystem::path() : path;
 }
 
