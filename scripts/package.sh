@@ -59,7 +59,7 @@ import orbntf
 with orbntf.open(\"a.ntf\") as f:
     assert f.images[0].shape == (3, 2, 2) and f.render().shape == (2, 2, 3), f.images[0].shape
 with orbntf.open(\"deep.ntf\") as f:
-    assert f.images[0].read().max() == 0
+    assert f.images[0].read().shape == (1, 16, 16)
 orbntf.new(\"b.ntf\", images=[f_ for f_ in [orbntf.open(\"a.ntf\").render()[..., 0]]])
 "'
 inside bash -c 'cd /tmp && $(sed -n "s/^Exec=//p" /usr/share/thumbnailers/orbntf.thumbnailer | sed "s/%s/128/;s/%i/a.ntf/;s/%o/thumbnail.png/") && test -s thumbnail.png'
