@@ -11,6 +11,7 @@
 #include "media/codecs/facsimile.h"
 #include "media/codecs/jpeg.h"
 #include "media/codecs/jpeg2000.h"
+#include "media/library.h"
 #include "media/work.h"
 #include "tests/support/encoders.h"
 #include "tests/support/support.h"
@@ -268,6 +269,33 @@ TEST(Codecs, WhatIsNotWorthItsWorkIsRefusedBeforeItIsDone) {
   EXPECT_EQ(Decode(codestream, request, decoded), Outcome::BadData);
   codestream.replace(8, 8, std::string("\x7F\xFF\xFF\xFF\x7F\xFF\xFF\xFF"));
   EXPECT_NE(Decode(codestream, media::Jpeg2000Request(), decoded), Outcome::Ok);
+}
+
+// What a decoder passes over may be longer than what it reads at once.
+TEST(Codecs, LongSegmentsOfJpegArePassedOver) {
+  const std::string stream = BlockStream(0, 1, {0});
+  std::string longer = stream.substr(0, 2);
+  for (int i = 0; i < 20; ++i) longer += "\xFF\xED" + Big(65535, 2) + std::string(65533, 'x');
+  longer += stream.substr(2);
+  const media::Source source(longer.size(), [&](uint64_t at, uint8_t* to, size_t bytes) {
+    longer.copy(reinterpret_cast<char*>(to), bytes, static_cast<size_t>(at));
+    return true;
+  });
+  Decoded plain, passed;
+  ASSERT_EQ(Take(BytesOf(stream), media::JpegRequest(), plain), Outcome::Ok);
+  ASSERT_EQ(Take(source, media::JpegRequest(), passed), Outcome::Ok);
+  EXPECT_TRUE(passed == plain);
+}
+
+TEST(Codecs, LibrariesAreLoadedOnceOrNotThere) {
+  void* library = media::LoadLibrary("libm.so.6");
+  ASSERT_NE(library, nullptr);
+  EXPECT_EQ(media::LoadLibrary("libm.so.6"), library);
+  EXPECT_NE(media::FunctionOf(library, "cos"), nullptr);
+  EXPECT_EQ(media::FunctionOf(library, "no such function"), nullptr);
+  EXPECT_EQ(media::LoadLibrary("libnone.so.99"), nullptr);
+  EXPECT_EQ(media::LoadPlugin("none.so"), nullptr);
+  EXPECT_EQ(media::FunctionOf(nullptr, "cos"), nullptr);
 }
 
 }  // namespace

@@ -131,6 +131,16 @@ TEST_F(FilterTest, DarkImagesAreLiftedOnRequest) {
   EXPECT_EQ(render(19, 0), test::Grey(19));
   EXPECT_EQ(render(19, kLoadLiftDarkImages), test::Grey(19 + 89));
   EXPECT_EQ(render(20, kLoadLiftDarkImages), test::Grey(20)) << "one level brighter is not dark";
+  // Colours, without a palette to lift.
+  form.bands = 3;
+  form.representation = "RGB";
+  const auto lifted = [&](char blue) {
+    const std::string data = std::string(64, 10) + std::string(64, 0) + std::string(64, blue);
+    return test::RenderBytes(NitfBuilder().Image(form, data).Bytes(), {.flags = kLoadLiftDarkImages})
+        .At(7, 7);
+  };
+  EXPECT_EQ(lifted(19), (test::Rgb{10 + 89, 89, 19 + 89}));
+  EXPECT_EQ(lifted('\xFF'), (test::Rgb{10, 0, 255}));
 }
 
 TEST_F(FilterTest, DrawingStopsAtTheFirstFailure) {
