@@ -251,6 +251,19 @@ TEST_F(HeadersTest, MagnificationsOfThreeDigitsCount) {
   }
 }
 
+TEST_F(HeadersTest, DataThatBeginsAtItsEndIsEmpty) {
+  if (!test::HostHasCodecs()) GTEST_SKIP() << "no codecs";
+  ImageForm form{.bits = 1, .compression = "M1"};
+  form.pixelType = "B";
+  std::string table = test::MaskBytes({.blocks = {0}});
+  const std::string data(64, 'd');
+  for (const auto& [begin, status] : {std::pair{table.size() + data.size(), ORB_BAD_STRUCTURE},
+                                      {table.size() + data.size() + 1, ORB_SHORT_READ}}) {
+    table.replace(0, 4, test::Big(begin, 4));
+    EXPECT_EQ(test::RenderImage(form, table + data).status, status) << begin;
+  }
+}
+
 TEST_F(HeadersTest, AFreshImageIsJustifiedRight) {
   ImageSubheader fresh;
   EXPECT_EQ(fresh.PJUST.code, 1u);
