@@ -1,5 +1,6 @@
 #include "media/shuffle.h"
 
+#include <algorithm>
 #include <cstring>
 
 // Built for the processor's byte shuffle where it has one; CMake says how, if this compiler can.
@@ -80,6 +81,15 @@ void HighBytes(const uint8_t* words, uint32_t count, uint8_t* high) {
                                         21, 23, 25, 27, 29, 31));
   }
   for (; count > 0; --count, words += 2, ++high) *high = words[1];
+}
+
+void RepeatFront(uint8_t* bytes, size_t front, size_t all) {
+  // What is there already is copied behind itself.
+  for (size_t filled = front; filled < all;) {
+    const size_t count = std::min(filled, all - filled);
+    std::memcpy(bytes + filled, bytes, count);
+    filled += count;
+  }
 }
 
 }  // namespace media

@@ -2,6 +2,7 @@
 // counted.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace media {
@@ -15,5 +16,8 @@ void Interleave(const uint8_t* first, const uint8_t* second, const uint8_t* thir
                 uint8_t* pixels);
 /// Every second byte, from the second one on: the high bytes of little-endian samples.
 void HighBytes(const uint8_t* words, uint32_t count, uint8_t* high);
+
+/// Repeats the first bytes of some, `front` of them, up to the last one.
+void RepeatFront(uint8_t* bytes, size_t front, size_t all);
 
 }  // namespace media

@@ -57,7 +57,7 @@ class BehindWriter : public PictureWriter {
     piece.clear();
     return outcome;
   }
-  // Whether all went well so far.
+  // Whether all that was written was taken.
   bool Told() const {
     if (told_.thrown != nullptr) std::rethrow_exception(told_.thrown);
     if (!told_.isGood) errno = told_.error;

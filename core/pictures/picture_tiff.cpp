@@ -108,7 +108,8 @@ class CloudWriter : public PictureWriter {
   }
   static CloudForm FormOf(uint32_t width, uint32_t height, const TiffOptions& options) {
     CloudForm form;
-    form.width = width, form.height = height;
+    form.width = width;
+    form.height = height;
     form.pixelBytes = 3;
     form.predictor = PREDICTOR_HORIZONTAL;
     form.halve = MeansOf(SampleKind::Unsigned, 1, 3, std::nullopt);

@@ -92,10 +92,13 @@ class Rational : public PlaceModel {
       double p = (missingRow * column.byLongitude - missingColumn * row.byLongitude) / determinant,
              l = (missingColumn * row.byLatitude - missingRow * column.byLatitude) / determinant;
       const double length = std::hypot(p, l);
-      if (length > kLongest) p *= kLongest / length, l *= kLongest / length;
+      if (length > kLongest) {
+        p *= kLongest / length;
+        l *= kLongest / length;
+      }
       at.latitude += p;
       at.longitude += l;
-      // So far out is no place that the polynomials are believed in.
+      // Beyond that is no place that the polynomials are believed in.
       if (std::hypot(at.latitude, at.longitude) > kFar) return kOutside;
       if (length < kEnd || (step > kMostSteps / 2 && length < 100 * kEnd))
         return Found(at, height, ground);

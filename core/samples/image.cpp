@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstring>
 
+#include "media/shuffle.h"
 #include "media/work.h"
 
 namespace core {
@@ -31,12 +32,7 @@ SampleFault MakeSamples(SampleImage& image, uint64_t width, uint64_t height) {
   image.samples.assign(image.PixelBytes() * image.width * image.height, 0);
   if (image.noData.value_or(0) == 0) return {};
   for (uint32_t band = 0; band < image.bands; ++band) PutSample(image, 0, 0, band, *image.noData);
-  // What is filled is copied behind itself.
-  for (size_t filled = image.PixelBytes(); filled < image.samples.size();) {
-    const size_t count = std::min(filled, image.samples.size() - filled);
-    std::memcpy(&image.samples[filled], image.samples.data(), count);
-    filled += count;
-  }
+  media::RepeatFront(image.samples.data(), image.PixelBytes(), image.samples.size());
   return {};
 }
 

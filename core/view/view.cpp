@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 
 #include "core/pictures/area_scaler.h"
 #include "core/pictures/box_scaler.h"
 #include "core/view/graphic_painter.h"
+#include "media/shuffle.h"
 #include "media/work.h"
 
 namespace core {
@@ -240,7 +240,8 @@ class FileView::Drawer {
       if (Hides(items_[first - 1], y)) break;
     }
     if (first == 0) {
-      FillWithBackground();
+      std::copy_n(background_, 3, row_.begin());
+      media::RepeatFront(row_.data(), 3, row_.size());
     } else {
       --first;
     }
@@ -254,16 +255,6 @@ class FileView::Drawer {
       if (i == first && first != 0) return Compose(y);  // what it hid is seen now
     }
     return {};
-  }
-
-  // What is filled is copied behind itself.
-  void FillWithBackground() {
-    std::copy_n(background_, 3, row_.begin());
-    for (size_t filled = 3; filled < row_.size();) {
-      const size_t count = std::min(filled, row_.size() - filled);
-      std::memcpy(&row_[filled], row_.data(), count);
-      filled += count;
-    }
   }
 
   bool Hides(Item& item, int64_t y) {

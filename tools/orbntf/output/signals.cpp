@@ -13,6 +13,8 @@
 #include <cstring>
 #include <new>
 
+#include "core/format/background.h"
+
 namespace tool {
 namespace {
 
@@ -58,25 +60,7 @@ extern "C" void RemoveAndEnd(int signal) {
 }
 
 // Signals wait while a file and its entry are made one.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t ending;
-    sigemptyset(&ending);
-    for (const int signal : kEnding) sigaddset(&ending, signal);
-    (void)sigprocmask(SIG_BLOCK, &ending, &before_);
-  }
-  ~SignalsBlocked() {
-    const int error = errno;
-    (void)sigprocmask(SIG_SETMASK, &before_, nullptr);
-    errno = error;
-  }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
- private:
-  sigset_t before_;
-};
+using core::SignalsBlocked;
 
 int TakeSlot(const std::string& path) {
   if (path.size() >= PATH_MAX) return -1;
