@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "core/check/check_file.h"
 #include "core/core_state.h"
@@ -92,7 +93,9 @@ Samples SamplesOf(::core::SampleImage&& image) {
 }
 
 Error ErrorOf(const ::core::SampleFault& fault, const SegmentInfo& image, const SurveyedPart& part) {
-  return {KindOf(fault.outcome), fault.words, image.title, part.dataOffset};
+  const auto field = part.Find(fault.field);
+  return {KindOf(fault.outcome), fault.words, image.title, field ? field->offset : part.dataOffset,
+          fault.field};
 }
 
 SegmentInfo InfoOf(const SurveyedPart& part) {
@@ -108,9 +111,28 @@ SegmentInfo InfoOf(const SurveyedPart& part) {
   return info;
 }
 
-Error::Error(ErrorKind kind, const std::string& words, std::string segment, std::optional<uint64_t> byte)
-    : std::runtime_error(words), kind_(kind), segment_(std::move(segment)), byte_(byte) {}
+Error::Error(ErrorKind kind, const std::string& words, std::string segment, std::optional<uint64_t> byte,
+             std::string field)
+    : std::runtime_error(words),
+      kind_(kind),
+      segment_(std::move(segment)),
+      field_(std::move(field)),
+      byte_(byte) {}
 Error::~Error() = default;
+
+struct Interruption::State {
+  explicit State(std::function<bool()> goesOn) : interruption(std::move(goesOn)) {}
+  ::core::Interruption interruption;
+};
+Interruption::Interruption(std::function<bool()> goesOn)
+    : state_(std::make_unique<State>([goesOn = std::move(goesOn)] {
+        try {
+          return goesOn();
+        } catch (...) {
+          return false;
+        }
+      })) {}
+Interruption::~Interruption() = default;
 
 File::File(std::unique_ptr<State> state) : state_(std::move(state)) {
   const SurveyedPart& header = state_->survey.Header();
@@ -284,7 +306,9 @@ Samples File::ReadSamples(const SegmentInfo& image, const SampleRequest& request
     wanted.progress = Calm(request.progress);
     media::AllowPixels(::core::SamplesAskedFor(part, wanted));
     ::core::SampleImage samples;
-    const ::core::SampleFault fault = ::core::ReadSamples(state_->survey, part, wanted, samples);
+    if (std::exchange(state_->readImage, &part) != &part) state_->reading = {};
+    const ::core::SampleFault fault =
+        ::core::ReadSamples(state_->survey, part, wanted, samples, &state_->reading);
     if (fault.Met()) throw ErrorOf(fault, image, part);
     return SamplesOf(std::move(samples));
   });

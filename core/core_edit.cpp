@@ -1,6 +1,5 @@
 // The library's surface over core/edit.
 #include <cstring>
-#include <ctime>
 
 #include "core/core_state.h"
 #include "core/edit/add.h"
@@ -67,12 +66,15 @@ class SamplesRaster : public ::core::Raster {
   const Samples& samples_;
 };
 
-std::string DateNow() {
-  const std::time_t now = std::time(nullptr);
-  std::tm parts = {};
-  char text[16] = "19700101000000";
-  if (gmtime_r(&now, &parts) != nullptr) (void)std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &parts);
-  return text;
+// A change of a field, which an error names with its header.
+template <class Change>
+Edit& InField(Edit& edit, const std::string& segment, const std::string& field, Change change) {
+  try {
+    Guarded(change);
+  } catch (const Error& error) {
+    throw Error(error.Kind(), error.what(), segment, error.Byte(), field);
+  }
+  return edit;
 }
 
 }  // namespace
@@ -84,6 +86,10 @@ struct Edit::State {
     ::core::DraftPart* part = draft.Find(KindOf(kind), index);
     if (part == nullptr) throw Error(ErrorKind::Invalid, "there is no such segment");
     return *part;
+  }
+  std::string TitleOf(SegmentKind kind, uint32_t index) {
+    const ::core::DraftPart* part = draft.Find(KindOf(kind), index);
+    return part != nullptr ? part->Title() : "";
   }
   ::core::Placing PlacingOf(const Placement& place) {
     const ::core::DraftPart* on = place.on ? &Part(place.on->kind, place.on->index) : nullptr;
@@ -105,7 +111,8 @@ struct Edit::State {
 
 Edit::Edit(std::unique_ptr<State> state) : state_(std::move(state)) {}
 Edit::Edit(const File& file) {
-  Guarded([&] { state_ = std::make_unique<State>(::core::Draft(file.state_->survey), DateNow()); });
+  Guarded(
+      [&] { state_ = std::make_unique<State>(::core::Draft(file.state_->survey), ::core::DateNow()); });
   state_->inputs.push_back(&file.state_->survey);
 }
 Edit::Edit(Edit&&) noexcept = default;
@@ -121,17 +128,13 @@ Edit Edit::New(const std::string& date) {
 
 Edit& Edit::Set(SegmentKind kind, uint32_t index, const std::string& field, const std::string& value,
                 bool force) {
-  return Guarded([&]() -> Edit& {
+  return InField(*this, state_->TitleOf(kind, index), field, [&] {
     ::core::SetField(state_->Part(kind, index), {field, value, force});
-    return *this;
   });
 }
 
 Edit& Edit::SetAll(const std::string& field, const std::string& value, bool force) {
-  return Guarded([&]() -> Edit& {
-    ::core::SetEverywhere(state_->draft, {field, value, force});
-    return *this;
-  });
+  return InField(*this, "", field, [&] { ::core::SetEverywhere(state_->draft, {field, value, force}); });
 }
 
 Edit& Edit::SetRecord(SegmentKind kind, uint32_t index, const std::string& tag, const std::string& data) {
@@ -143,10 +146,9 @@ Edit& Edit::SetRecord(SegmentKind kind, uint32_t index, const std::string& tag, 
 
 Edit& Edit::SetRecordField(SegmentKind kind, uint32_t index, const std::string& tag,
                            const std::string& field, const std::string& value) {
-  return Guarded([&]() -> Edit& {
+  return InField(*this, state_->TitleOf(kind, index), field, [&] {
     ::core::SetRecordField(state_->draft, {KindOf(kind), index, tag, 1}, state_->definitions, field,
                            value);
-    return *this;
   });
 }
 

@@ -138,7 +138,7 @@ Samples File::DescribeSamples(const SegmentInfo& image) const {
     form.height = static_cast<uint32_t>(std::max<int64_t>(0, part.Number("NROWS")));
     if (part.Text("IC") != "I1") return SamplesOf(std::move(form));
     // A downsampled image has the size of its stream.
-    const auto streams = ::core::FindJpegStreams(state_->survey.file, part);
+    const auto& streams = state_->survey.JpegStreams(part);
     if (streams.empty())
       throw Error(ErrorKind::Damaged, "no stream was found", image.title, part.dataOffset);
     form.width = std::min(form.width, streams[0].stream.width);

@@ -6,10 +6,12 @@
 
 #include "core/edit/draft.h"
 #include "core/format/definitions.h"
+#include "core/format/interruption.h"
 #include "core/format/survey.h"
 #include "core/pictures/raster.h"
 #include "core/place/placed.h"
 #include "core/samples/image.h"
+#include "core/samples/stream_cache.h"
 #include "orbntf/core.hpp"
 
 namespace orbntf::core {
@@ -23,6 +25,8 @@ decltype(auto) Guarded(Work work) {
     return work();
   } catch (const Error&) {
     throw;
+  } catch (const ::core::StoppedWork& stopped) {
+    throw Error(ErrorKind::Stopped, stopped.what());
   } catch (const ::core::ReadError& error) {
     throw Error(ErrorKind::Unreadable, error.what());
   } catch (const ::core::EditError& error) {
@@ -65,6 +69,9 @@ struct File::State {
   ::core::Survey survey;
   ::core::RecordDefinitions definitions;
   mutable std::map<uint32_t, ::core::Placed> placed;  ///< of the images that were asked
+  // The stream that was read last, to go on with where the next window lies below.
+  mutable ::core::StreamCache reading;
+  mutable const SurveyedPart* readImage = nullptr;
   std::string_view memory;                            ///< where the file is bytes of the caller
   std::vector<SegmentInfo> segments;
 };

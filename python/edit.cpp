@@ -46,16 +46,17 @@ struct Changes {
   static oc::SegmentKind Kind(int kind) { return static_cast<oc::SegmentKind>(kind); }
 
   OpenFile* file = nullptr;
-  std::mutex mutex;
+  Turn mutex;
   oc::Edit edit;
 
   template <class Work>
   auto Alone(Work work) {
-    const py::gil_scoped_release released;
-    std::unique_lock<std::mutex> other;
-    if (file != nullptr) other = std::unique_lock<std::mutex>(file->mutex);
-    const std::lock_guard<std::mutex> lock(mutex);
-    return work();
+    return Unlocked([&] {
+      std::unique_lock<Turn> other;
+      if (file != nullptr) other = std::unique_lock<Turn>(file->mutex);
+      const std::lock_guard<Turn> lock(mutex);
+      return work();
+    });
   }
 };
 

@@ -202,12 +202,11 @@ void DefinePlaces(py::class_<OpenFile>& type) {
 
 py::list Compare(OpenFile& a, OpenFile& b) {
   constexpr const char* kKinds[] = {"field", "record", "data", "samples"};
-  const auto found = [&] {
-    const py::gil_scoped_release released;
+  const auto found = Unlocked([&] {
     if (&a == &b) return std::vector<oc::Difference>();
     const std::scoped_lock lock(a.mutex, b.mutex);
     return oc::Compare(a.file, b.file);
-  }();
+  });
   py::list all;
   const auto text = [](const std::optional<std::string>& bytes) {
     return bytes ? py::object(py::bytes(*bytes)) : py::object(py::none());
@@ -234,8 +233,10 @@ PYBIND11_MODULE(_core, module) {
       try {
         if (thrown) std::rethrow_exception(thrown);
       } catch (const oc::Error& failed) {
+        // What a signal's handler raised ends the work and is raised itself.
+        if (failed.Kind() == oc::ErrorKind::Stopped && PyErr_Occurred() != nullptr) return;
         const py::object value = py::reinterpret_borrow<py::object>(made)(
-            py::str(failed.what()), "", failed.Segment(), failed.Byte(),
+            py::str(failed.what()), failed.Field(), failed.Segment(), failed.Byte(),
             kStatus[static_cast<size_t>(failed.Kind())]);
         PyErr_SetObject(made, value.ptr());
       }

@@ -5,9 +5,11 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <atomic>
 #include <mutex>
 #include <new>
 #include <string>
+#include <thread>
 
 #include "orbntf/core.hpp"
 
@@ -16,14 +18,54 @@ namespace orbntf_python {
 namespace py = pybind11;
 namespace oc = orbntf::core;
 
+/// Does some work without the interpreter's lock. Signals are looked at meanwhile: what their handlers
+/// raise, as Ctrl-C does, ends the work.
+template <class Work>
+auto Unlocked(Work work) {
+  const py::gil_scoped_release released;
+  const oc::Interruption interruption([] {
+    const py::gil_scoped_acquire acquired;
+    return PyErr_CheckSignals() == 0;
+  });
+  try {
+    return work();
+  } catch (const std::bad_alloc&) {
+    throw oc::Error(oc::ErrorKind::TooMuch, "there is not enough memory");
+  }
+}
+
+/// Lets one call at a time work with a file. A call within another one of its thread, as a signal's
+/// handler would make, is Invalid.
+class Turn {
+ public:
+  void lock() {
+    if (owner_ == std::this_thread::get_id())
+      throw oc::Error(oc::ErrorKind::Invalid, "this thread is at work with the file already");
+    mutex_.lock();
+    owner_ = std::this_thread::get_id();
+  }
+  bool try_lock() {
+    if (owner_ == std::this_thread::get_id() || !mutex_.try_lock()) return false;
+    owner_ = std::this_thread::get_id();
+    return true;
+  }
+  void unlock() {
+    owner_ = std::thread::id();
+    mutex_.unlock();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::atomic<std::thread::id> owner_;
+};
+
 /// A file and what keeps its bytes; calls from several threads wait for each other.
 struct OpenFile {
   explicit OpenFile(const py::bytes& path) : file(Open(path)) {}
   OpenFile(py::bytes bytes, bool) : memory(std::move(bytes)), file(FromMemory(memory)) {}
 
   static oc::File Open(const std::string& path) {
-    const py::gil_scoped_release released;
-    return oc::File::Open(path);
+    return Unlocked([&] { return oc::File::Open(path); });
   }
   static oc::File FromMemory(const py::bytes& bytes) {
     const std::string_view view = bytes;
@@ -32,20 +74,17 @@ struct OpenFile {
   /// Without the interpreter's lock, one call at a time.
   template <class Work>
   auto Alone(Work work) {
-    const py::gil_scoped_release released;
-    const std::lock_guard<std::mutex> lock(mutex);
-    try {
+    return Unlocked([&] {
+      const std::lock_guard<Turn> lock(mutex);
       return work();
-    } catch (const std::bad_alloc&) {
-      throw oc::Error(oc::ErrorKind::TooMuch, "there is not enough memory");
-    }
+    });
   }
   const oc::SegmentInfo& Segment(int kind, uint32_t index) {
     return file.Segment(static_cast<oc::SegmentKind>(kind), index);
   }
 
   py::bytes memory;
-  std::mutex mutex;
+  Turn mutex;
   oc::File file;
 };
 

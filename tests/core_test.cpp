@@ -136,21 +136,6 @@ TEST(Core, ErrorsHaveTheirKind) {
   }
 }
 
-TEST(Core, WorkStopsWhenItIsNotWantedAnyMore) {
-  const std::string bytes = SoundWith({.width = 1024, .height = 4096}, std::string(4 << 20, 's')).Bytes();
-  const File file = File::FromMemory(bytes.data(), bytes.size());
-  const auto& image = file.Segment(SegmentKind::Image);
-  SampleRequest request;
-  double reached = 0;
-  request.progress = [&](double done) { return (reached = done) < 0.5; };
-  EXPECT_EQ(KindOf([&] { (void)file.ReadSamples(image, request); }), ErrorKind::Stopped);
-  EXPECT_NEAR(reached, 0.5, 0.1);
-  request.progress = [](double) -> bool { throw 1; };
-  EXPECT_EQ(KindOf([&] { (void)file.ReadSamples(image, request); }), ErrorKind::Stopped);
-  EXPECT_EQ(KindOf([&] { (void)file.Check([](double done) { return done < 0.3; }); }),
-            ErrorKind::Stopped);
-}
-
 TEST(Core, PicturesComeRowByRow) {
   const std::string bytes = SoundWith({}, Ramp()).Bytes();
   const File file = File::FromMemory(bytes.data(), bytes.size());

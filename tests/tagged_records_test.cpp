@@ -195,6 +195,24 @@ TEST_F(TaggedRecordsTest, WhatDoesNotDecodeIsKeptAsItIs) {
   EXPECT_NE(Records(Tagged("REGPTB", "x001" + std::string(77, '1')))[0].problem, "");
 }
 
+// An extension of 36 MB that says it holds records.
+TEST_F(TaggedRecordsTest, RecordsThatOverflowAreKeptWithinBounds) {
+  std::string data;
+  for (int i = 0; i < 360; ++i) data += Tagged("TAGONE", std::string(99985, 'x'));
+  test::NitfBuilder file;
+  file.extensions.push_back({test::DataExtensionRecord("TRE_OVERFLOW"), data});
+  file.extensions.push_back({test::DataExtensionRecord("TRE_OVERFLOW"), Tagged("TAGTWO", "abc")});
+  const std::string bytes = file.Bytes();
+  const core::Survey survey{std::string_view(bytes)};
+  const auto held = core::RecordsOf(survey.parts[1], {});
+  EXPECT_EQ(held.size(), 336u);
+  EXPECT_EQ(held.back().problem, "not all of it was read");
+  EXPECT_EQ(bytes.substr(held[334].offset, 6), "TAGONE");
+  const auto none = core::RecordsOf(survey.parts[2], {});
+  ASSERT_EQ(none.size(), 1u);
+  EXPECT_EQ(none[0].problem, "not all of it was read");
+}
+
 TEST_F(TaggedRecordsTest, BlanksAndDashesAreAbsent) {
   std::string data(121, '1');
   data.replace(0, 4, "----").replace(4, 1, " ").replace(5, 7, "12A4567");

@@ -79,6 +79,8 @@ for change in IDATIM=20231301000000 IGEOLO=nowhere ISDCTP=QQ IDLVL=0 NROWS=9 IC=
 done
 expect 0 'warning: security.type: image 0' "$tool" set a.ntf -o forced.ntf --force image:0 ISDCTP=QQ
 expect 1 'not written: it would break a rule: level.number' "$tool" set a.ntf -o x.ntf CLEVEL=08
+for jobs in 0 257; do expect 2 'jobs' "$tool" set a.ntf a.ntf -O sets --jobs $jobs FTITLE=x; done
+expect 2 'mend' "$tool" new -o x.ntf --image colour.ppm --mend
 expect 2 'the classification system' "$tool" set a.ntf -o x.ntf --class T
 expect 0 '' "$tool" set a.ntf -o secret.ntf --class T all:CLSY=US
 [ "$("$tool" info --json secret.ntf | grep -c 'CLAS": "T"')" -eq 3 ] || fail "all headers are classified"

@@ -1,6 +1,7 @@
 #include "core/check/rule.h"
 
 #include "core/format/allowed.h"
+#include "core/format/interruption.h"
 #include "core/format/words.h"
 
 namespace core {
@@ -47,9 +48,7 @@ void Checking::Ask(const Rule& rule, const SurveyedPart& part) {
 }
 
 const std::vector<FoundJpeg>& Checking::JpegStreams(const SurveyedPart& part) const {
-  const auto found = streams_.find(&part);
-  if (found != streams_.end()) return found->second;
-  return streams_[&part] = FindJpegStreams(survey.file, part);
+  return survey.JpegStreams(part);
 }
 
 const Metafile& Checking::MetafileOf(const SurveyedPart& part) const {
@@ -88,6 +87,7 @@ bool Checking::Run(const std::function<bool(double)>& progress) {
       const double done =
           static_cast<double>(i) + static_cast<double>(n) / static_cast<double>(rules.size());
       if (progress && !progress(done / all)) return false;
+      Interruption::Ask();
       Ask(*rules[n], part);
     }
   }

@@ -77,7 +77,6 @@ class Checking {
  private:
   void Ask(const Rule& rule, const SurveyedPart& part);
   const Rule* asked_ = nullptr;
-  mutable std::map<const SurveyedPart*, std::vector<FoundJpeg>> streams_;
   mutable std::map<const SurveyedPart*, Metafile> metafiles_;
   mutable std::map<const SurveyedPart*, Codestream> codestreams_;
   mutable std::map<const SurveyedPart*, std::vector<TaggedRecord>> records_;

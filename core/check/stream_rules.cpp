@@ -1,6 +1,7 @@
 // JPEG 2000 codestreams, facsimile and vector quantisation against the subheader.
 #include "core/check/rule.h"
 #include "core/format/blocks.h"
+#include "core/format/file_source.h"
 #include "media/codecs/facsimile.h"
 
 namespace core {
@@ -133,14 +134,13 @@ void AskRows(Checking& checking, const SurveyedPart& part) {
                                      static_cast<uint32_t>(blocks.height),
                                      part.Trimmed("COMRAT") != "1D"};
   constexpr uint64_t kMostBytes = 1 << 28;  // of fill for the greater part
-  const std::string data = checking.survey.Data(part, kMostBytes);
+  const FileSource data(checking.survey.file, part.dataOffset, std::min(part.dataLength, kMostBytes));
   uint32_t rows = 0;
   // Rows behind the first that does not decode are not given, which is all that is asked here.
-  (void)media::DecodeFacsimile({reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form,
-                               [&](uint32_t, std::span<const uint8_t>) {
-                                 ++rows;
-                                 return media::Outcome::Ok;
-                               });
+  (void)data.Checked(media::DecodeFacsimile(data.Get(), form, [&](uint32_t, std::span<const uint8_t>) {
+    ++rows;
+    return media::Outcome::Ok;
+  }));
   if (rows != blocks.height)
     checking.FailAtByte(
         part, part.dataOffset,

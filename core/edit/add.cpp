@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <ctime>
 
 #include "core/edit/fields.h"
 #include "core/edit/record_edits.h"
@@ -71,6 +73,16 @@ void SetCorners(DraftPart& part, const CornerFields& corners) {
 }
 
 }  // namespace
+
+std::string DateNow() {
+  std::time_t now = std::time(nullptr);
+  if (const char* epoch = std::getenv("SOURCE_DATE_EPOCH"); epoch != nullptr && *epoch != 0)
+    now = static_cast<std::time_t>(std::strtoll(epoch, nullptr, 10));
+  std::tm parts = {};
+  char text[16] = "19700101000000";
+  if (gmtime_r(&now, &parts) != nullptr) (void)std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &parts);
+  return text;
+}
 
 Draft NewFile(const Labels& labels) {
   Draft draft(NewFileHeader());

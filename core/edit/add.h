@@ -12,6 +12,9 @@ struct Labels {
   std::string classification;  ///< T, S, C, R or U; empty for U
 };
 
+/// Now in UTC, or the time that SOURCE_DATE_EPOCH names, as CCYYMMDDhhmmss.
+std::string DateNow();
+
 /// Adds stored images, each below the one before. The first one.
 DraftPart& AddImages(Draft& draft, std::vector<StoredImage> images, const Placing& placing,
                      const Labels& labels);

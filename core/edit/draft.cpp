@@ -15,7 +15,8 @@ std::shared_ptr<const SurveyedPart> Parse(PartKind kind, const std::string& head
   auto part = std::make_shared<SurveyedPart>();
   part->kind = kind;
   part->headerLength = header.size();
-  SurveySegment(FileBytes(std::string_view(header)), *part);
+  KeptData none = {0, 0};
+  SurveySegment(FileBytes(std::string_view(header)), *part, none);
   return part;
 }
 

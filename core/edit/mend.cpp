@@ -76,7 +76,8 @@ class Mending {
     own.offset = at;
     own.headerLength = kMost;
     own.dataLength = 0;
-    SurveySegment(survey_.file, own);
+    KeptData none = {0, 0};
+    SurveySegment(survey_.file, own, none);
     if (!own.complete) return {survey_.parts[part].headerLength, UINT64_MAX};
     Lengths lengths = {own.fieldsEnd - at, UINT64_MAX};
     const Blocks blocks(own);

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "core/edit/store_streams.h"
+#include "core/format/file_source.h"
 #include "core/format/part.h"
 #include "media/codecs/jpeg.h"
 #include "media/codecs/jpeg2000.h"
@@ -82,13 +83,8 @@ void DescribeCodestream(const std::string& front, const media::CodestreamSize& s
 StoredImage StoreAsIs(Draft& draft, const std::string& path) {
   const FileBytes& file = draft.Keep(std::make_shared<FileBytes>(path));
   if (!file.IsOpen()) throw ReadError(path, errno != 0 ? WordsOfErrno(errno) : "is no regular file");
-  const media::Source source(file.Size(), [&file](uint64_t at, uint8_t* to, size_t bytes) {
-    try {
-      return file.Read(at, to, bytes);
-    } catch (const ReadError&) {
-      return false;
-    }
-  });
+  const FileSource bytes(file, 0, file.Size());
+  const media::Source& source = bytes.Get();
   StoredImage image;
   media::JpegFrame frame;
   if (file.At(0, 2) == "\xFF\xD8" && media::FindJpegFrame(source, frame)) {
@@ -98,6 +94,7 @@ StoredImage StoreAsIs(Draft& draft, const std::string& path) {
   }
   const media::Source stream = media::CodestreamOf(source);
   media::CodestreamSize size;
+  bytes.Check();
   if (stream.Size() == 0 || !media::FindCodestreamSize(stream, size))
     throw PictureError("--as-is stores the stream of a JPEG or JPEG 2000 file, and this is neither");
   const uint64_t begin = file.Size() - stream.Size();

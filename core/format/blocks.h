@@ -1,7 +1,7 @@
 // The blocks of an image as its subheader gives them.
 #pragma once
 
-#include "core/format/survey.h"
+#include "core/format/part.h"
 
 namespace core {
 

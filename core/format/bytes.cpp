@@ -8,6 +8,8 @@
 #include <cstring>
 #include <utility>
 
+#include "core/format/interruption.h"
+
 namespace core {
 namespace {
 
@@ -116,6 +118,7 @@ std::string FileBytes::At(uint64_t offset, uint64_t count) const {
 }
 
 bool FileBytes::ReadStored(uint64_t offset, void* to, size_t count) const {
+  Interruption::Ask();
   if (offset > size_ || count > size_ - offset) return false;
   auto* bytes = static_cast<char*>(to);
   if (memory_.data() != nullptr) {

@@ -65,7 +65,7 @@ bool WriteAll(int descriptor, const void* bytes, size_t count);
 /// All bytes of a file. ReadError when it cannot be read to its end.
 std::string ReadWhole(const std::string& path);
 
-/// The bytes of a regular file, or bytes in memory.
+/// The bytes of a regular file, or bytes in memory. Reading asks whether the work goes on (Interruption).
 class FileBytes {
  public:
   /// A file; one that cannot be opened or is not regular is not open.
@@ -87,9 +87,9 @@ class FileBytes {
   /// is taken for at once.
   std::string At(uint64_t offset, uint64_t count) const;
   /// Copies the bytes from an offset on; false where they are not all there. ReadError.
-  bool Read(uint64_t offset, void* to, size_t count) const;
+  [[nodiscard]] bool Read(uint64_t offset, void* to, size_t count) const;
   /// The same, of the bytes as they are stored, whatever is shown in place of the first ones.
-  bool ReadStored(uint64_t offset, void* to, size_t count) const;
+  [[nodiscard]] bool ReadStored(uint64_t offset, void* to, size_t count) const;
   /// The first run of bytes that are stored from an offset on, up to an end: what lies in front of it and
   /// behind it is a hole, which reads as zeros. False where there is none.
   bool NextStored(uint64_t offset, uint64_t end, uint64_t& first, uint64_t& last) const;

@@ -157,7 +157,11 @@ std::vector<TaggedRecord> RecordsOf(const RecordArea& area, const RecordDefiniti
     }
     if (length < 0 || static_cast<uint64_t>(length) > left.size() - kTagWidth - kLengthWidth) {
       record.bytes = left;
-      record.problem = length < 0 ? "no tag and length" : "longer than its area";
+      const bool isCut =
+          length >= 0 && offset - area.offset + kTagWidth + kLengthWidth + length <= area.length;
+      record.problem = length < 0 ? "no tag and length"
+                       : isCut    ? "not all of it was read"
+                                  : "longer than its area";
       records.push_back(std::move(record));
       break;
     }
@@ -167,6 +171,9 @@ std::vector<TaggedRecord> RecordsOf(const RecordArea& area, const RecordDefiniti
     Explain(record, definitions);
     records.push_back(std::move(record));
   }
+  if (left.empty() && area.bytes.size() < area.length)
+    records.push_back(
+        {area.name, "", area.offset + area.bytes.size(), "", "not all of it was read", nullptr, {}});
   return records;
 }
 

@@ -100,13 +100,21 @@ void Survey::Take() {
   }
   waits = WaitsForLengths(file, parts);
   segmentsEnd = parts[0].headerLength;
+  KeptData left;
   for (size_t i = 1; i < parts.size(); ++i) {
     SurveyedPart& part = parts[i];
     part.offset = segmentsEnd;
     part.dataOffset = part.offset + part.headerLength;
     segmentsEnd = part.dataOffset + part.dataLength;
-    SurveySegment(file, part);
+    SurveySegment(file, part, left);
   }
+}
+
+const std::vector<FoundJpeg>& Survey::JpegStreams(const SurveyedPart& image) const {
+  const std::lock_guard lock(finding_);
+  const auto found = streams_.find(&image);
+  if (found != streams_.end()) return found->second;
+  return streams_[&image] = FindJpegStreams(file, image);
 }
 
 const SurveyedPart* Survey::Find(PartKind kind, uint32_t index) const {

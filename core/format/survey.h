@@ -1,11 +1,14 @@
 // A file's structure, field by field, as far as its lengths lead.
 #pragma once
 
+#include <map>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "core/format/bytes.h"
+#include "core/format/jpeg_stream.h"
 #include "core/format/part.h"
 
 namespace core {
@@ -39,9 +42,14 @@ class Survey {
   std::string Data(const SurveyedPart& part, uint64_t limit = UINT64_MAX) const;
   /// Whether all of a segment's data is there.
   bool HoldsData(const SurveyedPart& part) const;
+  /// The JPEG streams of an image's data, which is walked once; from any thread.
+  const std::vector<FoundJpeg>& JpegStreams(const SurveyedPart& image) const;
 
  private:
   void Take();
+
+  mutable std::mutex finding_;
+  mutable std::map<const SurveyedPart*, std::vector<FoundJpeg>> streams_;
 };
 
 }  // namespace core

@@ -63,14 +63,16 @@ void TakeFields(FieldTaker& taker, const SurveyedPart& part) {
 }
 
 // Records of an offset for every block, and of band-sequential images for every block of every band.
-std::vector<uint32_t> MaskRecords(std::string_view bytes) {
-  std::vector<uint32_t> records;
-  for (; bytes.size() >= 4; bytes.remove_prefix(4))
-    records.push_back(static_cast<uint32_t>(BigNumber(bytes.substr(0, 4))));
-  return records;
+bool TakeMaskRecords(const FileBytes& file, uint64_t offset, uint64_t count,
+                     std::vector<uint32_t>& records) {
+  records.resize(count);
+  if (!file.Read(offset, records.data(), count * sizeof(uint32_t))) return false;
+  for (uint32_t& record : records)
+    record = static_cast<uint32_t>(BigNumber({reinterpret_cast<const char*>(&record), sizeof record}));
+  return true;
 }
 
-void TakeMask(const FileBytes& file, SurveyedPart& part) {
+void TakeMask(const FileBytes& file, SurveyedPart& part, KeptData& left) {
   constexpr uint64_t kHead = 10, kMostRecords = 10000000;
   SurveyedMask& mask = part.mask;
   const std::string head = file.At(part.dataOffset, std::min(part.dataLength, kHead));
@@ -79,28 +81,27 @@ void TakeMask(const FileBytes& file, SurveyedPart& part) {
   mask.blockLength = static_cast<uint32_t>(BigNumber(std::string_view(head).substr(4, 2)));
   mask.padLength = static_cast<uint32_t>(BigNumber(std::string_view(head).substr(6, 2)));
   mask.padBits = static_cast<uint32_t>(BigNumber(std::string_view(head).substr(8, 2)));
-  const uint64_t blocks = static_cast<uint64_t>(std::max<int64_t>(0, part.Number("NBPR"))) *
-                          static_cast<uint64_t>(std::max<int64_t>(0, part.Number("NBPC")));
-  const uint64_t records =
-      part.Text("IMODE") == "S" ? blocks * static_cast<uint64_t>(part.Bands()) : blocks;
+  const uint64_t all = static_cast<uint64_t>(std::max<int64_t>(0, part.Number("NBPR"))) *
+                       static_cast<uint64_t>(std::max<int64_t>(0, part.Number("NBPC")));
+  const uint64_t records = part.Text("IMODE") == "S" ? all * static_cast<uint64_t>(part.Bands()) : all;
   const uint64_t codeBytes = (mask.padBits + 7) / 8;
   if (records > kMostRecords) return;
-  const uint64_t blockBytes = mask.blockLength != 0 ? 4 * records : 0;
-  const uint64_t padBytes = mask.padLength != 0 ? 4 * records : 0;
-  mask.bytes = kHead + codeBytes + blockBytes + padBytes;
-  if (mask.bytes > part.dataLength) return;
-  const std::string all = file.At(part.dataOffset + kHead, mask.bytes - kHead);
-  if (all.size() != mask.bytes - kHead) return;
-  mask.padCode = all.substr(0, codeBytes);
-  mask.blocks = MaskRecords(std::string_view(all).substr(codeBytes, blockBytes));
-  mask.pads = MaskRecords(std::string_view(all).substr(codeBytes + blockBytes, padBytes));
-  mask.complete = true;
+  const uint64_t blocks = mask.blockLength != 0 ? records : 0, pads = mask.padLength != 0 ? records : 0;
+  mask.bytes = kHead + codeBytes + 4 * (blocks + pads);
+  if (mask.bytes > std::min(part.dataLength, left.masks)) return;
+  const uint64_t at = part.dataOffset + kHead + codeBytes;
+  if (at > file.Size() || file.Size() - at < 4 * (blocks + pads)) return;
+  left.masks -= mask.bytes;
+  mask.padCode = file.At(part.dataOffset + kHead, codeBytes);
+  mask.complete = TakeMaskRecords(file, at, blocks, mask.blocks) &&
+                  TakeMaskRecords(file, at + 4 * blocks, pads, mask.pads);
 }
 
 // What overflowed from another header.
-void TakeOverflow(const FileBytes& file, SurveyedPart& part) {
-  part.areas.push_back(
-      {"DESDATA", part.dataOffset, file.At(part.dataOffset, part.dataLength), part.dataLength, 0});
+void TakeOverflow(const FileBytes& file, SurveyedPart& part, KeptData& left) {
+  const std::string bytes = file.At(part.dataOffset, std::min(part.dataLength, left.records));
+  left.records -= bytes.size();
+  part.areas.push_back({"DESDATA", part.dataOffset, bytes, part.dataLength, 0});
 }
 
 }  // namespace
@@ -175,12 +176,12 @@ void FieldTaker::Finish() {
   part_.fieldsEnd = part_.offset + at_;
 }
 
-void SurveySegment(const FileBytes& file, SurveyedPart& part) {
+void SurveySegment(const FileBytes& file, SurveyedPart& part, KeptData& left) {
   FieldTaker taker(file.At(part.offset, part.headerLength), part);
   TakeFields(taker, part);
   taker.Finish();
-  if (part.kind == PartKind::Image && part.complete && part.IsMasked()) TakeMask(file, part);
-  if (part.Trimmed("DESID") == "TRE_OVERFLOW") TakeOverflow(file, part);
+  if (part.kind == PartKind::Image && part.complete && part.IsMasked()) TakeMask(file, part, left);
+  if (part.Trimmed("DESID") == "TRE_OVERFLOW") TakeOverflow(file, part, left);
 }
 
 }  // namespace core

@@ -41,7 +41,14 @@ class FieldTaker {
   bool ended_ = false;
 };
 
-/// Takes the fields of a segment whose place and lengths are known, and what stands in front of its data.
-void SurveySegment(const FileBytes& file, SurveyedPart& part);
+/// What a survey still keeps of data, in bytes: records that overflowed, and mask tables. Far above what
+/// files have.
+struct KeptData {
+  uint64_t records = 32 << 20, masks = 64 << 20;
+};
+
+/// Takes the fields of a segment whose place and lengths are known, and what stands in front of its data
+/// as far as it is kept.
+void SurveySegment(const FileBytes& file, SurveyedPart& part, KeptData& left);
 
 }  // namespace core

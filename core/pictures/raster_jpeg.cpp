@@ -1,6 +1,7 @@
 // JPEG and JPEG 2000 files.
 #include <cstring>
 
+#include "core/format/file_source.h"
 #include "core/pictures/raster.h"
 #include "media/codecs/jpeg.h"
 #include "media/codecs/jpeg2000.h"
@@ -9,29 +10,13 @@
 namespace core {
 namespace {
 
-// A file as decoders read it; what fails there is thrown behind them.
-class FileSource {
+// A file as decoders read it.
+class PictureSource : public FileSource {
  public:
-  explicit FileSource(const FileBytes& file)
-      : source_(file.Size(), [this, &file](uint64_t at, uint8_t* to, size_t bytes) {
-          try {
-            return file.Read(at, to, bytes);
-          } catch (const ReadError&) {
-            error_ = std::current_exception();
-            return false;
-          }
-        }) {}
-  FileSource(const FileSource&) = delete;
-  FileSource& operator=(const FileSource&) = delete;
-  const media::Source& Get() const { return source_; }
+  explicit PictureSource(const FileBytes& file) : FileSource(file, 0, file.Size()) {}
   void Require(media::Outcome outcome, const char* what) const {
-    if (error_ != nullptr) std::rethrow_exception(error_);
-    if (outcome != media::Outcome::Ok) throw PictureError(FaultOf(outcome, what).words);
+    if (Checked(outcome) != media::Outcome::Ok) throw PictureError(FaultOf(outcome, what).words);
   }
-
- private:
-  std::exception_ptr error_;
-  media::Source source_;
 };
 
 class JpegRaster : public Raster {
@@ -61,7 +46,7 @@ class JpegRaster : public Raster {
   }
 
  private:
-  FileSource source_;
+  PictureSource source_;
 };
 
 class Jpeg2000Raster : public Raster {
@@ -130,13 +115,13 @@ class Jpeg2000Raster : public Raster {
     form_.isColour = form_.bands == 3 && part.colour != media::DeclaredColour::Other;
   }
 
-  FileSource source_;
+  PictureSource source_;
 };
 
 }  // namespace
 
 std::unique_ptr<Raster> OpenJpegPicture(const FileBytes& file) {
-  const FileSource source(file);
+  const PictureSource source(file);
   const bool isJpeg2000 = media::IsCodestream(source.Get()) || media::IsJp2(source.Get());
   source.Require(media::Outcome::Ok, "");
   if (isJpeg2000) return std::make_unique<Jpeg2000Raster>(file);

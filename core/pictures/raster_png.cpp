@@ -46,7 +46,7 @@ class PngRaster : public Raster {
     auto& raster = *static_cast<PngRaster*>(png_get_io_ptr(png));
     try {
       if (!raster.file_.Read(raster.at_, to, count)) raster.words_ = "it ends too early";
-    } catch (const ReadError&) {
+    } catch (...) {
       raster.failure_ = std::current_exception();
     }
     if (raster.failure_ != nullptr || !raster.words_.empty()) png_error(png, "end");

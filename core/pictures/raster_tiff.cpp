@@ -1,58 +1,13 @@
 // TIFF files strip by strip or tile by tile.
 #include <cstring>
 
-#include <tiffio.h>
-
+#include "core/format/file_source.h"
 #include "core/pictures/geo_tags.h"
 #include "core/pictures/raster.h"
+#include "media/codecs/tiff_source.h"
 
 namespace core {
 namespace {
-
-// A file as libtiff reads it; what fails there is thrown behind it.
-struct TiffBytes {
-  const FileBytes& file;
-  uint64_t position = 0;
-  std::exception_ptr failure = nullptr;
-};
-tmsize_t ReadTiff(thandle_t handle, void* to, tmsize_t count) {
-  auto& bytes = *static_cast<TiffBytes*>(handle);
-  const uint64_t left = bytes.file.Size() - std::min(bytes.file.Size(), bytes.position);
-  const auto some =
-      static_cast<size_t>(std::min<uint64_t>(left, static_cast<uint64_t>(std::max<tmsize_t>(count, 0))));
-  try {
-    if (!bytes.file.Read(bytes.position, to, some)) return 0;
-  } catch (const ReadError&) {
-    bytes.failure = std::current_exception();
-    return 0;
-  }
-  bytes.position += some;
-  return static_cast<tmsize_t>(some);
-}
-toff_t SeekTiff(thandle_t handle, toff_t offset, int whence) {
-  auto& bytes = *static_cast<TiffBytes*>(handle);
-  const uint64_t base = whence == SEEK_SET ? 0 : whence == SEEK_CUR ? bytes.position : bytes.file.Size();
-  return bytes.position = base + offset;
-}
-int Drop(TIFF*, void*, const char*, const char*, va_list) { return 1; }
-
-using TiffPtr = std::unique_ptr<TIFF, decltype(&TIFFClose)>;
-TiffPtr OpenHandle(TiffBytes& bytes) {
-  constexpr tmsize_t kMostAtOnce = 256 << 20;
-  DeclareGeoTags();
-  TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
-  if (options == nullptr) throw std::bad_alloc();
-  TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostAtOnce);
-  TIFFOpenOptionsSetErrorHandlerExtR(options, Drop, nullptr);
-  TIFFOpenOptionsSetWarningHandlerExtR(options, Drop, nullptr);
-  TIFF* tiff = TIFFClientOpenExt(
-      "picture", "rm", &bytes, ReadTiff, [](thandle_t, void*, tmsize_t) -> tmsize_t { return 0; },
-      SeekTiff, [](thandle_t) { return 0; },
-      [](thandle_t handle) -> toff_t { return static_cast<TiffBytes*>(handle)->file.Size(); }, nullptr,
-      nullptr, options);
-  TIFFOpenOptionsFree(options);
-  return {tiff, &TIFFClose};
-}
 
 // The fields that say how samples are stored.
 struct TiffForm {
@@ -102,7 +57,7 @@ SampleKind KindOf(const TiffForm& form) {
 class TiffRaster : public Raster {
  public:
   TiffRaster(const FileBytes& file, std::optional<uint32_t> page)
-      : bytes_{file}, tiff_(OpenHandle(bytes_)) {
+      : bytes_(file, 0, file.Size()), source_{"", bytes_.Get()}, tiff_(Open(source_)) {
     Require(tiff_ != nullptr);
     SetPage(page);
     tiffForm_ = FormOf(tiff_.get());
@@ -125,8 +80,12 @@ class TiffRaster : public Raster {
   }
 
  private:
+  static media::TiffPtr Open(media::TiffSource& source) {
+    DeclareGeoTags();
+    return media::OpenTiff(source);
+  }
   void Require(bool isGood, const std::string& words = "TIFF: it is damaged") const {
-    if (bytes_.failure != nullptr) std::rethrow_exception(bytes_.failure);
+    bytes_.Check();
     if (!isGood) throw PictureError(words);
   }
 
@@ -313,8 +272,9 @@ class TiffRaster : public Raster {
     }
   }
 
-  TiffBytes bytes_;
-  TiffPtr tiff_;
+  FileSource bytes_;
+  media::TiffSource source_;
+  media::TiffPtr tiff_;
   TiffForm tiffForm_;
 };
 

@@ -1,14 +1,14 @@
 // What reads the samples of each compression. The image has its depth and fill already.
 #pragma once
 
-#include <exception>
+#include <algorithm>
 #include <map>
 
 #include "core/format/blocks.h"
+#include "core/format/file_source.h"
 #include "core/format/survey.h"
 #include "core/samples/stream_cache.h"
 #include "core/samples/target.h"
-#include "media/codecs/source.h"
 
 namespace core {
 
@@ -29,23 +29,12 @@ struct SampleSource {
   SharedBlocks BlocksByOffset() const;
 };
 
-/// Bytes of an image's data that a decoder reads: few of them at once, many as it goes on. ReadError.
-class PartSource {
+/// Bytes of an image's data that a decoder reads.
+class PartSource : public FileSource {
  public:
   PartSource(const SampleSource& source, uint64_t offset, uint64_t length)
-      : source_(MakeSource(source, offset, length)) {}
-  PartSource(const PartSource&) = delete;
-  PartSource& operator=(const PartSource&) = delete;
-  const media::Source& Get() const { return source_; }
-  /// What decoding came to. Throws the ReadError that was met on the way.
-  media::Outcome Checked(media::Outcome outcome) const;
-
- private:
-  media::Source MakeSource(const SampleSource& source, uint64_t offset, uint64_t length);
-
-  mutable std::exception_ptr error_;
-  std::string held_;
-  media::Source source_;
+      : FileSource(source.survey.file, source.part.dataOffset + offset,
+                   std::min(length, source.part.dataLength - std::min(source.part.dataLength, offset))) {}
 };
 
 /// The bits of a byte, the highest one first, as bytes.

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <iterator>
 
+#include "core/format/interruption.h"
 #include "core/samples/decoders.h"
 #include "media/codecs/facsimile.h"
 
@@ -9,6 +10,11 @@ namespace core {
 
 // A single stream that is decoded row by row.
 struct FacsimileRun {
+  FacsimileRun(const SampleSource& source, uint64_t from, uint64_t end)
+      : begin(from), data(source, from, end - from) {}
+
+  uint64_t begin;
+  PartSource data;
   std::unique_ptr<media::FacsimileRows> rows;
 };
 
@@ -39,17 +45,23 @@ bool IsWanted(const std::vector<uint64_t>& numbers, const media::FacsimileForm& 
 
 // Decodes the stream of one or several equal blocks, as far as rows are wanted: all of it with the
 // image's last row.
-SampleFault ReadFacsimileBlocks(const SampleSource& source, media::FacsimileRows& rows,
+SampleFault ReadFacsimileBlocks(const SampleSource& source, const FacsimileRun& run,
                                 const media::FacsimileForm& form, const std::vector<uint64_t>& blocks,
                                 SampleTarget& target) {
   const bool isAlone = source.blocks.Count() == 1;
   const bool isWhole = !isAlone || target.Bottom() >= static_cast<uint64_t>(source.part.Number("NROWS"));
   const uint32_t end = isWhole ? form.height : std::min(form.height, target.Bottom());
+  media::FacsimileRows& rows = *run.rows;
   std::span<const uint8_t> row;
   while (rows.Position() < end && rows.Next(row)) {
+    Interruption::Ask();
+    if (!target.GoesOn(run.begin, run.data.Get().Size(), source.part.dataLength, rows.Position(),
+                       form.height))
+      return Stopped();
     for (const uint64_t block : blocks)
       PutRow(row, form, block, rows.Position() - 1, source.blocks.across, target);
   }
+  run.data.Check();
   if (rows.Position() == 0) return {media::Outcome::BadData, "no row decodes"};
   if (rows.Position() < end)
     return {media::Outcome::BadData,
@@ -66,10 +78,9 @@ SampleFault OpenFacsimile(const SampleSource& source, const media::FacsimileForm
     run = source.cache->facsimile;
     return {};
   }
-  run = std::make_shared<FacsimileRun>();
-  const std::string data = source.survey.file.At(source.part.dataOffset + begin, end - begin);
-  const media::Outcome outcome = media::FacsimileRows::Open(
-      {reinterpret_cast<const uint8_t*>(data.data()), data.size()}, form, run->rows);
+  run = std::make_shared<FacsimileRun>(source, begin, end);
+  const media::Outcome outcome =
+      run->data.Checked(media::FacsimileRows::Open(run->data.Get(), form, run->rows));
   if (outcome == media::Outcome::BadData) return {outcome, "no row decodes"};
   if (outcome != media::Outcome::Ok) return FaultOf(outcome, "the facsimile");
   if (isKept) source.cache->facsimile = run;
@@ -104,8 +115,7 @@ SampleFault ReadFacsimile(const SampleSource& source, SampleTarget& target) {
     std::shared_ptr<FacsimileRun> run;
     if (SampleFault fault = OpenFacsimile(source, form, place->first, end, target, run); fault.Met())
       return fault;
-    if (SampleFault fault = ReadFacsimileBlocks(source, *run->rows, form, place->second, target);
-        fault.Met())
+    if (SampleFault fault = ReadFacsimileBlocks(source, *run, form, place->second, target); fault.Met())
       return fault;
   }
   return {};

@@ -37,6 +37,7 @@ struct SampleImage {
 struct SampleFault {
   media::Outcome outcome = media::Outcome::Ok;
   std::string words;
+  const char* field = "";  ///< of the subheader, where one is at fault
   /// As a number: 1, -1, -7, -9, -13, -16, -31.
   int32_t Code() const { return static_cast<int32_t>(outcome); }
   bool Met() const { return outcome != media::Outcome::Ok; }

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <optional>
 
+#include "core/format/interruption.h"
 #include "core/format/jpeg_stream.h"
 #include "core/samples/decoders.h"
 #include "media/codecs/jpeg.h"
@@ -11,17 +12,16 @@ namespace {
 
 constexpr uint32_t kMostReduce = 3;  // libjpeg scales down to an eighth
 
-uint64_t Reduced(uint64_t side, uint32_t reduce) {
-  return (side + (uint64_t{1} << reduce) - 1) >> reduce;
-}
-
 }  // namespace
 
 // A stream that is decoded row by row.
 class JpegRun {
  public:
   JpegRun(const SampleSource& source, const FoundJpeg& found, uint32_t reduce)
-      : data_(source, found.offset, found.stream.size), reduce_(reduce) {}
+      : data_(source, found.offset, found.stream.size),
+        found_(found),
+        all_(source.part.dataLength),
+        reduce_(reduce) {}
 
   /// Decodes rows until those of a target are there.
   media::Outcome Read(media::JpegColours colours, SampleTarget& target) {
@@ -33,7 +33,10 @@ class JpegRun {
     isStarted_ = true;
     const uint32_t end = std::min(rows_.Form().height, target.Bottom());
     while (rows_.Position() < end) {
+      Interruption::Ask();
       const uint32_t y = rows_.Position();
+      if (!target.GoesOn(found_.offset, found_.stream.size, all_, y, rows_.Form().height))
+        return media::Outcome::Stopped;
       const uint8_t* row = nullptr;
       if (const media::Outcome outcome = data_.Checked(rows_.Next(row)); outcome != media::Outcome::Ok)
         return outcome;
@@ -47,6 +50,8 @@ class JpegRun {
 
  private:
   PartSource data_;
+  FoundJpeg found_;
+  uint64_t all_;  // bytes of the data
   uint32_t reduce_;
   media::JpegRows rows_;
   bool isStarted_ = false;
@@ -106,7 +111,7 @@ class JpegBlocks {
   }
 
   std::vector<FoundJpeg> StreamsByOffset() const {
-    std::vector<FoundJpeg> streams = FindJpegStreams(source_.survey.file, source_.part);
+    std::vector<FoundJpeg> streams = source_.survey.JpegStreams(source_.part);
     std::stable_sort(streams.begin(), streams.end(),
                      [](const FoundJpeg& a, const FoundJpeg& b) { return a.offset < b.offset; });
     return streams;
@@ -122,8 +127,8 @@ class JpegBlocks {
                across = static_cast<uint64_t>(blocks.across);
     const uint64_t block = found.number % count, band = blocks.sequential ? found.number / count : 0;
     if (found.number >= count * (blocks.sequential ? target_.Bands() : 1)) return std::nullopt;
-    const uint64_t width = Reduced(static_cast<uint64_t>(blocks.width), target_.Reduce()),
-                   height = Reduced(static_cast<uint64_t>(blocks.height), target_.Reduce());
+    const uint64_t width = media::Reduced(static_cast<uint32_t>(blocks.width), target_.Reduce()),
+                   height = media::Reduced(static_cast<uint32_t>(blocks.height), target_.Reduce());
     const Place place = {static_cast<uint32_t>(width * (block % across)),
                          static_cast<uint32_t>(height * (block / across)), static_cast<uint32_t>(band)};
     const bool isWanted = target_.Wants(place.left, place.top, width, height) &&
@@ -170,6 +175,8 @@ class JpegBlocks {
       request.height = std::max(request.height, target_.Bottom() - std::min(target_.Bottom(), place.top));
     return data.Checked(media::DecodeJpeg(
         data.Get(), request, [&](const media::RowForm& form, uint32_t y, const uint8_t* row) {
+          if (!target_.GoesOn(found.offset, found.stream.size, source_.part.dataLength, y, form.height))
+            return media::Outcome::Stopped;
           for (const Place& place : places)
             target_.PutRow(form, row, place.left, place.top + y, place.band);
           return media::Outcome::Ok;

@@ -53,7 +53,7 @@ SampleFault DescribeSamples(const SurveyedPart& part, SampleImage& image) {
   const int64_t bits = part.Number("NBPP"), significant = part.Number("ABPP");
   const std::string_view type = part.Trimmed("PVTYPE");
   if (bits < 1 || bits > 64)
-    return {media::Outcome::Unsupported, "samples of " + Quoted(part.Text("NBPP")) + " bits"};
+    return {media::Outcome::Unsupported, "samples of " + Quoted(part.Text("NBPP")) + " bits", "NBPP"};
   if ((type == "R" && bits != 32 && bits != 64) || (type == "C" && bits != 64))
     return {media::Outcome::Unsupported,
             "samples " + Quoted(type) + " of " + std::to_string(bits) + " bits"};
@@ -90,39 +90,15 @@ SharedBlocks SampleSource::BlocksByOffset() const {
   return places;
 }
 
-media::Source PartSource::MakeSource(const SampleSource& source, uint64_t offset, uint64_t length) {
-  const SurveyedPart& part = source.part;
-  const uint64_t left = part.dataLength - std::min(part.dataLength, offset);
-  const uint64_t begin = std::min(part.dataOffset + offset, source.survey.file.Size());
-  const uint64_t count = std::min({length, left, source.survey.file.Size() - begin});
-  constexpr uint64_t kHeldWhole = 1 << 20;
-  if (count <= kHeldWhole) {
-    held_ = source.survey.file.At(begin, count);
-    return media::Bytes(reinterpret_cast<const uint8_t*>(held_.data()), held_.size());
-  }
-  return {count, [this, &file = source.survey.file, begin](uint64_t at, uint8_t* to, size_t bytes) {
-            try {
-              return file.Read(begin + at, to, bytes);
-            } catch (const ReadError&) {
-              error_ = std::current_exception();
-              return false;
-            }
-          }};
-}
-
-media::Outcome PartSource::Checked(media::Outcome outcome) const {
-  if (error_ != nullptr) std::rethrow_exception(error_);
-  return outcome;
-}
-
 SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const SampleRequest& request,
                         SampleImage& image, StreamCache* cache) {
   constexpr uint32_t kMostReduce = 16;
   const SampleSource source = {survey, part, Blocks(part), cache};
   if (!part.complete) return {media::Outcome::ShortData, "the subheader is not whole"};
-  if (!source.blocks.Known()) return {media::Outcome::BadData, "the size of the image is not known"};
+  if (!source.blocks.Known())
+    return {media::Outcome::BadData, "the size of the image is not known", "NROWS"};
   if (!source.blocks.Cover(part))
-    return {media::Outcome::BadData, "the blocks are not those of the image"};
+    return {media::Outcome::BadData, "the blocks are not those of the image", "NBPR"};
   if (part.IsMasked() && !part.mask.complete)
     return {media::Outcome::ShortData, "the mask table is not whole"};
   if (request.reduce > kMostReduce)
@@ -132,7 +108,7 @@ SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const Sa
   for (const Reader& reader : kReaders) {
     if (IsOneOf(part.Text("IC"), reader.compressions)) return reader.read(source, target);
   }
-  return {media::Outcome::Unsupported, "IC is " + Quoted(part.Text("IC"))};
+  return {media::Outcome::Unsupported, "IC is " + Quoted(part.Text("IC")), "IC"};
 }
 
 uint64_t SamplesAskedFor(const SurveyedPart& part, const SampleRequest& request) {

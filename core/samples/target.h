@@ -1,6 +1,7 @@
 // Where samples that are asked for go.
 #pragma once
 
+#include <algorithm>
 #include <functional>
 
 #include "core/samples/image.h"
@@ -53,6 +54,11 @@ class SampleTarget {
   bool GoesOn(uint64_t done, uint64_t all) const {
     return !request_.progress ||
            request_.progress(static_cast<double>(done) / static_cast<double>(all == 0 ? 1 : all));
+  }
+
+  /// The same in a stream that begins at a byte of `data` and has decoded so many of its rows.
+  bool GoesOn(uint64_t offset, uint64_t bytes, uint64_t data, uint64_t row, uint64_t rows) const {
+    return !request_.progress || GoesOn(offset + bytes / std::max<uint64_t>(rows, 1) * row, data);
   }
 
   /// Puts the value of a sample; one that is not asked for is left out.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 
+#include "core/format/interruption.h"
 #include "core/pictures/area_scaler.h"
 #include "core/pictures/box_scaler.h"
 #include "core/view/graphic_painter.h"
@@ -234,6 +235,7 @@ class FileView::Drawer {
 
   // A row of the picture, as far as it is in the window.
   SampleFault Compose(int64_t y) {
+    Interruption::Ask();
     size_t first = items_.size();
     // What an image covers all of is not painted.
     for (; first > 0; --first) {

@@ -34,7 +34,7 @@ enum class ErrorKind {
   Unsupported,  ///< a form that is not handled
   Invalid,      ///< an argument that makes no sense: a segment, window or band that is not there
   TooMuch,      ///< more memory or work than there is, or than the file's bytes are worth
-  Stopped,      ///< the caller's progress function answered false
+  Stopped,      ///< the caller's progress function or Interruption answered false
   NotWritten,   ///< an output cannot be written
   BreaksRule,   ///< an output would break a rule of the format that was kept before
 };
@@ -43,18 +43,36 @@ enum class ErrorKind {
 class ORBNTF_CORE_API Error : public std::runtime_error {
  public:
   Error(ErrorKind kind, const std::string& words, std::string segment = {},
-        std::optional<uint64_t> byte = {});
+        std::optional<uint64_t> byte = {}, std::string field = {});
   ~Error() override;
   ErrorKind Kind() const noexcept { return kind_; }
   /// The segment that it is about, "image 0"; empty where it is about none.
   const std::string& Segment() const noexcept { return segment_; }
-  /// Where that segment's data begins in the file, where that is known.
+  /// The mnemonic of the field that it is about; empty where it is about none.
+  const std::string& Field() const noexcept { return field_; }
+  /// Where in the file that field, or else the segment's data, begins, where that is known.
   std::optional<uint64_t> Byte() const noexcept { return byte_; }
 
  private:
   ErrorKind kind_;
-  std::string segment_;
+  std::string segment_, field_;
   std::optional<uint64_t> byte_;
+};
+
+/// While it lasts, long work of its thread asks now and then, a few times a second, whether it goes on:
+/// reading, drawing, checking, comparing, storing and saving. Where the answer is false, or the function
+/// throws, the work ends with Stopped. It must not use the file that is worked on. One inside another
+/// takes its place.
+class ORBNTF_CORE_API Interruption {
+ public:
+  explicit Interruption(std::function<bool()> goesOn);
+  ~Interruption();
+  Interruption(const Interruption&) = delete;
+  Interruption& operator=(const Interruption&) = delete;
+
+ private:
+  struct State;
+  std::unique_ptr<State> state_;
 };
 
 /// Parts of a file, in the order of MIL-STD-2500C, table A-1.

@@ -1,9 +1,9 @@
-// Facsimile through libtiff: a TIFF file is made around the data in memory.
+// Facsimile through libtiff, which is shown a TIFF file with the data in it.
 #include "media/codecs/facsimile.h"
 
 #include <string>
 
-#include "media/codecs/tiff_memory.h"
+#include "media/codecs/tiff_source.h"
 
 namespace media {
 namespace {
@@ -12,8 +12,8 @@ void PutLittle(std::string& bytes, uint32_t value, size_t count) {
   for (size_t i = 0; i < count; ++i) bytes += static_cast<char>(value >> (8 * i));
 }
 
-// A TIFF file of one strip: 8 bytes, the directory, the data.
-std::string Wrap(Bytes data, const FacsimileForm& form) {
+// What stands in front of the data in a TIFF file of one strip: 8 bytes and the directory.
+std::string FrontOf(uint64_t dataBytes, const FacsimileForm& form) {
   constexpr uint32_t kHead = 8, kEntryBytes = 12;
   struct Entry {
     uint16_t tag, type;
@@ -29,7 +29,7 @@ std::string Wrap(Bytes data, const FacsimileForm& form) {
                      {TIFFTAG_STRIPOFFSETS, TIFF_LONG, 0},
                      {TIFFTAG_SAMPLESPERPIXEL, TIFF_SHORT, 1},
                      {TIFFTAG_ROWSPERSTRIP, TIFF_LONG, form.height},
-                     {TIFFTAG_STRIPBYTECOUNTS, TIFF_LONG, static_cast<uint32_t>(data.size())},
+                     {TIFFTAG_STRIPBYTECOUNTS, TIFF_LONG, static_cast<uint32_t>(dataBytes)},
                      {TIFFTAG_GROUP3OPTIONS, TIFF_LONG, options}};
   for (Entry& entry : entries) {
     if (entry.tag == TIFFTAG_STRIPOFFSETS)
@@ -46,15 +46,16 @@ std::string Wrap(Bytes data, const FacsimileForm& form) {
     PutLittle(bytes, entry.value, 4);
   }
   PutLittle(bytes, 0, 4);
-  return bytes.append(reinterpret_cast<const char*>(data.data()), data.size());
+  return bytes;
 }
 
 }  // namespace
 
 struct FacsimileRows::File {
-  explicit File(std::string all) : bytes(std::move(all)), source{bytes}, tiff(OpenTiff(source)) {}
+  File(const Source& from, const FacsimileForm& form)
+      : data(from), source{FrontOf(data.Size(), form), data}, tiff(OpenTiff(source)) {}
 
-  std::string bytes;
+  const Source data;
   TiffSource source;
   TiffPtr tiff;
   std::vector<uint8_t> row;
@@ -64,11 +65,12 @@ FacsimileRows::FacsimileRows(std::unique_ptr<File> file, uint32_t height)
     : file_(std::move(file)), height_(height) {}
 FacsimileRows::~FacsimileRows() = default;
 
-Outcome FacsimileRows::Open(Bytes data, const FacsimileForm& form, std::unique_ptr<FacsimileRows>& rows) {
+Outcome FacsimileRows::Open(const Source& data, const FacsimileForm& form,
+                            std::unique_ptr<FacsimileRows>& rows) {
   constexpr uint32_t kMaxWidth = 1 << 20;  // the decoder keeps tables of a row's runs
-  if (form.width == 0 || form.height == 0 || form.width > kMaxWidth || data.size() > INT32_MAX)
+  if (form.width == 0 || form.height == 0 || form.width > kMaxWidth || data.Size() > INT32_MAX)
     return Outcome::Unsupported;
-  auto file = std::make_unique<File>(Wrap(data, form));
+  auto file = std::make_unique<File>(data, form);
   if (file->tiff == nullptr) return Outcome::BadData;
   file->row.resize(static_cast<size_t>(TIFFScanlineSize(file->tiff.get())));
   rows.reset(new FacsimileRows(std::move(file), form.height));
@@ -86,7 +88,7 @@ bool FacsimileRows::Next(std::span<const uint8_t>& row) {
   return true;
 }
 
-Outcome DecodeFacsimile(Bytes data, const FacsimileForm& form,
+Outcome DecodeFacsimile(const Source& data, const FacsimileForm& form,
                         const std::function<Outcome(uint32_t, std::span<const uint8_t>)>& take) {
   std::unique_ptr<FacsimileRows> rows;
   if (const Outcome opened = FacsimileRows::Open(data, form, rows); opened != Outcome::Ok) return opened;

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "media/codecs/stream.h"
+#include "media/codecs/source.h"
 
 namespace media {
 
@@ -14,9 +14,11 @@ struct FacsimileForm {
 /// Facsimile that is decoded row by row, from the first one down.
 class FacsimileRows {
  public:
-  /// Copies the data. Unsupported for sizes beyond what the library takes; BadData for what it does not
-  /// take. Throws std::bad_alloc.
-  static Outcome Open(Bytes data, const FacsimileForm& form, std::unique_ptr<FacsimileRows>& rows);
+  /// The data, which stays readable as long as this lasts, is read when the first row is taken.
+  /// Unsupported for sizes beyond what the library takes; BadData for what it does not take. Throws
+  /// std::bad_alloc.
+  static Outcome Open(const Source& data, const FacsimileForm& form,
+                      std::unique_ptr<FacsimileRows>& rows);
   ~FacsimileRows();
   FacsimileRows(const FacsimileRows&) = delete;
   FacsimileRows& operator=(const FacsimileRows&) = delete;
@@ -39,7 +41,7 @@ class FacsimileRows {
 /// Gives the rows that decode: 8 pixels a byte from the highest bit on, 1 for white. Those behind the
 /// first that does not decode are not there; BadData where not a single one is. Unsupported for sizes
 /// beyond what the library takes. Throws std::bad_alloc.
-Outcome DecodeFacsimile(Bytes data, const FacsimileForm& form,
+Outcome DecodeFacsimile(const Source& data, const FacsimileForm& form,
                         const std::function<Outcome(uint32_t y, std::span<const uint8_t> row)>& take);
 
 }  // namespace media

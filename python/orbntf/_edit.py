@@ -100,13 +100,10 @@ class Edit:
         The part "all" sets it in every header that has it. With `force` also to what the format does not allow."""
         for name, given in {**({field: value} if field is not None else {}), **fields}.items():
             text = _text(given)
-            try:
-                if part == "all":
-                    self._calls.set_all(name, text, force)
-                else:
-                    self._calls.set(*_part(part), name, text, force)
-            except Error as error:
-                raise Error(error.words, name, error.segment, error.offset, error.status) from None
+            if part == "all":
+                self._calls.set_all(name, text, force)
+            else:
+                self._calls.set(*_part(part), name, text, force)
         return self
 
     def set_record(self, part, tag, data=None, **fields):
@@ -115,10 +112,7 @@ class Edit:
         if data is not None:
             self._calls.set_record(kind, index, tag, bytes(data))
         for name, text in fields.items():
-            try:
-                self._calls.set_record_field(kind, index, tag, name, _text(text))
-            except Error as error:
-                raise Error(error.words, name, error.segment, error.offset, error.status) from None
+            self._calls.set_record_field(kind, index, tag, name, _text(text))
         return self
 
     def remove_record(self, part, tag):

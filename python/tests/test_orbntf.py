@@ -3,7 +3,9 @@
 import json
 import pathlib
 import pickle
+import signal
 import threading
+import time
 import warnings
 
 import numpy
@@ -285,6 +287,34 @@ def test_threads_share_a_file_and_processes_a_path():
     assert numpy.array_equal(again.images[0].read(), wanted)
     memory = orbntf.open(bytearray(pathlib.Path(path).read_bytes()))
     assert numpy.array_equal(pickle.loads(pickle.dumps(memory)).images[0].read(), wanted)
+
+
+def test_signals_end_long_work():
+    f = orbntf.open(saved(images=[numpy.random.default_rng(1).integers(0, 255, (1500, 1500), "uint8")], jpeg2000=True))
+    begun = time.monotonic()
+    f.images[0].read()
+    whole = time.monotonic() - begun
+    tried = []
+
+    def ring(*_):
+        with pytest.raises(orbntf.Error) as error:
+            f.images[0].read((0, 0, 1, 1))
+        tried.append(error.value.status)
+        raise KeyboardInterrupt
+
+    before = signal.signal(signal.SIGALRM, ring)
+    try:
+        for work in (lambda: f.images[0].read(), lambda: f.render(), lambda: f.compare(f) if hasattr(f, "compare") else f.render()):
+            signal.setitimer(signal.ITIMER_REAL, whole / 20)
+            begun = time.monotonic()
+            with pytest.raises(KeyboardInterrupt):
+                work()
+            assert time.monotonic() - begun < whole * 0.9
+    finally:
+        signal.setitimer(signal.ITIMER_REAL, 0)
+        signal.signal(signal.SIGALRM, before)
+    assert tried == ["invalid"] * 3
+    assert f.images[0].read((0, 0, 2, 2)).shape == (1, 2, 2)
 
 
 def test_nothing_is_kept():

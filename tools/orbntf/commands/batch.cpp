@@ -211,10 +211,14 @@ const std::string& OnlyPath(const std::vector<BatchFile>& files) {
   return files.front().path;
 }
 
-void AddBatchOptions(const Command& command, BatchOptions& options) {
-  command.Take("FILE", options.paths, "files, and folders with -r; - for standard input").Required();
+void AddBatchSwitches(const Command& command, BatchOptions& options) {
   command.Flag("-r,--recursive", options.recursive, "take the NITF files of folders");
   command.Take("--jobs", options.jobs, "work on this many files at once").Within(1, 256);
+}
+
+void AddBatchOptions(const Command& command, BatchOptions& options) {
+  command.Take("FILE", options.paths, "files, and folders with -r; - for standard input").Required();
+  AddBatchSwitches(command, options);
 }
 
 void AddKeepEnding(const Command& command, BatchOptions& options) {

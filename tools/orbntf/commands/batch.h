@@ -15,7 +15,9 @@ struct BatchOptions {
   bool recursive = false, keepEnding = false;
   unsigned jobs = 1;
 };
-/// Adds FILE…, -r and --jobs to a command.
+/// Adds -r and --jobs to a command.
+void AddBatchSwitches(const Command& command, BatchOptions& options);
+/// Adds FILE… and these to a command.
 void AddBatchOptions(const Command& command, BatchOptions& options);
 /// Adds --keep-ending to one that writes a file for each.
 void AddKeepEnding(const Command& command, BatchOptions& options);

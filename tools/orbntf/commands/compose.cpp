@@ -1,7 +1,4 @@
 // orbntf new and append: files from pictures, metafiles, texts and data.
-#include <cstdlib>
-#include <ctime>
-
 #include "core/edit/add.h"
 #include "core/edit/fields.h"
 #include "core/format/words.h"
@@ -102,18 +99,6 @@ std::string CollectItems(const Command& command, const ComposeOptions& options,
   return "";
 }
 
-// Now in UTC, or SOURCE_DATE_EPOCH, as CCYYMMDDhhmmss.
-std::string DateNow() {
-  std::time_t now = std::time(nullptr);
-  if (const char* epoch = std::getenv("SOURCE_DATE_EPOCH"); epoch != nullptr && *epoch != 0)
-    now = static_cast<std::time_t>(std::strtoll(epoch, nullptr, 10));
-  std::tm parts = {};
-  if (gmtime_r(&now, &parts) == nullptr) return "19700101000000";
-  char text[16] = {};
-  (void)std::strftime(text, sizeof text, "%Y%m%d%H%M%S", &parts);
-  return text;
-}
-
 void AddPicture(const std::string& command, Draft& draft, const Item& item, const std::string& folder,
                 const Placing& placing, const Labels& labels) {
   std::vector<std::string> notes;
@@ -204,7 +189,8 @@ void AddCompose(const Command& top, CommandLine& line, const std::string& name,
                 const std::string& description) {
   auto options = std::make_shared<ComposeOptions>();
   const Command command = top.Add(name, description);
-  if (name == "append") command.Take("FILE", options->file, "file to extend").Required();
+  const bool isNew = name == "new";
+  if (!isNew) command.Take("FILE", options->file, "file to extend").Required();
   command.Take("-o,--output", options->output, "file to write").Required();
   const auto repeated = [&](const char* option, const char* text) {
     command.Take(option, options->values[option], text).Repeated();
@@ -229,7 +215,7 @@ void AddCompose(const Command& top, CommandLine& line, const std::string& name,
   command.Take("--class", options->classification,
                "T, S, C, R or U: classification of the file and of what is added");
   AddLevelOption(command, options->level);
-  AddEditOptions(command, options->edit);
+  isNew ? AddForce(command, options->edit) : AddEditOptions(command, options->edit);
   command.Runs(line.work, [options, command, name] { return RunCompose(name, command, *options); });
 }
 

@@ -35,8 +35,12 @@ int Written(const std::string& command, const std::string& output, Output& file)
 
 }  // namespace
 
-void AddEditOptions(const Command& command, EditOptions& options) {
+void AddForce(const Command& command, EditOptions& options) {
   command.Flag("--force", options.force, "take values and write files that break the format's rules");
+}
+
+void AddEditOptions(const Command& command, EditOptions& options) {
+  AddForce(command, options);
   command.Flag("--mend", options.mend, "set lengths of the file header that are wrong, and say which");
 }
 

@@ -15,6 +15,8 @@ struct EditOptions {
   bool mend = false;   ///< set wrong lengths first
 };
 void AddEditOptions(const Command& command, EditOptions& options);
+/// --force alone, for one that makes files.
+void AddForce(const Command& command, EditOptions& options);
 
 /// Opens a file to change; with `mend` its lengths are set and told. EditError where it is none of the
 /// format; ReadError.

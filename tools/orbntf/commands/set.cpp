@@ -149,8 +149,7 @@ void AddSet(const Command& top, CommandLine& line) {
             "data:N named "
             "before it; all:FIELD=VALUE; record:TAG FIELD=VALUE, record:TAG=@DATA, record:TAG=")
       .Required();
-  command.Flag("-r,--recursive", options->batch.recursive, "take the files of the format below folders");
-  command.Take("--jobs", options->batch.jobs, "work on so many files at once");
+  AddBatchSwitches(command, options->batch);
   command.Take("-o,--output", options->output, "file to write");
   command.Take("-O,--output-folder", options->folder, "write the changed files there");
   command.Take("--class", options->classification, "T, S, C, R or U: classification of file and segments")
