@@ -97,7 +97,6 @@ struct MaskTable {
   /// Whether block n is stored, as far as its record tells.
   bool HasBlock(uint64_t n) const { return !HasBlockRecords() || BlockRecord(n) != kNoBlock; }
   bool HasBlockRecords() const { return blockRecords.size() != 0; }
-  bool HasPadRecords() const { return padRecords.size() != 0; }
   /// Offset of block n behind the table; kNoBlock when it is not stored or out of the table.
   uint32_t BlockRecord(uint64_t n) const;
   uint32_t PadRecord(uint64_t n) const;

@@ -1,4 +1,4 @@
-# cmake --install, and cpack's Debian packages: orbntf, liborbntf, liborbntf-core and liborbntf-dev.
+# cmake --install, and cpack's Debian packages: the tool, both libraries, their headers, Python, the desktop.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 

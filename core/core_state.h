@@ -72,7 +72,7 @@ struct File::State {
   // The stream that was read last, to go on with where the next window lies below.
   mutable ::core::StreamCache reading;
   mutable const SurveyedPart* readImage = nullptr;
-  std::string_view memory;                            ///< where the file is bytes of the caller
+  std::string_view memory;  ///< where the file is bytes of the caller
   std::vector<SegmentInfo> segments;
 };
 

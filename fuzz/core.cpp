@@ -25,6 +25,19 @@ void ReadImage(const File& file, const orbntf::core::SegmentInfo& image,
     fuzz::Require(samples.data.size() ==
                       size_t{samples.width} * samples.height * samples.bands * samples.sampleBytes,
                   "samples fill their rows");
+    const size_t pixels = size_t{samples.width} * samples.height;
+    if (request.reduce == 0)
+      fuzz::Require(file.ReadMask(image, request).size() == pixels, "a mask has its pixels");
+  } catch (const orbntf::core::Error&) {
+  }
+}
+
+// The file against what is left of it without its end.
+void CompareWithFront(const File& file, const uint8_t* data, size_t size) {
+  try {
+    const File front = File::FromMemory(data, size - size / 4);
+    for (const orbntf::core::Difference& one : Compare(file, front))
+      fuzz::Require(!one.words.empty() || one.a != one.b, "a difference is one");
   } catch (const orbntf::core::Error&) {
   }
 }
@@ -59,9 +72,11 @@ int fuzz::Core(const uint8_t* data, size_t size) {
       for (const orbntf::core::Record& record : file.Records(segment))
         Require(!record.tag.empty() || !record.problem.empty(), "bytes without a tag have a problem");
       (void)file.Data(segment, 0, 100);
+      Require(!file.ValuesJson(segment).empty(), "values are a text of JSON");
       if (segment.kind == orbntf::core::SegmentKind::Image) ReadImage(file, segment, request);
     }
     DrawFile(file, request);
+    CompareWithFront(file, data, size);
     for (const orbntf::core::Finding& finding : file.Check())
       Require(!finding.words.empty(), "a finding has words");
   } catch (const orbntf::core::Error&) {

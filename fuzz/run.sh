@@ -23,10 +23,13 @@ for target in "${targets[@]}"; do
   work=$build/grown/$target
   kept=fuzz/corpus/$target
   mkdir -p "$work" $build/seeds/"$target" "$kept" fuzz/regressions/"$target"
+  # What takes whole files begins with those that the module is fuzzed with, too.
+  more=()
+  case $target in insight | core | edit | place) more=(fuzz/corpus/filter $build/seeds/filter) ;; esac
   echo "== $target"
   "$build/bin/fuzz_$target" -max_total_time=$((minutes * 60 / ${#targets[@]})) -timeout=2 -rss_limit_mb=512 \
     -max_len=262144 -dict=fuzz/nitf.dict -print_final_stats=1 -artifact_prefix=$build/findings/"$target"- \
-    "$work" "$kept" fuzz/regressions/"$target" $build/seeds/"$target" 2>&1 |
+    "$work" "$kept" fuzz/regressions/"$target" $build/seeds/"$target" "${more[@]}" 2>&1 |
     grep -E '^stat::|SUMMARY|INITED|DONE|not so|held:' || true
 done
 # The smallest inputs that reach what all reach, as many as a share of 2 MB holds.

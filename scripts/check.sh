@@ -37,5 +37,5 @@ grep -oE '\b[A-Z][A-Za-z]+\.[A-Z][A-Za-z0-9]+\b' docs/behaviour.md | sort -u | w
   grep -qE "TEST(_[FP])?\($suite, $name\)" tests/*.cpp || { echo "docs/behaviour.md: no test $suite.$name"; exit 1; }
 done
 cmake --preset dev >/dev/null
-git ls-files 'media/*.cpp' 'core/*.cpp' 'Common/*.cpp' 'hostkit/*.cpp' 'tools/*.cpp' ':!*_windows.cpp' |
+git ls-files 'media/*.cpp' 'core/*.cpp' 'Common/*.cpp' 'hostkit/*.cpp' 'tools/*.cpp' 'python/*.cpp' ':!*_windows.cpp' |
   xargs -P "$(nproc)" -n 4 clang-tidy -p build/dev --extra-arg=-Wno-unknown-warning-option --quiet --warnings-as-errors='*' 2>/dev/null

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Refuses includes that point upwards, between folders and between the rooms of the core, and circles of files."""
+"""Refuses includes that point upwards, between folders and between those of the core and of the tool, and circles of files."""
 import pathlib
 import re
 import sys
@@ -13,10 +13,14 @@ MAY = {
     "hostkit": {"media", "host", "include"},
     "Common": {"host", "include"},
     "include": set(),
+    "python": {"include"},
     "tools": {"media", "core", "host", "hostkit", "Common", "include"},
 }
-# A room may use those in front of it.
-ROOMS = ["format", "samples", "pictures", "place", "view", "check", "edit", "compare", "report"]
+# A folder within one of them may use those in front of it.
+WITHIN = {
+    "core": (1, ["format", "samples", "pictures", "place", "view", "check", "edit", "compare", "report"]),
+    "tools": (2, ["inspect", "output", "commands"]),
+}
 
 
 def includes(path):
@@ -34,10 +38,11 @@ def upward(file, included):
         return ""
     if here != there:
         return "" if there in MAY[here] else f"{here} may not use {there}"
-    if here == "core" and len(file.parts) > 2 and len(included.parts) > 2:
-        mine, other = file.parts[1], included.parts[1]
-        if ROOMS.index(other) > ROOMS.index(mine):
-            return f"core/{mine} comes before core/{other}"
+    at, order = WITHIN.get(here, (1, []))
+    if len(file.parts) > at + 1 and len(included.parts) > at + 1:
+        mine, other = file.parts[at], included.parts[at]
+        if order and order.index(other) > order.index(mine):
+            return f"{mine} comes before {other}"
     return ""
 
 

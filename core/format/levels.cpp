@@ -13,8 +13,6 @@ constexpr ComplexityLevel kLevels[] = {
 
 }  // namespace
 
-constexpr std::span<const ComplexityLevel> kComplexityLevels = kLevels;
-
 void AddNeeds(const SurveyedPart& part, uint64_t dataBytes, FileNeeds& needs) {
   switch (part.kind) {
     case PartKind::Image:

@@ -17,7 +17,6 @@ struct ComplexityLevel {
   int64_t number;  ///< CLEVEL
   FileNeeds most;
 };
-extern const std::span<const ComplexityLevel> kComplexityLevels;  ///< from the lowest
 
 FileNeeds NeedsOf(const Survey& survey, const Places& places);
 /// Adds what a segment asks for, but its place on the canvas.

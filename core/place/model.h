@@ -31,7 +31,7 @@ class PlaceModel {
   virtual ~PlaceModel() = default;
   /// "RPC00B", "RPC00B through ICHIPB", "IGEOLO".
   virtual std::string Name() const = 0;
-  /// How far off a place may be by the model's own word, in metres.
+  /// How far off a place may be as the model itself tells, in metres.
   virtual double Error() const = 0;
   /// The height that places have where none is given; none for models that know nothing of heights.
   virtual std::optional<double> Height() const { return std::nullopt; }

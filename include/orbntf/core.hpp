@@ -45,6 +45,7 @@ class ORBNTF_CORE_API Error : public std::runtime_error {
   Error(ErrorKind kind, const std::string& words, std::string segment = {},
         std::optional<uint64_t> byte = {}, std::string field = {});
   ~Error() override;
+  /// Why it could not be done.
   ErrorKind Kind() const noexcept { return kind_; }
   /// The segment that it is about, "image 0"; empty where it is about none.
   const std::string& Segment() const noexcept { return segment_; }
@@ -100,7 +101,8 @@ struct FieldText {
 
 /// A field of a tagged record (STDI-0002).
 struct RecordFieldText {
-  std::string name, unit;
+  std::string name;                                 ///< the mnemonic
+  std::string unit;                                 ///< of its number; empty for none
   std::string text;                                 ///< its bytes; empty where it repeats
   std::vector<std::vector<RecordFieldText>> turns;  ///< of one that repeats, a list for each time
 };
@@ -115,6 +117,7 @@ struct Record {
   std::vector<RecordFieldText> fields;
 };
 
+/// How much it matters: worth knowing, out of line, or wrong.
 enum class Severity { Note, Warning, Error };
 
 /// What does not hold in a file.
@@ -145,11 +148,12 @@ struct SampleRequest {
 
 /// Samples at their own depth.
 struct Samples {
-  uint32_t width = 0, height = 0, bands = 0;
-  uint32_t bits = 0;             ///< NBPP
-  uint32_t significantBits = 0;  ///< ABPP
-  uint32_t sampleBytes = 0;      ///< that each takes here: 1, 2, 4 or 8
-  SampleKind kind = SampleKind::Unsigned;
+  uint32_t width = 0, height = 0;          ///< of the window, in pixels
+  uint32_t bands = 0;                      ///< samples of a pixel
+  uint32_t bits = 0;                       ///< NBPP
+  uint32_t significantBits = 0;            ///< ABPP
+  uint32_t sampleBytes = 0;                ///< that each takes here: 1, 2, 4 or 8
+  SampleKind kind = SampleKind::Unsigned;  ///< PVTYPE
   /// Rows from the top, bands side by side in pixels, numbers in host byte order.
   std::vector<uint8_t> data;
   std::optional<uint64_t> noData;  ///< what stands where a mask says that there are no pixels
@@ -195,7 +199,7 @@ struct GroundPlace {
   double latitude = 0, longitude = 0;  ///< degrees on WGS 84, north and east positive
   std::optional<double> height;        ///< metres above its ellipsoid, of models that know of heights
   std::string model;                   ///< what tells it: "RPC00B", "IGEOLO"
-  double error = 0;                    ///< metres that it may be off by the model's own word
+  double error = 0;                    ///< metres that it may be off, as the model itself tells
 };
 /// A point of an image; 0, 0 is the middle of the first pixel.
 struct ImagePlace {
@@ -206,7 +210,8 @@ struct ImagePlace {
 
 struct Difference;
 
-/// An open file. It is read as it is asked for, and never changed.
+/// An open file. It is read as it is asked for, and never changed. One that was moved from can only be
+/// assigned to or destroyed; the same holds for an Edit.
 class ORBNTF_CORE_API File {
  public:
   /// Opens a file by its path, bytes of any kind. Unreadable; NotNitf.
@@ -324,6 +329,7 @@ class ORBNTF_CORE_API Edit {
   /// Sets a field of it by its definition.
   Edit& SetRecordField(SegmentKind kind, uint32_t index, const std::string& tag, const std::string& field,
                        const std::string& value);
+  /// Takes the first record of a tag out.
   Edit& RemoveRecord(SegmentKind kind, uint32_t index, const std::string& tag);
   /// Takes a segment out; what is attached to it stays at its place.
   Edit& Remove(SegmentKind kind, uint32_t index);
@@ -335,9 +341,11 @@ class ORBNTF_CORE_API Edit {
   uint32_t AppendImage(const std::string& path, const Storage& storage = {}, const Placement& place = {});
   /// The same of samples as ReadSamples gives them; three bands are red, green and blue.
   uint32_t AppendImage(const Samples& samples, const Storage& storage = {}, const Placement& place = {});
-  /// Adds a metafile (CGM) as it is, a text, a data extension of a registered name.
+  /// Adds a metafile (CGM) as it is. Its number among the graphics.
   uint32_t AppendGraphic(const std::string& metafile, const Placement& place = {});
+  /// Adds a text as it is. Its number among the texts.
   uint32_t AppendText(const std::string& text);
+  /// Adds a data extension of a registered name. Its number among the data extensions.
   uint32_t AppendData(const std::string& name, uint32_t version, const std::string& data);
   /// Stores an image of the file anew; ways that lose nothing are read again and compared.
   Edit& Recompress(uint32_t image, const Storage& storage);

@@ -12,7 +12,6 @@
 #include "core/format/part.h"
 #include "core/format/words.h"
 #include "orbntf/orbntf.h"
-#include "tools/orbntf/output/output.h"
 #include "tools/orbntf/tool.h"
 
 namespace tool {

@@ -14,7 +14,7 @@ namespace tool {
 struct FileFacts {
   const Survey& survey;
   const RecordDefinitions& definitions;
-  ModuleWord module;
+  ModuleAnswer module;
   uint64_t width = 0, height = 0;  ///< of its picture; 0 for none
 };
 

@@ -85,9 +85,9 @@ void WarnOfFaults(const std::string& command, const std::string& path, const std
   }
 }
 
-ModuleWord AskToOpen(const std::string& path) {
+ModuleAnswer AskToOpen(const std::string& path) {
   NitfFile document;
-  ModuleWord word;
+  ModuleAnswer word;
   word.status = ToCaller(document.ReadDocument(Widen(path).c_str()));
   if (document.fault.offset >= 0) {
     word.field = std::string(document.fault.prefix) + document.fault.name;

@@ -7,14 +7,14 @@
 namespace tool {
 
 /// What the module answers to a file, when it is to open it.
-struct ModuleWord {
+struct ModuleAnswer {
   int32_t status = 0;
   std::string field;    ///< at which it stopped parsing; empty for none
   int64_t offset = -1;  ///< of that field
   std::string words;    ///< why it refuses the file; empty where it does not
 };
 /// Opens a file as the module does.
-ModuleWord AskToOpen(const std::string& path);
+ModuleAnswer AskToOpen(const std::string& path);
 
 /// What the module does with a file.
 struct Verdict {

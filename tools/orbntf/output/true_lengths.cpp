@@ -53,17 +53,6 @@ std::vector<SegmentLengths> MeasureSegments(NitfFile& document, SegmentKind kind
 
 }  // namespace
 
-void FillSetOnlyFields(const FileHeader& header, NITFHeader& record) {
-  record.NUMX = DecimalOf(header.NUMX.text);
-  record.NUMDES = header.dataExtensions.Count();
-  record.NUMRES = header.reservedExtensions.Count();
-  record.UDHDL = header.userDefined.length.Signed();
-  record.UDHOFL = DecimalOf(header.userDefined.overflow.text);
-  record.XHDL = header.extended.length.Signed();
-  record.XHDLOFL = DecimalOf(header.extended.overflow.text);
-  record.FBKGC = header.background;
-}
-
 bool SetTrueLengths(NitfHandle document) {
   FileHeader& header = document->header;
   const uint32_t headerBytes = BytesOf(header);
