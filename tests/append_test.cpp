@@ -63,6 +63,7 @@ TEST_F(CompressedAppendTest, SegmentDatesAreLoweredByOnePiece) {
   EXPECT_EQ(dates("20261101000000"), std::pair("20261001000000"s, "20261001000000"s));
   EXPECT_EQ(dates("20260101000000"), std::pair("20250101000000"s, "20250101000000"s));
   EXPECT_EQ(dates("20010101000000"), std::pair("19010101000000"s, "19010101000000"s));
+  EXPECT_EQ(dates("20260200000000"), std::pair("20260100000000"s, "20260100000000"s));
   EXPECT_EQ(dates("01010101010101"), std::pair("01010101010101"s, "01010101010101"s));
   EXPECT_EQ(dates("--------------"), std::pair("--------------"s, "--------------"s));
 }

@@ -70,6 +70,16 @@ TEST_F(CompressedTest, BlocksAreCutAtTheirStartMarkers) {
   ExpectSamples(test::RenderImage(BlockForm("C3", 2, 2, 3, "RGB"), data), {0, 1, 2}, 12);
 }
 
+TEST_F(CompressedTest, BlocksWithoutAStreamAreShortData) {
+  const std::string one = BlockStream(0, 2, {0}), two = one + BlockStream(1, 2, {0});
+  EXPECT_EQ(test::RenderImage(BlockForm("C3", 2, 1, 1, "MONO"), one).status, ORB_SHORT_READ);
+  ImageForm sequential = BlockForm("C3", 2, 1, 1, "MONO", "S");
+  ExpectSamples(test::RenderImage(sequential, two), {0, 0, 0}, 12);
+  const int32_t empty = test::RenderImage(BlockForm("C3", 1, 1, 1, "MONO"), "").status;
+  EXPECT_LT(empty, 0) << "the host is asked, and refuses it";
+  EXPECT_NE(empty, ORB_SHORT_READ);
+}
+
 TEST_F(CompressedTest, MaskedBlocksFollowTheirRecords) {
   std::string data;
   std::vector<uint32_t> records;

@@ -1,5 +1,6 @@
 // Exchange of records where lengths, bytes and pointers meet.
 #include <array>
+#include <cmath>
 #include <cstring>
 
 #include "tests/support/objects.h"
@@ -113,6 +114,109 @@ TEST_F(ExchangeTest, LengthsOfMaskRecordsAreGiven) {
     ASSERT_EQ(Orb_NITFGetImageHeader(handle, 0, &image), 1);
     EXPECT_EQ((std::array<uint32_t, 3>{image.BMRLNTH, image.TMRLNTH, image.TPXCDLNTH}), lengths);
     Orb_NITFFreeImageHeader(&image);
+  }
+}
+
+TEST_F(ExchangeTest, VersionsLevelsAndLengthsAreSetWithinTheirBounds) {
+  NitfBuilder builder = test::FullFile();
+  const test::TempFile file(builder.Bytes());
+  const test::Handle handle(file);
+  NITFHeader record = {};
+  ASSERT_EQ(Orb_NITFGetNITFHeader(handle, &record), 1);
+  for (const auto& [given, text] : {std::pair{1.0F, "01.00"},
+                                    {99.99F, "99.99"},
+                                    {0.0F, "00.00"},
+                                    {2.1F, "02.10"},
+                                    {-0.01F, "02.10"},
+                                    {100.0F, "02.10"},
+                                    {std::nanf(""), "02.10"}}) {
+    record.FVER = given;
+    ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+    EXPECT_STREQ(handle->header.FVER.text, text) << given;
+  }
+  for (const auto& [given, text] :
+       {std::pair{1, "01"}, {7, "07"}, {99, "99"}, {0, "99"}, {8, "99"}, {98, "99"}, {100, "99"}}) {
+    record.CLEVEL = given;
+    ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+    EXPECT_STREQ(handle->header.CLEVEL.text, text) << given;
+  }
+  // From the length of a header without segments on, it is what a save writes.
+  for (const auto& [given, counts] : {std::pair{500, 500u}, {387, 500u}, {388, 388u}}) {
+    record.HL = given;
+    ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+    EXPECT_EQ(DecimalOf(handle->header.HL.text), given);
+    EXPECT_EQ(handle->header.currentHeaderLength, counts) << given;
+  }
+  // Counts of extensions are texts of their own.
+  record.NUMDES = 5;
+  record.NUMRES = 6;
+  ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+  EXPECT_STREQ(handle->header.NUMDES.text, "005");
+  EXPECT_STREQ(handle->header.NUMRES.text, "006");
+  Orb_NITFFreeNITFHeader(&record);
+}
+
+TEST_F(ExchangeTest, TablesOfLengthsAreThoseOfTheFile) {
+  NitfBuilder builder;
+  builder.Image(ImageForm{}, std::string(64, 'x')).Image(ImageForm{.width = 4}, std::string(32, 'y'));
+  builder.Graphic(test::GraphicRecord(), "abc").Text("words").Text("more words");
+  const test::TempFile file(builder.Bytes());
+  const test::Handle handle(file);
+  NITFHeader record = {};
+  ASSERT_EQ(Orb_NITFGetNITFHeader(handle, &record), 1);
+  const auto table = [](const int32_t* lengths, int32_t count) {
+    return lengths == nullptr ? std::vector<int32_t>() : std::vector<int32_t>(lengths, lengths + count);
+  };
+  EXPECT_EQ(table(record.LISH, record.NUMI), (std::vector<int32_t>{439, 439}));
+  EXPECT_EQ(table(record.LI, record.NUMI), (std::vector<int32_t>{64, 32}));
+  EXPECT_EQ(table(record.LSSH, record.NUMS), (std::vector<int32_t>{258}));
+  EXPECT_EQ(table(record.LS, record.NUMS), (std::vector<int32_t>{3}));
+  EXPECT_EQ(table(record.LTSH, record.NUMT), (std::vector<int32_t>{282, 282}));
+  EXPECT_EQ(table(record.LT, record.NUMT), (std::vector<int32_t>{5, 10}));
+  Orb_NITFFreeNITFHeader(&record);
+}
+
+TEST_F(ExchangeTest, AnOverflowFieldAloneHasNoBytes) {
+  test::Record subheader = test::ImageRecord(ImageForm{});
+  subheader.Set("IXSHDL", 3).InsertAfter("IXSHDL", "IXSOFL", "000");
+  const test::TempFile file(NitfBuilder().Image(subheader, std::string(64, 'x')).Bytes());
+  const test::Handle handle(file);
+  ImageHeader image = {};
+  uint8_t* old = image.IXSHD = Held("old");
+  ASSERT_EQ(Orb_NITFGetImageHeader(handle, 0, &image), 1);
+  EXPECT_TRUE(image.IXSHD == old) << "there is nothing to put there";
+  Orb_NITFFreeImageHeader(&image);
+}
+
+TEST_F(ExchangeTest, SettersRefuseWhatHasNoRoom) {
+  NitfBuilder builder = test::FullFile();
+  const test::TempFile file(builder.Bytes());
+  const test::Handle handle(file);
+  ImageSubheader& image = *handle->images.At(0);
+  EXPECT_EQ(image.SetCoordinates("UU"), Status::InvalidParameter);
+  EXPECT_EQ(image.SetCoordinates(nullptr), Status::InvalidParameter);
+  const uint32_t comments = LengthOf(image.NICOM.text);
+  ASSERT_GT(comments, 0u);
+  EXPECT_EQ(image.SetComment(comments - 1, "last"), Status::Success);
+  EXPECT_EQ(image.SetComment(comments, "none"), Status::InvalidParameter);
+  EXPECT_EQ(image.SetCommentCount(static_cast<int32_t>(comments) - 1), Status::Success);
+  EXPECT_EQ(image.SetComment(comments - 1, "none"), Status::InvalidParameter) << "the count says so";
+  EXPECT_EQ(image.SetCommentCount(static_cast<int32_t>(comments) + 1), Status::InvalidParameter);
+}
+
+TEST_F(ExchangeTest, CountsOfNone) {
+  EXPECT_EQ(Orb_NITFGetImageHeaderCount(nullptr), 0u);
+  EXPECT_EQ(Orb_NITFGetGraphicHeaderCount(nullptr), 0u);
+  EXPECT_EQ(Orb_NITFGetTextHeaderCount(nullptr), 0u);
+}
+
+TEST_F(ExchangeTest, OptionsOfALoadAreBits) {
+  for (const uint32_t bit : {0u, kLoadFixedCanvas, kLoadLiftDarkImages, kLoadGraphicOption}) {
+    NitfFile document;
+    document.TakeOptions(bit);
+    EXPECT_EQ(document.fixedCanvas, bit == kLoadFixedCanvas);
+    EXPECT_EQ(document.liftDarkImages, bit == kLoadLiftDarkImages);
+    EXPECT_EQ(document.graphicOption, bit == kLoadGraphicOption);
   }
 }
 

@@ -1,5 +1,7 @@
 #include "Common/Fields.h"
 
+#include <cmath>
+
 #include "Common/NitfFile.h"
 #include "Common/SharedFields.h"
 #include "tests/support/support.h"
@@ -23,6 +25,29 @@ TEST_F(FieldsTest, DecimalConversionFollowsAtoiAndNeverOverflows) {
   EXPECT_EQ(LengthOf("-5"), 0u);
 }
 
+TEST_F(FieldsTest, SpacesAndSignsStandInFrontOfNumbers) {
+  for (const char space : {' ', '\t', '\n', '\v', '\f', '\r'}) {
+    EXPECT_EQ(DecimalOf(space + std::string("42")), 42) << int{space};
+    EXPECT_EQ(RealOf(space + std::string("4.5")), 4.5) << int{space};
+  }
+  for (const char other : {'\b', '\x0E', '!'}) {
+    EXPECT_EQ(DecimalOf(other + std::string("42")), 0) << int{other};
+    EXPECT_EQ(RealOf(other + std::string("42")), 0) << int{other};
+  }
+  EXPECT_EQ(DecimalOf("+-5"), 0);
+  EXPECT_EQ(DecimalOf("2147483647"), INT32_MAX);
+  EXPECT_EQ(DecimalOf("-2147483647"), -INT32_MAX);
+  EXPECT_EQ(DecimalOf("-2147483648"), INT32_MIN);
+  const std::pair<const char*, double> reals[] = {
+      {"+5", 5},         {"-5", -5},      {"-+5", 0},     {"5e", 5},  {"5E1", 50}, {"5e+1", 50},
+      {"-2.5e-1", -.25}, {"1.5.5", 1.5},  {".", 0},       {"", 0},    {"-", 0},    {"7:", 7},
+      {"7/", 7},         {"0.125", .125}, {"1e99", 1e99}, {"9e0", 9}, {"e5", 0}};
+  for (const auto& [text, value] : reals)
+    EXPECT_NEAR(RealOf(text), value, 1e-12 * std::abs(value)) << text;
+  EXPECT_NEAR(RealOf("1e500"), 1e99, 1e87);
+  EXPECT_NEAR(RealOf("1e-500"), 1e-99, 1e-111);
+}
+
 TEST_F(FieldsTest, NumberFieldKeepsTheSignWhereFormattingPutsIt) {
   char field[8] = "unset";
   EXPECT_EQ(FormatNumberField(field, 3, 7), Status::Success);
@@ -31,6 +56,10 @@ TEST_F(FieldsTest, NumberFieldKeepsTheSignWhereFormattingPutsIt) {
   EXPECT_STREQ(field, "00-12");
   EXPECT_EQ(FormatNumberField(field, 4, 0), Status::Success);
   EXPECT_STREQ(field, "0000");
+  char longest[24];
+  EXPECT_EQ(FormatNumberField(longest, 21, INT64_MIN), Status::Success);
+  EXPECT_STREQ(longest, "0-9223372036854775808");
+  EXPECT_EQ(FormatNumberField(longest, 19, INT64_MIN), Status::InvalidParameter);
   EXPECT_EQ(FormatNumberField(field, 2, 123), Status::InvalidParameter);
   EXPECT_STREQ(field, "0000");
 }

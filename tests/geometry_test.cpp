@@ -173,6 +173,35 @@ TEST_F(GeometryTest, AttachmentsReachAcrossKinds) {
   EXPECT_EQ(SizeOf(file), (Size{1, 20 + 200 + 4 + 50, 10 + 100 + 3 + 40}));
 }
 
+TEST_F(GeometryTest, GraphicsBehindTheFirstHavePlacesOfTheirOwn) {
+  NitfBuilder file = Compose({{1, 0, "0001000020", 1, 1}, {2, 0, "0000100002", 1, 1}});
+  for (int level = 3; level <= 5; ++level) {
+    test::Record graphic = test::GraphicRecord();
+    graphic.Set("SDLVL", level).Set("SALVL", level == 3 ? 0 : level - 1);
+    graphic.Set("SLOC", "0010000200").Set("SBND1", "0000000000").Set("SBND2", "0000100001");
+    file.Graphic(graphic, test::Metafile(""));
+  }
+  EXPECT_EQ(SizeOf(file), (Size{1, 3 * 200 + 1, 3 * 100 + 1}));
+}
+
+TEST_F(GeometryTest, BlankImagesShowUnlessTheirColourIsLeftOut) {
+  for (const int code : {0, 1}) {
+    const ImageForm blank{.width = 2,
+                          .height = 4,
+                          .blocksAcross = 2,
+                          .compression = "NM",
+                          .lookup = "\x50q",
+                          .lookupTables = 1};
+    NitfBuilder file = Compose({{1, 0, "0000000000", 4, 4, 0x20}});
+    test::Record above = test::ImageRecord(blank);
+    above.Set("IDLVL", 2);
+    file.Image(above, test::MaskBytes({.blocks = {0xFFFFFFFF, 0xFFFFFFFF}, .padCode = code}));
+    const test::Picture picture = test::RenderBytes(file.Bytes());
+    ASSERT_EQ(picture.status, 1);
+    EXPECT_EQ(picture.At(1, 1), test::Grey(code == 0 ? 0x20 : 0x50)) << code;
+  }
+}
+
 TEST_F(GeometryTest, AMetafileReachesItsBoundsFromItsAttachment) {
   NitfBuilder file = Compose({{1, 0, "0003000060", 1, 1}});
   test::Record graphic = test::GraphicRecord();

@@ -215,6 +215,17 @@ TEST_F(HeadersTest, LookupTablesOfAnyCountAreConsumed) {
   }
 }
 
+TEST_F(HeadersTest, NinesAreEntriesOfALookupTable) {
+  ImageForm form{.lookupTables = 1};
+  form.lookup = std::string(99999, 'g');
+  NitfFile document;
+  ASSERT_EQ(ReadBytes(NitfBuilder().Image(form, std::string(64, 'i')).Bytes(), document), 1);
+  const ImageSubheader& image = *document.images.At(0);
+  ASSERT_EQ(image.palette.size(), 99999u);
+  EXPECT_EQ(image.palette[99998].blue, 'g');
+  EXPECT_EQ(image.palette[99998].reserved, 0);
+}
+
 TEST_F(HeadersTest, MaskTableFollowsTheSubheader) {
   ImageForm form{.blocksAcross = 2, .blocksDown = 2, .compression = "NM"};
   const test::MaskForm mask{{0, 0xFFFFFFFF, 64, 128}, {0, 0xFFFFFFFF, 64, 0xFFFFFFFF}, 7};

@@ -327,14 +327,16 @@ TEST_F(UncompressedTest, PlanesOfMaskedImagesEndWithTheLastStoredBlock) {
   std::string data;
   for (const char band : {'r', 'g', 'b'})
     data += std::string(kBlock, band) + std::string(kBlock, static_cast<char>(band + 1));
-  std::vector<uint32_t> records = {0, kBlock, kNone, kNone};
-  for (int i = 0; i < 8; ++i) records.push_back(kNone);
-  NitfBuilder file;
-  const auto picture =
-      test::RenderBytes(file.Image(form, test::MaskBytes({.blocks = records}) + data).Bytes());
-  ASSERT_EQ(picture.status, 1);
-  EXPECT_EQ(picture.At(0, 0), (Rgb{'r', 'g', 'b'}));
-  EXPECT_EQ(picture.At(kWidth, 0), (Rgb{'s', 'h', 'c'}));
+  // The upper two blocks, and the right two.
+  for (std::vector<uint32_t> records :
+       {std::vector{0u, kBlock, kNone, kNone}, {kNone, 0u, kNone, kBlock}}) {
+    const bool upper = records[0] == 0;
+    records.resize(12, kNone);
+    const auto picture = test::RenderImage(form, test::MaskBytes({.blocks = records}) + data);
+    ASSERT_EQ(picture.status, 1);
+    EXPECT_EQ(picture.At(upper ? 0 : kWidth, 0), (Rgb{'r', 'g', 'b'}));
+    EXPECT_EQ(picture.At(kWidth, upper ? 0 : kHeight), (Rgb{'s', 'h', 'c'}));
+  }
 }
 
 TEST_F(UncompressedTest, PadPixelsOfPalettesAndColourAreLeftOut) {

@@ -135,6 +135,8 @@ TEST_F(VqTest, FaultyVectorQuantisedDataIsRefused) {
   vq = {};
   vq.entries = 10;
   EXPECT_EQ(status(vq), ORB_BAD_STRUCTURE) << "a code beyond the codebook";
+  for (vq.entries = 15; vq.entries <= 16; ++vq.entries)
+    EXPECT_EQ(status(vq), vq.entries == 16 ? 1 : ORB_BAD_STRUCTURE) << "the code behind the last";
   vq = {};
   vq.tables = 5;
   EXPECT_EQ(status(vq), ORB_BAD_STRUCTURE) << "more tables than a vector has rows";
