@@ -68,9 +68,9 @@ Status EnterLengths(FileHeader& header, const R& record, SegmentKind kind) {
 // one. Pieces are century, year, month, day, hour, minute, second.
 Status SetSegmentDate(char* field, const FileHeader& header, std::span<const int> order) {
   constexpr char kWithoutFileDate[] = "50020530010101";
-  char text[15] = {};
+  char text[sizeof kWithoutFileDate];
   const bool empty = header.FDT.text[0] == 0;
-  std::memcpy(text, empty ? kWithoutFileDate : header.FDT.text, 14);
+  std::memcpy(text, empty ? kWithoutFileDate : header.FDT.text, sizeof text);
   for (size_t i = 0; !empty && i < order.size(); ++i) {
     char* piece = text + 2 * order[i];
     const int32_t value = DecimalOf({piece, 2});

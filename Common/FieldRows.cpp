@@ -55,6 +55,14 @@ Status FieldWriter::PutBytes(const void* bytes, uint32_t count) {
   return Status::Success;
 }
 
+Status FieldWriter::PutBig(uint32_t value, uint32_t count) {
+  for (uint32_t left = count; left > 0; --left) {
+    const auto byte = static_cast<uint8_t>(value >> 8 * (left - 1));
+    if (Status s = PutBytes(&byte, 1); !Ok(s)) return s;
+  }
+  return Status::Success;
+}
+
 void FieldReader::NoteFault(const ParseFault& field) {
   if (fault_.offset < 0) fault_ = field;
 }

@@ -75,6 +75,8 @@ class FieldWriter {
   Status PutText(std::string_view text, uint32_t width, char pad);
   Status PutNumber(int64_t value, uint32_t width);
   Status PutBytes(const void* bytes, uint32_t count);
+  /// The lowest bytes of a number, big-endian.
+  Status PutBig(uint32_t value, uint32_t count);
   uint32_t Written() const { return written_; }
 
  private:

@@ -57,12 +57,10 @@ Status MaskTable::ReadPadCode(FieldReader& reader, uint16_t bits) {
 }
 
 Status MaskTable::Write(FieldWriter& writer) const {
-  const uint8_t head[10] = {static_cast<uint8_t>(IMDATOFF >> 24), static_cast<uint8_t>(IMDATOFF >> 16),
-                            static_cast<uint8_t>(IMDATOFF >> 8),  static_cast<uint8_t>(IMDATOFF),
-                            static_cast<uint8_t>(BMRLNTH >> 8),   static_cast<uint8_t>(BMRLNTH),
-                            static_cast<uint8_t>(TMRLNTH >> 8),   static_cast<uint8_t>(TMRLNTH),
-                            static_cast<uint8_t>(TPXCDLNTH >> 8), static_cast<uint8_t>(TPXCDLNTH)};
-  if (Status s = writer.PutBytes(head, sizeof head); !Ok(s)) return s;
+  if (Status s = writer.PutBig(IMDATOFF, sizeof IMDATOFF); !Ok(s)) return s;
+  for (const uint16_t length : {BMRLNTH, TMRLNTH, TPXCDLNTH}) {
+    if (Status s = writer.PutBig(length, sizeof length); !Ok(s)) return s;
+  }
   const std::string_view code(reinterpret_cast<const char*>(TPXCD.data()), TPXCD.size());
   if (Status s = writer.PutText(code, PadCodeBytes(), ' '); !Ok(s)) return s;
   if (Status s = WriteMaskRecords(BMRLNTH, blockRecords, writer); !Ok(s)) return s;

@@ -87,8 +87,7 @@ Status Codebook::SetGeometry(const ImageSubheader& header, const VqHeader& vq, u
 Status Codebook::Read(int32_t file, const VqHeader& vq) {
   for (uint32_t table = 0; table < vq.lookupRecordCount; ++table) {
     VqLookupRecord record;
-    uint8_t raw[VqLookupRecord::kBytes];
-    if (Status s = record.Read(file, raw); !Ok(s)) return s;
+    if (Status s = record.Read(file); !Ok(s)) return s;
     if (table == 0) entries = record.recordCount;
   }
   if (entries == 0) return Status::BadStructure;
@@ -293,25 +292,20 @@ Status ShrinkToStoredBlocks(KernelBitmap& segment, const ImageSource& source) {
 
 }  // namespace
 
-Status VqHeader::Read(int32_t file, uint8_t (&raw)[kBytes]) {
+Status VqHeader::Read(int32_t file) {
+  uint8_t raw[kBytes];
   if (Status s = ReadExactly(file, raw, kBytes); !Ok(s)) return s;
   codeRows = Big32(raw);
   codesPerRow = Big32(raw + 4);
   codeBits = raw[8];
-  algorithm = Big16(raw + 9);
   lookupRecordCount = Big16(raw + 11);
-  parameterRecordCount = Big16(raw + 13);
-  lookupTableOffset = Big32(raw + 15);
-  lookupRecordLength = Big16(raw + 19);
   return Status::Success;
 }
 
-Status VqLookupRecord::Read(int32_t file, uint8_t (&raw)[kBytes]) {
+Status VqLookupRecord::Read(int32_t file) {
+  uint8_t raw[kBytes];
   if (Status s = ReadExactly(file, raw, kBytes); !Ok(s)) return s;
-  table = Big16(raw);
   recordCount = Big32(raw + 2);
-  valuesPerRecord = Big16(raw + 6);
-  valueBits = Big16(raw + 8);
   return Status::Success;
 }
 
@@ -328,14 +322,12 @@ Status FindVqDataExtent(const ImageSource& source, VqDataExtent& extent) {
   if (behindMask < 0) return Status::ShortRead;
   extent.start = behindMask - source.dataStart;
   VqHeader vq;
-  uint8_t raw[VqHeader::kBytes];
-  if (Status s = vq.Read(file, raw); !Ok(s)) return s;
+  if (Status s = vq.Read(file); !Ok(s)) return s;
   if (vq.codeRows == 0 || vq.codeRows > image.NPPBV.value) return Status::BadStructure;
   const uint32_t step = image.NPPBV.value / vq.codeRows;
   VqLookupRecord first = {};
-  uint8_t rawRecord[VqLookupRecord::kBytes];
   if (vq.lookupRecordCount != 0) {
-    if (Status s = first.Read(file, rawRecord); !Ok(s)) return s;
+    if (Status s = first.Read(file); !Ok(s)) return s;
   }
   uint64_t stored = 0;
   for (uint64_t n = 0; n < image.BlockCount(); ++n) {
@@ -371,8 +363,7 @@ Status ReadVectorQuantisedImage(KernelBitmap& segment, const ImageSource& source
   }
   if (Status s = ShrinkToStoredBlocks(segment, source); !Ok(s)) return s;
   VqHeader vq;
-  uint8_t raw[VqHeader::kBytes];
-  if (Status s = vq.Read(file, raw); !Ok(s)) return s;
+  if (Status s = vq.Read(file); !Ok(s)) return s;
   Codebook book;
   if (Status s = book.SetGeometry(source.header, vq, segment.bitsPerPixel); !Ok(s)) return s;
   if (Status s = book.Read(file, vq); !Ok(s)) return s;

@@ -111,7 +111,6 @@ Status OrbNitfSaveFile::WriteImage(ImageSubheader& image) {
   if (HasCheckedLengths(image)) {
     const auto length = static_cast<uint64_t>(subheaderEnd - start - table.Written());
     if (length != lengths.subheader) {
-      lengthsPatched_ = true;
       if (Status s = PatchLength(image, length, true); !Ok(s)) return s;
     }
   }
