@@ -17,7 +17,7 @@ for group in "$@"; do
     test)
       packages+=(libgtest-dev parallel python3 python3-jsonschema python3-tifffile python3-pytest python3-pil
         python3-dask python3-distributed python3-setuptools python3-venv
-        shared-mime-info libglib2.0-bin desktop-file-utils appstream chromium libjpeg-turbo-progs libopenjp2-tools)
+        shared-mime-info libglib2.0-bin desktop-file-utils appstream chromium libjpeg-turbo-progs libopenjp2-tools libtiff-tools)
       command -v node >/dev/null && command -v npm >/dev/null || packages+=(nodejs npm)
       ;;
     check) packages+=(clang clang-tidy clang-format libclang-rt-14-dev llvm-14 python3) ;;

@@ -134,7 +134,8 @@ TEST_F(Witness, JpegDecodesAsItsLibrarysOwnProgramDoes) {
   if (!Has("djpeg")) GTEST_SKIP() << "djpeg is not installed";
   const std::string colour = EncodeJpeg(Samples(0, 0, 93, 61, {0, 1, 2}), 93, 61, 3);
   const std::string grey = EncodeJpeg(Samples(0, 0, 93, 61, {0}), 93, 61, 1);
-  for (const std::string& stream : {colour, grey}) {
+  const std::string scans = EncodeJpeg(Samples(0, 0, 93, 61, {0, 1, 2}), 93, 61, 3, false, true);
+  for (const std::string& stream : {colour, grey, scans}) {
     for (uint32_t reduce = 0; reduce <= 3; ++reduce) {
       media::JpegRequest request;
       request.reduce = reduce;
@@ -163,6 +164,28 @@ TEST_F(Witness, Jpeg2000DecodesAsItsLibrarysOwnProgramDoes) {
     request.asStored = true;
     ASSERT_EQ(Decode(file, request, unwrapped), Outcome::Ok);
     EXPECT_EQ(unwrapped, Ask(file, ".jp2", command)) << reduce;
+  }
+}
+
+TEST_F(Witness, FacsimileDecodesAsItsLibrarysOwnProgramsDo) {
+  if (!Has("fax2tiff") || !Has("tiffcp")) GTEST_SKIP() << "fax2tiff or tiffcp is not installed";
+  for (const bool twoDimensional : {false, true}) {
+    const std::string data = EncodeFacsimile(96, 40, twoDimensional);
+    std::string rows;
+    const auto take = [&](uint32_t, std::span<const uint8_t> row) {
+      for (const uint8_t eight : row) rows += static_cast<char>(~eight);
+      return Outcome::Ok;
+    };
+    ASSERT_EQ(media::DecodeFacsimile(BytesOf(data), {96, 40, twoDimensional}, take), Outcome::Ok);
+    const TempFile source(data, ".g3"), wrapped("", ".tif"), plain("", ".tif");
+    const std::string line = "fax2tiff -M -m -X 96 -3 " + std::string(twoDimensional ? "-2" : "-1") +
+                             " -o " + wrapped.Path() + " " + source.Path() +
+                             " && tiffcp -c none -f msb2lsb -r 100 " + wrapped.Path() + " " +
+                             plain.Path();
+    ASSERT_EQ(std::system((line + " >/dev/null 2>&1").c_str()), 0) << line;
+    // The rows of its one strip stand somewhere in the file.
+    EXPECT_EQ(rows.size(), 40u * 12);
+    EXPECT_NE(plain.Contents().find(rows), std::string::npos) << twoDimensional;
   }
 }
 
