@@ -299,8 +299,10 @@ Samples File::ReadSamples(const SegmentInfo& image, const SampleRequest& request
       throw Error(ErrorKind::Invalid, "the segment is no image", image.title);
     const media::WorkLimit limit(Size());
     ::core::SampleRequest wanted;
-    wanted.row = request.row, wanted.column = request.column;
-    wanted.rows = request.rows, wanted.columns = request.columns;
+    wanted.row = request.row;
+    wanted.column = request.column;
+    wanted.rows = request.rows;
+    wanted.columns = request.columns;
     wanted.bands = request.bands;
     wanted.reduce = request.reduce;
     wanted.progress = Calm(request.progress);

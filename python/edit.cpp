@@ -35,7 +35,8 @@ oc::Storage StorageOf(const std::string& way, double number, uint32_t block, con
 
 oc::Placement PlaceOf(int64_t row, int64_t column) {
   oc::Placement place;
-  place.row = row, place.column = column;
+  place.row = row;
+  place.column = column;
   return place;
 }
 

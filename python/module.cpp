@@ -37,8 +37,10 @@ using Window = std::array<uint64_t, 4>;  // row, column, rows, columns
 
 oc::SampleRequest RequestOf(const Window& window, const std::vector<uint32_t>& bands, uint32_t reduce) {
   oc::SampleRequest request;
-  request.row = window[0], request.column = window[1];
-  request.rows = window[2], request.columns = window[3];
+  request.row = window[0];
+  request.column = window[1];
+  request.rows = window[2];
+  request.columns = window[3];
   request.bands = bands;
   request.reduce = reduce;
   return request;
@@ -105,14 +107,18 @@ struct PictureWords {
 
 oc::PictureRequest RequestOf(const PictureWords& words) {
   oc::PictureRequest request;
-  request.row = words.window[0], request.column = words.window[1];
-  request.rows = words.window[2], request.columns = words.window[3];
-  request.size = words.size, request.scale = words.scale;
+  request.row = words.window[0];
+  request.column = words.window[1];
+  request.rows = words.window[2];
+  request.columns = words.window[3];
+  request.size = words.size;
+  request.scale = words.scale;
   request.fast = words.fast;
   request.image = words.image;
   request.bands = words.bands;
   request.stretch = static_cast<oc::StretchBy>(words.stretch);
-  request.low = words.low, request.high = words.high;
+  request.low = words.low;
+  request.high = words.high;
   request.stretchEach = words.each;
   return request;
 }

@@ -12,8 +12,10 @@ PlacedSegment PlaceImage(const SurveyedPart& part) {
   const int64_t rows = part.Number("NROWS"), columns = part.Number("NCOLS");
   place.readable = PlaceOfText(part.Text("ILOC"), place.row, place.column) && place.level >= 0 &&
                    place.attachment >= 0 && rows >= 0 && columns >= 0;
-  place.top = place.row, place.left = place.column;
-  place.bottom = place.row + rows, place.right = place.column + columns;
+  place.top = place.row;
+  place.left = place.column;
+  place.bottom = place.row + rows;
+  place.right = place.column + columns;
   return place;
 }
 
@@ -87,8 +89,10 @@ void Places::Attach() {
   }
   for (size_t i = 0; i < segments_.size(); ++i) {
     PlacedSegment& place = segments_[i];
-    place.top += offsets[i].first, place.bottom += offsets[i].first;
-    place.left += offsets[i].second, place.right += offsets[i].second;
+    place.top += offsets[i].first;
+    place.bottom += offsets[i].first;
+    place.left += offsets[i].second;
+    place.right += offsets[i].second;
   }
 }
 

@@ -90,10 +90,12 @@ CloudTiff::CloudTiff(CloudForm form) : form_(std::move(form)) {
   uint32_t width = form_.width, height = form_.height;
   for (;;) {
     Level& level = levels_.emplace_back();
-    level.width = width, level.height = height;
+    level.width = width;
+    level.height = height;
     level.scratch = std::make_unique<ScratchFile>("");
     if (width <= kTile && height <= kTile) break;
-    width = (width + 1) / 2, height = (height + 1) / 2;
+    width = (width + 1) / 2;
+    height = (height + 1) / 2;
   }
 }
 

@@ -17,8 +17,10 @@ class Map {
   explicit Map(const std::vector<Ground>& grounds) {
     for (const Ground& ground : grounds) {
       for (const GeographicPoint& corner : ground.corners) {
-        north_ = std::max(north_, corner.latitude), south_ = std::min(south_, corner.latitude);
-        east_ = std::max(east_, corner.longitude), west_ = std::min(west_, corner.longitude);
+        north_ = std::max(north_, corner.latitude);
+        south_ = std::min(south_, corner.latitude);
+        east_ = std::max(east_, corner.longitude);
+        west_ = std::min(west_, corner.longitude);
       }
     }
     across_ = std::max(0.01, std::cos((north_ + south_) / 2 * kPi / 180));

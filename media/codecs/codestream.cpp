@@ -86,8 +86,12 @@ bool FindCodestreamSize(const Source& source, CodestreamSize& size) {
   if (start == nullptr) return false;
   const uint8_t* p = start + 8;  // behind marker, length and capabilities
   size = {};
-  size.right = Big32(p), size.bottom = Big32(p + 4), size.left = Big32(p + 8), size.top = Big32(p + 12);
-  size.tileWidth = Big32(p + 16), size.tileHeight = Big32(p + 20);
+  size.right = Big32(p);
+  size.bottom = Big32(p + 4);
+  size.left = Big32(p + 8);
+  size.top = Big32(p + 12);
+  size.tileWidth = Big32(p + 16);
+  size.tileHeight = Big32(p + 20);
   const uint32_t tileLeft = Big32(p + 24), tileTop = Big32(p + 28);
   size.components = Big16(p + 32);
   size.precision = (p[34] & 0x7Fu) + 1;
@@ -99,8 +103,10 @@ bool FindCodestreamSize(const Source& source, CodestreamSize& size) {
   size.stepX = size.stepY = 255;
   for (uint32_t c = 0; c < size.components; ++c) {
     const uint32_t stepX = p[35 + 3 * size_t{c}], stepY = p[36 + 3 * size_t{c}];
-    size.stepX = std::min(size.stepX, stepX), size.mostStepX = std::max(size.mostStepX, stepX);
-    size.stepY = std::min(size.stepY, stepY), size.mostStepY = std::max(size.mostStepY, stepY);
+    size.stepX = std::min(size.stepX, stepX);
+    size.mostStepX = std::max(size.mostStepX, stepX);
+    size.stepY = std::min(size.stepY, stepY);
+    size.mostStepY = std::max(size.mostStepY, stepY);
   }
   if (size.stepX == 0 || size.stepY == 0) return false;
   const auto tilesOver = [](uint64_t span, uint32_t tile) { return (span + tile - 1) / tile; };

@@ -31,8 +31,10 @@ bool PaintLimit::Keep(double bytes) {
 }
 
 void Extent::Add(Point p) {
-  left = std::min(left, p.x), right = std::max(right, p.x);
-  top = std::min(top, p.y), bottom = std::max(bottom, p.y);
+  left = std::min(left, p.x);
+  right = std::max(right, p.x);
+  top = std::min(top, p.y);
+  bottom = std::max(bottom, p.y);
 }
 
 double Extent::Area(const Brush& brush, double margin) const {

@@ -71,8 +71,10 @@ SampleRequest RequestOf(const ExtractOptions& options) {
   request.reduce = options.reduce;
   request.bands = options.bands;
   if (!options.region.empty()) {
-    request.row = options.region[0], request.column = options.region[1];
-    request.rows = options.region[2], request.columns = options.region[3];
+    request.row = options.region[0];
+    request.column = options.region[1];
+    request.rows = options.region[2];
+    request.columns = options.region[3];
   }
   return request;
 }
