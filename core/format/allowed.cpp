@@ -4,6 +4,7 @@
 
 #include "core/format/geography.h"
 #include "core/format/numbers.h"
+#include "core/format/part.h"
 #include "core/format/words.h"
 
 namespace core {
@@ -13,14 +14,12 @@ bool EndsWith(std::string_view text, std::string_view end) {
   return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
-std::string_view Trimmed(std::string_view text) { return text.substr(0, text.find_last_not_of(' ') + 1); }
-
 std::string ProblemOfTime(std::string_view value) {
   return IsTime(value) ? "" : "not a date and time, CCYYMMDDhhmmss";
 }
 
 std::string ProblemOfDay(std::string_view value) {
-  return Trimmed(value).empty() || IsDay(value) ? "" : "not a date, CCYYMMDD";
+  return TrimmedText(value).empty() || IsDay(value) ? "" : "not a date, CCYYMMDD";
 }
 
 // Fields whose texts are in a list; prefixes of the security fields are left off.
@@ -69,7 +68,7 @@ std::string ProblemOfListed(std::string_view name, std::string_view value) {
     const bool isIt = list.isSecurity ? name.size() == list.name.size() + 2 && name[1] == 'S' &&
                                             EndsWith(name, list.name)
                                       : name == list.name;
-    if (isIt && !IsOneOf(Trimmed(value), list.texts)) return "not one of " + WordsOf(list.texts);
+    if (isIt && !IsOneOf(TrimmedText(value), list.texts)) return "not one of " + WordsOf(list.texts);
   }
   return "";
 }
@@ -90,7 +89,7 @@ std::string ProblemOfPlace(char icords, std::string_view value) {
 
 bool IsAllowed(std::string_view field, std::string_view text) {
   const Listed* list = ListOf(field);
-  return list == nullptr || IsOneOf(Trimmed(text), list->texts);
+  return list == nullptr || IsOneOf(TrimmedText(text), list->texts);
 }
 
 bool DescribesPixels(const std::string& name) {
@@ -106,7 +105,7 @@ std::string ProblemOf(std::string_view name, std::string_view value, char icords
   if (name == "IGEOLO") return ProblemOfPlace(icords, value);
   if (name == "IDLVL" || name == "SDLVL") return ProblemOfLevel(value, 1, 999);
   if (name == "IALVL" || name == "SALVL" || name == "TXTALVL") return ProblemOfLevel(value, 0, 998);
-  if (name == "OSTAID" && Trimmed(value).empty()) return "the station is not blank";
+  if (name == "OSTAID" && TrimmedText(value).empty()) return "the station is not blank";
   return ProblemOfListed(name, value);
 }
 

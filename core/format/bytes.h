@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cerrno>
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -54,7 +55,7 @@ class Descriptor {
 /// What tells a file from others, whatever it is called.
 struct FileIdentity {
   uint64_t device = 0, node = 0;
-  bool operator==(const FileIdentity& other) const = default;
+  auto operator<=>(const FileIdentity& other) const = default;
 };
 /// That of a path; none where there is no file.
 std::optional<FileIdentity> IdentityOf(const std::string& path);

@@ -7,12 +7,6 @@ bool IsDigits(std::string_view text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
-std::string_view Trimmed(std::string_view text) {
-  const size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 bool IsLeapYear(int year) { return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0; }
 
 // Whether digits "CCYYMMDD" begin a text and name a day that there was.
@@ -30,8 +24,14 @@ bool BeginsWithDay(std::string_view text) {
 
 }  // namespace
 
+std::string_view WithoutSpaces(std::string_view text) {
+  const size_t first = text.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
 std::optional<int64_t> NumberOf(std::string_view text) {
-  const std::string_view digits = Trimmed(text);
+  const std::string_view digits = WithoutSpaces(text);
   const bool isSigned = !digits.empty() && (digits[0] == '-' || digits[0] == '+');
   if (!IsDigits(digits.substr(isSigned ? 1 : 0)) || digits.size() > 18) return std::nullopt;
   int64_t value = 0;

@@ -8,6 +8,8 @@
 
 namespace core {
 
+/// A text without the spaces around it.
+std::string_view WithoutSpaces(std::string_view text);
 /// A decimal number, spaces around it and a sign in front of it allowed; none for another text.
 std::optional<int64_t> NumberOf(std::string_view text);
 /// "20261124120000" as "2026-11-24T12:00:00Z"; parts of dashes or spaces end it. Empty when it is no

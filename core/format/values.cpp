@@ -9,12 +9,6 @@
 namespace core {
 namespace {
 
-std::string_view Trimmed(std::string_view text) {
-  const size_t first = text.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 void WriteNumber(JsonText& json, std::string_view text) {
   const auto value = NumberOf(text);
   value ? json.Number(*value) : json.Null();
@@ -22,7 +16,7 @@ void WriteNumber(JsonText& json, std::string_view text) {
 
 // "1.0", ".5" or "/2", a divisor.
 void WriteMagnification(JsonText& json, std::string_view text) {
-  const std::string digits(Trimmed(text));
+  const std::string digits(WithoutSpaces(text));
   const bool divides = digits.substr(0, 1) == "/";
   char* end = nullptr;
   const double value = std::strtod(digits.c_str() + (divides ? 1 : 0), &end);

@@ -20,7 +20,7 @@ int32_t Histogram(const KernelBitmap& bitmap, uint32_t* counters, uint32_t count
   for (uint32_t row = 0; row < bitmap.height; ++row) {
     reader.Read(hostkit::Row(bitmap, row), 0, bitmap.width, bgr.data());
     for (size_t i = 0; i < bgr.size(); i += 3) {
-      const uint32_t luminance = (114u * bgr[i] + 587u * bgr[i + 1] + 299u * bgr[i + 2]) / 1000;
+      const uint32_t luminance = hostkit::Luminance(&bgr[i]);
       ++counters[luminance * count / 256];
     }
   }

@@ -68,10 +68,7 @@ class EncodedRows {
   const uint8_t* Row(uint32_t y) {
     reader_.Read(PictureRow(bitmap_, y), 0, bitmap_.width, bgr_.data());
     if (grey_.empty()) return bgr_.data();
-    for (size_t x = 0; x < grey_.size(); ++x) {
-      const uint8_t* p = &bgr_[3 * x];
-      grey_[x] = static_cast<uint8_t>((114u * p[0] + 587u * p[1] + 299u * p[2]) / 1000);
-    }
+    for (size_t x = 0; x < grey_.size(); ++x) grey_[x] = Luminance(&bgr_[3 * x]);
     return grey_.data();
   }
 

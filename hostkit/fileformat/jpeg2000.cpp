@@ -12,15 +12,11 @@ using media::CodestreamSize;
 using media::Outcome;
 using media::Plane;
 
-uint32_t Big32(const uint8_t* p) {
-  return static_cast<uint32_t>(p[0]) << 24 | p[1] << 16 | p[2] << 8 | p[3];
-}
-
 // The stream itself: masked NITF data has its mask table in front, whose first word tells where the
 // codestream begins.
 Bytes SkipMaskTable(Bytes bytes) {
   if (media::IsCodestream(bytes) || media::IsJp2(bytes) || bytes.size() < 14) return bytes;
-  const uint32_t offset = Big32(bytes.data());
+  const uint32_t offset = media::Big32(bytes.data());
   if (offset >= bytes.size()) return {};
   return bytes.subspan(offset);
 }

@@ -63,6 +63,11 @@ inline bool IsAllocated(const KernelBitmap* bitmap) {
 /// Gives a bitmap a copy of `count` palette entries; one of 9 to 16 bits has none before. A host status.
 int32_t TakePalette(KernelBitmap& bitmap, const KernelColour* colours, uint32_t count);
 
+/// The luminance of a blue, green, red triple, as the host weighs colours.
+inline uint8_t Luminance(const uint8_t* bgr) {
+  return static_cast<uint8_t>((114u * bgr[0] + 587u * bgr[1] + 299u * bgr[2]) / 1000);
+}
+
 /// Pixels of any depth to and from blue, green, red triples; `first` and `count` are pixels of the row.
 void RowToBgr(const KernelBitmap& bitmap, const uint8_t* row, uint32_t first, uint32_t count,
               uint8_t* bgr);

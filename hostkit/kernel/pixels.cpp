@@ -25,10 +25,6 @@ uint32_t FromHighByte(uint8_t value, uint32_t bits) {
   return bits >= 8 ? static_cast<uint32_t>(value) << (bits - 8) : value >> (8 - bits);
 }
 
-uint8_t Luminance(const uint8_t* bgr) {
-  return static_cast<uint8_t>((114u * bgr[0] + 587u * bgr[1] + 299u * bgr[2]) / 1000);
-}
-
 uint32_t GetIndex(const uint8_t* row, uint32_t depth, uint32_t x) {
   if (depth == 8) return row[x];
   uint32_t index = 0;

@@ -14,9 +14,6 @@ enum Marker : uint32_t {
   kStartOfData = 0xFF93
 };
 
-uint32_t Big16(const uint8_t* p) { return static_cast<uint32_t>(p[0] << 8 | p[1]); }
-uint32_t Big32(const uint8_t* p) { return Big16(p) << 16 | Big16(p + 2); }
-
 uint32_t StepsBetween(uint32_t low, uint32_t high, uint32_t step) {
   const auto up = [step](uint32_t v) { return v / step + (v % step != 0 ? 1 : 0); };
   return up(high) - up(low);

@@ -29,6 +29,10 @@ struct RowForm {
 /// on; another outcome ends the decoding and is its result.
 using TakeRow = std::function<Outcome(const RowForm& form, uint32_t y, const uint8_t* row)>;
 
+/// Numbers in streams are big-endian.
+inline uint32_t Big16(const uint8_t* p) { return static_cast<uint32_t>(p[0] << 8 | p[1]); }
+inline uint32_t Big32(const uint8_t* p) { return Big16(p) << 16 | Big16(p + 2); }
+
 /// A side at 1/2^reduce of its size, rounded up.
 constexpr uint32_t Reduced(uint32_t side, uint32_t reduce) {
   return static_cast<uint32_t>((uint64_t{side} + (uint64_t{1} << reduce) - 1) >> reduce);

@@ -69,22 +69,15 @@ Inputs::Inputs(const std::vector<std::string>& paths) {
 }
 
 void Inputs::Add(const std::string& path) {
-  Identity identity;
-  if (!Identify(path, identity)) return;
-  identities_.insert(std::lower_bound(identities_.begin(), identities_.end(), identity), identity);
+  const auto identity = core::IdentityOf(path);
+  if (!identity) return;
+  identities_.insert(std::lower_bound(identities_.begin(), identities_.end(), *identity), *identity);
 }
 
 bool Inputs::Hold(const std::string& output) const {
-  Identity identity;
-  return output != "-" && Identify(output, identity) &&
-         std::binary_search(identities_.begin(), identities_.end(), identity);
-}
-
-bool Inputs::Identify(const std::string& path, Identity& identity) {
-  struct stat status;
-  if (stat(path.c_str(), &status) != 0) return false;
-  identity = {status.st_dev, status.st_ino};
-  return true;
+  if (output == "-") return false;
+  const auto identity = core::IdentityOf(output);
+  return identity && std::binary_search(identities_.begin(), identities_.end(), *identity);
 }
 
 }  // namespace tool

@@ -30,9 +30,7 @@ class Inputs {
   bool Hold(const std::string& output) const;
 
  private:
-  using Identity = std::pair<uint64_t, uint64_t>;  // device and file
-  static bool Identify(const std::string& path, Identity& identity);
-  std::vector<Identity> identities_;
+  std::vector<core::FileIdentity> identities_;
 };
 
 }  // namespace tool

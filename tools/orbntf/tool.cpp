@@ -101,9 +101,8 @@ HostWork::~HostWork() {
 }
 
 bool IsSameFile(const std::string& a, const std::string& b) {
-  struct stat first, second;
-  return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 && first.st_dev == second.st_dev &&
-         first.st_ino == second.st_ino;
+  const auto first = core::IdentityOf(a);
+  return first && first == core::IdentityOf(b);
 }
 
 }  // namespace tool
