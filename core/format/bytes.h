@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cerrno>
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <stdexcept>
@@ -55,7 +54,10 @@ class Descriptor {
 /// What tells a file from others, whatever it is called.
 struct FileIdentity {
   uint64_t device = 0, node = 0;
-  auto operator<=>(const FileIdentity& other) const = default;
+  bool operator==(const FileIdentity& other) const = default;
+  bool operator<(const FileIdentity& other) const {
+    return device != other.device ? device < other.device : node < other.node;
+  }
 };
 /// That of a path; none where there is no file.
 std::optional<FileIdentity> IdentityOf(const std::string& path);

@@ -7,22 +7,24 @@ namespace core {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr auto kInterval = std::chrono::milliseconds(20);
+constexpr Clock::rep kInterval = Clock::duration(std::chrono::milliseconds(20)).count();
+
+Clock::rep Now() { return Clock::now().time_since_epoch().count(); }
 
 thread_local Interruption* current = nullptr;
-thread_local Clock::time_point asked;
+thread_local Clock::rep asked = 0;  // when that was done last
 
 }  // namespace
 
 Interruption::Interruption(std::function<bool()> goesOn)
     : goesOn_(std::move(goesOn)), before_(std::exchange(current, this)) {
-  asked = {};  // the first work asks
+  asked = 0;  // the first work asks
 }
 Interruption::~Interruption() { current = before_; }
 
 void Interruption::Ask() {
-  if (current == nullptr || Clock::now() - asked < kInterval) return;
-  asked = Clock::now();
+  if (current == nullptr || Now() - asked < kInterval) return;
+  asked = Now();
   if (!current->goesOn_()) throw StoppedWork();
 }
 
