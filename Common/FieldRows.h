@@ -37,7 +37,7 @@ class FieldReader {
   /// Reads exactly `bytes`: 1, -7, or ReplacementEnd when they do not fit into the replacement data.
   Status Take(void* to, uint32_t bytes);
   /// Takes a field's text and its terminator, and notes a placeholder (all nines).
-  Status TakeText(char* text, uint32_t width, bool hasPlaceholder);
+  Status TakeText(char* text, uint32_t width, bool hasPlaceholder = false);
   /// Before memory is taken for many fields: -7 unless as many bytes remain in the file. In replacement
   /// mode the fields are held to the limit one by one.
   Status Require(CheckedSize bytes) const;

@@ -72,7 +72,7 @@ Status ReadComments(H& header, FieldReader& reader) {
     if (Status s = header.comments.Make(count, ORB_HERE); !Ok(s)) return s;
   }
   for (Text<kCommentWidth>& comment : header.comments) {
-    if (Status s = reader.TakeText(comment.text, kCommentWidth, false); !Ok(s)) return s;
+    if (Status s = reader.TakeText(comment.text, kCommentWidth); !Ok(s)) return s;
   }
   return Status::Success;
 }
@@ -122,7 +122,7 @@ Status ReadBands(H& header, uint32_t count, FieldReader& reader) {
   for (BandFields& band : header.bands) {
     if (Status s = ReadRows<BandFields>(BandFields::Table(), band, reader); !Ok(s)) return s;
     if (band.NLUTS.value == 0) continue;
-    if (Status s = reader.TakeText(band.NELUT.text, sizeof band.NELUT.text - 1, false); !Ok(s)) return s;
+    if (Status s = reader.TakeText(band.NELUT.text, sizeof band.NELUT.text - 1); !Ok(s)) return s;
     band.NELUT.value = LengthOf(band.NELUT.text);
     if (band.NELUT.value == 0) continue;
     if (Status s = ReadLookupTables(header, band, reader); !Ok(s)) return s;

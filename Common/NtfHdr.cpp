@@ -117,7 +117,7 @@ constexpr auto kTable =
                  std::array{
                      Field<&H::FHDR>("FHDR").Starts("NITF").Accept(&AcceptMark),
                      Field<&H::FVER>("FVER").Starts("02.10").Accept(&AcceptVersion),
-                     Field<&H::CLEVEL>("CLEVEL").Starts("03").SetNumber(true).Accept(&AcceptComplexity),
+                     Field<&H::CLEVEL>("CLEVEL").Starts("03").SetNumber().Accept(&AcceptComplexity),
                      Field<&H::STYPE>("STYPE").Starts("BF01"),
                      Field<&H::OSTAID>("OSTAID"),
                      Field<&H::FDT>("FDT").Starts("20050101010101").Set(SetAs::Date),

@@ -195,6 +195,12 @@ TEST_F(ExchangeTest, SettersRefuseWhatHasNoRoom) {
   ImageSubheader& image = *handle->images.At(0);
   EXPECT_EQ(image.SetCoordinates("UU"), Status::InvalidParameter);
   EXPECT_EQ(image.SetCoordinates(nullptr), Status::InvalidParameter);
+  // Lengths are those of a document's own segments.
+  ImageSubheader fresh;
+  EXPECT_EQ(fresh.SetCoordinates("U"), Status::Success);
+  EXPECT_STREQ(fresh.ICORDS.text, "U");
+  handle->header.SetBackground(0xFF030201);
+  EXPECT_EQ(std::string(handle->header.FBKGC.text), "\1\2\3");
   const uint32_t comments = LengthOf(image.NICOM.text);
   ASSERT_GT(comments, 0u);
   EXPECT_EQ(image.SetComment(comments - 1, "last"), Status::Success);
@@ -202,6 +208,22 @@ TEST_F(ExchangeTest, SettersRefuseWhatHasNoRoom) {
   EXPECT_EQ(image.SetCommentCount(static_cast<int32_t>(comments) - 1), Status::Success);
   EXPECT_EQ(image.SetComment(comments - 1, "none"), Status::InvalidParameter) << "the count says so";
   EXPECT_EQ(image.SetCommentCount(static_cast<int32_t>(comments) + 1), Status::InvalidParameter);
+}
+
+TEST_F(ExchangeTest, SegmentsOfAnyKindAreSegments) {
+  const auto status = [](NitfBuilder& builder) {
+    const test::TempFile file(builder.Bytes());
+    return Orb_NITFGetStatus(test::Handle(file));
+  };
+  NitfBuilder none, image, graphic, text, all;
+  const int32_t some = status(image.Image(ImageForm{}, std::string(64, 'x')));
+  EXPECT_EQ(status(none), some + 1);
+  EXPECT_EQ(status(graphic.Graphic(test::GraphicRecord(), "")), some);
+  EXPECT_EQ(status(text.Text("words")), some);
+  all.Image(ImageForm{}, std::string(64, 'x')).Graphic(test::GraphicRecord(), "").Text("a").Text("b");
+  EXPECT_EQ(status(all), some);
+  image.Text("as many");
+  EXPECT_EQ(status(image), some);
 }
 
 TEST_F(ExchangeTest, CountsOfNone) {
@@ -251,6 +273,11 @@ TEST_F(ExchangeTest, LengthsThatARecordCannotHoldStayWhenTheyAreGivenBack) {
   record.LI[0] = INT32_MAX - 1;
   ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
   EXPECT_EQ(handle->header.images.Current(0).data, uint32_t{INT32_MAX} - 1);
+  record.LI[0] = 0;
+  ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
+  EXPECT_EQ(handle->header.images.Current(0).data, 0u);
+  record.LI[0] = INT32_MAX - 1;
+  ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
   record.LI[0] = -1;
   ASSERT_EQ(Orb_NITFSetNITFHeader(handle, &record), 1);
   EXPECT_EQ(handle->header.images.Current(0).data, uint32_t{INT32_MAX} - 1) << "no length is negative";

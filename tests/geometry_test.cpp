@@ -202,6 +202,45 @@ TEST_F(GeometryTest, BlankImagesShowUnlessTheirColourIsLeftOut) {
   }
 }
 
+TEST_F(GeometryTest, ABlankImageIsLiftedAsOthersAre) {
+  test::Picture pictures[2];
+  for (const bool blank : {false, true}) {
+    const ImageForm form{.width = 2,
+                         .height = 4,
+                         .blocksAcross = 2,
+                         .compression = "NM",
+                         .lookup = "\5q",
+                         .lookupTables = 1};
+    const uint32_t record = blank ? 0xFFFFFFFF : 0;
+    const std::string data = test::MaskBytes({.blocks = {record, record}}) + std::string(64, char{});
+    pictures[blank] =
+        test::RenderBytes(NitfBuilder().Image(form, data).Bytes(), {.flags = ORB_LOAD_LIFT_DARK});
+    ASSERT_EQ(pictures[blank].status, 1);
+  }
+  EXPECT_NE(pictures[0].At(1, 1), test::Grey(5));
+  EXPECT_EQ(pictures[1].At(1, 1), pictures[0].At(1, 1));
+}
+
+// Of three bands the one colour is black, which a pad code leaves out.
+TEST_F(GeometryTest, BlankColourWithAPadCodeIsNotSeen) {
+  const ImageForm blank{.width = 2,
+                        .height = 4,
+                        .blocksAcross = 2,
+                        .bands = 3,
+                        .compression = "NM",
+                        .representation = "RGB"};
+  const std::vector<uint32_t> none(6, 0xFFFFFFFF);
+  for (const int code : {-1, 9}) {
+    NitfBuilder file = Compose({{1, 0, "0000000000", 4, 4, 0x20}});
+    test::Record above = test::ImageRecord(blank);
+    above.Set("IDLVL", 2);
+    file.Image(above, test::MaskBytes({.blocks = none, .padCode = code}));
+    const test::Picture picture = test::RenderBytes(file.Bytes());
+    ASSERT_EQ(picture.status, 1);
+    EXPECT_EQ(picture.At(1, 1), test::Grey(code < 0 ? 0 : 0x20)) << code;
+  }
+}
+
 TEST_F(GeometryTest, AMetafileReachesItsBoundsFromItsAttachment) {
   NitfBuilder file = Compose({{1, 0, "0003000060", 1, 1}});
   test::Record graphic = test::GraphicRecord();

@@ -215,6 +215,21 @@ TEST_F(HeadersTest, LookupTablesOfAnyCountAreConsumed) {
   }
 }
 
+TEST_F(HeadersTest, NinesOfACommentAreNoLength) {
+  test::Record image = test::ImageRecord(ImageForm{});
+  image.Set("NICOM", 1).InsertAfter("NICOM", "ICOM", std::string(80, '9'));
+  NitfFile document;
+  ASSERT_EQ(ReadBytes(NitfBuilder().Image(image, std::string(64, 'i')).Bytes(), document), 1);
+  EXPECT_EQ(std::string(document.images.At(0)->comments[0].text), std::string(80, '9'));
+}
+
+TEST_F(HeadersTest, ATableOfOneEntryColoursTheImage) {
+  ImageForm form{.lookup = "\x50", .lookupTables = 1};
+  const auto picture = test::RenderImage(form, std::string(64, '\0'));
+  ASSERT_EQ(picture.status, 1);
+  EXPECT_EQ(picture.At(3, 3), test::Grey(0x50));
+}
+
 TEST_F(HeadersTest, NinesAreEntriesOfALookupTable) {
   ImageForm form{.lookupTables = 1};
   form.lookup = std::string(99999, 'g');

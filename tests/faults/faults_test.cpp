@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <new>
 
+#include "host/display.h"
+#include "host/windows.h"
 #include "orbntf/orbntf.h"
 #include "tests/faults/injector.h"
 #include "tests/faults/result.h"
@@ -136,6 +138,64 @@ TEST_F(FaultTest, EveryCallToTheHostFailsInTurn) {
                             }))
         << "never failed: " << faults::Describe(site);
   }
+}
+
+// Arguments at the end of calls that are the same wherever the module makes them.
+const std::map<std::string, std::vector<int64_t>> kLastArguments = {
+    {"DisplayPaintBitmap", {SRCCOPY}},
+    {"EffectsPaintTransparent", {0, 0, SRCCOPY}},
+    {"ImageEffectsCombine", {0, 0, kCombineCopy}},
+    {"KernelAllocateBitmap", {0, 0}},
+    {"VectorCopy", {0}},
+    {"VectorPaint", {0, 0}},
+    {"VectorResetOrigin", {0, 0}},
+    {"VectorResetRotation", {0}},
+    {"VectorResetScale", {0}},
+    {"VectorResetTranslation", {0, 0}},
+    {"VectorSetPaintMode", {1}},
+    {"VectorSetTranslation", {0, 0}},
+};
+
+TEST_F(FaultTest, TheHostIsAskedForWhatItsDeclarationsSay) {
+  std::set<std::string> seen;
+  for (const Scenario& scenario : faults::Scenarios()) {
+    for (const auto& [operation, last] : kLastArguments) {
+      for (const faults::HostCall& call : faults::CallsOf(operation, scenario.run)) {
+        if (call.operation != operation) continue;
+        seen.insert(operation);
+        ASSERT_GE(call.arguments.size(), last.size());
+        EXPECT_TRUE(std::equal(last.rbegin(), last.rend(), call.arguments.rbegin()))
+            << scenario.name << ": " << operation;
+      }
+    }
+  }
+  EXPECT_EQ(seen.size(), kLastArguments.size());
+}
+
+// A drawing is readied, then painted into all of its place; one that is appended has nothing set.
+TEST_F(FaultTest, DrawingsAreReadiedBeforeTheyAreUsed) {
+  int painted = 0, placed = 0;
+  for (const Scenario& scenario : faults::Scenarios()) {
+    const std::vector<faults::HostCall> calls = faults::CallsOf("Vector", scenario.run);
+    for (size_t i = 0; i < calls.size(); ++i) {
+      if (calls[i].operation == "VectorPaint") {
+        ++painted;
+        ASSERT_GE(i, 2u) << scenario.name;
+        EXPECT_EQ(calls[i - 2].operation, "VectorSetPaintMode");
+        EXPECT_EQ(calls[i - 1].operation, "VectorSetBackground");
+        const auto& asked = calls[i].arguments;
+        EXPECT_EQ(asked[2] << 32 | asked[3], asked[6]) << "the size is that of the place";
+      }
+      if (calls[i].operation != "VectorSetViewRectangle") continue;
+      ++placed;
+      ASSERT_LT(i + 3, calls.size()) << scenario.name;
+      EXPECT_EQ(calls[i + 1].operation, "VectorResetOrigin");
+      EXPECT_EQ(calls[i + 2].operation, "VectorResetRotation");
+      EXPECT_EQ(calls[i + 3].operation, "VectorResetScale");
+    }
+  }
+  EXPECT_GT(painted, 0);
+  EXPECT_GT(placed, 0);
 }
 
 TEST_F(FaultTest, EveryOperationOfTheHostIsInItsHands) {

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <initializer_list>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -19,6 +21,23 @@ namespace faults {
 /// Whether the call of a host operation at a place of the source is to fail.
 bool ShouldFail(const char* name, const char* file, int line);
 
+/// Keeps a call's arguments where a test asks for them.
+void Keep(const char* name, std::initializer_list<int64_t> arguments);
+
+/// An argument as a number: 1 and 0 for what points to something and what does not, of a rectangle its
+/// width and height.
+template <class T>
+int64_t NumberFor(const T& argument) {
+  if constexpr (std::is_integral_v<T> || std::is_enum_v<T>) return static_cast<int64_t>(argument);
+  if constexpr (std::is_same_v<T, const RECT*> || std::is_same_v<T, RECT*>)
+    return argument == nullptr
+               ? 0
+               : int64_t{argument->right - argument->left} << 32 | (argument->bottom - argument->top);
+  if constexpr (std::is_null_pointer_v<T>) return 0;
+  if constexpr (std::is_pointer_v<T>) return argument != nullptr;
+  return 1;
+}
+
 /// How an operation fails. One that gives something back does its work and then says that it failed;
 /// calls that cannot fail are let through.
 enum class Manner { NotDone, Done, Never };
@@ -34,6 +53,7 @@ Result FailedResult(std::string_view name) {
 template <auto Operation, Manner How, class... Arguments>
 auto Call(const char* name, const char* file, int line, Arguments&&... arguments) {
   using Result = decltype(Operation(std::forward<Arguments>(arguments)...));
+  Keep(name, {NumberFor(arguments)...});
   if constexpr (How == Manner::Never || std::is_void_v<Result>) {
     return Operation(std::forward<Arguments>(arguments)...);
   } else {

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <initializer_list>
 
 #include "tests/faults/result.h"
 
@@ -16,6 +17,8 @@ struct Plan {
   int n = 0, seen = 0;
   bool fromThenOn = false;
   int allocation = 0, allocations = 0;
+  std::string kept;  // what the operations that are kept begin with
+  std::vector<HostCall> keptCalls;
 };
 Plan plan;
 bool inside = false;  // the injector's own allocations are not the module's
@@ -41,6 +44,21 @@ bool ShouldFail(const char* name, const char* file, int line) {
   const Site site = {name, std::filesystem::path(file).filename().string(), line};
   if (plan.recording) ++plan.calls[site];
   return plan.site != nullptr && site == *plan.site && Met(++plan.seen);
+}
+
+void Keep(const char* name, std::initializer_list<int64_t> arguments) {
+  if (plan.kept.empty() || std::string_view(name).substr(0, plan.kept.size()) != plan.kept) return;
+  const Inside guard;
+  plan.keptCalls.push_back({name, arguments});
+}
+
+std::vector<HostCall> CallsOf(const std::string& begin, const std::function<void()>& work) {
+  plan = {};
+  plan.kept = begin;
+  work();
+  std::vector<HostCall> calls = std::move(plan.keptCalls);
+  plan = {};
+  return calls;
 }
 
 std::string Describe(const Site& site) {

@@ -6,6 +6,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "host/fileformat.h"
 
@@ -18,6 +19,14 @@ struct Site {
   auto operator<=>(const Site&) const = default;
 };
 std::string Describe(const Site& site);
+
+/// A call as it was made: its arguments as numbers.
+struct HostCall {
+  std::string operation;
+  std::vector<int64_t> arguments;
+};
+/// The calls of the operations that begin with a text while `work` runs, in their order.
+std::vector<HostCall> CallsOf(const std::string& begin, const std::function<void()>& work);
 
 /// Counts the calls of each site while `work` runs.
 std::map<Site, int> Record(const std::function<void()>& work);
