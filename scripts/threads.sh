@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Four threads that open, draw, edit and save, under ThreadSanitizer.
+# Four threads that open, draw, edit and save by the module, and draw, read and check by the core, under ThreadSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 cmake --preset tsan >/dev/null

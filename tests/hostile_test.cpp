@@ -1,6 +1,6 @@
 // Files made to break a reader: each ends with a status, at once, and without taking memory for its
 // claims.
-#include <chrono>
+#include <ctime>
 #include <random>
 
 #include "Common/NitfFile.h"
@@ -13,14 +13,13 @@ using test::NitfBuilder;
 
 class HostileTest : public test::ModuleTest {
  protected:
-  // Renders and checks that neither a second nor much memory was spent.
+  // Renders and checks that neither a second of the processor nor much memory was spent.
   static int32_t Provoke(const std::string& bytes) {
     HostkitPeakBytes(1);
     const uint64_t before = HostkitBytesHeld();
-    const auto start = std::chrono::steady_clock::now();
+    const std::clock_t start = std::clock();
     const int32_t status = test::RenderBytes(bytes).status;
-    const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - start;
-    EXPECT_LT(spent.count(), 1.0);
+    EXPECT_LT(std::clock() - start, CLOCKS_PER_SEC);
     EXPECT_LT(HostkitPeakBytes(0) - before, 64u << 20);
     return status;
   }

@@ -129,22 +129,10 @@ TEST_F(SamplesTest, RangesComeFromSignedSamplesOfAllOfTheData) {
   form.compression = "NM";
   const std::string table = test::MaskBytes({});
   ASSERT_EQ(table.size(), 10u);
-  const std::string data = Words({0x30000000, 0x10000000, 0x20000000});
-  const std::string all = table + data;
-  int32_t least = 0, most = 0;
-  for (size_t at = 0; at + 4 <= all.size(); at += 4) {
-    uint32_t value = 0;
-    for (size_t i = 0; i < 4; ++i) value = value << 8 | static_cast<uint8_t>(all[at + i]);
-    const auto sample = static_cast<int32_t>(value);
-    least = at == 0 ? sample : std::min(least, sample);
-    most = at == 0 ? sample : std::max(most, sample);
-  }
-  const auto scaled = [&](uint32_t sample) {
-    return static_cast<uint8_t>(
-        static_cast<int64_t>((255.0 * sample - 255.0 * least) / (static_cast<double>(most) - least)));
-  };
-  EXPECT_EQ(Reds(test::RenderImage(form, all)),
-            (std::vector<int>{scaled(0x30000000), scaled(0x10000000), scaled(0x20000000)}));
+  // In words from the table on: 10, 0, 100, 355, 227. Of 255 sample / 355 the lowest byte is shown:
+  // 4707515, 16711680 and 10686060.
+  EXPECT_EQ(Reds(test::RenderImage(form, table + Words({100 << 16, 355 << 16, 227 << 16}))),
+            (std::vector{187, 0, 108}));
 }
 
 TEST_F(SamplesTest, RangesReachBeyondOnePieceOfTheData) {

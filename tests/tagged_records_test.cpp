@@ -1,4 +1,6 @@
 // Tagged records: definitions, what they decode, and what they leave as it is.
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -226,7 +228,8 @@ TEST_F(TaggedRecordsTest, BlanksAndDashesAreAbsent) {
 }
 
 TEST_F(TaggedRecordsTest, AFoldersDefinitionsJoinTheKnownOnes) {
-  const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "definitions";
+  const std::filesystem::path folder =
+      std::filesystem::path(testing::TempDir()) / ("definitions-" + std::to_string(getpid()));
   std::filesystem::create_directories(folder);
   const auto put = [&](const std::string& text) { std::ofstream(folder / "one.json") << text; };
   core::RecordDefinitions own;
