@@ -62,11 +62,10 @@ std::string Reserved() {
 // A header that waits for its length, which the replacement data at the end has.
 std::string Streamed() {
   constexpr size_t kFront = 360;
-  NitfBuilder file = test::SoundFile();
-  file.extensions.push_back({test::DataExtensionRecord("STREAMING_FILE_HEADER"), ""});
-  file.extensions[0].data = test::StreamingData(std::string(kFront, ' '));
-  file.extensions[0].data = test::StreamingData(file.Bytes().substr(0, kFront));
-  return file.Patch("FL", "999999999999").Bytes();
+  NitfBuilder file = test::SoundFile(), known = file;
+  known.extensions.push_back({test::DataExtensionRecord("STREAMING_FILE_HEADER"), ""});
+  known.extensions[0].data = test::StreamingData(std::string(kFront, ' '));
+  return test::Streamed(file, known.Bytes().substr(0, kFront)).Bytes();
 }
 
 // The same where the replacement data is that of another extension; that it was streamed is told as well.

@@ -160,12 +160,6 @@ TEST_F(RecordsTest, PlaceholderLengthsOfTheFileHeaderAskForReplacementData) {
             ORB_SHORT_READ);
 }
 
-std::string Streamed(NitfBuilder file, const std::string& replacement) {
-  file.extensions.push_back({test::DataExtensionRecord("STREAMING_FILE_HEADER"), ""});
-  file.extensions[0].data = test::StreamingData(replacement);
-  return file.Patch("FL", "999999999999").Bytes();
-}
-
 TEST_F(RecordsTest, AFailingReplacementParseIsTheReadsResult) {
   NitfBuilder file;
   file.Text("text");
@@ -173,7 +167,7 @@ TEST_F(RecordsTest, AFailingReplacementParseIsTheReadsResult) {
   const auto status = [&](size_t at, const std::string& text) {
     std::string changed = header;
     changed.replace(at, text.size(), text);
-    return test::RenderBytes(Streamed(file, changed)).status;
+    return test::RenderBytes(test::Streamed(file, changed).Bytes()).status;
   };
   EXPECT_EQ(status(0, "NITF"), 1);
   EXPECT_EQ(status(0, "XITF"), ORB_BAD_STRUCTURE);
@@ -191,12 +185,12 @@ TEST_F(RecordsTest, AnUnknownCompressionInReplacementDataIsUnknown) {
   const size_t headerLength =
       builder.Bytes().size() - 64 - builder.images[0].subheader.Bytes().size() + 13;
   builder.images[0].subheader.Set("NPPBV", "9999");
-  std::string probe = Streamed(builder, std::string(headerLength, ' '));
+  std::string probe = test::Streamed(builder, std::string(headerLength, ' ')).Bytes();
   std::string trueHeader = probe.substr(0, headerLength);
   const std::string image = measured.images[0].subheader.Bytes();
-  const size_t size = Streamed(builder, trueHeader + image).size();
+  const size_t size = test::Streamed(builder, trueHeader + image).Bytes().size();
   trueHeader.replace(342, 12, test::Digits(static_cast<int64_t>(size), 12));
-  const test::TempFile file(Streamed(builder, trueHeader + image));
+  const test::TempFile file(test::Streamed(builder, trueHeader + image).Bytes());
   NitfFile document;
   ASSERT_EQ(document.ReadDocument(file.Wide()), Status::Success);
   EXPECT_STREQ(document.images.At(0)->IC.text, "ZZ");
@@ -209,11 +203,12 @@ TEST_F(RecordsTest, AStreamedFileIsCopiedWithItsTrueLengths) {
   NitfBuilder streamed = builder;
   const size_t headerLength = builder.Bytes().size() - 64 - builder.images[0].subheader.Bytes().size() -
                               builder.texts[0].subheader.Bytes().size() - 4 + 13;
-  std::string trueHeader = Streamed(builder, std::string(headerLength, ' ')).substr(0, headerLength);
-  const size_t size = Streamed(builder, trueHeader).size();
+  std::string trueHeader =
+      test::Streamed(builder, std::string(headerLength, ' ')).Bytes().substr(0, headerLength);
+  const size_t size = test::Streamed(builder, trueHeader).Bytes().size();
   trueHeader.replace(342, 12, test::Digits(static_cast<int64_t>(size), 12));
   streamed.Patch("LI0", "9999999999").Patch("LTSH0", "9999");
-  const test::TempFile file(Streamed(streamed, trueHeader));
+  const test::TempFile file(test::Streamed(streamed, trueHeader).Bytes());
   ASSERT_EQ(test::Render(file).status, 1);
   const test::TempFile copy(Saved(Handle(file)));
   EXPECT_EQ(test::Unsound(copy.Contents()), "");

@@ -1,9 +1,8 @@
 // Where the picture by the published standard differs from the one that the module draws for its host.
-#include "core/view/view.h"
 #include "tests/support/encoders.h"
 #include "tests/support/metafile.h"
 #include "tests/support/samples.h"
-#include "tests/support/support.h"
+#include "tests/support/view.h"
 
 namespace {
 
@@ -19,21 +18,15 @@ class ViewApartTest : public test::ModuleTest {
   // Draws a file as the module does, or by the published standard.
   static Picture Draw(const std::string& bytes, bool byStandard) {
     if (!byStandard) return test::RenderBytes(bytes);
-    const core::Survey survey{std::string_view(bytes)};
     core::ViewRequest request;
     request.stretch.by = core::Stretch::By::None;
-    core::FileView view(survey, request);
+    const test::Drawn drawn = test::Draw(bytes, request);
     Picture picture;
-    core::SampleFault fault = view.Start();
-    if (!fault.Met())
-      fault = view.Draw([&](uint32_t, const uint8_t* rgb) {
-        for (uint32_t x = 0; x < view.Width(); ++x, rgb += 3)
-          picture.pixels.push_back({rgb[0], rgb[1], rgb[2]});
-        return true;
-      });
-    picture.status = view.Missing().empty() ? fault.Code() : ORB_SHORT_READ;
-    picture.width = view.Width();
-    picture.height = view.Height();
+    for (size_t i = 0; i < drawn.rgb.size(); i += 3)
+      picture.pixels.push_back({drawn.rgb[i], drawn.rgb[i + 1], drawn.rgb[i + 2]});
+    picture.status = drawn.missing.empty() ? drawn.fault.Code() : ORB_SHORT_READ;
+    picture.width = drawn.width;
+    picture.height = drawn.height;
     return picture;
   }
 };

@@ -1,10 +1,9 @@
 // What samples of every kind are shown as, and what is left out of a picture.
 #include <bit>
 
-#include "core/view/view.h"
 #include "tests/support/encoders.h"
 #include "tests/support/metafile.h"
-#include "tests/support/support.h"
+#include "tests/support/view.h"
 
 namespace {
 
@@ -21,17 +20,8 @@ struct Shown {
 };
 
 Shown Show(const std::string& bytes, const ViewRequest& request = {}) {
-  const core::Survey survey{std::string_view(bytes)};
-  core::FileView view(survey, request);
-  Shown shown;
-  shown.fault = view.Start();
-  if (!shown.fault.Met())
-    shown.fault = view.Draw([&](uint32_t, const uint8_t* rgb) {
-      shown.pixels.insert(shown.pixels.end(), rgb, rgb + size_t{3} * view.Width());
-      return true;
-    });
-  shown.missing = view.Missing();
-  return shown;
+  test::Drawn drawn = test::Draw(bytes, request);
+  return {{drawn.rgb.begin(), drawn.rgb.end()}, std::move(drawn.fault), std::move(drawn.missing)};
 }
 
 std::vector<int> Pixels(const ImageForm& form, const std::string& data,

@@ -4,49 +4,21 @@
 #include <fstream>
 
 #include "core/pictures/picture.h"
-#include "core/view/view.h"
 #include "media/work.h"
 #include "tests/support/encoders.h"
 #include "tests/support/random_files.h"
 #include "tests/support/raster.h"
 #include "tests/support/samples.h"
-#include "tests/support/support.h"
+#include "tests/support/view.h"
 
 namespace {
 
 using core::ViewRequest;
+using test::Draw;
+using test::Drawn;
 using test::ImageForm;
 using test::NitfBuilder;
 using test::RandomFile;
-
-struct Drawn {
-  uint32_t width = 0, height = 0;
-  std::vector<uint8_t> rgb;
-  core::SampleFault fault;
-  std::vector<core::LeftOut> missing;
-
-  const uint8_t* At(uint64_t x, uint64_t y) const { return &rgb[3 * (y * width + x)]; }
-};
-
-Drawn Draw(const core::Survey& survey, const ViewRequest& request) {
-  Drawn drawn;
-  core::FileView view(survey, request);
-  drawn.fault = view.Start();
-  if (drawn.fault.Met()) return drawn;
-  drawn.width = view.Width();
-  drawn.height = view.Height();
-  drawn.fault = view.Draw([&](uint32_t y, const uint8_t* rgb) {
-    EXPECT_EQ(y * drawn.width * 3, drawn.rgb.size());
-    drawn.rgb.insert(drawn.rgb.end(), rgb, rgb + size_t{3} * drawn.width);
-    return true;
-  });
-  drawn.missing = view.Missing();
-  return drawn;
-}
-
-Drawn DrawBytes(const std::string& bytes, const ViewRequest& request = {}) {
-  return Draw(core::Survey(std::string_view(bytes)), request);
-}
 
 ViewRequest AsStored() {
   ViewRequest request;
@@ -147,7 +119,7 @@ TEST_F(ViewTest, EveryFormHasTheSamePixels) {
   for (int i = 0; i < Times(30, 300); ++i) {
     const RandomFile file = test::MakeRandomFile(random_);
     SCOPED_TRACE(file.family);
-    const Drawn drawn = DrawBytes(file.bytes);
+    const Drawn drawn = Draw(file.bytes);
     for (const auto form : {core::PictureForm::Png, core::PictureForm::Ppm, core::PictureForm::Tiff}) {
       SCOPED_TRACE(core::EndingOf(form));
       const test::WholeRaster picture = ThroughFile(drawn, form);
@@ -171,7 +143,7 @@ TEST_F(ViewTest, TheModuleDrawsTheSameWhereNothingSetsThemApart) {
                             file.isOdd,   file.hasGraphic, file.hasDifferences};
     const int count = static_cast<int>(std::count(std::begin(reasons), std::end(reasons), true));
     if (count > 1) continue;
-    const Drawn mine = DrawBytes(file.bytes, AsStored());
+    const Drawn mine = Draw(file.bytes, AsStored());
     const test::Picture theirs = test::RenderBytes(file.bytes);
     ASSERT_EQ(mine.fault.words, "");
     std::vector<uint8_t> rgb;

@@ -138,15 +138,14 @@ void AddCompressed(std::vector<Scenario>& all) {
 NitfBuilder Streamed() {
   NitfBuilder file;
   file.Image(ImageForm{}, std::string(64, 'x'));
-  file.extensions.push_back({test::DataExtensionRecord("STREAMING_FILE_HEADER"), ""});
   const auto header = [&](size_t dataBytes) {
-    file.extensions[0].data = std::string(dataBytes, ' ');
-    const std::string bytes = file.Bytes();
+    NitfBuilder known = file;
+    known.extensions.push_back(
+        {test::DataExtensionRecord("STREAMING_FILE_HEADER"), std::string(dataBytes, ' ')});
+    const std::string bytes = known.Bytes();
     return bytes.substr(0, bytes.find("IMTest"));
   };
-  const std::string replacement = header(test::StreamingData(header(0)).size());
-  file.extensions[0].data = test::StreamingData(replacement);
-  return file.Patch("FL", "999999999999");
+  return test::Streamed(file, header(test::StreamingData(header(0)).size()));
 }
 
 void AddDrawings(std::vector<Scenario>& all) {

@@ -280,4 +280,9 @@ NitfBuilder FullFile() {
   return file;
 }
 
+NitfBuilder Streamed(NitfBuilder file, const std::string& replacement) {
+  file.extensions.push_back({DataExtensionRecord("STREAMING_FILE_HEADER"), StreamingData(replacement)});
+  return file.Patch("FL", "999999999999");
+}
+
 }  // namespace test

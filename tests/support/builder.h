@@ -105,4 +105,7 @@ class NitfBuilder {
 /// and data extension fields.
 NitfBuilder FullFile();
 
+/// A file whose length waits, with a streaming file header that begins with other bytes.
+NitfBuilder Streamed(NitfBuilder file, const std::string& replacement);
+
 }  // namespace test
