@@ -146,6 +146,22 @@ TEST_F(CompressedTest, BandSequentialStreamsAreMerged) {
   }
 }
 
+TEST_F(CompressedTest, TwoSequentialBandsAreRedAndGreen) {
+  ImageForm form = BlockForm("C3", 2, 1, 2, "MULTI", "S");
+  std::string data;
+  for (const int band : {0, 1}) {
+    for (int block = 0; block < 2; ++block) data += BlockStream(block, 2, {band});
+  }
+  const auto picture = test::RenderImage(form, data);
+  ASSERT_EQ(picture.status, 1);
+  for (const int x : {5, kSide + 5}) {
+    const Rgb got = picture.At(static_cast<uint32_t>(x), 7);
+    EXPECT_NEAR(got.red, Sample(x, 7, 0), 12);
+    EXPECT_NEAR(got.green, Sample(x, 7, 1), 12);
+    EXPECT_EQ(got.blue, 0);
+  }
+}
+
 #if defined(HAS_WIDE_JPEG)
 std::string EncodeWide(DJEncoder& encoder, const std::vector<uint16_t>& samples, int width, int height) {
   Uint8* out = nullptr;

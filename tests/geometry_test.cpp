@@ -260,6 +260,7 @@ TEST_F(GeometryTest, MetafilesReachTheirBoundsFromTheirPlace) {
   EXPECT_EQ(size("0000000000", "0000000000", "-003000040"), (Size{1, 30, 40})) << "without the sign";
   EXPECT_EQ(size("-0020-0020", "-0090-0080", "-0010-0005"), (Size{1, 30, 25}))
       << "wholly at negative coordinates";
+  EXPECT_EQ(size("0000000000", "0000000000", "0000000050"), (Size{1, 0, 50})) << "a flat one";
   EXPECT_EQ(size("0000000000", "00000-0080", "00010-0005"), (Size{1, 10, 5}));
 }
 

@@ -69,6 +69,8 @@ TEST_F(VqTest, EveryShapeOfVectorsIsDecoded) {
        {.blockWidth = 256, .blockHeight = 256, .codeRows = 64, .codesPerRow = 64}},
       {"a single entry", {.entries = 1, .codes = 1}},
       {"fewer tables than columns", {.tables = 3}},
+      {"entries that end within a row",
+       {.blockWidth = 16, .blockHeight = 18, .codeRows = 3, .codesPerRow = 4, .tables = 3}},
       {"widths that are no multiple of four",
        {.blockWidth = 10, .blockHeight = 15, .codeRows = 3, .codesPerRow = 2, .tables = 5}},
       {"rows that are cut", {.blockWidth = 16, .blockHeight = 18, .codeRows = 4, .codesPerRow = 4}},
@@ -140,6 +142,15 @@ TEST_F(VqTest, FaultyVectorQuantisedDataIsRefused) {
   vq = {};
   vq.tables = 5;
   EXPECT_EQ(status(vq), ORB_BAD_STRUCTURE) << "more tables than a vector has rows";
+  // What the tables hold fits into memory, the vectors that they stand for do not.
+  EXPECT_EQ(status({.blockWidth = 4096,
+                    .blockHeight = 1,
+                    .codeRows = 1,
+                    .codesPerRow = 1,
+                    .tables = 1,
+                    .entries = 600000,
+                    .codeBits = 20}),
+            ORB_SHORT_READ);
   std::string huge = VqData({});
   huge.replace(21 + 2, 4, test::Big(0xFFFFFFFF, 4));
   EXPECT_EQ(test::RenderImage(VqImage({}, "C4", 1, 1), huge).status, ORB_SHORT_READ);

@@ -172,6 +172,24 @@ TEST_F(FaultTest, TheHostIsAskedForWhatItsDeclarationsSay) {
   EXPECT_EQ(seen.size(), kLastArguments.size());
 }
 
+// Each strip of a block of uncompressed data is readied, filled and put to its place.
+TEST_F(FaultTest, ScratchBitmapsAreReadiedForEveryStrip) {
+  int scenarios = 0;
+  for (const Scenario& scenario : faults::Scenarios()) {
+    int readied = 0, placed = 0;
+    for (const faults::HostCall& call : faults::CallsOf("", scenario.run)) {
+      readied += call.operation == "KernelPrepareScratchBitmap";
+      if (call.operation != "ImageEffectsCombine") continue;
+      ++placed;
+      if (readied != 0) {
+        EXPECT_EQ(readied, placed) << scenario.name;
+      }
+    }
+    scenarios += readied != 0;
+  }
+  EXPECT_GT(scenarios, 5);
+}
+
 // A drawing is readied, then painted into all of its place; one that is appended has nothing set.
 TEST_F(FaultTest, DrawingsAreReadiedBeforeTheyAreUsed) {
   int painted = 0, placed = 0;

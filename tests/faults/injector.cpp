@@ -17,6 +17,7 @@ struct Plan {
   int n = 0, seen = 0;
   bool fromThenOn = false;
   int allocation = 0, allocations = 0;
+  bool keeps = false;
   std::string kept;  // what the operations that are kept begin with
   std::vector<HostCall> keptCalls;
 };
@@ -47,13 +48,14 @@ bool ShouldFail(const char* name, const char* file, int line) {
 }
 
 void Keep(const char* name, std::initializer_list<int64_t> arguments) {
-  if (plan.kept.empty() || std::string_view(name).substr(0, plan.kept.size()) != plan.kept) return;
+  if (!plan.keeps || std::string_view(name).substr(0, plan.kept.size()) != plan.kept) return;
   const Inside guard;
   plan.keptCalls.push_back({name, arguments});
 }
 
 std::vector<HostCall> CallsOf(const std::string& begin, const std::function<void()>& work) {
   plan = {};
+  plan.keeps = true;
   plan.kept = begin;
   work();
   std::vector<HostCall> calls = std::move(plan.keptCalls);

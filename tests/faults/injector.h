@@ -25,7 +25,7 @@ struct HostCall {
   std::string operation;
   std::vector<int64_t> arguments;
 };
-/// The calls of the operations that begin with a text while `work` runs, in their order.
+/// The calls of the operations that begin with a text, or of all, while `work` runs, in their order.
 std::vector<HostCall> CallsOf(const std::string& begin, const std::function<void()>& work);
 
 /// Counts the calls of each site while `work` runs.
