@@ -127,6 +127,14 @@ TEST_F(CompressedTest, MultiSpectralBlocksShowTheSelectedBands) {
   std::string data;
   for (int block = 0; block < 2; ++block) data += BlockStream(block, 2, {0, 1, 2, 3, 4});
   ExpectSamples(test::RenderImage(form, data), {2, 1, 4}, 12);
+  // What no band stands for is shown by the first.
+  const std::pair<std::vector<std::string>, std::vector<int>> one[] = {
+      {{"", "", "R"}, {2, 0, 0}}, {{"", "", "G"}, {0, 2, 0}}, {{"", "", "B"}, {0, 0, 2}}};
+  for (const auto& [codes, shown] : one) {
+    form.bandCodes = codes;
+    form.bandCodes.resize(5);
+    ExpectSamples(test::RenderImage(form, data), shown, 12);
+  }
 }
 
 TEST_F(CompressedTest, BandSequentialStreamsAreMerged) {

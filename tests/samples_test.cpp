@@ -135,6 +135,17 @@ TEST_F(SamplesTest, RangesComeFromSignedSamplesOfAllOfTheData) {
             (std::vector{187, 0, 108}));
 }
 
+TEST_F(SamplesTest, RowsOfBitsMayFillTheirWords) {
+  for (const int width : {31, 32, 33, 64}) {
+    ImageForm form{.width = width, .height = 2, .bits = 1};
+    form.pixelType = "B";
+    const std::string data(static_cast<size_t>(2 * width + 7) / 8, '\xFF');
+    const auto picture = test::RenderImage(form, data);
+    ASSERT_EQ(picture.status, 1) << width;
+    EXPECT_EQ(picture.At(static_cast<uint32_t>(width) - 1, 1), test::kWhite) << width;
+  }
+}
+
 TEST_F(SamplesTest, RangesReachBeyondOnePieceOfTheData) {
   // 50000 bytes are one piece; the extremes lie in the second and in the last.
   ImageForm form{.width = 200, .height = 130, .bits = 32, .significantBits = 30};

@@ -131,6 +131,22 @@ TEST_F(SaveTest, AMaskedVectorQuantisedImageIsRewrittenWithItsLengths) {
   EXPECT_TRUE(test::Render(copy).pixels == test::Render(original).pixels);
 }
 
+TEST_F(SaveTest, LengthsAreKeptWhereAMaskNamesNoData) {
+  const test::VqForm vq;
+  const ImageForm form = test::VqImage(vq, "M4", 1, 1);
+  std::string mask = test::MaskBytes({.blocks = {0}});
+  const auto length = [&](uint32_t offset) {
+    mask.replace(0, 4, test::Big(offset, 4));
+    const test::TempFile file(NitfBuilder().Image(form, mask + test::VqData(vq) + "unused").Bytes());
+    const Handle handle(file);
+    const std::string saved = Saved(handle);
+    return handle->header.images.Current(0).data;
+  };
+  const auto all = static_cast<uint32_t>(mask.size() + test::VqData(vq).size());
+  EXPECT_EQ(length(1), all) << "what is written";
+  EXPECT_EQ(length(0), all + 6) << "as it stood";
+}
+
 TEST_F(SaveTest, ATextFillsNoMoreThanItsLength) {
   const Handle handle;
   const test::TempFile words(std::string(100, 'w'), ".txt");
