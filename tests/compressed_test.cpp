@@ -154,16 +154,21 @@ TEST_F(CompressedTest, BandSequentialStreamsAreMerged) {
   }
 }
 
-TEST_F(CompressedTest, TwoSequentialBandsAreRedAndGreen) {
-  ImageForm form = BlockForm("C3", 2, 1, 2, "MULTI", "S");
+TEST_F(CompressedTest, SequentialBandsThatLackStreamsShowTheLastOne) {
   std::string data;
   for (const int band : {0, 1}) {
     for (int block = 0; block < 2; ++block) data += BlockStream(block, 2, {band});
   }
-  const auto picture = test::RenderImage(form, data);
+  const auto picture = test::RenderImage(BlockForm("C3", 2, 1, 3, "RGB", "S"), data);
   ASSERT_EQ(picture.status, 1);
+  EXPECT_NEAR(picture.At(kSide + 5, 7).green, Sample(kSide + 5, 7, 1), 12);
+  for (const uint32_t left : {0, kSide})
+    EXPECT_NEAR(picture.At(left + 5, 7).blue, Sample(kSide + 5, 7, 1), 12);
+  // Two bands are red and green.
+  const auto two = test::RenderImage(BlockForm("C3", 2, 1, 2, "MULTI", "S"), data);
+  ASSERT_EQ(two.status, 1);
   for (const int x : {5, kSide + 5}) {
-    const Rgb got = picture.At(static_cast<uint32_t>(x), 7);
+    const Rgb got = two.At(static_cast<uint32_t>(x), 7);
     EXPECT_NEAR(got.red, Sample(x, 7, 0), 12);
     EXPECT_NEAR(got.green, Sample(x, 7, 1), 12);
     EXPECT_EQ(got.blue, 0);

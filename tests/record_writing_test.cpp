@@ -69,6 +69,8 @@ TEST_F(RecordWritingTest, AMaskTableIsWrittenByItsFields) {
     ASSERT_EQ(read(less), Status::Success);
     EXPECT_EQ(mask.HasBlockRecords(), length != 0);
     EXPECT_EQ(mask.BlockRecord(1), length != 0 ? 0x61626364 : MaskTable::kNoBlock);
+    EXPECT_EQ(mask.BlockRecord(2), MaskTable::kNoBlock) << "behind the table";
+    EXPECT_EQ(mask.PadRecord(2), MaskTable::kNoBlock);
     EXPECT_EQ(mask.PadRecord(0), length == 0 ? 0x51525354 : MaskTable::kNoBlock);
     EXPECT_EQ(Written([&](FieldWriter& writer) { return mask.Write(writer); }), less);
   }

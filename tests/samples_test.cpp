@@ -157,6 +157,13 @@ TEST_F(SamplesTest, RangesReachBeyondOnePieceOfTheData) {
   EXPECT_EQ(reds[0], 127);
   EXPECT_EQ(reds[13000], 0);
   EXPECT_EQ(reds[25999], 255);
+  // A range may begin or end with -1, which is no sign that there is none yet.
+  for (const bool low : {true, false}) {
+    samples.assign(samples.size(), low ? 100 : static_cast<uint32_t>(-100));
+    samples[0] = 0xFFFFFFFF;
+    samples[1] = low ? 254 : static_cast<uint32_t>(-256);
+    EXPECT_EQ(Reds(test::RenderImage(form, Words(samples)))[low ? 13000 : 1], low ? 101 : 0);
+  }
 }
 
 // ---------------------------------------------------------------- lookup tables
