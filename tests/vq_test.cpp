@@ -70,7 +70,7 @@ TEST_F(VqTest, EveryShapeOfVectorsIsDecoded) {
       {"a single entry", {.entries = 1, .codes = 1}},
       {"fewer tables than columns", {.tables = 3}},
       {"entries that end within a row",
-       {.blockWidth = 16, .blockHeight = 18, .codeRows = 3, .codesPerRow = 4, .tables = 3}},
+       {.blockWidth = 16, .blockHeight = 15, .codeRows = 3, .codesPerRow = 4, .tables = 3}},
       {"widths that are no multiple of four",
        {.blockWidth = 10, .blockHeight = 15, .codeRows = 3, .codesPerRow = 2, .tables = 5}},
       {"rows that are cut", {.blockWidth = 16, .blockHeight = 18, .codeRows = 4, .codesPerRow = 4}},
