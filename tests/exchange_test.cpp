@@ -77,6 +77,18 @@ TEST_F(ExchangeTest, ExtendedDataThatARecordHoldsIsFreedFirst) {
   Orb_NITFFreeTextHeader(&text);
 }
 
+TEST_F(ExchangeTest, ExtendedDataTakesItsLengthAndATerminator) {
+  const test::TempFile file(test::FullFile().Bytes());
+  const test::Handle handle(file);
+  ImageHeader image = {};
+  ASSERT_EQ(Orb_NITFGetImageHeader(handle, 0, &image), 1);
+  const uint64_t held = HostkitBytesHeld();
+  KernelFree(image.IXSHD, __LINE__, u"test");
+  image.IXSHD = nullptr;
+  EXPECT_EQ(held - HostkitBytesHeld(), static_cast<uint64_t>(image.IXSHDL) - 3 + 1);
+  Orb_NITFFreeImageHeader(&image);
+}
+
 class AppendExchangeTest : public test::CodecTest {};
 
 TEST_F(AppendExchangeTest, AFreshImageGivenBackIsSavedTheSame) {
