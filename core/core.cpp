@@ -127,7 +127,7 @@ struct Interruption::State {
 Interruption::Interruption(std::function<bool()> goesOn)
     : state_(std::make_unique<State>([goesOn = std::move(goesOn)] {
         try {
-          return goesOn();
+          return !goesOn || goesOn();
         } catch (...) {
           return false;
         }
@@ -308,10 +308,13 @@ Samples File::ReadSamples(const SegmentInfo& image, const SampleRequest& request
     wanted.progress = Calm(request.progress);
     media::AllowPixels(::core::SamplesAskedFor(part, wanted));
     ::core::SampleImage samples;
-    if (std::exchange(state_->readImage, &part) != &part) state_->reading = {};
+    // What a reading leaves serves the next one where it ends well.
+    ::core::StreamCache streams;
+    if (std::exchange(state_->readImage, &part) == &part) streams = std::exchange(state_->reading, {});
     const ::core::SampleFault fault =
-        ::core::ReadSamples(state_->survey, part, wanted, samples, &state_->reading);
+        ::core::ReadSamples(state_->survey, part, wanted, samples, &streams);
     if (fault.Met()) throw ErrorOf(fault, image, part);
+    state_->reading = std::move(streams);
     return SamplesOf(std::move(samples));
   });
 }

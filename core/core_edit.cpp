@@ -87,6 +87,13 @@ struct Edit::State {
     if (part == nullptr) throw Error(ErrorKind::Invalid, "there is no such segment");
     return *part;
   }
+  // Makes a change of many steps: all of it, or nothing where it throws.
+  template <class Change>
+  void ChangeWhole(Change change) {
+    ::core::Draft changed = draft;
+    change(changed);
+    draft = std::move(changed);
+  }
   std::string TitleOf(SegmentKind kind, uint32_t index) {
     const ::core::DraftPart* part = draft.Find(KindOf(kind), index);
     return part != nullptr ? part->Title() : "";
@@ -134,7 +141,11 @@ Edit& Edit::Set(SegmentKind kind, uint32_t index, const std::string& field, cons
 }
 
 Edit& Edit::SetAll(const std::string& field, const std::string& value, bool force) {
-  return InField(*this, "", field, [&] { ::core::SetEverywhere(state_->draft, {field, value, force}); });
+  return InField(*this, "", field, [&] {
+    state_->ChangeWhole([&](::core::Draft& draft) {
+      ::core::SetEverywhere(draft, {field, value, force});
+    });
+  });
 }
 
 Edit& Edit::SetRecord(SegmentKind kind, uint32_t index, const std::string& tag, const std::string& data) {
@@ -168,7 +179,8 @@ Edit& Edit::Remove(SegmentKind kind, uint32_t index) {
 
 Edit& Edit::Merge(const File& other) {
   return Guarded([&]() -> Edit& {
-    state_->notes = ::core::Merge(state_->draft, other.state_->survey);
+    state_->ChangeWhole(
+        [&](::core::Draft& draft) { state_->notes = ::core::Merge(draft, other.state_->survey); });
     state_->inputs.push_back(&other.state_->survey);
     return *this;
   });
@@ -221,7 +233,9 @@ Edit& Edit::Recompress(uint32_t image, const Storage& storage) {
     const ::core::DraftPart& part = state_->Part(SegmentKind::Image, image);
     if (part.Origin() == nullptr) throw Error(ErrorKind::Invalid, "the image is a new one");
     const media::WorkLimit limit(part.Source()->file.Size());
-    ::core::Recompress(state_->draft, image, "", OptionsOf(storage), state_->notes);
+    state_->ChangeWhole([&](::core::Draft& draft) {
+      ::core::Recompress(draft, image, "", OptionsOf(storage), state_->notes);
+    });
     return *this;
   });
 }

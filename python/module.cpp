@@ -230,6 +230,7 @@ PYBIND11_MODULE(_core, module) {
   using namespace orbntf_python;
   module.doc() = "Calls of the library; the package orbntf makes its classes of them.";
   module.attr("version") = oc::Version();
+  mainThread = py::module_::import("threading").attr("main_thread")().attr("ident").cast<unsigned long>();
   // The package's exception, which it gives here.
   module.def("use_error", [](const py::object& error) {
     static PyObject* made = nullptr;
@@ -240,7 +241,7 @@ PYBIND11_MODULE(_core, module) {
         if (thrown) std::rethrow_exception(thrown);
       } catch (const oc::Error& failed) {
         // What a signal's handler raised ends the work and is raised itself.
-        if (failed.Kind() == oc::ErrorKind::Stopped && PyErr_Occurred() != nullptr) return;
+        if (PyErr_Occurred() != nullptr) return;
         const py::object value = py::reinterpret_borrow<py::object>(made)(
             py::str(failed.what()), failed.Field(), failed.Segment(), failed.Byte(),
             kStatus[static_cast<size_t>(failed.Kind())]);

@@ -6,10 +6,13 @@
 #include <pybind11/stl.h>
 
 #include <atomic>
+#include <exception>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <string>
 #include <thread>
+#include <type_traits>
 
 #include "orbntf/core.hpp"
 
@@ -18,20 +21,37 @@ namespace orbntf_python {
 namespace py = pybind11;
 namespace oc = orbntf::core;
 
-/// Does some work without the interpreter's lock. Signals are looked at meanwhile: what their handlers
-/// raise, as Ctrl-C does, ends the work.
+/// The thread that the interpreter gives signals to.
+inline unsigned long mainThread = 0;
+
+/// Does some work without the interpreter's lock. In the main thread signals are looked at meanwhile:
+/// what their handlers raise, as Ctrl-C does, ends the work.
 template <class Work>
 auto Unlocked(Work work) {
-  const py::gil_scoped_release released;
-  const oc::Interruption interruption([] {
-    const py::gil_scoped_acquire acquired;
-    return PyErr_CheckSignals() == 0;
-  });
+  // A thread that asks for the lock when the interpreter ends is ended there, which no destructor bears.
+  PyThreadState* state = PyEval_SaveThread();
+  std::exception_ptr thrown;
+  std::optional<std::conditional_t<std::is_void_v<decltype(work())>, bool, decltype(work())>> result;
   try {
-    return work();
+    std::optional<oc::Interruption> interruption;
+    if (PyThread_get_thread_ident() == mainThread)
+      interruption.emplace([] {
+        const py::gil_scoped_acquire acquired;
+        return PyErr_CheckSignals() == 0;
+      });
+    if constexpr (std::is_void_v<decltype(work())>) {
+      work();
+    } else {
+      result.emplace(work());
+    }
   } catch (const std::bad_alloc&) {
-    throw oc::Error(oc::ErrorKind::TooMuch, "there is not enough memory");
+    thrown = std::make_exception_ptr(oc::Error(oc::ErrorKind::TooMuch, "there is not enough memory"));
+  } catch (...) {
+    thrown = std::current_exception();
   }
+  PyEval_RestoreThread(state);
+  if (thrown != nullptr) std::rethrow_exception(thrown);
+  if constexpr (!std::is_void_v<decltype(work())>) return std::move(*result);
 }
 
 /// Lets one call at a time work with a file. A call within another one of its thread, as a signal's

@@ -121,6 +121,56 @@ TEST(CoreWork, AnInterruptionEndsWhateverIsDone) {
   }
 }
 
+// A file of one JPEG stream that is read piece by piece.
+std::string LargeStream() {
+  constexpr int kSide = 2400;
+  std::string noise(size_t{kSide} * kSide, '\0');
+  for (size_t i = 0; i < noise.size(); ++i) noise[i] = static_cast<char>(i * i % 251 + i / 7);
+  ImageForm form = BlockForm("C3", 1, 1, 1, "MONO");
+  form.width = form.height = kSide;
+  return SoundWith(form, EncodeJpeg(noise, kSide, kSide, 1)).Bytes();
+}
+
+TEST(CoreWork, WhatWasStoppedIsReadAnew) {
+  const std::string bytes = LargeStream();
+  ASSERT_GT(bytes.size(), size_t{1} << 20);
+  const File file = File::FromMemory(bytes.data(), bytes.size());
+  const auto& image = file.Segment(SegmentKind::Image);
+  SampleRequest request;
+  request.rows = 10;
+  const auto wanted = file.ReadSamples(image, request).data;
+  {
+    const Interruption stops([] { return false; });
+    EXPECT_EQ(KindOf([&] { (void)file.ReadSamples(image, request); }), ErrorKind::Stopped);
+    EXPECT_EQ(KindOf([&] { (void)file.ReadSamples(image, request); }), ErrorKind::Stopped);
+  }
+  EXPECT_EQ(file.ReadSamples(image, request).data, wanted);
+}
+
+// An image that was stored anew, but not compared yet, is not kept.
+TEST(CoreWork, AChangeThatIsStoppedChangesNothing) {
+  const TempFile source(LargeStream()), out;
+  const File file = File::Open(source.Path());
+  orbntf::core::Storage storage;
+  storage.way = orbntf::core::StorageWay::Uncompressed;
+  bool isStopped = true;
+  for (int questions = 1; isStopped; ++questions) {
+    Edit edit(file);
+    int asked = 0;
+    try {
+      const Interruption stops([&] { return ++asked < questions; });
+      edit.Recompress(0, storage);
+      isStopped = false;
+    } catch (const Error& error) {
+      EXPECT_EQ(error.Kind(), ErrorKind::Stopped);
+    }
+    edit.Save(out.Path(), true);
+    const File saved = File::Open(out.Path());
+    EXPECT_EQ(saved.Field(saved.Segment(SegmentKind::Image), "IC")->text, isStopped ? "C3" : "NC");
+    if (questions > 3) ++questions;
+  }
+}
+
 TEST(CoreWork, ErrorsNameFieldAndByte) {
   const std::string bytes = SoundWith({}, std::string(64, 's')).Bytes();
   const File file = File::FromMemory(bytes.data(), bytes.size());

@@ -14,7 +14,7 @@ bool HasMask(const SurveyedPart& part) {
 }
 
 void AskTable(Checking& checking, const SurveyedPart& part) {
-  if (!part.complete || !part.IsMasked() || part.mask.complete) return;
+  if (!part.complete || !part.IsMasked() || part.mask.complete || part.mask.unread) return;
   checking.FailAtByte(part, part.dataOffset,
                       "the data of " + std::to_string(part.dataLength) +
                           " bytes does not hold its mask table of " +

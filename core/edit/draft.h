@@ -97,6 +97,7 @@ class Draft {
   Draft(Draft&&) = default;
   /// What is done to a copy leaves this as it is.
   Draft(const Draft&) = default;
+  Draft& operator=(Draft&&) = default;
 
   DraftPart file;                   ///< the file header
   std::vector<DraftPart> segments;  ///< in file order

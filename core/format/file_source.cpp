@@ -16,6 +16,7 @@ media::Source FileSource::Make(const FileBytes& file, uint64_t begin, uint64_t c
     return media::Bytes(reinterpret_cast<const uint8_t*>(held_.data()), held_.size());
   }
   return {count, [this, &file, begin](uint64_t at, uint8_t* to, size_t bytes) {
+            if (error_ != nullptr) return false;
             try {
               return file.Read(begin + at, to, bytes);
             } catch (...) {

@@ -16,11 +16,11 @@ class FileSource {
   FileSource(const FileSource&) = delete;
   FileSource& operator=(const FileSource&) = delete;
   const media::Source& Get() const { return source_; }
-  /// Throws the ReadError that was met on the way, which no decoder lets through.
+  /// Throws what reading threw on the way, which no decoder lets through; nothing is read after that.
   void Check() const {
     if (error_ != nullptr) std::rethrow_exception(error_);
   }
-  /// What decoding came to. ReadError.
+  /// What decoding came to. The same.
   media::Outcome Checked(media::Outcome outcome) const {
     Check();
     return outcome;

@@ -23,9 +23,10 @@ Interruption::Interruption(std::function<bool()> goesOn)
 Interruption::~Interruption() { current = before_; }
 
 void Interruption::Ask() {
-  if (current == nullptr || Now() - asked < kInterval) return;
+  if (current == nullptr || (!current->isStopped_ && Now() - asked < kInterval)) return;
   asked = Now();
-  if (!current->goesOn_()) throw StoppedWork();
+  current->isStopped_ = current->isStopped_ || !current->goesOn_();
+  if (current->isStopped_) throw StoppedWork();
 }
 
 }  // namespace core

@@ -21,11 +21,12 @@ class Interruption {
   Interruption(const Interruption&) = delete;
   Interruption& operator=(const Interruption&) = delete;
 
-  /// Asks, where that was last done some time ago. StoppedWork when the answer is no.
+  /// Asks, where that was last done some time ago. StoppedWork when the answer is no, and from then on.
   static void Ask();
 
  private:
   std::function<bool()> goesOn_;
+  bool isStopped_ = false;
   Interruption* before_;
 };
 

@@ -38,7 +38,8 @@ struct RecordArea {
 /// The table in front of masked image data.
 struct SurveyedMask {
   bool complete = false;
-  uint64_t bytes = 0;  ///< of the table
+  bool unread = false;  ///< it is larger than what is kept of all tables
+  uint64_t bytes = 0;   ///< of the table
   uint32_t dataOffset = 0, blockLength = 0, padLength = 0, padBits = 0;
   std::string padCode;
   std::vector<uint32_t> blocks, pads;  ///< 0xFFFFFFFF for none

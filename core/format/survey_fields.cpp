@@ -88,7 +88,9 @@ void TakeMask(const FileBytes& file, SurveyedPart& part, KeptData& left) {
   if (records > kMostRecords) return;
   const uint64_t blocks = mask.blockLength != 0 ? records : 0, pads = mask.padLength != 0 ? records : 0;
   mask.bytes = kHead + codeBytes + 4 * (blocks + pads);
-  if (mask.bytes > std::min(part.dataLength, left.masks)) return;
+  if (mask.bytes > part.dataLength) return;
+  mask.unread = mask.bytes > left.masks;
+  if (mask.unread) return;
   const uint64_t at = part.dataOffset + kHead + codeBytes;
   if (at > file.Size() || file.Size() - at < 4 * (blocks + pads)) return;
   left.masks -= mask.bytes;

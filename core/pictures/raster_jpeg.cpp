@@ -53,7 +53,9 @@ class Jpeg2000Raster : public Raster {
  public:
   explicit Jpeg2000Raster(const FileBytes& file) : source_(file) {
     media::CodestreamSize size;
-    if (!media::FindCodestreamSize(source_.Get(), size)) throw PictureError("JPEG 2000: it is damaged");
+    const bool isFound = media::FindCodestreamSize(source_.Get(), size);
+    source_.Check();
+    if (!isFound) throw PictureError("JPEG 2000: it is damaged");
     form_.width = size.width;
     form_.height = size.height;
     RequireSize(form_);
@@ -127,8 +129,9 @@ std::unique_ptr<Raster> OpenJpegPicture(const FileBytes& file) {
   if (isJpeg2000) return std::make_unique<Jpeg2000Raster>(file);
   media::JpegFrame frame;
   if (file.At(0, 2) != "\xFF\xD8") return nullptr;
-  if (!media::FindJpegFrame(source.Get(), frame)) throw PictureError("JPEG: it is damaged");
-  source.Require(media::Outcome::Ok, "");
+  const bool isFound = media::FindJpegFrame(source.Get(), frame);
+  source.Check();
+  if (!isFound) throw PictureError("JPEG: it is damaged");
   return std::make_unique<JpegRaster>(file, frame);
 }
 

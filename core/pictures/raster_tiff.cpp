@@ -99,6 +99,7 @@ class TiffRaster : public Raster {
       if ((type & (FILETYPE_REDUCEDIMAGE | FILETYPE_MASK)) == 0)
         pages.push_back(TIFFCurrentDirectory(tiff_.get()));
     } while (pages.size() < kMost && TIFFReadDirectory(tiff_.get()) == 1);
+    bytes_.Check();
     if (!page && pages.size() > 1)
       throw PictureError("TIFF: it has " + std::to_string(pages.size()) +
                          " pages; --page N takes one, from 0");

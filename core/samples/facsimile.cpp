@@ -117,6 +117,8 @@ SampleFault ReadFacsimile(const SampleSource& source, SampleTarget& target) {
       return fault;
     if (SampleFault fault = ReadFacsimileBlocks(source, *run, form, place->second, target); fault.Met())
       return fault;
+    if (source.cache != nullptr && run->rows->Position() == form.height)
+      source.cache->facsimile = nullptr;
   }
   return {};
 }

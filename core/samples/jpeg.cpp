@@ -44,6 +44,7 @@ class JpegRun {
     }
     return media::Outcome::Ok;
   }
+  bool IsAtEnd() const { return rows_.Position() >= rows_.Form().height; }
   bool CanReach(uint32_t row, uint32_t reduce) const {
     return reduce == reduce_ && (!isStarted_ || rows_.Position() <= row);
   }
@@ -162,8 +163,8 @@ class JpegBlocks {
       if (run == nullptr || !run->CanReach(target_.Top(), target_.Reduce()))
         run = std::make_shared<JpegRun>(source_, found, target_.Reduce());
       const media::Outcome outcome = run->Read(colours, target_);
+      if (outcome != media::Outcome::Ok || run->IsAtEnd()) run = nullptr;
       if (outcome == media::Outcome::Ok) return outcome;
-      run = nullptr;
       if (outcome != media::Outcome::Unsupported) return outcome;
     }
     const PartSource data(source_, found.offset, found.stream.size);

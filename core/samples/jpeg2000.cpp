@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/format/interruption.h"
 #include "core/samples/decoders.h"
 
 namespace core {
@@ -70,6 +71,7 @@ SampleFault ReadJpeg2000(const SampleSource& source, SampleTarget& target) {
   request.asStored = true;
   const media::Outcome outcome =
       data.Checked(media::DecodeJpeg2000(data.Get(), request, [&](const media::CodestreamPart& part) {
+        Interruption::Ask();
         if (!target.GoesOn(part.place.top, target.Bottom() - target.Top()))
           return media::Outcome::Stopped;
         PutPart(part, target);

@@ -99,6 +99,8 @@ SampleFault ReadSamples(const Survey& survey, const SurveyedPart& part, const Sa
     return {media::Outcome::BadData, "the size of the image is not known", "NROWS"};
   if (!source.blocks.Cover(part))
     return {media::Outcome::BadData, "the blocks are not those of the image", "NBPR"};
+  if (part.mask.unread)
+    return {media::Outcome::Unsupported, "the mask tables of the file take more than is kept"};
   if (part.IsMasked() && !part.mask.complete)
     return {media::Outcome::ShortData, "the mask table is not whole"};
   if (request.reduce > kMostReduce)

@@ -60,10 +60,10 @@ class ORBNTF_CORE_API Error : public std::runtime_error {
   std::optional<uint64_t> byte_;
 };
 
-/// While it lasts, long work of its thread asks now and then, a few times a second, whether it goes on:
-/// reading, drawing, checking, comparing, storing and saving. Where the answer is false, or the function
-/// throws, the work ends with Stopped. It must not use the file that is worked on. One inside another
-/// takes its place.
+/// While it lasts, long work of its thread asks now and then whether it goes on: reading, drawing,
+/// checking, comparing, storing and saving, as bytes are read and between rows, parts and rules. Where
+/// the answer is false, or the function throws, the work ends with Stopped. It must not use the file that
+/// is worked on. One inside another takes its place; an empty function lets all work go on.
 class ORBNTF_CORE_API Interruption {
  public:
   explicit Interruption(std::function<bool()> goesOn);
@@ -262,7 +262,8 @@ class ORBNTF_CORE_API File {
   /// Unreadable; Invalid; TooMuch; Stopped.
   PictureInfo Draw(const PictureRequest& request,
                    const std::function<bool(uint32_t row, const uint8_t* rgb)>& take) const;
-  /// Samples of an image segment. Truncated; Damaged; Unsupported; Invalid; TooMuch; Stopped.
+  /// Samples of an image segment. The decoder of a single JPEG or facsimile stream is kept until its last
+  /// row, so that windows below go on in it. Truncated; Damaged; Unsupported; Invalid; TooMuch; Stopped.
   Samples ReadSamples(const SegmentInfo& image, const SampleRequest& request = {}) const;
   /// The same without any samples: their size, depth and kind. Unsupported; Invalid.
   Samples DescribeSamples(const SegmentInfo& image) const;
@@ -310,7 +311,7 @@ struct Placement {
 /// Invalid where a change makes no sense, with the field or character in its words.
 class ORBNTF_CORE_API Edit {
  public:
-  /// Begins as a file, which outlives this.
+  /// Begins as a file, which outlives this. What is added is dated now, or by SOURCE_DATE_EPOCH.
   explicit Edit(const File& file);
   /// Begins as a new file without segments, dated CCYYMMDDhhmmss.
   static Edit New(const std::string& date);

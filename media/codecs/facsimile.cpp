@@ -68,7 +68,8 @@ FacsimileRows::~FacsimileRows() = default;
 Outcome FacsimileRows::Open(const Source& data, const FacsimileForm& form,
                             std::unique_ptr<FacsimileRows>& rows) {
   constexpr uint32_t kMaxWidth = 1 << 20;  // the decoder keeps tables of a row's runs
-  if (form.width == 0 || form.height == 0 || form.width > kMaxWidth || data.Size() > INT32_MAX)
+  if (form.width == 0 || form.height == 0 || form.width > kMaxWidth ||
+      data.Size() > uint64_t{kMostOfTiffAtOnce})
     return Outcome::Unsupported;
   auto file = std::make_unique<File>(data, form);
   if (file->tiff == nullptr) return Outcome::BadData;

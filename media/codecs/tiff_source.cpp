@@ -30,10 +30,9 @@ int DropTiffMessage(TIFF*, void*, const char*, const char*, va_list) { return 1;
 }  // namespace
 
 TiffPtr OpenTiff(TiffSource& source) {
-  constexpr tmsize_t kMostAtOnce = 256 << 20;
   TIFFOpenOptions* options = TIFFOpenOptionsAlloc();
   if (options == nullptr) throw std::bad_alloc();
-  TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostAtOnce);
+  TIFFOpenOptionsSetMaxSingleMemAlloc(options, kMostOfTiffAtOnce);
   TIFFOpenOptionsSetErrorHandlerExtR(options, DropTiffMessage, nullptr);
   TIFFOpenOptionsSetWarningHandlerExtR(options, DropTiffMessage, nullptr);
   TIFF* tiff = TIFFClientOpenExt(

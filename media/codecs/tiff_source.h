@@ -10,6 +10,9 @@
 
 namespace media {
 
+/// Bytes that libtiff takes memory for at once.
+inline constexpr int64_t kMostOfTiffAtOnce = 256 << 20;
+
 /// What libtiff reads: a source with some bytes in front of it.
 struct TiffSource {
   const std::string front;
