@@ -5,7 +5,10 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
+#include <cxxabi.h>
+
 #include <atomic>
+#include <chrono>
 #include <exception>
 #include <mutex>
 #include <new>
@@ -24,11 +27,20 @@ namespace oc = orbntf::core;
 /// The thread that the interpreter gives signals to.
 inline unsigned long mainThread = 0;
 
+/// Takes the interpreter's lock again. A thread that asks for it when the interpreter ends is to end
+/// there: it waits for the process to end instead, since what it holds is the interpreter's.
+inline void TakeLock(PyThreadState* state) {
+  try {
+    PyEval_RestoreThread(state);
+  } catch (const abi::__forced_unwind&) {
+    for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+  }
+}
+
 /// Does some work without the interpreter's lock. In the main thread signals are looked at meanwhile:
 /// what their handlers raise, as Ctrl-C does, ends the work.
 template <class Work>
 auto Unlocked(Work work) {
-  // A thread that asks for the lock when the interpreter ends is ended there, which no destructor bears.
   PyThreadState* state = PyEval_SaveThread();
   std::exception_ptr thrown;
   std::optional<std::conditional_t<std::is_void_v<decltype(work())>, bool, decltype(work())>> result;
@@ -49,7 +61,7 @@ auto Unlocked(Work work) {
   } catch (...) {
     thrown = std::current_exception();
   }
-  PyEval_RestoreThread(state);
+  TakeLock(state);
   if (thrown != nullptr) std::rethrow_exception(thrown);
   if constexpr (!std::is_void_v<decltype(work())>) return std::move(*result);
 }
