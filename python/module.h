@@ -5,8 +5,6 @@
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
 
-#include <cxxabi.h>
-
 #include <atomic>
 #include <chrono>
 #include <exception>
@@ -32,7 +30,7 @@ inline unsigned long mainThread = 0;
 inline void TakeLock(PyThreadState* state) {
   try {
     PyEval_RestoreThread(state);
-  } catch (const abi::__forced_unwind&) {
+  } catch (...) {  // what ends the thread: nothing else is thrown there
     for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
   }
 }
