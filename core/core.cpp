@@ -125,12 +125,14 @@ struct Interruption::State {
   ::core::Interruption interruption;
 };
 Interruption::Interruption(std::function<bool()> goesOn)
-    : state_(std::make_unique<State>([goesOn = std::move(goesOn)] {
-        try {
-          return !goesOn || goesOn();
-        } catch (...) {
-          return false;
-        }
+    : state_(Guarded([&] {
+        return std::make_unique<State>([goesOn = std::move(goesOn)] {
+          try {
+            return !goesOn || goesOn();
+          } catch (...) {
+            return false;
+          }
+        });
       })) {}
 Interruption::~Interruption() = default;
 

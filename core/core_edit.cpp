@@ -66,15 +66,17 @@ class SamplesRaster : public ::core::Raster {
   const Samples& samples_;
 };
 
-// A change of a field, which an error names with its header.
-template <class Change>
-Edit& InField(Edit& edit, const std::string& segment, const std::string& field, Change change) {
-  try {
-    Guarded(change);
-  } catch (const Error& error) {
-    throw Error(error.Kind(), error.what(), segment, error.Byte(), field);
-  }
-  return edit;
+// A change of a field, which an error names with its header; `title` gives that one's.
+template <class Title, class Change>
+Edit& InField(Edit& edit, Title title, const std::string& field, Change change) {
+  return Guarded([&]() -> Edit& {
+    try {
+      Guarded(change);
+    } catch (const Error& error) {
+      throw Error(error.Kind(), error.what(), title(), error.Byte(), field);
+    }
+    return edit;
+  });
 }
 
 }  // namespace
@@ -135,17 +137,21 @@ Edit Edit::New(const std::string& date) {
 
 Edit& Edit::Set(SegmentKind kind, uint32_t index, const std::string& field, const std::string& value,
                 bool force) {
-  return InField(*this, state_->TitleOf(kind, index), field, [&] {
-    ::core::SetField(state_->Part(kind, index), {field, value, force});
-  });
+  return InField(
+      *this, [&] { return state_->TitleOf(kind, index); }, field,
+      [&] {
+        ::core::SetField(state_->Part(kind, index), {field, value, force});
+      });
 }
 
 Edit& Edit::SetAll(const std::string& field, const std::string& value, bool force) {
-  return InField(*this, "", field, [&] {
-    state_->ChangeWhole([&](::core::Draft& draft) {
-      ::core::SetEverywhere(draft, {field, value, force});
-    });
-  });
+  return InField(
+      *this, [] { return std::string(); }, field,
+      [&] {
+        state_->ChangeWhole([&](::core::Draft& draft) {
+          ::core::SetEverywhere(draft, {field, value, force});
+        });
+      });
 }
 
 Edit& Edit::SetRecord(SegmentKind kind, uint32_t index, const std::string& tag, const std::string& data) {
@@ -157,10 +163,12 @@ Edit& Edit::SetRecord(SegmentKind kind, uint32_t index, const std::string& tag, 
 
 Edit& Edit::SetRecordField(SegmentKind kind, uint32_t index, const std::string& tag,
                            const std::string& field, const std::string& value) {
-  return InField(*this, state_->TitleOf(kind, index), field, [&] {
-    ::core::SetRecordField(state_->draft, {KindOf(kind), index, tag, 1}, state_->definitions, field,
-                           value);
-  });
+  return InField(
+      *this, [&] { return state_->TitleOf(kind, index); }, field,
+      [&] {
+        ::core::SetRecordField(state_->draft, {KindOf(kind), index, tag, 1}, state_->definitions, field,
+                               value);
+      });
 }
 
 Edit& Edit::RemoveRecord(SegmentKind kind, uint32_t index, const std::string& tag) {

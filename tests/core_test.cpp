@@ -1,6 +1,4 @@
 // The core as programs use it.
-#include "orbntf/core.hpp"
-
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +7,7 @@
 #include <fstream>
 #include <thread>
 
+#include "tests/support/core_errors.h"
 #include "tests/support/encoders.h"
 #include "tests/support/sound.h"
 #include "tests/support/support.h"
@@ -23,17 +22,6 @@ using orbntf::core::File;
 using orbntf::core::SampleRequest;
 using orbntf::core::Samples;
 using orbntf::core::SegmentKind;
-
-// The kind of the error that some work ends with; none where it ends well.
-std::optional<ErrorKind> KindOf(const std::function<void()>& work) {
-  try {
-    work();
-  } catch (const Error& error) {
-    EXPECT_STRNE(error.what(), "");
-    return error.Kind();
-  }
-  return std::nullopt;
-}
 
 std::string Ramp() {
   std::string data;

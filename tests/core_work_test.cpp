@@ -1,8 +1,7 @@
 // Long work that is told of, asked to end, and not done twice.
-#include "orbntf/core.hpp"
-
 #include <algorithm>
 
+#include "tests/support/core_errors.h"
 #include "tests/support/encoders.h"
 #include "tests/support/sound.h"
 #include "tests/support/support.h"
@@ -17,18 +16,6 @@ using orbntf::core::File;
 using orbntf::core::Interruption;
 using orbntf::core::SampleRequest;
 using orbntf::core::SegmentKind;
-
-// What some work ends with.
-Error ErrorOf(const std::function<void()>& work) {
-  try {
-    work();
-  } catch (const Error& error) {
-    return error;
-  }
-  ADD_FAILURE() << "it ends well";
-  return {ErrorKind::Damaged, "none"};
-}
-ErrorKind KindOf(const std::function<void()>& work) { return ErrorOf(work).Kind(); }
 
 // A file of one image in one JPEG or facsimile stream.
 std::string OneStream(const std::string& compression) {
@@ -175,18 +162,21 @@ TEST(CoreWork, ErrorsNameFieldAndByte) {
   const std::string bytes = SoundWith({}, std::string(64, 's')).Bytes();
   const File file = File::FromMemory(bytes.data(), bytes.size());
   Edit edit(file);
-  Error error = ErrorOf([&] { edit.Set(SegmentKind::Image, 0, "IID1", std::string(11, 'x')); });
-  EXPECT_EQ(error.Field(), "IID1");
-  EXPECT_EQ(error.Segment(), "image 0");
-  EXPECT_EQ(error.Kind(), ErrorKind::Invalid);
+  auto error = ErrorOf([&] { edit.Set(SegmentKind::Image, 0, "IID1", std::string(11, 'x')); });
+  ASSERT_TRUE(error.has_value());
+  EXPECT_EQ(error->Field(), "IID1");
+  EXPECT_EQ(error->Segment(), "image 0");
+  EXPECT_EQ(error->Kind(), ErrorKind::Invalid);
   error = ErrorOf([&] { edit.SetAll("CLAS", "X"); });
-  EXPECT_EQ(error.Field(), "CLAS");
+  ASSERT_TRUE(error.has_value());
+  EXPECT_EQ(error->Field(), "CLAS");
   const std::string other = SoundWith(BlockForm("XY", 1, 1, 1, "MONO"), "of no codec").Bytes();
   const File odd = File::FromMemory(other.data(), other.size());
   error = ErrorOf([&] { (void)odd.ReadSamples(odd.Segment(SegmentKind::Image)); });
-  EXPECT_EQ(error.Field(), "IC");
-  EXPECT_EQ(error.Kind(), ErrorKind::Unsupported);
-  EXPECT_EQ(other.substr(error.Byte().value(), 2), "XY");
+  ASSERT_TRUE(error.has_value());
+  EXPECT_EQ(error->Field(), "IC");
+  EXPECT_EQ(error->Kind(), ErrorKind::Unsupported);
+  EXPECT_EQ(other.substr(error->Byte().value(), 2), "XY");
 }
 
 }  // namespace

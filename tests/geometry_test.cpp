@@ -184,16 +184,20 @@ TEST_F(GeometryTest, GraphicsBehindTheFirstHavePlacesOfTheirOwn) {
   EXPECT_EQ(SizeOf(file), (Size{1, 3 * 200 + 1, 3 * 100 + 1}));
 }
 
+// Two blocks side by side of an image whose table has a colour for zero.
+ImageForm TwoBlocks(const std::string& table) {
+  return {.width = 2,
+          .height = 4,
+          .blocksAcross = 2,
+          .compression = "NM",
+          .lookup = table,
+          .lookupTables = 1};
+}
+
 TEST_F(GeometryTest, BlankImagesShowUnlessTheirColourIsLeftOut) {
   for (const int code : {0, 1}) {
-    const ImageForm blank{.width = 2,
-                          .height = 4,
-                          .blocksAcross = 2,
-                          .compression = "NM",
-                          .lookup = "\x50q",
-                          .lookupTables = 1};
     NitfBuilder file = Compose({{1, 0, "0000000000", 4, 4, 0x20}});
-    test::Record above = test::ImageRecord(blank);
+    test::Record above = test::ImageRecord(TwoBlocks("\x50q"));
     above.Set("IDLVL", 2);
     file.Image(above, test::MaskBytes({.blocks = {0xFFFFFFFF, 0xFFFFFFFF}, .padCode = code}));
     const test::Picture picture = test::RenderBytes(file.Bytes());
@@ -205,16 +209,10 @@ TEST_F(GeometryTest, BlankImagesShowUnlessTheirColourIsLeftOut) {
 TEST_F(GeometryTest, ABlankImageIsLiftedAsOthersAre) {
   test::Picture pictures[2];
   for (const bool blank : {false, true}) {
-    const ImageForm form{.width = 2,
-                         .height = 4,
-                         .blocksAcross = 2,
-                         .compression = "NM",
-                         .lookup = "\5q",
-                         .lookupTables = 1};
     const uint32_t record = blank ? 0xFFFFFFFF : 0;
     const std::string data = test::MaskBytes({.blocks = {record, record}}) + std::string(64, char{});
-    pictures[blank] =
-        test::RenderBytes(NitfBuilder().Image(form, data).Bytes(), {.flags = ORB_LOAD_LIFT_DARK});
+    pictures[blank] = test::RenderBytes(NitfBuilder().Image(TwoBlocks("\5q"), data).Bytes(),
+                                        {.flags = ORB_LOAD_LIFT_DARK});
     ASSERT_EQ(pictures[blank].status, 1);
   }
   EXPECT_NE(pictures[0].At(1, 1), test::Grey(5));
